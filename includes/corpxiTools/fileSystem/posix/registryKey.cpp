@@ -1,0 +1,123 @@
+#include "corpxiTools/fileSystem/registryKey.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "corpxiTools/fileSystem/posix/fileSystemRoot.h"
+#include "corpxiTools/fileSystem/posix/registryText.h"
+
+namespace varmex::inline nCORPXITOOLS000 {
+
+namespace {
+
+constexpr const char* kRegistryFile = "/etc/pxi/registry.reg";
+
+const char* rootName(tRegistryRoot root) {
+  switch (root) {
+    case tRegistryRoot::localMachine: return "HKEY_LOCAL_MACHINE";
+    case tRegistryRoot::classesRoot: return "HKEY_CLASSES_ROOT";
+    case tRegistryRoot::currentUser: return "HKEY_CURRENT_USER";
+    case tRegistryRoot::users: return "HKEY_USERS";
+  }
+  return "";
+}
+
+// The 32-bit view of the machine's software lies in a key of its own.
+std::string subkeyInView(tRegistryRoot root, const std::string& subkey, tRegistryView view) {
+  constexpr std::string_view kSoftware = "SOFTWARE";
+  constexpr std::string_view kView32 = "WOW6432Node";
+  const auto below = [&subkey](std::size_t start) {
+    return std::string_view(subkey).substr(start, subkey.find('\\', start) - start);
+  };
+  if (view != tRegistryView::bits32 || root != tRegistryRoot::localMachine) return subkey;
+  if (!sameRegistryName(below(0), kSoftware)) return subkey;
+  if (subkey.size() == kSoftware.size()) return subkey + '\\' + std::string(kView32);
+  const std::size_t rest = kSoftware.size() + 1;
+  if (sameRegistryName(below(rest), kView32)) return subkey;
+  return subkey.substr(0, rest) + std::string(kView32) + '\\' + subkey.substr(rest);
+}
+
+// A missing or unreadable file is a registry without keys.
+std::string readRegistryFile() {
+  struct tCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+  const std::string path = fileSystemRoot() + kRegistryFile;
+  const std::unique_ptr<std::FILE, tCloser> file(std::fopen(path.c_str(), "rbe"));
+  std::string text;
+  char part[4096];
+  while (file && !std::ferror(file.get()) && !std::feof(file.get())) {
+    text.append(part, std::fread(part, 1, sizeof part, file.get()));
+  }
+  return text;
+}
+
+std::uint32_t copyName(const std::string& source, char* name, std::uint32_t nameSize) {
+  if (source.size() >= nameSize) return E2BIG;
+  std::memcpy(name, source.c_str(), source.size() + 1);
+  return 0;
+}
+
+std::uint32_t copyValue(const tRegistryTextValue& value, std::uint32_t& type, void* data,
+                        std::uint32_t& size) {
+  const auto needed = static_cast<std::uint32_t>(value.data.size());
+  const bool fits = !data || needed <= size;
+  type = value.type;
+  size = needed;
+  if (!fits) return E2BIG;
+  if (data) std::memcpy(data, value.data.data(), needed);
+  return 0;
+}
+
+}  // namespace
+
+struct tRegistryKey::tNative {
+  tRegistryTextKey key;
+};
+
+tRegistryKey::tRegistryKey() = default;
+tRegistryKey::tRegistryKey(tRegistryKey&&) noexcept = default;
+tRegistryKey& tRegistryKey::operator=(tRegistryKey&&) noexcept = default;
+tRegistryKey::~tRegistryKey() = default;
+
+std::uint32_t tRegistryKey::open(tRegistryRoot root, const std::string& subkey,
+                                 tRegistryView view) {
+  native_.reset();
+  std::string path = rootName(root);
+  if (!subkey.empty()) path += '\\' + subkeyInView(root, subkey, view);
+  while (path.ends_with('\\')) path.pop_back();
+  auto native = std::make_unique<tNative>();
+  const bool found = readRegistryText(readRegistryFile(), path, native->key);
+  // The roots are always there.
+  if (!found && !subkey.empty()) return ENOENT;
+  native_ = std::move(native);
+  return 0;
+}
+
+bool tRegistryKey::isOpen() const { return native_ != nullptr; }
+
+std::uint32_t tRegistryKey::queryValue(const char* name, std::uint32_t& type, void* data,
+                                       std::uint32_t& size) const {
+  const auto& values = native_->key.values;
+  const auto found = std::find_if(values.begin(), values.end(), [name](const auto& value) {
+    return sameRegistryName(value.name, name);
+  });
+  return found == values.end() ? ENOENT : copyValue(*found, type, data, size);
+}
+
+std::uint32_t tRegistryKey::enumValue(std::uint32_t index, char* name, std::uint32_t nameSize,
+                                      std::uint32_t& type, void* data, std::uint32_t& size) const {
+  const auto& values = native_->key.values;
+  if (index >= values.size()) return ENOENT;
+  if (const std::uint32_t error = copyName(values[index].name, name, nameSize)) return error;
+  return copyValue(values[index], type, data, size);
+}
+
+std::uint32_t tRegistryKey::enumKey(std::uint32_t index, char* name, std::uint32_t nameSize) const {
+  const auto& subkeys = native_->key.subkeys;
+  return index < subkeys.size() ? copyName(subkeys[index], name, nameSize) : ENOENT;
+}
+
+}  // namespace varmex::inline nCORPXITOOLS000

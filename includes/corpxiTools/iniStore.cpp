@@ -1,0 +1,472 @@
+#include "corpxiTools/iniStore.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+#include "corpxiTools/iniLineReader.h"
+#include "ostrel/quarks/numbers.h"
+
+namespace varmex::inline nCORPXITOOLS000 {
+
+namespace {
+
+// Up to this many items a section is searched from front to back, which is then the quicker way.
+constexpr std::size_t kLargestUnsorted = 32;
+
+struct tFileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using tFile = std::unique_ptr<std::FILE, tFileCloser>;
+
+// As std::count, in steps that the compiler turns into a few instructions for many bytes.
+std::size_t countByte(const char* begin, const char* end, char byte) {
+  constexpr std::ptrdiff_t kStep = 240;  // below 256, and a whole number of vectors
+  std::size_t count = 0;
+  while (begin != end) {
+    const char* const stop = begin + std::min(kStep, end - begin);
+    std::uint8_t found = 0;
+    for (; begin != stop; ++begin) found = static_cast<std::uint8_t>(found + (*begin == byte));
+    count += found;
+  }
+  return count;
+}
+
+struct tFileText {
+  std::unique_ptr<char[]> bytes;  // with the padding that the line reader needs
+  std::size_t size = 0;
+};
+
+std::unique_ptr<char[]> allocateText(std::size_t size) {
+  auto bytes = std::make_unique_for_overwrite<char[]>(size + tIniLineReader::kPadding);
+  return bytes;
+}
+
+// One byte more than the file has, so that its end is seen without another allocation.
+std::size_t expectedSize(std::FILE* file) {
+  struct stat status {};
+  const bool known = fstat(fileno(file), &status) == 0 && status.st_size > 0;
+  return known ? static_cast<std::size_t>(status.st_size) + 1 : 4096;
+}
+
+int readWholeFile(std::FILE* file, tFileText& text) {
+  std::setvbuf(file, nullptr, _IONBF, 0);
+  std::size_t capacity = expectedSize(file);
+  text.bytes = allocateText(capacity);
+  while (true) {
+    text.size += std::fread(text.bytes.get() + text.size, 1, capacity - text.size, file);
+    if (std::ferror(file)) return kIniReadFailed;
+    if (text.size < capacity) break;
+    auto larger = allocateText(2 * capacity);
+    std::memcpy(larger.get(), text.bytes.get(), text.size);
+    text.bytes = std::move(larger);
+    capacity *= 2;
+  }
+  std::memset(text.bytes.get() + text.size, 0, tIniLineReader::kPadding);
+  return kIniLoaded;
+}
+
+bool startsWith(const tFileText& text, std::string_view mark) {
+  return text.size >= mark.size() && std::memcmp(text.bytes.get(), mark.data(), mark.size()) == 0;
+}
+
+bool hasUnsupportedMark(const tFileText& text) {
+  using namespace std::string_view_literals;
+  return startsWith(text, "\x00\x00\xFE\xFF"sv) || startsWith(text, "\xFF\xFE"sv) ||
+         startsWith(text, "\xFE\xFF"sv);
+}
+
+std::uint64_t mix(std::uint64_t value) {
+  value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9;
+  value = (value ^ (value >> 27)) * 0x94D049BB133111EB;
+  return value ^ (value >> 31);
+}
+
+// Differs from store to store, so that no file can be made whose names all collide.
+std::uint64_t makeHashSeed(const void* store) {
+  const auto time = std::chrono::steady_clock::now().time_since_epoch().count();
+  return mix(static_cast<std::uint64_t>(time) ^ reinterpret_cast<std::uintptr_t>(store)) | 1;
+}
+
+template <class Word>
+std::uint64_t loadBytes(const char* position) {
+  Word word;
+  std::memcpy(&word, position, sizeof word);
+  return word;
+}
+
+// All bytes of a text of up to eight.
+std::uint64_t loadShort(const char* text, std::size_t length) {
+  if (length >= 4) {
+    return loadBytes<std::uint32_t>(text) | loadBytes<std::uint32_t>(text + length - 4) << 32;
+  }
+  if (length == 0) return 0;
+  const auto byte = [text](std::size_t n) {
+    return std::uint64_t{static_cast<unsigned char>(text[n])};
+  };
+  return byte(0) | byte(length / 2) << 8 | byte(length - 1) << 16;
+}
+
+std::uint32_t hashName(std::string_view name, std::uint64_t seed) {
+  std::uint64_t hash = name.size() * seed;
+  const char* position = name.data();
+  std::size_t left = name.size();
+  for (; left > 8; left -= 8, position += 8) {
+    hash = (hash ^ loadBytes<std::uint64_t>(position)) * seed;
+    hash ^= hash >> 32;
+  }
+  hash = (hash ^ loadShort(position, left)) * seed;
+  hash = (hash ^ hash >> 32) * seed;
+  return static_cast<std::uint32_t>(hash >> 32);
+}
+
+// A set of names that may answer yes for one that it does not hold, never no for one that it does.
+class tNameFilter {
+ public:
+  void clear() { bits_.fill(0); }
+  void fill() { bits_.fill(~std::uint64_t{0}); }
+
+  // Whether the name may have been there before; it is afterwards.
+  bool insert(std::string_view name) {
+    const std::size_t size = name.size();
+    std::uint64_t hash = size <= 8 ? loadShort(name.data(), size)
+                                   : loadBytes<std::uint64_t>(name.data()) * 3 ^
+                                         loadBytes<std::uint64_t>(name.data() + size - 8);
+    hash = (hash ^ size << 56) * 0x9E3779B97F4A7C15;
+    std::uint64_t& word = bits_[hash >> 61];
+    const std::uint64_t bit = std::uint64_t{1} << (hash >> 55 & 63);
+    const bool found = (word & bit) != 0;
+    word |= bit;
+    return found;
+  }
+
+ private:
+  std::array<std::uint64_t, 8> bits_{};
+};
+
+// The entry of that name, if halving reaches it; the entries may be in any order.
+template <class Entry>
+Entry* searchByHalving(Entry* entries, std::size_t count, std::string_view name) {
+  std::size_t low = 1;
+  std::size_t high = count;
+  while (low <= high) {
+    const std::size_t middle = (low + high) / 2;
+    Entry& entry = entries[middle - 1];
+    const int order = name.compare(entry.nameView());
+    if (order == 0) return &entry;
+    if (order < 0) {
+      high = middle - 1;
+    } else {
+      low = middle + 1;
+    }
+  }
+  return nullptr;
+}
+
+// Where the index has the section of that name, or the empty slot where it would be.
+std::size_t findSlot(const std::vector<std::uint32_t>& index,
+                     const std::vector<tIniSection>& sections, std::string_view name,
+                     std::uint32_t hash) {
+  const std::size_t mask = index.size() - 1;
+  std::size_t slot = hash & mask;
+  for (; index[slot]; slot = (slot + 1) & mask) {
+    const tIniSection& section = sections[index[slot] - 1];
+    if (section.hash == hash && section.nameView() == name) break;
+  }
+  return slot;
+}
+
+char* skipSpace(char* begin, const char* end) {
+  while (begin < end && isWhiteSpace(*begin)) ++begin;
+  return begin;
+}
+
+char* trimEnd(const char* begin, char* end) {
+  while (end > begin && isWhiteSpace(end[-1])) --end;
+  return end;
+}
+
+constexpr std::string_view kPieceMark = " Line";
+
+// The number of a piece of a split value, -1 for any other name.
+std::int32_t pieceNumber(std::string_view name) {
+  const std::size_t mark = name.find(kPieceMark);
+  if (mark == std::string_view::npos) return -1;
+  const std::string_view digits = name.substr(mark + kPieceMark.size());
+  if (digits.empty()) return -1;
+  if (digits.find_first_not_of("0123456789") != std::string_view::npos) return -1;
+  const tSignedText number = readSigned(digits.data());
+  return number.overflowed ? -1 : number.value;
+}
+
+bool mayBePiece(std::string_view name) {
+  const char last = name.back();
+  return last >= '0' && last <= '9' && std::memchr(name.data(), ' ', name.size()) != nullptr;
+}
+
+}  // namespace
+
+// Fills a store from the text of a file.
+class tIniStore::tLoad {
+ public:
+  tLoad(tIniStore& store, tFileText text) : store_(store), size_(text.size) {
+    store_.text_ = std::move(text.bytes);
+    store_.hashSeed_ = makeHashSeed(&store);
+  }
+
+  void run() {
+    using namespace std::string_view_literals;
+    char* begin = store_.text_.get();
+    char* const end = begin + size_;
+    if (std::string_view(begin, size_).starts_with("\xEF\xBB\xBF"sv)) begin += 3;
+    // An item takes a line of four bytes at least, and a '='.
+    const std::size_t mostItems = std::min(countByte(begin, end, '='), size_ / 4 + 1);
+    store_.items_ = std::make_unique_for_overwrite<tIniItem[]>(mostItems);
+    next_ = store_.items_.get();
+    store_.index_.assign(kSmallestIndex, 0);
+    tIniLineReader reader(begin, end);
+    for (tIniLine line; reader.next(line);) {
+      if (!takeLine(line, reader.lineNumber()) && store_.firstBadLine_ < 0) {
+        store_.firstBadLine_ = static_cast<int>(reader.lineNumber());
+      }
+    }
+    for (tIniSection& section : store_.sections_) finishSection(section);
+  }
+
+ private:
+  static constexpr std::size_t kNone = ~std::size_t{0};
+  static constexpr std::size_t kSmallestIndex = 64;
+
+  // False for a line that says nothing.
+  bool takeLine(const tIniLine& line, std::uint32_t number) {
+    char* const begin = skipSpace(line.begin, line.end);
+    if (begin == line.end) return false;
+    if (*begin == ';') return true;
+    if (*begin == '[') return takeHeader(begin + 1, line.end, number);
+    return line.equals && takeItem(begin, line.equals, line.end, number);
+  }
+
+  bool takeHeader(char* begin, char* end, std::uint32_t number) {
+    begin = skipSpace(begin, end);
+    void* const bracket = std::memchr(begin, ']', static_cast<std::size_t>(end - begin));
+    if (!bracket) return false;
+    end = trimEnd(begin, static_cast<char*>(bracket));
+    if (begin == end) return false;
+    *end = '\0';
+    enterSection({begin, static_cast<std::size_t>(end - begin)}, number);
+    return true;
+  }
+
+  bool takeItem(char* begin, char* equals, char* end, std::uint32_t number) {
+    char* const nameEnd = trimEnd(begin, equals);
+    if (begin == nameEnd) return false;
+    char* value = skipSpace(equals + 1, end);
+    end = trimEnd(value, end);
+    if (value == end) return false;
+    if (!current_) return true;
+    // Without a branch: values with and without quotes stand in no order.
+    const auto isQuoted = static_cast<unsigned>(end - value >= 2) &
+                          static_cast<unsigned>(*value == '"') &
+                          static_cast<unsigned>(end[-1] == '"');
+    value += isQuoted;
+    end -= isQuoted;
+    *nameEnd = '\0';
+    *end = '\0';
+    storeItem({begin, value, static_cast<std::uint32_t>(nameEnd - begin), number});
+    return true;
+  }
+
+  void enterSection(std::string_view name, std::uint32_t line) {
+    const std::uint32_t hash = hashName(name, store_.hashSeed_);
+    std::uint32_t& slot = slotOf(name, hash);
+    tIniSection* section = slot ? findRepeated(name) : nullptr;
+    if (section) {
+      takeUpAgain(*section);
+    } else {
+      section = &appendSection(name, hash);
+      // Of several sections of one name the index keeps the first.
+      if (!slot) {
+        slot = static_cast<std::uint32_t>(store_.sections_.size());
+        if (++indexed_ * 2 > store_.index_.size()) growIndex();
+      }
+    }
+    section->line = line;
+    current_ = section;
+  }
+
+  // The index has told that the name is not new; whether it is merged, the search by halving
+  // decides, unless the last search found the very section.
+  tIniSection* findRepeated(std::string_view name) {
+    auto& sections = store_.sections_;
+    if (lastFound_ != kNone && sections[lastFound_].nameView() == name) {
+      return &sections[lastFound_];
+    }
+    tIniSection* const found = searchByHalving(sections.data(), sections.size(), name);
+    if (found) lastFound_ = static_cast<std::size_t>(found - sections.data());
+    return found;
+  }
+
+  tIniSection& appendSection(std::string_view name, std::uint32_t hash) {
+    tIniSection& section = store_.sections_.emplace_back();
+    section.name = name.data();
+    section.nameLength = static_cast<std::uint32_t>(name.size());
+    section.hash = hash;
+    section.items = next_;
+    names_.clear();
+    return section;
+  }
+
+  // Doubles the index. At most half of its slots are in use.
+  void growIndex() {
+    std::vector<std::uint32_t> old(2 * store_.index_.size(), 0);
+    old.swap(store_.index_);
+    for (const std::uint32_t number : old) {
+      if (number == 0) continue;
+      // All names in the index differ, so the first empty slot is the place.
+      const std::size_t mask = store_.index_.size() - 1;
+      std::size_t slot = store_.sections_[number - 1].hash & mask;
+      while (store_.index_[slot]) slot = (slot + 1) & mask;
+      store_.index_[slot] = number;
+    }
+  }
+
+  // The slot of the section of that name, or the empty one where it belongs.
+  std::uint32_t& slotOf(std::string_view name, std::uint32_t hash) {
+    return store_.index_[findSlot(store_.index_, store_.sections_, name, hash)];
+  }
+
+  void takeUpAgain(tIniSection& section) {
+    names_.fill();
+    if (section.moved || section.items + section.count == next_) return;
+    section.moved =
+        std::make_unique<std::vector<tIniItem>>(section.items, section.items + section.count);
+    section.items = section.moved->data();
+  }
+
+  void storeItem(const tIniItem& item) {
+    const std::string_view name = item.nameView();
+    if (names_.insert(name)) {
+      if (tIniItem* earlier = searchByHalving(current_->items, current_->count, name)) {
+        earlier->value = item.value;
+        earlier->line = item.line;
+        return;
+      }
+    }
+    if (mayBePiece(name)) current_->hasPieces = true;
+    ++current_->count;
+    if (current_->moved) {
+      current_->moved->push_back(item);
+      current_->items = current_->moved->data();
+    } else {
+      *next_++ = item;
+    }
+  }
+
+  void finishSection(tIniSection& section) {
+    if (section.hasPieces) joinPieces(section);
+    if (section.count <= kLargestUnsorted) return;
+    std::stable_sort(
+        section.items, section.items + section.count,
+        [](const tIniItem& a, const tIniItem& b) { return a.nameView() < b.nameView(); });
+    section.isSorted = true;
+  }
+
+  // Pieces of a split value stand in file order, from one numbered 1 to the next such one or to an
+  // item that is no piece; they become one item at the place of the first.
+  void joinPieces(tIniSection& section) {
+    tIniItem* const end = section.items + section.count;
+    tIniItem* kept = section.items;
+    for (tIniItem* item = section.items; item != end;) {
+      tIniItem* behind = item + 1;
+      if (pieceNumber(item->nameView()) == 1) {
+        while (behind != end && isFurtherPiece(*behind)) ++behind;
+        *kept++ = joinRun(item, behind);
+      } else {
+        *kept++ = *item;
+      }
+      item = behind;
+    }
+    section.count = static_cast<std::size_t>(kept - section.items);
+  }
+
+  static bool isFurtherPiece(const tIniItem& item) {
+    const std::int32_t number = pieceNumber(item.nameView());
+    return number >= 0 && number != 1;
+  }
+
+  tIniItem joinRun(const tIniItem* begin, const tIniItem* end) {
+    tIniItem joined = *begin;
+    joined.nameLength = static_cast<std::uint32_t>(joined.nameView().find(kPieceMark));
+    const_cast<char*>(joined.name)[joined.nameLength] = '\0';  // our own text
+    if (end - begin > 1) {
+      std::string& value = store_.joinedValues_.emplace_back();
+      for (const tIniItem* piece = begin; piece != end; ++piece) value += piece->value;
+      joined.value = value.c_str();
+    }
+    return joined;
+  }
+
+  tIniStore& store_;
+  std::size_t size_;
+  tIniItem* next_ = nullptr;  // where the next item of the section at the end goes
+  tIniSection* current_ = nullptr;
+  std::size_t lastFound_ = kNone;  // the section that the last successful search found
+  std::size_t indexed_ = 0;        // sections in the index
+  tNameFilter names_;              // of the current section
+};
+
+void tIniStore::clear() {
+  index_.clear();
+  sections_.clear();
+  joinedValues_.clear();
+  items_.reset();
+  text_.reset();
+  firstBadLine_ = -1;
+}
+
+int tIniStore::load(const char* path) {
+  clear();
+  const tFile file(std::fopen(path, "rb"));
+  if (!file) return kIniNotOpened;
+  try {
+    tFileText text;
+    const int result = readWholeFile(file.get(), text);
+    if (result < 0) return result;
+    if (hasUnsupportedMark(text)) return kIniUnsupportedEncoding;
+    tLoad(*this, std::move(text)).run();
+    return kIniLoaded;
+  } catch (const std::bad_alloc&) {
+    clear();
+    return kIniOutOfMemory;
+  }
+}
+
+const tIniSection* tIniStore::findSection(std::string_view name) const {
+  if (index_.empty()) return nullptr;
+  const std::size_t slot = findSlot(index_, sections_, name, hashName(name, hashSeed_));
+  return index_[slot] ? &sections_[index_[slot] - 1] : nullptr;
+}
+
+const tIniItem* tIniStore::findItem(std::string_view section, std::string_view item) const {
+  const tIniSection* const found = findSection(section);
+  if (!found) return nullptr;
+  const tIniItem* const begin = found->items;
+  const tIniItem* const end = begin + found->count;
+  if (found->isSorted) {
+    const tIniItem* const place = std::lower_bound(
+        begin, end, item,
+        [](const tIniItem& entry, std::string_view name) { return entry.nameView() < name; });
+    return place != end && place->nameView() == item ? place : nullptr;
+  }
+  for (const tIniItem* entry = begin; entry != end; ++entry) {
+    if (entry->nameLength == item.size() && entry->nameView() == item) return entry;
+  }
+  return nullptr;
+}
+
+}  // namespace varmex::inline nCORPXITOOLS000

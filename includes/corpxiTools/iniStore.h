@@ -1,0 +1,94 @@
+#ifndef CORPXITOOLS_INISTORE_H
+#define CORPXITOOLS_INISTORE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace varmex::inline nCORPXITOOLS000 {
+
+// Results of a load. Not negative: loaded.
+enum tIniResult : int {
+  kIniLoaded = 0,
+  kIniUnsupportedEncoding = -3,
+  kIniOutOfMemory = -12,
+  kIniNotOpened = -22,
+  kIniReadFailed = -5002,
+};
+
+// One item. Its texts live in the store and are NUL-terminated.
+struct tIniItem {
+  const char* name;
+  const char* value;
+  std::uint32_t nameLength;
+  std::uint32_t line;  // from 1
+
+  std::string_view nameView() const { return {name, nameLength}; }
+};
+
+struct tIniSection {
+  const char* name = nullptr;
+  std::uint32_t nameLength = 0;
+  std::uint32_t hash = 0;  // of the name, for the store's index
+  std::uint32_t line = 0;  // of the header, of the latest one when it is repeated
+  bool hasPieces = false;  // holds a name like a piece of a split value
+  bool isSorted = false;
+  tIniItem* items = nullptr;
+  std::size_t count = 0;
+  // The items of a section that was taken up again behind another one.
+  std::unique_ptr<std::vector<tIniItem>> moved;
+
+  std::string_view nameView() const { return {name, nameLength}; }
+};
+
+// One description file in memory. The file's own bytes, cut up in place, hold the texts.
+//
+// While a file loads, a repeated section or item is merged into the earlier one only if a binary
+// search over the entries in file order reaches that one. This is deliberate: it decides which of
+// two entries answers, and readers of existing descriptions rely on the answers. Of two entries of
+// one name that remain, the earlier in the file is found.
+//
+// Look-ups write nothing, so that any number of threads may make them at once, and they cost the
+// same whatever was looked up before. A load and a look-up exclude each other.
+class tIniStore {
+ public:
+  tIniStore() = default;
+  tIniStore(const tIniStore&) = delete;
+  tIniStore& operator=(const tIniStore&) = delete;
+
+  // Replaces the content by that of the file. On failure the store is empty.
+  int load(const char* path);
+
+  const tIniSection* findSection(std::string_view name) const;
+
+  // Null when there is no such section or item.
+  const tIniItem* findItem(std::string_view section, std::string_view item) const;
+
+  // In file order.
+  const std::vector<tIniSection>& sections() const { return sections_; }
+
+  // The first line that is neither comment, header nor item (a blank line is none of them), from 1;
+  // -1 without such a line.
+  int firstBadLine() const { return firstBadLine_; }
+
+ private:
+  class tLoad;
+
+  void clear();
+
+  std::unique_ptr<char[]> text_;
+  std::unique_ptr<tIniItem[]> items_;
+  std::deque<std::string> joinedValues_;
+  std::vector<tIniSection> sections_;
+  std::vector<std::uint32_t> index_;  // by hash: section number plus 1, 0 for none
+  std::uint64_t hashSeed_ = 1;
+  int firstBadLine_ = -1;
+};
+
+}  // namespace varmex::inline nCORPXITOOLS000
+
+#endif

@@ -1,0 +1,83 @@
+#ifndef PXIROUTINGADAPTOR_PXIROUTINGADAPTORDEVICE_H
+#define PXIROUTINGADAPTOR_PXIROUTINGADAPTORDEVICE_H
+
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ostrel/quarks/failure.h"
+#include "ostrel/quarks/synchronization.h"
+
+namespace varmex::nCorPxiRoutingAdaptor {
+
+class pxiRoutingAdaptorSession;
+
+// A trigger line that a module can reach. All but the last two fields are constant once the table
+// stands.
+struct TerminalRecord {
+  std::string name;
+  bool isExternal = true;
+  bool isOwned = false;
+  std::string visibility = "public";
+  std::string busType;
+  std::uint32_t busLine = 0;  // position in its group
+  std::string busName;
+  bool isAlias = false;
+  std::string canonicalName;
+  bool isMaskedOut = false;
+  // Who holds it. The pointers are keys only and never followed: a dead session stays among them.
+  std::set<const pxiRoutingAdaptorSession*> owners;
+  std::string ownerToken;  // empty when free
+};
+
+// One module's terminals and their holders, shared by all sessions of the process that name it.
+class pxiRoutingAdaptorDevice {
+ public:
+  pxiRoutingAdaptorDevice() { prepareLock(lock_); }
+  pxiRoutingAdaptorDevice(const pxiRoutingAdaptorDevice&) = delete;
+  pxiRoutingAdaptorDevice& operator=(const pxiRoutingAdaptorDevice&) = delete;
+  virtual ~pxiRoutingAdaptorDevice() = default;
+
+  // Fills the table; called once, before anybody else knows the device.
+  virtual void loadTerminals(const std::string& deviceName) = 0;
+
+  const std::vector<TerminalRecord>& terminals() const { return terminals_; }
+
+  // The first terminal whose name begins with `name`.
+  std::optional<std::uint32_t> findTerminal(std::string_view name) const;
+
+  // Keeps the owners as they are while it is held.
+  std::unique_lock<std::mutex> lockOwners() const;
+
+  // Whether the terminal is free or held under `token`. The caller holds the owners' lock.
+  bool isAvailable(std::uint32_t terminal, std::string_view token) const;
+
+  // False when the terminal is held under another token; whoever comes with the same one shares it.
+  bool reserveTerminal(const pxiRoutingAdaptorSession* session, const std::string& token,
+                       std::uint32_t terminal);
+
+  // Free again once the last holder has left. A session that holds nothing changes nothing.
+  void releaseTerminal(const pxiRoutingAdaptorSession* session, std::uint32_t terminal);
+
+ protected:
+  // Appends the lines of one group: "PXI_Trig", "PXI_Star" or "PXIe_DStar".
+  void addBusTerminals(const std::string& busName, const std::string& busType);
+
+ private:
+  std::vector<TerminalRecord> terminals_;
+  mutable std::mutex lock_;  // of owners and ownerToken
+};
+
+inline constexpr tErrorCode kRoutingFault{-313328, "(-313300-28)"};
+
+// The device of that name ("BUS.DEVICE.FUNCTION:MASK"), made at its first use. It lives as long as
+// the library.
+pxiRoutingAdaptorDevice* getRoutingDevice(const std::string& deviceName);
+
+}  // namespace varmex::nCorPxiRoutingAdaptor
+
+#endif

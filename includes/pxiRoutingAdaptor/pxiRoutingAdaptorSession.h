@@ -1,0 +1,85 @@
+#ifndef PXIROUTINGADAPTOR_PXIROUTINGADAPTORSESSION_H
+#define PXIROUTINGADAPTOR_PXIROUTINGADAPTORSESSION_H
+
+#include <array>
+#include <list>
+#include <set>
+
+#include "ostrel/quarks/synchronization.h"
+#include "pxiRoutingAdaptor/pxiRoutingAdaptorDevice.h"
+#include "telmar/TelmarUtils.h"
+#include "telmar/interfaces.h"
+
+namespace varmex::nCorPxiRoutingAdaptor {
+
+using tReallocFunc = void* (*)(void* existing, std::size_t size);
+
+// One routing client on one device: the routes that it has calculated and the terminals that it
+// holds. Operations may come from several threads. Its destruction gives no terminal back.
+class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
+ public:
+  pxiRoutingAdaptorSession(const char* deviceName, tReallocFunc reallocFunc);
+
+  void getHandledConstraints(char** constraintsOut) override;
+  std::int32_t calculateRoute(const char* seedsJson, const char* destinationsJson,
+                              const void* unused, char** routesOut) override;
+  void reserveRoute(std::uint32_t ticket, char** conflictsOut) override;
+  void programRoute(std::uint32_t ticket) override;
+  void unprogramRoute(std::uint32_t ticket) override;
+  void unreserveRoute(std::uint32_t ticket) override;
+  void beginExceptionalRouteDestruction(std::uint32_t ticket) override;
+  void destroyRoute(std::uint32_t ticket) override;
+  void getRouteTerminalPath(std::uint32_t ticket, char** pathOut) override;
+  telmar::TerminalIteratorInterface* getAllTerminals() override;
+  void* calculateResetTerminal(void* first, void* second) override;
+
+  const std::vector<TerminalRecord>& terminals() const { return device_->terminals(); }
+
+ private:
+  static constexpr std::uint32_t kLastTicket = 1024;
+
+  struct RouteRecord {
+    std::uint32_t ticket;
+    std::uint32_t terminal;
+    std::uint32_t cost;
+    std::uint32_t seedIndex;
+    std::string token;
+  };
+  using tRoutes = std::list<RouteRecord>;
+
+  // Never without a ticket. All its tickets are of routes with its terminal and token.
+  struct ReservationRecord {
+    std::set<std::uint32_t> tickets;
+    std::uint32_t terminal;
+    std::string token;
+  };
+  using tReservations = std::list<ReservationRecord>;
+
+  tRoutes matchRoutes(const std::vector<telmar::Seed>& seeds,
+                      const std::vector<std::uint32_t>& destinations);
+  std::uint32_t allocateTicket();
+  bool isTicketUsed(std::uint32_t ticket) const;
+  tRoutes::iterator findRoute(std::uint32_t ticket);
+  const RouteRecord& requireRoute(std::uint32_t ticket);
+  tReservations::iterator findReservation(std::uint32_t ticket);
+  void adopt(tRoutes& routes);
+  void deliver(const char* text, std::size_t bufferSize, char** out) const;
+  void deliver(const telmar::Reply& reply, char** out) const;
+  [[noreturn]] void raiseConflict(const ReservationRecord& holder, char** conflictsOut) const;
+
+  pxiRoutingAdaptorDevice* device_ = nullptr;
+  tReservations reservations_;
+  tRoutes routes_;
+  // How many live routes have each ticket, so that the search for a free one looks each up at once.
+  std::array<std::uint32_t, kLastTicket + 2> ticketUses_{};
+  std::uint32_t nextTicket_ = 1;
+  tCriticalSection lock_;  // of all the above but the device; destroyRoute enters it twice
+  tReallocFunc reallocFunc_;
+};
+
+// Where every operation that the adaptor does not offer ends.
+[[noreturn]] void raiseFeatureUnsupported();
+
+}  // namespace varmex::nCorPxiRoutingAdaptor
+
+#endif

@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# Runs the benchmarks and prints their ratios. With arguments it runs the benchmark program alone,
+# which they are passed to (`bench.sh --benchmark_filter=lookUp`), and prints times.
+source "$(dirname "$0")/common.sh"
+install "${build_tools[@]}" pkg-config python3 libbenchmark-dev libsimpleini-dev libinih-dev \
+  libglib2.0-dev rapidjson-dev libsimdjson-dev
+
+cmake --preset linux -B build/bench -DVARMEX_BENCH=ON -DVARMEX_TESTS=OFF >/dev/null
+cmake --build build/bench --target \
+  varmex_bench varmex_bench_check varmex_bench_latency varmex_bench_memory -- --quiet
+programs=build/bench/bin
+
+if [ $# -gt 0 ]; then
+  exec "$programs/varmex_bench" "$@"
+fi
+
+"$programs/varmex_bench_check"
+"$programs/varmex_bench" --benchmark_repetitions=9 --benchmark_min_time=0.05 \
+  --benchmark_enable_random_interleaving=true --benchmark_out_format=json \
+  --benchmark_out=build/bench/results.json >build/bench/results.txt 2>&1
+"$programs/varmex_bench_memory"
+python3 bench/report.py build/bench/results.json
+"$programs/varmex_bench_latency"

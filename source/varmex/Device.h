@@ -1,0 +1,47 @@
+#ifndef SOURCE_VARMEX_DEVICE_H
+#define SOURCE_VARMEX_DEVICE_H
+
+#include <string>
+
+#include "source/varmex/Item.h"
+#include "source/varmex/description.h"
+
+namespace varmex {
+
+// Where a device was found.
+struct tDevicePlace {
+  std::uint32_t chassis;
+  std::uint32_t slot;
+  std::uint32_t isExpress;  // 1 from the express file, 0 from the classic one
+
+  bool operator==(const tDevicePlace&) const = default;
+};
+
+// One PCI function of a module. What it says of the module stands in the express file's section of
+// the slot, so all functions of a module answer the same.
+class Device : public Item {
+ public:
+  Device(const tDevicePlace& place, const tDeviceAddress& address, const tDescription& description);
+
+  std::uint32_t getU32Attribute(std::uint32_t attribute) const override;
+  const char* getStringAttribute(std::uint32_t attribute) const override;
+  std::unique_ptr<Item> clone() const override;
+  std::unique_ptr<Item> openContainingItem(std::uint32_t kind) const override;
+  bool lessThan(const Item& other) const override;
+  void acceptVisitor(ItemVisitor& visitor) const override;
+
+ private:
+  std::uint32_t moduleNumber(const char* item) const;
+  const char* moduleText(const char* item) const;
+  void requireExpress() const;
+
+  const tDescription* description_;
+  tDevicePlace place_;
+  tDeviceAddress address_;
+  std::string section_;
+  std::string name_;
+};
+
+}  // namespace varmex
+
+#endif

@@ -1,0 +1,60 @@
+#ifndef SOURCE_VARMEX_ITEM_H
+#define SOURCE_VARMEX_ITEM_H
+
+#include <boost/noncopyable.hpp>
+#include <cstdint>
+#include <memory>
+
+#include "ostrel/quarks/sourcePosition.h"
+#include "varmex/varmex.h"
+
+namespace varmex {
+
+class Item;
+
+class ItemVisitor {
+ public:
+  virtual void visit(const Item& item) = 0;
+
+ protected:
+  ~ItemVisitor() = default;
+};
+
+// An item of the object model: a read-only view of the session's description, which must outlive
+// it. All operations may be called from any thread. Failures are exceptions.
+class Item : private boost::noncopyable {
+ public:
+  virtual ~Item() = default;
+
+  virtual std::uint32_t getU32Attribute(std::uint32_t attribute) const = 0;
+
+  // The text lives as long as the item and its session.
+  virtual const char* getStringAttribute(std::uint32_t attribute) const = 0;
+
+  virtual std::unique_ptr<Item> clone() const = 0;
+  virtual std::unique_ptr<Item> openContainingItem(std::uint32_t kind) const = 0;
+
+  // Orders by kind, then by the class's own keys. Two items of which neither is less are equal.
+  virtual bool lessThan(const Item& other) const = 0;
+  virtual bool equals(const Item& other) const { return !notEquals(other); }
+  virtual bool notEquals(const Item& other) const {
+    return lessThan(other) || other.lessThan(*this);
+  }
+
+  // Hands the visitor each item of the next level down, as a temporary.
+  virtual void acceptVisitor(ItemVisitor& visitor) const = 0;
+
+  std::uint32_t kind() const { return getU32Attribute(varmex_u32_ItemType); }
+};
+
+// What every getter raises for a number that its class does not serve.
+[[noreturn]] void raiseAttributeNotApplicable(std::uint32_t attribute,
+                                              const tSourcePosition& position);
+
+// What a getter raises where the description lacks the attribute's value.
+[[noreturn]] void raiseAttributeNotAvailable(std::uint32_t attribute,
+                                             const tSourcePosition& position);
+
+}  // namespace varmex
+
+#endif

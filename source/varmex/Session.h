@@ -1,0 +1,70 @@
+#ifndef SOURCE_VARMEX_SESSION_H
+#define SOURCE_VARMEX_SESSION_H
+
+#include <atomic>
+#include <boost/shared_ptr.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "halden/tools/FileModificationTime.h"
+#include "ostrel/quarks/synchronization.h"
+#include "source/varmex/DeviceMap.h"
+#include "source/varmex/Item.h"
+#include "source/varmex/SystemChangeObserver.h"
+#include "source/varmex/description.h"
+
+namespace varmex {
+
+// The root of the model: a snapshot of the two description files, read by the constructor.
+class Session : public Item {
+ public:
+  Session();
+
+  std::uint32_t getU32Attribute(std::uint32_t attribute) const override;
+  const char* getStringAttribute(std::uint32_t attribute) const override;
+  std::unique_ptr<Item> clone() const override;
+  std::unique_ptr<Item> openContainingItem(std::uint32_t kind) const override;
+  bool lessThan(const Item& other) const override;
+  void acceptVisitor(ItemVisitor& visitor) const override;
+
+  const tDescription& description() const { return description_; }
+
+  // The chassis that each file lists, in file order.
+  std::vector<std::uint32_t> pxiSysChassisNumbers() const;
+  std::vector<std::uint32_t> pxieSysChassisNumbers() const;
+
+  // The device at an address. Bus and device number must be known; the function is taken as given.
+  std::unique_ptr<Item> openDevice(const tDeviceAddress& address) const;
+
+  // Blocks until the description changed, for at most that many milliseconds (0xFFFFFFFF: no
+  // limit), or until the cancel. Any number of threads may wait.
+  varmex_WaitResult waitForInvalidation(std::uint32_t timeoutMs) const;
+
+  // For good: every wait of the session, running or later, ends with varmex_waitCancelled.
+  void cancelWait() const;
+
+ private:
+  void findPaths();
+  void load();
+  void loadUnderLock();
+  void readFiles();
+  bool isCurrent() const;
+  SystemChangeObserver& observer() const;
+
+  tDescription description_;
+  std::string pxiSysPath_;
+  std::string pxieSysPath_;
+  std::string configurationPath_;
+  boost::shared_ptr<const halden::tFileTimeStamp> pxiSysTime_;
+  boost::shared_ptr<const halden::tFileTimeStamp> pxieSysTime_;
+  mutable std::unique_ptr<SystemChangeObserver> ownedObserver_;
+  mutable std::atomic<SystemChangeObserver*> observer_{nullptr};  // null until the first need
+  mutable tCriticalSection observerLock_;                         // of its creation
+  mutable std::atomic<bool> cancelled_{false};                    // never cleared
+  DeviceMap deviceMap_;
+};
+
+}  // namespace varmex
+
+#endif

@@ -1,0 +1,39 @@
+#ifndef SOURCE_VARMEX_DESCRIPTION_H
+#define SOURCE_VARMEX_DESCRIPTION_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "corpxiTools/iniFile.h"
+
+namespace varmex {
+
+// The two description files of a session. Items keep a reference to it.
+struct tDescription {
+  tIniFile pxiSys;
+  tIniFile pxieSys;
+
+  // The file that describes an item whose section either may hold, classic PXI first.
+  const tIniFile* firstWith(const std::string& section) const {
+    if (pxiSys.hasSection(section)) return &pxiSys;
+    return pxieSys.hasSection(section) ? &pxieSys : nullptr;
+  }
+};
+
+// Section names, with their numbers in plain decimal.
+std::string chassisKey(std::uint32_t chassis);
+std::string slotKey(std::uint32_t chassis, std::uint32_t slot);
+
+// The numbers in their order, each at its first place alone. Walks that look for the first match,
+// or that enter everything they meet, answer the same for it, and a list that repeats itself costs
+// no more than its length.
+std::vector<std::uint32_t> withoutRepeats(std::vector<std::uint32_t> numbers);
+
+// The numbers in ascending order, each once.
+std::vector<std::uint32_t> sortedUnion(std::vector<std::uint32_t> a,
+                                       const std::vector<std::uint32_t>& b);
+
+}  // namespace varmex
+
+#endif

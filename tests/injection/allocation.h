@@ -1,0 +1,15 @@
+#ifndef TESTS_INJECTION_ALLOCATION_H
+#define TESTS_INJECTION_ALLOCATION_H
+
+namespace test {
+
+// Makes the n-th allocation from now on fail, once. Both operator new and malloc count, as far as
+// the program's own objects call them.
+void failAllocation(long n);
+
+// Ends it; whether it came to the failure.
+bool allocationFailed();
+
+}  // namespace test
+
+#endif

@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+#include "corpxiTools/fileSystem/utils.h"
+#include "halden/internal/FileLockImpl.h"
+#include "halden/tools/FileModificationTime.h"
+#include "halden/tools/widePath.h"
+#include "ostrel/quarks/numbers.h"
+#include "tests/support/status.h"
+#include "tests/support/testMachine.h"
+
+namespace varmex {
+
+namespace {
+
+using test::tExclusiveLock;
+using test::tStatus;
+using test::tTestMachine;
+
+struct tOpenFile {
+  explicit tOpenFile(const std::filesystem::path& path)
+      : stream(std::fopen(path.string().c_str(), "r")) {}
+  ~tOpenFile() { std::fclose(stream); }
+  tOpenFile(const tOpenFile&) = delete;
+  tOpenFile& operator=(const tOpenFile&) = delete;
+  std::FILE* stream;
+};
+
+TEST(FileLock, isSharedAndNeverWaits) {
+  tTestMachine machine;
+  machine.writeConfiguration();
+  const tOpenFile first(machine.configuration());
+  const tOpenFile second(machine.configuration());
+  halden::FileLockImpl one(first.stream);
+  halden::FileLockImpl two(second.stream);
+  {
+    const tExclusiveLock lock(machine.configuration());
+    EXPECT_FALSE(one.tryLockShared());
+    one.unlock();
+  }
+  EXPECT_TRUE(one.tryLockShared());
+  EXPECT_TRUE(two.tryLockShared());
+  one.unlock();
+  two.unlock();
+  const tExclusiveLock lock(machine.configuration());
+  EXPECT_FALSE(two.tryLockShared());
+}
+
+TEST(ModificationTime, tellsMissingFromUnreachable) {
+  tTestMachine machine;
+  tStatus status;
+  std::uint64_t time = 7;
+  EXPECT_FALSE(halden::readLastWriteTime(machine.pxiSys().string(), time, *status));
+  EXPECT_EQ(status.code(), 0);
+  machine.writePxiSys("x");
+  EXPECT_TRUE(halden::readLastWriteTime(machine.pxiSys().string(), time, *status));
+  EXPECT_GT(time, 7U);
+  const auto missing = machine.folder() / "no such folder" / "file";
+  EXPECT_FALSE(halden::readLastWriteTime(missing.string(), time, *status));
+  EXPECT_EQ(status.code(), -52008);
+  const auto json = nlohmann::ordered_json::parse(status.text());
+  EXPECT_EQ(json["error_constant"], "ostrelerr_osFault");
+  EXPECT_TRUE(json["internal_error"]["code"].is_number_unsigned());
+  EXPECT_FALSE(json["internal_error"]["string"].get<std::string>().empty());
+  machine.writePxieSys("x");
+  EXPECT_FALSE(halden::readLastWriteTime(machine.pxieSys().string(), time, *status))
+      << "the status holds an error";
+}
+
+TEST(FileExists, answersForAMissingFile) {
+  tTestMachine machine;
+  std::int32_t status = 0;
+  EXPECT_FALSE(fileExists(machine.pxiSys().string(), status));
+  EXPECT_EQ(status, 0);
+  machine.writePxiSys("x");
+  EXPECT_TRUE(fileExists(machine.pxiSys().string(), status));
+  status = -1;
+  EXPECT_FALSE(fileExists(machine.pxiSys().string(), status));
+  tStatus record;
+  EXPECT_EQ(getConfigurationPath(*record), machine.configuration().string());
+  record.record().code = -1;
+  EXPECT_EQ(getConfigurationPath(*record), "configuration.ini");
+}
+
+TEST(WidePath, takesBytesAsTheyCome) {
+  const std::pair<const char*, std::u16string> cases[] = {
+      {"", u""},
+      {"C:\\a", u"C:\\a"},
+      {"\xC3\xA4\xE2\x82\xAC", u"\u00E4\u20AC"},
+      {"\xF0\x9F\x98\x80!", u"\U0001F600!"},
+      {"\xC3"
+       "A",
+       {char16_t(0xC1)}},
+      {"\xFF\x80", {char16_t(0xFF), char16_t(0x80)}},
+      {"\xE2\x82", {char16_t(0x2080)}}};
+  for (const auto& [path, expected] : cases) {
+    tStatus status;
+    std::u16string wide = u"before";
+    EXPECT_TRUE(halden::widenPath(path, wide, *status));
+    EXPECT_EQ(wide, expected) << path;
+  }
+}
+
+}  // namespace
+
+}  // namespace varmex

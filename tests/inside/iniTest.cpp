@@ -1,0 +1,245 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+
+#include "corpxiTools/iniFile.h"
+
+namespace varmex {
+
+namespace {
+
+class tIni : public testing::Test {
+ protected:
+  void TearDown() override { std::filesystem::remove(path_); }
+
+  bool load(const std::string& text) {
+    std::ofstream(path_, std::ios::binary | std::ios::trunc) << text;
+    return file_.read(path_.string());
+  }
+  // The value of item K in section S of a file.
+  std::string value(const std::string& text, const char* item = "K") {
+    EXPECT_TRUE(load(text));
+    return file_.hasItem("S", item) ? file_.getValueText("S", item) : "<none>";
+  }
+  std::uint32_t lineOf(const char* item) {
+    const tIniItem* found = file_.store().findItem("S", item);
+    return found ? found->line : 0;
+  }
+  template <class Exception, class Call>
+  std::string thrown(Call call) {
+    try {
+      call();
+    } catch (const Exception& exception) {
+      EXPECT_EQ(typeid(exception), typeid(Exception));
+      return exception.what();
+    }
+    return "<nothing>";
+  }
+  std::string numberFault(const std::string& text) {
+    EXPECT_TRUE(load("[S]\nK=" + text + "\n"));
+    return thrown<tInvalidValueException>([this] { file_.getNumber("S", "K"); });
+  }
+
+  tIniFile file_;
+  std::filesystem::path path_ = std::filesystem::temp_directory_path() /
+                                ("varmex-ini-" + std::to_string(std::random_device()()) + ".ini");
+};
+
+constexpr const char* kFault = "The value in section S item K is invalid";
+
+TEST_F(tIni, classifiesLines) {
+  EXPECT_EQ(value("K=0\n[S]\nK=1"), "1");
+  EXPECT_EQ(value("[ S ] trailing\n \t K \t=\v 1 ; two \f\n"), "1 ; two");
+  EXPECT_EQ(value("[S]\n ;K=1\n# K = 1\n"), "<none>");
+  EXPECT_TRUE(file_.hasItem("S", "# K"));
+  EXPECT_EQ(value("[S]\n=value\nK==1\n"), "=1");
+  EXPECT_EQ(value("[S]\nK =\n"), "<none>");
+  EXPECT_EQ(value("[S]\nK=1\n[]\nK=2\n[  ]\nK=3\n[X\nK=4\n"), "4");
+  EXPECT_EQ(value("[S]]\nK=1\n[[T]\nK=2\n"), "1");
+  EXPECT_TRUE(file_.hasItem("[T", "K"));
+  EXPECT_EQ(value("[S]\nk=1\n"), "<none>");
+  EXPECT_EQ(value(""), "<none>");
+  EXPECT_EQ(value("\xEF\xBB\xBF"), "<none>");
+  EXPECT_EQ(value("\xEF\xBB\xBF[S]\nK=1"), "1");
+  load("[S]\n; fine\nwrong\n\nK=");
+  EXPECT_EQ(file_.store().firstBadLine(), 3);
+}
+
+TEST_F(tIni, removesDoubleQuotes) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"\"a b\"", "a b"}, {"\" a \"", " a "}, {"\"a\" b", "\"a\" b"}, {"'a'", "'a'"},
+      {"\"\"", ""},       {"\"", "\""},       {"\"\\\"\"", "\\\""}};
+  for (const auto& [text, expected] : cases) {
+    EXPECT_EQ(value("[S]\nK = " + std::string(text) + "\n"), expected);
+  }
+}
+
+TEST_F(tIni, endsLines) {
+  EXPECT_EQ(value("[S]\r\nA=1\r\n\r\nK=2\r\n"), "2");
+  EXPECT_EQ(lineOf("K"), 4U);
+  EXPECT_EQ(value("[S]\n\rA=1\n\r\n\rK=2"), "2");
+  EXPECT_EQ(lineOf("K"), 4U);
+  EXPECT_EQ(value("[S]\r\rK=2\r"), "2");
+  EXPECT_EQ(lineOf("K"), 3U);
+  EXPECT_EQ(value(std::string("[S]\nA=1\0K=2\0", 12)), "2");
+  EXPECT_EQ(lineOf("K"), 3U);
+  // A line end at the very start is not the remembered one and counts for nothing.
+  EXPECT_EQ(value("\n[S]\nK=2"), "2");
+  EXPECT_EQ(lineOf("K"), 2U);
+  EXPECT_EQ(value("\r\n[S]\nK=2"), "2");
+  EXPECT_EQ(lineOf("K"), 3U);
+}
+
+// "K=" and a value, `length` bytes together.
+std::string itemLine(std::size_t length) { return "K=" + std::string(length - 2, 'v'); }
+
+TEST_F(tIni, readsLongLines) {
+  for (const std::size_t length : {254U, 255U, 256U, 300U, 510U, 511U, 512U, 1023U, 5000U}) {
+    const std::string expected(length - 2, 'v');
+    EXPECT_EQ(value("[S]\n" + itemLine(length) + "\nZ=1"), expected) << length;
+    EXPECT_TRUE(file_.hasItem("S", "Z")) << length;
+    EXPECT_EQ(value("[S]\r\n" + itemLine(length) + "\r\nZ=1"), expected) << length;
+    EXPECT_TRUE(file_.hasItem("S", "Z")) << length;
+    const bool isLost = length == 255 || length == 511 || length == 1023;
+    EXPECT_EQ(value("[S]\n" + itemLine(length)), isLost ? "<none>" : expected) << length;
+  }
+}
+
+TEST_F(tIni, joinsALineWhoseEndIsForeign) {
+  // The first read of the long line ends on its end, and that differs from the remembered one.
+  EXPECT_EQ(value("[S]\r" + itemLine(255) + "\nmore\r"), std::string(253, 'v') + "more");
+  EXPECT_EQ(value("[S]\r" + itemLine(511) + "\nmore\rZ=1"), std::string(509, 'v') + "more");
+  EXPECT_TRUE(file_.hasItem("S", "Z"));
+  EXPECT_EQ(value("[S]\r" + itemLine(254) + "\nmore\r"), std::string(252, 'v'));
+  EXPECT_EQ(value(std::string(255, 'x') + "\n[S]\nK=1"), "<none>") << "of the first line";
+  EXPECT_EQ(value("[S]\r" + itemLine(255) + "\n"), "<none>") << "nothing follows";
+  // A name may lie in the first read and its '=' in the next.
+  EXPECT_EQ(value("[S]\nA=1\n" + std::string(300, ' ') + "K=2"), "2");
+}
+
+TEST_F(tIni, mergesWhatHalvingReaches) {
+  EXPECT_EQ(value("[S]\nK=1\nK=2\n"), "2");
+  EXPECT_EQ(lineOf("K"), 3U);
+  EXPECT_EQ(value("[S]\nA=1\n[T]\nB=1\n[S]\nK=2\nA=3\n"), "2");
+  EXPECT_STREQ(file_.getValueText("S", "A"), "3");
+  EXPECT_EQ(file_.store().sections().size(), 2U);
+  EXPECT_EQ(file_.store().findSection("S")->line, 5U);
+  // Of Z, A, K the search for Z looks at A and then goes on to the right, where Z is not.
+  EXPECT_EQ(value("[S]\nZ=1\nA=1\nK=1\nZ=2\n", "Z"), "1");
+  EXPECT_EQ(file_.store().findSection("S")->count, 4U);
+  // The same for sections, unless the last search found the very one.
+  EXPECT_EQ(value("[S]\nK=1\n[A]\nX=1\n[B]\nX=1\n[S]\nK=2\n"), "1");
+  EXPECT_EQ(value("[A]\nX=1\n[S]\nK=0\n[S]\nK=1\n[0]\nX=1\n[1]\nX=1\n[2]\nX=1\n[S]\nK=2\n"), "2");
+}
+
+TEST_F(tIni, keepsSectionsThatAreTakenUpAgain) {
+  std::string text;
+  for (int round = 0; round < 50; ++round) {
+    text += "[A]\nx" + std::to_string(round) + "=1\n[S]\nK" + std::to_string(round) + "=2\n";
+  }
+  EXPECT_EQ(value(text, "K49"), "2");
+  EXPECT_EQ(file_.store().findSection("S")->count, 50U);
+  for (int round = 0; round < 50; ++round) {
+    EXPECT_TRUE(file_.hasItem("A", "x" + std::to_string(round))) << round;
+  }
+}
+
+TEST_F(tIni, joinsPieces) {
+  EXPECT_EQ(value("[S]\nK Line1=ab\nK Line2=\"c d\"\nX=1\n"), "abc d");
+  EXPECT_EQ(value("[S]\nK Line1=ab\n"), "ab");
+  EXPECT_EQ(value("[S]\nK Line2=x\nK Line1=a\nK Line007=b\nOther Line0=c\nK2 Line01=d\n"), "abc");
+  EXPECT_TRUE(file_.hasItem("S", "K Line2"));
+  EXPECT_STREQ(file_.getValueText("S", "K2"), "d");
+  EXPECT_EQ(
+      value("[S]\nK Line1x=a\nA Line Line1=b\nB Line=c\nC Line1=d\nC Line2147483648=e\n", "C"),
+      "d");
+  for (const char* name : {"K Line1x", "A Line Line1", "B Line", "C Line2147483648"}) {
+    EXPECT_TRUE(file_.hasItem("S", name)) << name;
+  }
+}
+
+TEST_F(tIni, findsAllOfALargeSection) {
+  std::string text = "[S]\n";
+  for (int n = 0; n < 200; ++n)
+    text += "K" + std::to_string(n * 7 % 200) + "=" + std::to_string(n) + "\n";
+  ASSERT_TRUE(load(text));
+  for (int n = 0; n < 200; ++n) {
+    EXPECT_EQ(file_.getNumber("S", "K" + std::to_string(n * 7 % 200)), n);
+  }
+  EXPECT_FALSE(file_.hasItem("S", "K200"));
+  EXPECT_FALSE(file_.hasItem("S", "A"));
+}
+
+TEST_F(tIni, numbers) {
+  const std::pair<const char*, std::int32_t> good[] = {{"12", 12},
+                                                       {" +7 ", 7},
+                                                       {"-0", 0},
+                                                       {"\" 5\t\"", 5},
+                                                       {"2147483647", 2147483647},
+                                                       {"-2147483648", -2147483647 - 1},
+                                                       {"000000000000012", 12}};
+  for (const auto& [text, number] : good) {
+    ASSERT_TRUE(load("[S]\nK=" + std::string(text) + "\n"));
+    EXPECT_EQ(file_.getNumber("S", "K"), number) << text;
+  }
+  for (const char* text : {"12abc", "0x10", "+ 5", "+", "1 2", "--1", "2147483648", "-2147483649",
+                           "99999999999999999999"}) {
+    EXPECT_EQ(numberFault(text), kFault) << text;
+  }
+  load("[S]\nK=\"  \"\n");
+  EXPECT_EQ(thrown<tItemNotFoundException>([this] { file_.getNumber("S", "K"); }),
+            "Section S item: K not found");
+}
+
+TEST_F(tIni, unsignedNumbers) {
+  const std::pair<const char*, std::uint32_t> good[] = {
+      {"0x1F", 31},   {"017", 15},       {"-1", 4294967295U}, {"4294967295", 4294967295U},
+      {"\" +9\"", 9}, {"-4294967295", 1}};
+  for (const auto& [text, number] : good) {
+    ASSERT_TRUE(load("[S]\nK=" + std::string(text) + "\n"));
+    EXPECT_EQ(file_.getUnsigned("S", "K"), number) << text;
+  }
+  for (const char* text : {"\"\"", "0x", "09", "1x", "\"1 \"", "4294967296", "x"}) {
+    load("[S]\nK=" + std::string(text) + "\n");
+    EXPECT_EQ(thrown<tInvalidValueException>([this] { file_.getUnsigned("S", "K"); }), kFault)
+        << text;
+  }
+}
+
+TEST_F(tIni, numberLists) {
+  using tNumbers = std::vector<std::uint32_t>;
+  const std::pair<const char*, tNumbers> good[] = {
+      {"1 , 2", {1, 2}},           {"1x,2", {1, 2}}, {"0x10", {0}}, {"\"\"", {}},
+      {"-1,+2", {4294967295U, 2}}, {"12abc", {12}}};
+  for (const auto& [text, numbers] : good) {
+    ASSERT_TRUE(load("[S]\nK=" + std::string(text) + "\n"));
+    EXPECT_EQ(file_.getNumberList("S", "K"), numbers) << text;
+  }
+  for (const char* text : {"1,,3", "1,2,", ",1", "x", "\" \""}) {
+    load("[S]\nK=" + std::string(text) + "\n");
+    EXPECT_EQ(thrown<tBadListStringException>([this] { file_.getNumberList("S", "K"); }),
+              "The number list in section S item K is invalid.")
+        << text;
+  }
+}
+
+TEST_F(tIni, reportsFilesThatItCannotRead) {
+  EXPECT_FALSE(file_.read((path_ / "missing").string()));
+  for (const std::string& mark : {std::string("\xFF\xFE"), std::string("\xFE\xFF"),
+                                  std::string("\0\0\xFE\xFF", 4), std::string("\xFF\xFE\0\0", 4)}) {
+    EXPECT_EQ(thrown<tIniException>([&] { load(mark + "[S]\nK=1\n"); }),
+              "An exception occurred in tIniFile");
+    EXPECT_FALSE(file_.hasSection("S"));
+  }
+  EXPECT_TRUE(load(std::string("\0\0\xFE", 3)));
+  EXPECT_TRUE(load("[S]\nK=1\n"));
+  EXPECT_FALSE(file_.read(path_.string() + "x")) << "and the old content is gone";
+  EXPECT_FALSE(file_.hasSection("S"));
+}
+
+}  // namespace
+
+}  // namespace varmex

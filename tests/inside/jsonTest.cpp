@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "ostrel/quarks/jsonScanner.h"
+#include "ostrel/quarks/jsonWriter.h"
+#include "ostrel/quarks/status.h"
+
+namespace varmex {
+
+namespace {
+
+// A buffer in the writer's form.
+class tBuffer {
+ public:
+  tBuffer(const char* text, std::size_t size) : bytes_(size, '\0') {
+    statusFormatText(bytes_.data(), size, text);
+  }
+  char* end() { return jsonFindEnd(bytes_.data()); }
+  char* front() { return bytes_.data(); }
+  std::string text() const { return bytes_.c_str(); }
+  char last() const { return bytes_.back(); }
+
+ private:
+  std::string bytes_;
+};
+
+TEST(JsonWriter, addsAtEitherEnd) {
+  tBuffer object("{ }", 200);
+  char* cursor = jsonAddString(object.end(), "a", "x\ty\"\\\x1F\x7F\xC3\xA4");
+  cursor = jsonAddI32(cursor, "b", -2147483647 - 1);
+  cursor = jsonAddU32(cursor, nullptr, 4294967295U);
+  cursor = jsonAddU64(cursor, "d\n", 18446744073709551615U);
+  cursor = jsonAddObject(cursor, "e");
+  jsonAddRaw(cursor - 1, "f", "[1]");
+  jsonAddU32(object.front(), "z", 1);
+  EXPECT_EQ(object.text(),
+            "{\"z\":1, \"a\":\"x\\ty\\\"\\\\\\u001f\\u007f\xC3\xA4\",\"b\":-2147483648,4294967295,"
+            "\"d\\n\":18446744073709551615,\"e\":{\"f\":[1]}}");
+  EXPECT_EQ(object.last(), 'J');
+  tBuffer array("[]", 64);
+  jsonAddU32(jsonAddU32(array.front(), nullptr, 1), nullptr, 2);
+  jsonAddU32(array.front(), nullptr, 0);
+  EXPECT_EQ(array.text(), "[0,1,2]");
+}
+
+TEST(JsonWriter, fillsABufferToItsLastByte) {
+  // "{}", six bytes of a pair, the terminator and the mark.
+  for (const std::size_t size : {9U, 10U}) {
+    tBuffer buffer("{}", size);
+    const bool fits = size == 10;
+    EXPECT_EQ(jsonAddRaw(buffer.end(), "ab", "1") != nullptr, fits);
+    EXPECT_EQ(buffer.text(), fits ? "{\"ab\":1}" : "{}");
+    EXPECT_EQ(buffer.last(), 'J');
+  }
+  EXPECT_EQ(jsonAddRaw(nullptr, "ab", "1"), nullptr);
+}
+
+TEST(JsonWriter, doublesAStatusText) {
+  tStatusRecord record = makeStatus();
+  tStatusWriter writer = statusBegin(record);
+  ASSERT_EQ(record.capacity, 512U);
+  const std::string value(1200, 'v');
+  char* cursor = jsonAddString(writer.cursor, "k", value.c_str(), writer.grow, writer.context);
+  EXPECT_EQ(record.capacity, 2048U);
+  jsonAddU32(cursor, "n", 1, writer.grow, writer.context);
+  EXPECT_EQ(record.text, "{\"k\":\"" + value + "\",\"n\":1}");
+  EXPECT_EQ(record.text[2047], 'J');
+  statusReleaseText(record);
+  EXPECT_TRUE(statusReallocate(&record, 0));
+  EXPECT_EQ(record.capacity, 0U);
+}
+
+TEST(JsonScanner, acceptsJsonAndLaxNumbers) {
+  for (const char* text :
+       {"{}", " [ ] ", "{\"a\" : [1,-2.5e+3,true , false,null,\"\\u00e4\\/\\b\"]}\n", "[[[{}]]]",
+        "[-]", "[1.]", "[007]", "[1e+]", "[\"\xFF\x7F\"]"}) {
+    const char* end = jsonFindEnd(text);
+    ASSERT_NE(end, nullptr) << text;
+    EXPECT_TRUE(*end == '}' || *end == ']') << text;
+  }
+}
+
+TEST(JsonScanner, rejectsTheRest) {
+  for (const char* text : {"",          "1",
+                           "{",         "[",
+                           "[1,]",      "{\"a\":1,}",
+                           "{\"a\"}",   "{\"a\":}",
+                           "{a:1}",     "[1 2]",
+                           "[}",        "{]",
+                           "[\"\\x\"]", "[\"\\u12g4\"]",
+                           "[\"\\",     "[\"a",
+                           "[\"\n\"]",  "[1ex]",
+                           "[+1]",      "[.5]",
+                           "[tru]",     "[]]",
+                           "[] x",      "{\"a\":1 \"b\":2}",
+                           "{,}",       "[,]"}) {
+    EXPECT_EQ(jsonFindEnd(text), nullptr) << text;
+  }
+}
+
+TEST(JsonScanner, boundsItsDepth) {
+  const auto nested = [](std::size_t depth) {
+    return std::string(depth, '[') + std::string(depth, ']');
+  };
+  EXPECT_NE(jsonFindEnd(nested(kJsonMaxDepth).c_str()), nullptr);
+  EXPECT_EQ(jsonFindEnd(nested(kJsonMaxDepth + 1).c_str()), nullptr);
+  EXPECT_EQ(jsonFindEnd(std::string(1000000, '[').c_str()), nullptr);
+}
+
+}  // namespace
+
+}  // namespace varmex

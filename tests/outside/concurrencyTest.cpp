@@ -1,0 +1,156 @@
+#include <atomic>
+#include <cstdlib>
+#include <thread>
+
+#include "tests/support/model.h"
+
+namespace test {
+
+namespace {
+
+using tConcurrency = tModel;
+
+// How much a test does: the sanitizers and Wine are slower.
+int rounds() {
+  const char* const text = std::getenv("VARMEX_TEST_ROUNDS");
+  return text ? std::atoi(text) : 3000;
+}
+
+void runInThreads(int count, const std::function<void(int)>& work) {
+  std::vector<std::thread> threads;
+  for (int n = 0; n < count; ++n) threads.emplace_back(work, n);
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST_F(tConcurrency, readersNeverSeeATornDescription) {
+  machine_.writeConfiguration();
+  tProcess writer(std::string(VARMEX_TEST_PROGRAMS) + "/varmex_writer",
+                  {machine_.pxiSys().string(), machine_.pxieSys().string(),
+                   machine_.configuration().string(), std::to_string(rounds())});
+  std::atomic<bool> done{false};
+  std::atomic<int> read{0};
+  std::thread waiter([&] {
+    EXPECT_EQ(writer.wait(), 0);
+    done = true;
+  });
+  runInThreads(2, [&](int) {
+    while (!done) {
+      tStatus status;
+      const tItem session(varmex_openPXISession(0, status));
+      ASSERT_TRUE(session) << status.text();
+      const tItem chassis(varmex_openChassisByNumber(session.get(), 1, status));
+      // Before the first write there is none.
+      if (status.code() == varmex_errorUnknownItem) continue;
+      ASSERT_TRUE(chassis) << status.text();
+      ++read;
+    }
+  });
+  waiter.join();
+  EXPECT_GT(read, 0);
+}
+
+// Every chassis, slot, device and bridge of the session and all that they answer.
+void readEverything(varmex_Item* session) {
+  tStatus status;
+  for (std::uint32_t kind : {varmex_container_Chassis, varmex_container_Slots,
+                             varmex_container_TriggerBridges, varmex_container_Devices}) {
+    const tContainer list(varmex_getItemContainer(session, kind, status));
+    ASSERT_TRUE(list) << status.text();
+    const tContainer copy(varmex_duplicateItemContainer(list.get(), status));
+    varmex_ItemIterator position = 0;
+    while (position != varmex_ItemIterator_end(copy.get(), status)) {
+      const tItem item(varmex_ItemIterator_nextItem(copy.get(), &position, status));
+      const tItem twin(varmex_duplicate(item.get(), status));
+      for (std::uint32_t attribute = kind; attribute < kind + 16; ++attribute) {
+        tStatus ignored;
+        varmex_getU32Attribute(twin.get(), attribute, ignored);
+        tStatus ignoredText;
+        varmex_getStringAttribute(item.get(), attribute, ignoredText);
+      }
+    }
+    EXPECT_EQ(status.code(), 0) << status.text();
+  }
+}
+
+constexpr const char* kDescription =
+    "[System]\nChassisList=1\n"
+    "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=1,2,3\nTriggerBusList=1\n"
+    "StarTriggerList=1\nStarSystemTimingSetList=1\n"
+    "[Chassis1TriggerBus1]\nSlotList=1,2,3\n"
+    "[Chassis1StarTrigger1]\nPXI_STAR0=3\nSystemTimingSlot=2\n"
+    "[Chassis1StarSystemTimingSets1]\nStarSystemTimingSet0=3\nSystemTimingSlot=2\n"
+    "[Chassis1Slot1]\nSlotType=PXIeSystemSlot4Link\n"
+    "[Chassis1Slot2]\nSlotType=PXIeSystemTimingSlot\nAddressInfo=PXI0::5-0.0::INSTR\n"
+    "[Chassis1Slot3]\nSlotType=PXIeHybridSlot\nPeripheralModuleOccupiedSlotList=3\n";
+
+TEST_F(tConcurrency, threadsQueryOneSession) {
+  describe("", kDescription);
+  ASSERT_TRUE(session_) << status_.text();
+  runInThreads(4, [this](int) {
+    for (int round = 0; round < 20; ++round) readEverything(session_.get());
+  });
+}
+
+TEST_F(tConcurrency, threadsFillTheCachesOfOneSlot) {
+  describe("", kDescription);
+  for (int round = 0; round < 100; ++round) {
+    const tItem item = slot(1, 3);
+    std::vector<const char*> names(4);
+    runInThreads(4, [&](int n) {
+      tStatus status;
+      EXPECT_EQ(varmex_getU32Attribute(item.get(), varmex_u32_OccupyingModuleSlot, status), 3U);
+      EXPECT_EQ(varmex_getU32Attribute(item.get(), varmex_u32_StarTriggerLine, status), 0U);
+      EXPECT_EQ(varmex_getU32Attribute(item.get(), varmex_u32_DStarTriggerSet, status), 0U);
+      names[static_cast<std::size_t>(n)] =
+          varmex_getStringAttribute(item.get(), varmex_str_TriggerBusStableName, status);
+      EXPECT_EQ(status.code(), 0) << status.text();
+    });
+    for (const char* name : names) EXPECT_EQ(name, names[0]);
+  }
+}
+
+TEST_F(tConcurrency, threadsOpenSessionsOfTheirOwn) {
+  machine_.writeConfiguration();
+  describe("", kDescription);
+  runInThreads(4, [](int) {
+    for (int round = 0; round < 10; ++round) {
+      tStatus status;
+      const tItem session(varmex_openPXISession(0, status));
+      ASSERT_TRUE(session) << status.text();
+      readEverything(session.get());
+    }
+  });
+}
+
+// A tree some hundreds of levels deep, in sections whose names grow with each.
+std::string deepTree(std::size_t size) {
+  std::string text =
+      "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSlotList=2\n"
+      "[Chassis1Slot2]\nPCISlotPath=a,b\nFunctionList=0\n";
+  std::string section = "Chassis1Slot2";
+  std::uint32_t bus = 0;
+  while (text.size() < size) {
+    section += "Function0";
+    text += "[" + section + "]\nPCIBusNumber=" + std::to_string(bus++) +
+            "\nPCIDeviceNumber=0\nDeviceList=0\n";
+    section += "Device0";
+    text += "[" + section + "]\nFunctionList=0\n";
+  }
+  return text;
+}
+
+TEST_F(tConcurrency, aSmallStackSufficesForADeepTree) {
+  machine_.writePxiSys(deepTree(1 << 20));
+  std::uint64_t devices = 0;
+  runWithStack(256 * 1024, [&] {
+    session_.reset(varmex_openPXISession(0, status_));
+    const tContainer list = container(session_, varmex_container_Devices);
+    devices = varmex_ItemIterator_end(list.get(), status_);
+  });
+  EXPECT_EQ(status_.code(), 0) << status_.text();
+  EXPECT_GT(devices, 200U);
+}
+
+}  // namespace
+
+}  // namespace test

@@ -1,0 +1,196 @@
+// The life of a routing coordinator: clients on two modules, in threads, that calculate, reserve,
+// join, conflict, release and die. Every answer is held against a small model of who holds what.
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <random>
+#include <set>
+#include <thread>
+
+#include "tests/support/model.h"
+#include "tests/support/routing.h"
+
+namespace test {
+
+namespace {
+
+// The rules of ownership for the terminals of one device. A holder is a session, known by its
+// address alone: a new session in the place of a dead one holds what that held.
+class tOwnership {
+ public:
+  bool mayTake(int terminal, const std::string& token) const {
+    const auto held = tokens_.find(terminal);
+    return held == tokens_.end() || held->second.empty() || held->second == token;
+  }
+  void take(int terminal, const std::string& token, const void* client) {
+    holders_[terminal].insert(client);
+    tokens_[terminal] = token;
+  }
+  void release(int terminal, const void* client) {
+    holders_[terminal].erase(client);
+    if (holders_[terminal].empty()) tokens_.erase(terminal);
+  }
+
+ private:
+  std::map<int, std::string> tokens_;
+  std::map<int, std::set<const void*>> holders_;
+};
+
+struct tDevice {
+  std::string name;
+  std::mutex lock;  // makes a call and its reflection in the model one step
+  tOwnership ownership;
+};
+
+// One client: a session with its routes, and what it holds.
+class tClient {
+ public:
+  tClient(tDevice& device, unsigned seed) : device_(device), random_(seed) { open(); }
+
+  void step() {
+    const int terminal = pick(8);
+    const std::string token = std::string(1, static_cast<char>('a' + pick(3)));
+    switch (pick(8)) {
+      case 0:
+      case 1:
+      case 2: calculateAndReserve(terminal, token); break;
+      case 3:
+      case 4: releaseOne(&telmar_ra_varmex_unreserveRoute, false); break;
+      case 5:
+      case 6: releaseOne(&telmar_ra_varmex_destroyRoute, true); break;
+      default:
+        if (pick(40) == 0) die();
+    }
+  }
+
+ private:
+  struct tRoute {
+    std::uint32_t ticket;
+    int terminal;
+    std::string token;
+    bool reserved;
+  };
+
+  int pick(int bound) { return static_cast<int>(random_() % static_cast<unsigned>(bound)); }
+
+  void open() {
+    tStatus status;
+    session_.reset(telmar_ra_varmex_createSession(device_.name.c_str(), std::realloc, status));
+    ASSERT_TRUE(session_) << status.text();
+  }
+
+  // A dead session's terminals stay held under their tokens.
+  void die() {
+    const std::lock_guard<std::mutex> held(device_.lock);
+    routes_.clear();
+    open();
+  }
+
+  bool holds(int terminal, const std::string* token = nullptr) const {
+    return std::any_of(routes_.begin(), routes_.end(), [&](const tRoute& route) {
+      return route.reserved && route.terminal == terminal && (!token || route.token == *token);
+    });
+  }
+
+  void calculateAndReserve(int terminal, const std::string& token) {
+    tStatus status;
+    tText reply;
+    const std::string name = "PXI_Trig" + std::to_string(terminal);
+    const std::lock_guard<std::mutex> held(device_.lock);
+    telmar_ra_varmex_calculateRoute(session_.get(), seed(name, token).c_str(),
+                                    ("[\"" + name + "\"]").c_str(), nullptr, &reply.text, status);
+    ASSERT_EQ(status.code(), 0) << status.text();
+    const auto routes = nlohmann::json::parse(reply.text);
+    ASSERT_EQ(routes.size(), device_.ownership.mayTake(terminal, token) ? 1U : 0U);
+    if (!routes.empty()) routes_.push_back({routes[0]["ticket"], terminal, token, false});
+    if (routes_.empty()) return;
+    reserve(routes_[static_cast<std::size_t>(pick(static_cast<int>(routes_.size())))]);
+  }
+
+  void reserve(tRoute& route) {
+    tStatus status;
+    tText conflicts;
+    telmar_ra_varmex_reserveRoute(session_.get(), route.ticket, &conflicts.text, status);
+    const bool mayTake = device_.ownership.mayTake(route.terminal, route.token);
+    ASSERT_EQ(status.code(), mayTake ? 0 : telmar_ra_errorResourcesInUse) << status.text();
+    ASSERT_EQ(conflicts.text != nullptr, !mayTake && holds(route.terminal));
+    if (!mayTake) return;
+    route.reserved = true;
+    device_.ownership.take(route.terminal, route.token, session_.get());
+  }
+
+  void releaseOne(void (*release)(telmar_ra_Session*, std::uint32_t), bool destroys) {
+    if (routes_.empty()) return;
+    const auto place = routes_.begin() + pick(static_cast<int>(routes_.size()));
+    const std::lock_guard<std::mutex> held(device_.lock);
+    release(session_.get(), place->ticket);
+    const int terminal = place->terminal;
+    const bool wasReserved = place->reserved;
+    place->reserved = false;
+    if (wasReserved && !holds(terminal)) device_.ownership.release(terminal, session_.get());
+    if (destroys) routes_.erase(place);
+  }
+
+  tDevice& device_;
+  std::mt19937 random_;
+  tRoutingSession session_;
+  std::vector<tRoute> routes_;
+};
+
+class tConcurrencyOfRouting : public tModel {};
+
+TEST_F(tConcurrencyOfRouting, threadsLiveByTheRulesOfOwnership) {
+  describe("", kRoutingDescription);
+  tDevice devices[2];
+  devices[0].name = "5.0.0:1 coordinator";
+  devices[1].name = "7.0.0:1 coordinator";
+  std::vector<std::thread> threads;
+  for (unsigned number = 0; number < 6; ++number) {
+    threads.emplace_back([&devices, number] {
+      tClient client(devices[number % 2], number);
+      for (int step = 0; step < 2000 && !HasFailure(); ++step) client.step();
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+// Without the test's own lock: one session that several threads use, and others on its device.
+TEST_F(tConcurrencyOfRouting, threadsShareASession) {
+  describe("", kRoutingDescription);
+  const auto open = [this] {
+    return tRoutingSession(telmar_ra_varmex_createSession("5.0.0:1 shared", std::realloc, status_));
+  };
+  const tRoutingSession shared = open();
+  const tRoutingSession other = open();
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 4; ++number) {
+    threads.emplace_back([&, number] {
+      telmar_ra_Session* const session = number == 3 ? other.get() : shared.get();
+      for (int round = 0; round < 500; ++round) {
+        tStatus status;
+        tText reply;
+        const std::string name = "PXI_Trig" + std::to_string(round % 8);
+        telmar_ra_varmex_calculateRoute(session, seed(name, std::to_string(number % 2)).c_str(),
+                                        ("[\"" + name + "\"]").c_str(), nullptr, &reply.text,
+                                        status);
+        const auto routes = nlohmann::json::parse(reply.text);
+        if (routes.empty()) continue;
+        const std::uint32_t ticket = routes[0]["ticket"];
+        telmar_ra_varmex_reserveRoute(session, ticket, nullptr, status);
+        telmar_ra_varmex_destroyRoute(session, ticket);
+        EXPECT_TRUE(status.code() == 0 || status.code() == telmar_ra_errorResourcesInUse);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  // All is given back: any token may take any line.
+  tText reply;
+  telmar_ra_varmex_calculateRoute(other.get(), seed("PXI_Trig3", "fresh").c_str(),
+                                  "[\"PXI_Trig3\"]", nullptr, &reply.text, status_);
+  EXPECT_NE(std::string(reply.text), "[]");
+}
+
+}  // namespace
+
+}  // namespace test

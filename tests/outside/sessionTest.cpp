@@ -1,0 +1,128 @@
+#include "tests/support/model.h"
+
+namespace test {
+
+namespace {
+
+using tSession = tModel;
+
+constexpr const char* kOneChassis =
+    "[System]\nChassisList = 4\n"
+    "[Chassis4]\nVendor = Acme, Inc.\nModel = C8\nSlotList = 1,2\n"
+    "[Chassis4Slot1]\nA = 1\n"
+    "[Chassis4Slot2]\nPCISlotPath = 78,F0\n";
+
+TEST_F(tSession, withoutFilesHoldsNothing) {
+  describe("", "");
+  ASSERT_TRUE(session_) << status_.text();
+  EXPECT_EQ(number(session_, varmex_u32_ItemType), 0U);
+  EXPECT_EQ(text(session_, varmex_str_PxiSysPath), machine_.pxiSys().string());
+  EXPECT_EQ(text(session_, varmex_str_PxieSysPath), machine_.pxieSys().string());
+  EXPECT_EQ(text(session_, varmex_str_ConfigurationPath), machine_.configuration().string());
+  EXPECT_EQ(text(session_, varmex_str_Version), "19.5.0");
+  EXPECT_TRUE(items(session_, varmex_container_Chassis).empty());
+  EXPECT_EQ(status_.code(), 0);
+  EXPECT_FALSE(device(1, 2, 0));
+  EXPECT_TRUE(failed(-380751, "varmex_errorUnknownItem",
+                     R"({"varmex_debug":{"msg":"Failed to find the device"},)"
+                     R"("bus":1,"device":2,"function":0,"type":"device"})"));
+}
+
+TEST_F(tSession, refusesWhatItCannotDo) {
+  describe("", "");
+  number(session_, 4242);
+  EXPECT_TRUE(notApplicable(R"({"attribute":4242})"));
+  number(session_, 0xFFFFFFFF);
+  EXPECT_TRUE(notApplicable(R"({"attribute":-1})"));
+  text(session_, 4);
+  EXPECT_TRUE(notApplicable(R"({"attr":4})"));
+  EXPECT_FALSE(varmex_duplicate(session_.get(), status_));
+  EXPECT_TRUE(failed(-380754, "varmex_errorFeatureUnsupported",
+                     inDebug(R"({"message":"VARMEX doesn't support cloning sessions."})")));
+  EXPECT_FALSE(varmex_openContainingItem(session_.get(), 0, status_));
+  EXPECT_TRUE(failed(-380754, "varmex_errorFeatureUnsupported",
+                     inDebug(R"({"message":"Sessions don't have containing items."})")));
+  EXPECT_EQ(text(session_, varmex_str_Version), "19.5.0");
+}
+
+TEST_F(tSession, checksHandles) {
+  describe(kOneChassis, "");
+  const tItem item = chassis(4);
+  ASSERT_TRUE(item) << status_.text();
+  EXPECT_EQ(varmex_getU32Attribute(nullptr, 0, status_), 0U);
+  EXPECT_TRUE(failed(-380752, "varmex_errorInvalidHandle"));
+  EXPECT_FALSE(varmex_openChassisByNumber(item.get(), 4, status_));
+  EXPECT_TRUE(failed(-380752, "varmex_errorInvalidHandle"));
+  EXPECT_FALSE(varmex_openSlotByNumber(session_.get(), 1, status_));
+  EXPECT_TRUE(failed(-380752, "varmex_errorInvalidHandle",
+                     inDebug(R"({"msg":"Handle is not a chassis handle."})")));
+  const tDeviceAddress reserved{1, 0, 0, 0};
+  EXPECT_FALSE(varmex_openDeviceByAddr(nullptr, &reserved, status_));
+  EXPECT_TRUE(failed(-380755, "varmex_errorInvalidParameter",
+                     inDebug(R"({"msg":"reserved parameter must be set to 0"})")));
+  EXPECT_FALSE(varmex_openDeviceByAddr(nullptr, nullptr, status_));
+  EXPECT_TRUE(failed(-380755, "varmex_errorInvalidParameter",
+                     inDebug(R"({"msg":"parameter addr is NULL"})")));
+  varmex_close(nullptr);
+  varmex_destroyItemContainer(nullptr);
+}
+
+TEST_F(tSession, readsTheListOfEitherSection) {
+  describe(
+      "[PXI System]\nChassisList = 4\n[Chassis4]\nVendor=V\nModel=M\nSlotList=2\n"
+      "[Chassis4Slot2]\nPCISlotPath=1,2\n",
+      "[PXI System]\nChassisList = 9\n");
+  EXPECT_EQ(items(session_, varmex_container_Chassis).size(), 1U) << status_.text();
+  describe("[System]\nOther = 1\n[PXI System]\nChassisList = 4\n", "");
+  EXPECT_FALSE(session_);
+  EXPECT_TRUE(notFound("Section System item: ChassisList not found"));
+}
+
+TEST_F(tSession, reportsWhatTheFilesHold) {
+  describe("[System]\nChassisList = 1,,2\n", "");
+  EXPECT_FALSE(session_);
+  EXPECT_TRUE(notFound("The number list in section System item ChassisList is invalid."));
+  describe("[System]\nChassisList = 1\n", "");
+  EXPECT_FALSE(session_);
+  EXPECT_TRUE(notFound("Section Chassis1 item: SlotList not found"));
+  describe(std::string("\xFF\xFE[\0", 4), "");
+  EXPECT_FALSE(session_);
+  EXPECT_TRUE(notFound("An exception occurred in tIniFile"));
+}
+
+TEST_F(tSession, isASnapshot) {
+  describe(kOneChassis, "");
+  machine_.writePxiSys("");
+  const tItem item = chassis(4);
+  ASSERT_TRUE(item) << status_.text();
+  EXPECT_EQ(text(item, varmex_str_ChassisVendor), "Acme, Inc.");
+}
+
+TEST_F(tSession, waitsForTheLock) {
+  machine_.writeConfiguration();
+  describe(kOneChassis, "");
+  EXPECT_TRUE(session_) << status_.text();
+  const tExclusiveLock lock(machine_.configuration());
+  describe(kOneChassis, "");
+  EXPECT_FALSE(session_);
+  EXPECT_TRUE(failed(-380763, "timeoutErrorCode"));
+}
+
+TEST_F(tSession, readersShareTheLock) {
+  machine_.writeConfiguration();
+  describe(kOneChassis, "");
+  const tItem second(varmex_openPXISession(0xFFFFFFFE, status_));
+  EXPECT_TRUE(second) << status_.text();
+}
+
+TEST_F(tSession, givesUpOnAFileThatCannotBeRead) {
+  std::filesystem::create_directories(machine_.pxiSys());
+  session_.reset(varmex_openPXISession(0, status_));
+  EXPECT_FALSE(session_);
+  const nlohmann::ordered_json detail = {{"path", machine_.pxiSys().string()}};
+  EXPECT_TRUE(failed(-380764, "timeoutErrorCode", inDebug(detail.dump())));
+}
+
+}  // namespace
+
+}  // namespace test

@@ -1,0 +1,190 @@
+#include <chrono>
+#include <cstdlib>
+#include <random>
+#include <thread>
+
+#include "tests/support/model.h"
+
+namespace test {
+
+namespace {
+
+using namespace std::chrono_literals;
+using tClock = std::chrono::steady_clock;
+
+constexpr const char* kOneChassis = "[System]\nChassisList=1\n[Chassis1]\nSlotList=\"\"\n";
+
+class tWait : public tModel {
+ protected:
+  varmex_WaitResult wait(std::uint32_t timeout) {
+    return varmex_waitForSessionInvalidation(session_.get(), timeout, status_);
+  }
+  // The result of a wait that another thread makes while `act` runs.
+  template <class Act>
+  varmex_WaitResult waitDuring(Act act, std::uint32_t timeout = 20000) {
+    varmex_WaitResult result = 0;
+    std::thread waiter([&] { result = wait(timeout); });
+    std::this_thread::sleep_for(60ms);
+    act();
+    waiter.join();
+    return result;
+  }
+};
+
+TEST_F(tWait, runsOutOfTime) {
+  describe(kOneChassis, "");
+  EXPECT_EQ(number(session_, varmex_u32_SessionIsCurrent), 1U);
+  EXPECT_EQ(wait(0), varmex_waitTimedOut);
+  const auto start = tClock::now();
+  EXPECT_EQ(waitDuring([this] { machine_.write(machine_.folder() / "other", "x"); }, 200),
+            varmex_waitTimedOut)
+      << "a change that leaves the two files alone";
+  EXPECT_GE(tClock::now() - start, 190ms);
+  EXPECT_EQ(status_.code(), 0) << status_.text();
+  std::filesystem::remove(machine_.folder() / "other");
+}
+
+TEST_F(tWait, seesEveryWayOfReplacingAFile) {
+  const std::function<void()> ways[] = {
+      [this] { machine_.writePxiSys(std::string(kOneChassis) + "; more\n"); },
+      [this] {
+        machine_.write(machine_.folder() / "new", kOneChassis);
+        std::filesystem::rename(machine_.folder() / "new", machine_.pxiSys());
+      },
+      [this] { std::filesystem::remove(machine_.pxiSys()); },
+      [this] { machine_.writePxieSys(kOneChassis); },
+      [this] {
+        std::filesystem::last_write_time(machine_.pxiSys(),
+                                         std::filesystem::file_time_type::clock::now() - 1h);
+      }};
+  int way = 0;
+  for (const auto& change : ways) {
+    describe(kOneChassis, "");
+    ASSERT_TRUE(session_) << status_.text();
+    EXPECT_EQ(waitDuring(change), varmex_waitChanged) << way << ' ' << status_.text();
+    EXPECT_EQ(wait(0xFFFFFFFF), varmex_waitChanged) << way << ": it stays so";
+    EXPECT_EQ(number(session_, varmex_u32_SessionIsCurrent), 0U) << way;
+    ++way;
+  }
+}
+
+TEST_F(tWait, seesAChangeFromBeforeTheWait) {
+  describe(kOneChassis, "");
+  std::this_thread::sleep_for(20ms);
+  machine_.writePxiSys(std::string(kOneChassis) + "; more\n");
+  EXPECT_EQ(wait(20000), varmex_waitChanged);
+}
+
+TEST_F(tWait, endsWithTheCancelForGood) {
+  describe(kOneChassis, "");
+  EXPECT_EQ(waitDuring([this] { varmex_cancelWaitForInvalidation(session_.get()); }, 0xFFFFFFFF),
+            varmex_waitCancelled);
+  std::filesystem::remove(machine_.pxiSys());
+  EXPECT_EQ(wait(0xFFFFFFFF), varmex_waitCancelled);
+  EXPECT_EQ(number(session_, varmex_u32_SessionIsCurrent), 0U);
+  varmex_cancelWaitForInvalidation(nullptr);
+  EXPECT_EQ(varmex_waitForSessionInvalidation(nullptr, 0, status_), varmex_waitFailed);
+  EXPECT_TRUE(failed(-380752, "varmex_errorInvalidHandle"));
+}
+
+TEST_F(tWait, runsWhateverTheRecordHolds) {
+  describe(kOneChassis, "");
+  status_.record().code = -5;
+  EXPECT_EQ(wait(0), varmex_waitTimedOut);
+  EXPECT_EQ(status_.code(), -5);
+  EXPECT_EQ(varmex_waitForSessionInvalidation(nullptr, 0, status_), varmex_waitFailed);
+  EXPECT_EQ(status_.code(), -5);
+  EXPECT_EQ(varmex_waitForSessionInvalidation(session_.get(), 0, nullptr), varmex_waitTimedOut);
+}
+
+class tConcurrencyOfWaits : public tWait {};
+
+TEST_F(tConcurrencyOfWaits, threadsSeeOneChangeAndOneCancel) {
+  for (const bool cancels : {false, true}) {
+    for (int round = 0; round < 20; ++round) {
+      describe(kOneChassis, "");
+      varmex_WaitResult results[4] = {};
+      std::vector<std::thread> waiters;
+      for (varmex_WaitResult& result : results) {
+        waiters.emplace_back([this, &result] {
+          tStatus status;
+          result = varmex_waitForSessionInvalidation(session_.get(), 20000, status);
+        });
+      }
+      std::this_thread::sleep_for(round % 2 ? 20ms : 0ms);
+      if (cancels) {
+        varmex_cancelWaitForInvalidation(session_.get());
+      } else {
+        machine_.writePxieSys("[A]\nB=1\n");
+      }
+      for (std::thread& waiter : waiters) waiter.join();
+      for (const varmex_WaitResult result : results) {
+        EXPECT_EQ(result, cancels ? varmex_waitCancelled : varmex_waitChanged);
+      }
+    }
+  }
+}
+
+// Sessions come and go, wait and are cancelled, while one thread rewrites the description. No
+// waiter may sleep on after the files changed.
+TEST_F(tConcurrencyOfWaits, noChangeIsMissed) {
+  machine_.writeConfiguration();
+  machine_.writePxiSys(kOneChassis);
+  const auto end = tClock::now() + 3s;
+  std::thread writer([&] {
+    std::mt19937 random(1);
+    for (int round = 0; tClock::now() < end; ++round) {
+      {
+        const tExclusiveLock lock(machine_.configuration());
+        const std::string text = kOneChassis + std::string(";") + std::to_string(round) + "\n";
+        if (round % 2) {
+          machine_.writePxiSys(text);
+        } else {
+          machine_.write(machine_.folder() / "new", text);
+          // A reader that asks about the file holds it for a moment on some systems.
+          std::error_code busy;
+          do {
+            std::filesystem::rename(machine_.folder() / "new", machine_.pxiSys(), busy);
+          } while (busy);
+        }
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(random() % 20));
+    }
+  });
+  std::vector<std::thread> waiters;
+  std::atomic<int> seen{0};
+  for (unsigned number = 0; number < 3; ++number) {
+    waiters.emplace_back([&, number] {
+      while (tClock::now() < end) {
+        tStatus status;
+        const tItem session(varmex_openPXISession(0, status));
+        ASSERT_TRUE(session) << status.text();
+        std::thread canceller;
+        if (number == 0) {
+          canceller = std::thread([&] { varmex_cancelWaitForInvalidation(session.get()); });
+        }
+        const auto result = varmex_waitForSessionInvalidation(session.get(), 10000, status);
+        EXPECT_TRUE(result == varmex_waitChanged || tClock::now() > end ||
+                    (number == 0 && result == varmex_waitCancelled))
+            << result << ' ' << status.text();
+        if (result == varmex_waitChanged) ++seen;
+        if (canceller.joinable()) canceller.join();
+      }
+    });
+  }
+  // The last sessions wait for one more change.
+  writer.join();
+  {
+    const tExclusiveLock lock(machine_.configuration());
+    std::error_code busy;
+    do {
+      std::filesystem::remove(machine_.pxiSys(), busy);
+    } while (busy);
+  }
+  for (std::thread& waiter : waiters) waiter.join();
+  EXPECT_GT(seen, 10);
+}
+
+}  // namespace
+
+}  // namespace test

@@ -1,0 +1,98 @@
+#ifndef TESTS_SUPPORT_MODEL_H
+#define TESTS_SUPPORT_MODEL_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/status.h"
+#include "tests/support/testMachine.h"
+#include "varmex/varmex.h"
+
+namespace test {
+
+struct tCloser {
+  void operator()(varmex_Item* item) const { varmex_close(item); }
+  void operator()(varmex_ItemContainer* container) const { varmex_destroyItemContainer(container); }
+};
+using tItem = std::unique_ptr<varmex_Item, tCloser>;
+using tContainer = std::unique_ptr<varmex_ItemContainer, tCloser>;
+
+// A machine with a description, its session and one status record for the calls of a test.
+class tModel : public testing::Test {
+ protected:
+  void describe(const std::string& pxiSys, const std::string& pxieSys) {
+    session_.reset();
+    replace(machine_.pxiSys(), pxiSys);
+    replace(machine_.pxieSys(), pxieSys);
+    session_.reset(varmex_openPXISession(0, status_));
+  }
+
+  tItem chassis(std::uint32_t number) {
+    return tItem(varmex_openChassisByNumber(session_.get(), number, status_));
+  }
+  tItem slot(std::uint32_t chassisNumber, std::uint32_t number) {
+    const tItem owner = chassis(chassisNumber);
+    return tItem(varmex_openSlotByNumber(owner.get(), number, status_));
+  }
+  tItem device(std::uint32_t bus, std::uint32_t number, std::uint32_t function) {
+    const tDeviceAddress address{0, bus, number, function};
+    return tItem(varmex_openDeviceByAddr(session_.get(), &address, status_));
+  }
+  tContainer container(const tItem& item, std::uint32_t attribute) {
+    return tContainer(varmex_getItemContainer(item.get(), attribute, status_));
+  }
+  std::vector<tItem> items(const tItem& item, std::uint32_t attribute) {
+    std::vector<tItem> list;
+    const tContainer source = container(item, attribute);
+    if (!source) return list;
+    varmex_ItemIterator position = varmex_ItemIterator_begin(source.get(), status_);
+    while (position != varmex_ItemIterator_end(source.get(), status_)) {
+      list.emplace_back(varmex_ItemIterator_nextItem(source.get(), &position, status_));
+    }
+    return list;
+  }
+
+  std::uint32_t number(const tItem& item, std::uint32_t attribute) {
+    return varmex_getU32Attribute(item.get(), attribute, status_);
+  }
+  std::string text(const tItem& item, std::uint32_t attribute) {
+    const char* value = varmex_getStringAttribute(item.get(), attribute, status_);
+    return value ? value : "<null>";
+  }
+
+  // Failures as the test names them, for the record that all calls share.
+  testing::AssertionResult failed(std::int32_t code, const std::string& constant,
+                                  const std::string& detail = "{}") {
+    return holdsFailure(status_, code, constant, detail);
+  }
+  testing::AssertionResult notApplicable(const std::string& debug) {
+    return failed(-380756, "varmex_errorAttributeNotApplicable", inDebug(debug));
+  }
+  testing::AssertionResult notConnected(const std::string& debug) {
+    return failed(-380759, "varmex_errorNotConnected", inDebug(debug));
+  }
+  testing::AssertionResult notFound(const std::string& message) {
+    return holdsWrapped(status_, -380757, "varmex_errorInformationNotAvailable", message);
+  }
+  static std::string inDebug(const std::string& debug) {
+    return R"({"varmex_debug":)" + debug + "}";
+  }
+
+  // An empty text stands for no file.
+  static void replace(const std::filesystem::path& path, const std::string& text) {
+    if (text.empty()) {
+      std::filesystem::remove(path);
+    } else {
+      tTestMachine::write(path, text);
+    }
+  }
+
+  tTestMachine machine_;
+  tStatus status_;
+  tItem session_;
+};
+
+}  // namespace test
+
+#endif

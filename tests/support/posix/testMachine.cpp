@@ -1,0 +1,120 @@
+#include "tests/support/testMachine.h"
+
+#include <fcntl.h>
+#include <pthread.h>
+#include <spawn.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <stdexcept>
+
+extern char** environ;
+
+namespace test {
+
+namespace fs = std::filesystem;
+
+struct tTestMachine::tState {
+  fs::path root;
+  std::string registry = "Windows Registry Editor Version 5.00\r\n";
+};
+
+tTestMachine::tTestMachine() : state_(std::make_unique<tState>()) {
+  std::string name = (fs::temp_directory_path() / "varmex-test-XXXXXX").string();
+  if (!mkdtemp(name.data())) throw std::runtime_error("no temporary folder");
+  state_->root = name;
+  fs::create_directories(folder());
+  fs::create_directories(state_->root / "var/lib");
+  setenv("VARMEX_FSROOT", name.c_str(), 1);
+}
+
+tTestMachine::~tTestMachine() {
+  unsetenv("VARMEX_FSROOT");
+  std::error_code ignored;
+  fs::remove_all(state_->root, ignored);
+}
+
+fs::path tTestMachine::folder() const { return state_->root / "etc/pxi"; }
+
+fs::path tTestMachine::configuration() const {
+  return state_->root / "var/lib/PXISA/configuration.ini";
+}
+
+void tTestMachine::setRegistryValue(const std::string& key, const std::string& name,
+                                    std::uint32_t type, const std::string& bytes) {
+  static constexpr char kDigits[] = "0123456789abcdef";
+  std::string data;
+  const auto addByte = [&data](unsigned char byte) {
+    if (!data.empty()) data += ',';
+    data += {kDigits[byte >> 4], kDigits[byte & 15]};
+  };
+  for (const char byte : bytes) {
+    addByte(static_cast<unsigned char>(byte));
+    // Texts of an export are in UTF-16.
+    if (type == 1 || type == 2 || type == 7) addByte(0);
+  }
+  char kind[16];
+  std::snprintf(kind, sizeof kind, "hex(%x):", type);
+  state_->registry += "\r\n[HKEY_LOCAL_MACHINE\\" + key + "]\r\n\"" + name + "\"=" + kind + data;
+  write(folder() / "registry.reg", state_->registry + "\r\n");
+}
+
+struct tExclusiveLock::tState {
+  int file;
+};
+
+tExclusiveLock::tExclusiveLock(const fs::path& path)
+    : state_(new tState{open(path.c_str(), O_RDONLY | O_CLOEXEC)}) {
+  if (state_->file < 0 || flock(state_->file, LOCK_EX) != 0) throw std::runtime_error("no lock");
+}
+
+tExclusiveLock::~tExclusiveLock() { close(state_->file); }
+
+struct tProcess::tState {
+  pid_t pid = -1;
+  int result = -1;
+};
+
+tProcess::tProcess(const std::string& program, const std::vector<std::string>& arguments)
+    : state_(std::make_unique<tState>()) {
+  std::vector<char*> texts{const_cast<char*>(program.c_str())};
+  for (const std::string& argument : arguments)
+    texts.push_back(const_cast<char*>(argument.c_str()));
+  texts.push_back(nullptr);
+  if (posix_spawn(&state_->pid, program.c_str(), nullptr, nullptr, texts.data(), environ) != 0) {
+    throw std::runtime_error("cannot start " + program);
+  }
+}
+
+tProcess::~tProcess() { wait(); }
+
+int tProcess::wait() {
+  if (state_->pid >= 0) {
+    int status = 0;
+    waitpid(state_->pid, &status, 0);
+    state_->pid = -1;
+    state_->result = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  return state_->result;
+}
+
+void runWithStack(std::size_t bytes, const std::function<void()>& work) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, bytes);
+  pthread_t thread;
+  const auto run = [](void* argument) -> void* {
+    (*static_cast<const std::function<void()>*>(argument))();
+    return nullptr;
+  };
+  void* const argument = const_cast<std::function<void()>*>(&work);
+  if (pthread_create(&thread, &attributes, run, argument) != 0) {
+    throw std::runtime_error("no thread");
+  }
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
+}  // namespace test

@@ -1,0 +1,51 @@
+#ifndef TESTS_SUPPORT_ROUTING_H
+#define TESTS_SUPPORT_ROUTING_H
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "varmex/telmar_ra_varmex.h"
+
+namespace test {
+
+struct tRoutingCloser {
+  void operator()(telmar_ra_Session* session) const { telmar_ra_varmex_destroySession(session); }
+  void operator()(telmar_ra_TerminalIterator* iterator) const {
+    telmar_ra_varmex_TerminalIterator_destroy(iterator);
+  }
+};
+using tRoutingSession = std::unique_ptr<telmar_ra_Session, tRoutingCloser>;
+using tIterator = std::unique_ptr<telmar_ra_TerminalIterator, tRoutingCloser>;
+
+// A reply in a buffer from realloc.
+struct tText {
+  tText() = default;
+  ~tText() { std::free(text); }
+  tText(const tText&) = delete;
+  tText& operator=(const tText&) = delete;
+  char* text = nullptr;
+};
+
+// Modules 5.0.0 and 7.0.0 on all trigger lines, and 6.0.0, which controls the stars.
+inline constexpr const char* kRoutingDescription =
+    "[System]\nChassisList=1\n"
+    "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=2,3,4\nTriggerBusList=1\n"
+    "StarTriggerList=1\nStarSystemTimingSetList=1\n"
+    "[Chassis1TriggerBus1]\nSlotList=2,3,4\n"
+    "[Chassis1StarTrigger1]\nPXI_STAR0=2\nPXI_STAR1=4\nSystemTimingSlot=3\n"
+    "[Chassis1StarSystemTimingSets1]\nStarSystemTimingSet0=2\nStarSystemTimingSet1=4\n"
+    "SystemTimingSlot=3\n"
+    "[Chassis1Slot2]\nSlotType=PXIePeripheralSlot\nAddressInfo=PXI0::5-0.0::INSTR\n"
+    "[Chassis1Slot3]\nSlotType=PXIeSystemTimingSlot\nAddressInfo=PXI0::6-0.0::INSTR\n"
+    "[Chassis1Slot4]\nSlotType=PXIePeripheralSlot\nAddressInfo=PXI0::7-0.0::INSTR\n";
+
+// A seed list of one.
+inline std::string seed(const std::string& terminal, const std::string& token = "") {
+  return R"([{"terminal":")" + terminal + R"(","cost":0,"constraints":{})" +
+         (token.empty() ? "" : R"(,"srcDeviceToken":")" + token + '"') + "}]";
+}
+
+}  // namespace test
+
+#endif

@@ -1,0 +1,130 @@
+#include "tests/support/testMachine.h"
+
+#include <windows.h>
+
+#include <cstdlib>
+#include <stdexcept>
+#include <vector>
+
+namespace test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool isThrowaway() {
+  if (std::getenv("VARMEX_THROWAWAY_MACHINE")) return true;
+  const HMODULE ntdll = GetModuleHandleA("ntdll.dll");
+  return ntdll && GetProcAddress(ntdll, "wine_get_version");
+}
+
+fs::path windowsFolder() {
+  char folder[MAX_PATH] = {};
+  GetWindowsDirectoryA(folder, sizeof folder);
+  return folder;
+}
+
+}  // namespace
+
+struct tTestMachine::tState {
+  std::vector<std::string> keys;
+};
+
+tTestMachine::tTestMachine() : state_(std::make_unique<tState>()) {
+  if (!isThrowaway()) throw std::runtime_error("this machine's own files are not for tests");
+  for (const auto& path : {pxiSys(), pxieSys(), configuration()}) fs::remove(path);
+}
+
+tTestMachine::~tTestMachine() {
+  std::error_code ignored;
+  for (const auto& path : {pxiSys(), pxieSys(), configuration()}) fs::remove(path, ignored);
+  for (const std::string& key : state_->keys) {
+    RegDeleteTreeA(HKEY_LOCAL_MACHINE, key.c_str());
+  }
+}
+
+fs::path tTestMachine::folder() const { return windowsFolder(); }
+
+fs::path tTestMachine::configuration() const {
+  return fs::path(std::getenv("ProgramData")) / "PXISA" / "configuration.ini";
+}
+
+void tTestMachine::setRegistryValue(const std::string& key, const std::string& name,
+                                    std::uint32_t type, const std::string& bytes) {
+  state_->keys.push_back(key);
+  HKEY handle = nullptr;
+  RegCreateKeyExA(HKEY_LOCAL_MACHINE, key.c_str(), 0, nullptr, 0, KEY_WRITE | KEY_WOW64_64KEY,
+                  nullptr, &handle, nullptr);
+  const LSTATUS status =
+      RegSetValueExA(handle, name.c_str(), 0, type, reinterpret_cast<const BYTE*>(bytes.data()),
+                     static_cast<DWORD>(bytes.size()));
+  RegCloseKey(handle);
+  if (status != ERROR_SUCCESS) throw std::runtime_error("cannot set " + key);
+}
+
+struct tExclusiveLock::tState {
+  HANDLE file;
+};
+
+tExclusiveLock::tExclusiveLock(const fs::path& path)
+    : state_(new tState{CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
+                                    nullptr)}) {
+  OVERLAPPED range{};
+  if (!LockFileEx(state_->file, LOCKFILE_EXCLUSIVE_LOCK, 0, 0xFFFFFFFF, 0xFFFFFFFF, &range)) {
+    throw std::runtime_error("no lock");
+  }
+}
+
+tExclusiveLock::~tExclusiveLock() {
+  OVERLAPPED range{};
+  UnlockFileEx(state_->file, 0, 0xFFFFFFFF, 0xFFFFFFFF, &range);
+  CloseHandle(state_->file);
+}
+
+struct tProcess::tState {
+  PROCESS_INFORMATION process{};
+  int result = -1;
+};
+
+tProcess::tProcess(const std::string& program, const std::vector<std::string>& arguments)
+    : state_(std::make_unique<tState>()) {
+  std::string line = '"' + program + '"';
+  for (const std::string& argument : arguments) line += " \"" + argument + '"';
+  STARTUPINFOA startup{};
+  startup.cb = sizeof startup;
+  if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                      &state_->process)) {
+    throw std::runtime_error("cannot start " + program);
+  }
+}
+
+tProcess::~tProcess() { wait(); }
+
+int tProcess::wait() {
+  if (state_->process.hProcess) {
+    WaitForSingleObject(state_->process.hProcess, INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(state_->process.hProcess, &code);
+    CloseHandle(state_->process.hThread);
+    CloseHandle(state_->process.hProcess);
+    state_->process = {};
+    state_->result = static_cast<int>(code);
+  }
+  return state_->result;
+}
+
+void runWithStack(std::size_t bytes, const std::function<void()>& work) {
+  const auto run = [](void* argument) -> DWORD {
+    (*static_cast<const std::function<void()>*>(argument))();
+    return 0;
+  };
+  void* const argument = const_cast<std::function<void()>*>(&work);
+  const HANDLE thread =
+      CreateThread(nullptr, bytes, run, argument, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+  if (!thread) throw std::runtime_error("no thread");
+  WaitForSingleObject(thread, INFINITE);
+  CloseHandle(thread);
+}
+
+}  // namespace test

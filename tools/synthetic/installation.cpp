@@ -1,0 +1,315 @@
+#include "tools/synthetic/installation.h"
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <numeric>
+#include <stdexcept>
+#include <string_view>
+
+#include "tools/synthetic/layout.h"
+
+namespace synthetic {
+
+namespace {
+
+constexpr std::uint32_t kTriggerLines = 8;
+constexpr std::uint32_t kFirstBus = 2;
+
+std::string decimal(std::uint32_t number) { return std::to_string(number); }
+
+std::string listText(const tNumbers& numbers) {
+  std::string list;
+  for (const std::uint32_t number : numbers) list += (list.empty() ? "" : ",") + decimal(number);
+  return list;
+}
+
+tNumbers numbersUpTo(std::uint32_t last) {
+  tNumbers numbers(last);
+  std::iota(numbers.begin(), numbers.end(), 1U);
+  return numbers;
+}
+
+// The text of one description file.
+class tDescription {
+ public:
+  void addSection(const std::string& name) {
+    text_ += (text_.empty() ? "[" : "\n[") + name + "]\n";
+  }
+  void addText(std::string_view item, std::string_view value) { addLine(item, "\"", value, "\""); }
+  void addNumber(std::string_view item, std::uint32_t value) {
+    addLine(item, "", decimal(value), "");
+  }
+  void addList(std::string_view item, const tNumbers& numbers) { addText(item, listText(numbers)); }
+
+  std::string take() { return std::move(text_); }
+
+ private:
+  void addLine(std::string_view item, std::string_view before, std::string_view value,
+               std::string_view behind) {
+    text_.append(item).append(" = ").append(before).append(value).append(behind).append("\n");
+  }
+
+  std::string text_;
+};
+
+struct tProduct {
+  const char* vendor;
+  const char* model;
+  std::uint32_t linkWidth;
+};
+
+constexpr tProduct kProducts[] = {{"Orlindt Instruments, Inc.", "ORX-5105 Digitizer", 8},
+                                  {"Tessmere Labs", "TL-310 Switch", 4},
+                                  {"Havrel Modular", "HM-6220 Digital I/O", 4},
+                                  {"Orlindt Instruments, Inc.", "ORX-4081 Multimeter", 1},
+                                  {"Tessmere Labs", "TL-950 RF Generator", 8}};
+
+// Writes one chassis after the other into the two files.
+class tMaker {
+ public:
+  explicit tMaker(const tParameters& parameters)
+      : count_(parameters.chassis), layout_{parameters.slots, parameters.kind} {}
+
+  tTexts make() {
+    pxiSys_.addSection("System");
+    pxiSys_.addList("ChassisList", numbersUpTo(count_));
+    if (layout_.isExpress()) {
+      pxieSys_.addSection("System");
+      pxieSys_.addList("ChassisList", numbersUpTo(count_));
+    }
+    for (number_ = 1; number_ <= count_; ++number_) addChassis();
+    return {pxiSys_.take(), pxieSys_.take()};
+  }
+
+ private:
+  std::string chassisKey() const { return "Chassis" + decimal(number_); }
+
+  void addChassis() {
+    addClassicHead();
+    addBuses(pxiSys_);
+    addBridges(pxiSys_);
+    if (layout_.isExpress()) {
+      addExpressHead();
+      addBuses(pxieSys_);
+      addBridges(pxieSys_);
+      addStarTrigger(pxieSys_, "SystemTimingSlot");
+      addStarSystemTimingSets();
+    } else {
+      addStarTrigger(pxiSys_, "ControllerSlot");
+    }
+    for (std::uint32_t slot = 1; slot <= layout_.slots; ++slot) {
+      if (layout_.isExpress()) addExpressSlot(slot);
+      if (layout_.takesClassic(slot)) addClassicSlot(slot);
+    }
+  }
+
+  // What both files hold and must agree in.
+  void addHead(tDescription& file) {
+    file.addSection(chassisKey());
+    file.addText("Vendor", "Orlindt Instruments, Inc.");
+    file.addText("Model", (layout_.isExpress() ? "ORX-" : "ORP-") + decimal(100 + layout_.slots));
+    file.addText("TriggerManager", "Orlindt\\Backplane Manager");
+    file.addText("DescriptionFile", "orlindt/chassis" + decimal(layout_.slots) + ".ini");
+    file.addList("TriggerBusList", numbersUpTo(layout_.buses()));
+    if (layout_.bridges() > 0) file.addList("TriggerBridgeList", numbersUpTo(layout_.bridges()));
+  }
+
+  void addClassicHead() {
+    addHead(pxiSys_);
+    pxiSys_.addList("SlotList", layout_.classicSlots());
+    if (!layout_.isExpress()) pxiSys_.addText("StarTriggerList", "1");
+  }
+
+  void addExpressHead() {
+    addHead(pxieSys_);
+    char serialNumber[16];
+    std::snprintf(serialNumber, sizeof serialNumber, "%08X", 0x0A40'0000U + 0x2F * number_);
+    pxieSys_.addText("SerialNumber", serialNumber);
+    pxieSys_.addList("SlotList", numbersUpTo(layout_.slots));
+    pxieSys_.addText("StarTriggerList", "1");
+    pxieSys_.addText("StarSystemTimingSetList", "1");
+  }
+
+  void addBuses(tDescription& file) {
+    for (std::uint32_t bus = 1; bus <= layout_.buses(); ++bus) {
+      file.addSection(chassisKey() + "TriggerBus" + decimal(bus));
+      file.addList("SlotList", layout_.slotsOfBus(bus));
+    }
+  }
+
+  // Two bridges, one in each direction, between each bus and the next.
+  void addBridges(tDescription& file) {
+    if (layout_.bridges() == 0) return;
+    for (std::uint32_t bridge = 1; bridge <= layout_.bridges(); ++bridge) {
+      const std::uint32_t left = (bridge + 1) / 2;
+      const bool leftToRight = bridge % 2 == 1;
+      file.addSection(chassisKey() + "TriggerBridge" + decimal(bridge));
+      file.addNumber("SourceTriggerBus", leftToRight ? left : left + 1);
+      file.addNumber("DestinationTriggerBus", leftToRight ? left + 1 : left);
+      file.addNumber("LineMappingSpec", leftToRight ? 1 : 2);
+    }
+    const tNumbers lines{0, 1, 2, 3, 4, 5, 6, 7};
+    addLineMap(file, 1, [&](std::uint32_t) { return lines; });
+    addLineMap(file, 2, [&](std::uint32_t line) {
+      return line + 1 == kTriggerLines ? tNumbers{} : tNumbers{line};
+    });
+  }
+
+  template <class Destinations>
+  void addLineMap(tDescription& file, std::uint32_t map, Destinations destinations) {
+    file.addSection(chassisKey() + "LineMappingSpec" + decimal(map));
+    for (std::uint32_t line = 0; line < kTriggerLines; ++line) {
+      file.addList("PXI_TRIG" + decimal(line), destinations(line));
+    }
+  }
+
+  void addStarTrigger(tDescription& file, const char* controllerItem) {
+    file.addSection(chassisKey() + "StarTrigger1");
+    file.addNumber(controllerItem, layout_.controller());
+    addLines(file, "PXI_STAR");
+  }
+
+  void addStarSystemTimingSets() {
+    pxieSys_.addSection(chassisKey() + "StarSystemTimingSets1");
+    pxieSys_.addNumber("SystemTimingSlot", layout_.controller());
+    addLines(pxieSys_, "StarSystemTimingSet");
+  }
+
+  // One line from the controller to each slot but itself and the system slot.
+  void addLines(tDescription& file, const std::string& item) {
+    std::uint32_t line = 0;
+    for (std::uint32_t slot = 2; slot <= layout_.slots; ++slot) {
+      if (slot != layout_.controller()) file.addNumber(item + decimal(line++), slot);
+    }
+  }
+
+  const char* slotType(std::uint32_t slot) const {
+    switch (layout_.slotKind(slot)) {
+      case tSlotKind::system:
+        return layout_.buses() > 1 ? "PXIeSystemSlot4Link" : "PXIeSystemSlot2Link";
+      case tSlotKind::timing: return "PXIeSystemTimingSlot";
+      case tSlotKind::hybrid: return "PXIeHybridSlot";
+      case tSlotKind::pxi1: return "PXI-1Slot";
+      case tSlotKind::peripheral: break;
+    }
+    return "PXIePeripheralSlot";
+  }
+
+  void addExpressSlot(std::uint32_t slot) {
+    const tSlotKind kind = layout_.slotKind(slot);
+    pxieSys_.addSection(chassisKey() + "Slot" + decimal(slot));
+    pxieSys_.addText("SlotType", slotType(slot));
+    if (kind != tSlotKind::system && kind != tSlotKind::pxi1) {
+      pxieSys_.addNumber("PeripheralSlotLinkWidth1", kind == tSlotKind::peripheral ? 8 : 4);
+      pxieSys_.addNumber("PeripheralSlotLinkWidth2", 0);
+      pxieSys_.addNumber("SystemSlotLinkOrigin1", 1 + (slot - 1) / 5);
+      pxieSys_.addNumber("SystemSlotLinkOrigin2", 0);
+    }
+    if (kind != tSlotKind::pxi1) addLocalBuses(pxieSys_, slot);
+    const tModule module = layout_.module(slot);
+    if (module == tModule::express || module == tModule::wideExpress) addExpressModule(slot);
+  }
+
+  void addLocalBuses(tDescription& file, std::uint32_t slot) {
+    const bool hasLeft = slot > 1 || !layout_.isExpress();  // no item for an Express system slot
+    if (hasLeft) file.addText("LocalBusLeft", slot > 1 ? decimal(slot - 1) : "None");
+    file.addText("LocalBusRight", slot < layout_.slots ? decimal(slot + 1) : "None");
+  }
+
+  void addExpressModule(std::uint32_t slot) {
+    const tProduct& product = kProducts[(slot + number_) % std::size(kProducts)];
+    const std::string device = "PXI0::" + decimal(takeBus()) + "-0.";
+    const bool isWide = layout_.module(slot) == tModule::wideExpress;
+    pxieSys_.addText("Vendor", product.vendor);
+    pxieSys_.addText("Model", product.model);
+    pxieSys_.addText("InstanceName", "MODULE-" + decimal(number_) + "-" + decimal(slot));
+    pxieSys_.addText("AddressInfo", device + "0::INSTR;" + device + "1::INSTR");
+    pxieSys_.addText("PeripheralModuleOccupiedSlotList", isWide ? decimal(slot + 1) : "");
+    pxieSys_.addNumber("PeripheralModuleLinkWidthMax", product.linkWidth);
+    pxieSys_.addNumber("PeripheralModuleLinkWidthNegotiated", product.linkWidth);
+  }
+
+  void addClassicSlot(std::uint32_t slot) {
+    const std::string key = chassisKey() + "Slot" + decimal(slot);
+    pxiSys_.addSection(key);
+    if (layout_.slotKind(slot) != tSlotKind::system) {
+      char path[16];
+      std::snprintf(path, sizeof path, "%02X,%02X,E4", (31 - slot) << 3, number_ & 0xF8);
+      pxiSys_.addText("PCISlotPath", path);
+      pxiSys_.addNumber("PCISlotPathRootBus", 0);
+    }
+    if (layout_.slotKind(slot) != tSlotKind::hybrid) addLocalBuses(pxiSys_, slot);
+    switch (layout_.module(slot)) {
+      case tModule::classic: return addClassicModule(key, 31 - slot);
+      case tModule::classicBridge: return addClassicBridge(key, 31 - slot);
+      default: return addNoAddress();
+    }
+  }
+
+  void addNoAddress() {
+    pxiSys_.addText("PCIBusNumber", "None");
+    pxiSys_.addText("PCIDeviceNumber", "None");
+  }
+
+  void addAddress(const std::string& section, std::uint32_t bus, std::uint32_t device) {
+    pxiSys_.addSection(section);
+    pxiSys_.addNumber("PCIBusNumber", bus);
+    pxiSys_.addNumber("PCIDeviceNumber", device);
+  }
+
+  void addClassicModule(const std::string& key, std::uint32_t device) {
+    const std::uint32_t bus = takeBus();
+    pxiSys_.addText("FunctionList", "0,1");
+    addAddress(key + "Function0", bus, device);
+    addAddress(key + "Function1", bus, device);
+  }
+
+  // A module whose two functions lie behind a PCI bridge of its own.
+  void addClassicBridge(const std::string& key, std::uint32_t device) {
+    pxiSys_.addText("FunctionList", "0");
+    addAddress(key + "Function0", takeBus(), device);
+    pxiSys_.addText("DeviceList", "4");
+    pxiSys_.addSection(key + "Function0Device4");
+    pxiSys_.addText("FunctionList", "0,1");
+    const std::uint32_t bus = takeBus();
+    addAddress(key + "Function0Device4Function0", bus, 4);
+    addAddress(key + "Function0Device4Function1", bus, 4);
+  }
+
+  std::uint32_t takeBus() { return nextBus_++; }
+
+  tDescription pxiSys_;
+  tDescription pxieSys_;
+  std::uint32_t count_;
+  tLayout layout_;
+  std::uint32_t number_ = 0;  // of the chassis that is being added
+  std::uint32_t nextBus_ = kFirstBus;
+};
+
+void writeFile(const std::string& path, const std::string& content) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file.write(content.data(), static_cast<std::streamsize>(content.size()));
+  file.close();
+  if (!file) throw std::runtime_error("can't write " + path);
+}
+
+}  // namespace
+
+tTexts makeInstallation(const tParameters& parameters) {
+  if (parameters.chassis < 1 || parameters.chassis > tParameters::kMostChassis) {
+    throw std::invalid_argument("the number of chassis is not within 1 to 255");
+  }
+  if (parameters.slots < tParameters::kFewestSlots || parameters.slots > tParameters::kMostSlots) {
+    throw std::invalid_argument("the number of slots is not within 2 to 18");
+  }
+  return tMaker(parameters).make();
+}
+
+void writeInstallation(const tTexts& texts, const std::string& pxiSysPath,
+                       const std::string& pxieSysPath) {
+  writeFile(pxiSysPath, texts.pxiSys);
+  writeFile(pxieSysPath, texts.pxieSys);
+}
+
+}  // namespace synthetic
