@@ -91,10 +91,21 @@ enum {
 
 /* Attributes of a chassis. */
 #define varmex_u32_ChassisNumber UINT32_C(4096) /* also of slots, devices and trigger bridges */
+/* 1 when the chassis's trigger manager is native, else 0. Asks the PXI service library, which is
+ * loaded for it and unloaded again; without one every manager is native. Where that library can't
+ * tell, a registry list decides, and a chassis without a manager fails with
+ * varmex_errorInformationNotAvailable, one whose manager is an empty text with
+ * varmex_errorInformationConflict. A failure of the service library comes with its own code, or
+ * ostrelerr_invalidParameter when it lacks a function. */
+#define varmex_u32_IsTriggerManagerNative UINT32_C(4097)
 #define varmex_str_ChassisVendor UINT32_C(4096)
 #define varmex_str_ChassisModel UINT32_C(4097)
 /* Identifier of the trigger manager; varmex_errorInformationNotAvailable when there is none. */
 #define varmex_str_ChassisTriggerManagerIdentifier UINT32_C(4098)
+/* The library that implements the trigger manager, as the registry's services tree names it: found
+ * at the first query and kept. Fails as the identifier does when there is none, and with
+ * varmex_errorTriggerManagerLibraryNotFound when the tree names no library. */
+#define varmex_str_ChassisTriggerManagerLibrary UINT32_C(4099)
 /* PXI Express chassis only, else varmex_errorAttributeNotApplicable. */
 #define varmex_str_ChassisSerialNumber UINT32_C(4100)
 /* A text that stays the same for this chassis wherever it is numbered. */
@@ -198,8 +209,10 @@ typedef struct tDeviceAddress {
 } tDeviceAddress;
 
 /* Opens a session: reads the description files, under a shared lock on configuration.ini when that
- * exists. A missing description file is no failure and gives no chassis. All bits of `flags` but
- * bit 0 are ignored.
+ * exists. A missing description file is no failure and gives no chassis. Bit 0 of `flags` asks the
+ * PXI service library to bring the description up to date first; when that fails, the session is
+ * opened all the same, and the status holds varmex_warningFailedSync with the failure's code as
+ * "wrappedCode". All other bits are ignored.
  * Blocks for at most 10 seconds on each of: opening configuration.ini, its lock, each description
  * file. Fails with varmex_errorLockTimeout, varmex_pxiSystemDescriptionInaccessible,
  * varmex_errorInformationNotAvailable (an unsupported encoding, a missing or malformed list),

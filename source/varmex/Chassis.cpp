@@ -8,13 +8,17 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
+#include <mutex>
 #include <tuple>
 #include <typeinfo>
 
 #include "corpxiTools/fileSystem/folders.h"
 #include "corpxiTools/fileSystem/registry.h"
 #include "ostrel/quarks/throwingStatus.h"
+#include "sevrin/iDataTreeManager.h"
+#include "source/varmex/ServicesTreeUtil.h"
 #include "source/varmex/errorCodes.h"
+#include "source/varmex/nativeTriggerManager.h"
 
 namespace varmex {
 
@@ -82,8 +86,11 @@ std::string readDescriptionFolder() {
 
 }  // namespace
 
+Chassis::Chassis(const tFields& fields)
+    : fields_(fields), libraryLock_(tThrowingStatus<tFixedStatus>()) {}
+
 Chassis::Chassis(std::uint32_t number, const tDescription& description)
-    : fields_{number, &description, chassisKey(number), {}, {}} {
+    : Chassis(tFields{number, &description, chassisKey(number), {}, {}}) {
   fields_.identity = makeIdentity();
   fields_.descriptionFile = findDescriptionFile();
 }
@@ -157,10 +164,46 @@ const char* Chassis::serialNumber(std::uint32_t attribute) const {
   return pxieSys.getValueText(fields_.section, "SerialNumber");
 }
 
+// A chassis without a trigger manager is asked about under the name "None".
+std::uint32_t Chassis::isTriggerManagerNative() const {
+  const char* identifier = "None";
+  try {
+    identifier = getStringAttribute(varmex_str_ChassisTriggerManagerIdentifier);
+  } catch (const corerr::ExceptionBase& exception) {
+    if (exception.record().code != varmex_errorInformationNotAvailable) throw;
+  }
+  const char* const model = getStringAttribute(varmex_str_ChassisModel);
+  const char* const vendor = getStringAttribute(varmex_str_ChassisVendor);
+  return isNativeTriggerManager(vendor, model, identifier) ? 1 : 0;
+}
+
+const char* Chassis::triggerManagerLibrary() const {
+  const std::lock_guard<tCriticalSection> held(libraryLock_);
+  if (!triggerManagerLibrary_.empty()) return triggerManagerLibrary_.c_str();
+  const char* const identifier = getStringAttribute(varmex_str_ChassisTriggerManagerIdentifier);
+  try {
+    triggerManagerLibrary_ = ServicesTreeUtil::getTriggerManagerLibrary(identifier);
+  } catch (const corerr::Exception& exception) {
+    const std::int32_t code = exception.record().code;
+    const bool meansNone = code == kStatusFileOpenFault.value ||
+                           code == kStatusAttributeNotFound.value ||
+                           code == kStatusChildNotFound.value;
+    if (!meansNone) throw;
+  }
+  if (triggerManagerLibrary_.empty()) {
+    tFailure(kErrorTriggerManagerLibraryNotFound, OSTREL_HERE)
+        .debug()
+        .u32("attribute", varmex_str_ChassisTriggerManagerLibrary)
+        .raise();
+  }
+  return triggerManagerLibrary_.c_str();
+}
+
 std::uint32_t Chassis::getU32Attribute(std::uint32_t attribute) const {
   switch (attribute) {
     case varmex_u32_ItemType: return varmex_itemType_Chassis;
     case varmex_u32_ChassisNumber: return fields_.number;
+    case varmex_u32_IsTriggerManagerNative: return isTriggerManagerNative();
     default: raiseAttributeNotApplicable(attribute, OSTREL_HERE);
   }
 }
@@ -170,6 +213,7 @@ const char* Chassis::getStringAttribute(std::uint32_t attribute) const {
     case varmex_str_ChassisVendor: return mergedItem("Vendor");
     case varmex_str_ChassisModel: return mergedItem("Model");
     case varmex_str_ChassisTriggerManagerIdentifier: return mergedItem("TriggerManager");
+    case varmex_str_ChassisTriggerManagerLibrary: return triggerManagerLibrary();
     case varmex_str_ChassisSerialNumber: return serialNumber(attribute);
     case varmex_str_ChassisIdentity: return fields_.identity.c_str();
     case varmex_str_ChassisDescriptionFile:
@@ -180,7 +224,12 @@ const char* Chassis::getStringAttribute(std::uint32_t attribute) const {
   }
 }
 
-std::unique_ptr<Item> Chassis::clone() const { return std::unique_ptr<Item>(new Chassis(fields_)); }
+std::unique_ptr<Item> Chassis::clone() const {
+  std::unique_ptr<Chassis> copy(new Chassis(fields_));
+  const std::lock_guard<tCriticalSection> held(libraryLock_);
+  copy->triggerManagerLibrary_ = triggerManagerLibrary_;
+  return copy;
+}
 
 std::unique_ptr<Item> Chassis::openContainingItem(std::uint32_t) const {
   tFailure(kErrorInvalidParameter, OSTREL_HERE)

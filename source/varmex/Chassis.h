@@ -3,12 +3,15 @@
 
 #include <string>
 
+#include "ostrel/quarks/synchronization.h"
 #include "source/varmex/Item.h"
 #include "source/varmex/description.h"
 
 namespace varmex {
 
 // A chassis. It may stand in either description file or in both; what stands in both must agree.
+// All is fixed once it is made but for the library of its trigger manager, which is found at first
+// need under the chassis's lock and kept.
 class Chassis : public Item {
  public:
   Chassis(std::uint32_t number, const tDescription& description);
@@ -35,14 +38,19 @@ class Chassis : public Item {
     std::string descriptionFile;  // empty when it could not be worked out
   };
 
-  explicit Chassis(const tFields& fields) : fields_(fields) {}
+  explicit Chassis(const tFields& fields);
 
   const char* mergedItem(const char* item) const;
   const char* serialNumber(std::uint32_t attribute) const;
   std::string makeIdentity() const;
   std::string findDescriptionFile() const;
 
+  std::uint32_t isTriggerManagerNative() const;
+  const char* triggerManagerLibrary() const;
+
   tFields fields_;
+  mutable tCriticalSection libraryLock_;
+  mutable std::string triggerManagerLibrary_;  // empty until found, then never written again
 };
 
 // What contains an item of the chassis: the chassis for its own kind; any other request is passed

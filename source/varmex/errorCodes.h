@@ -28,6 +28,10 @@ inline constexpr tErrorCode kErrorNotConnected{varmex_errorNotConnected,
                                                "varmex_errorNotConnected"};
 inline constexpr tErrorCode kErrorIterationFailure{varmex_errorIterationFailure,
                                                    "varmex_errorIterationFailure"};
+inline constexpr tErrorCode kErrorTriggerManagerLibraryNotFound{
+    varmex_errorTriggerManagerLibraryNotFound, "varmex_errorTriggerManagerLibraryNotFound"};
+inline constexpr tErrorCode kWarningFailedSync{varmex_warningFailedSync,
+                                               "varmex_warningFailedSync"};
 inline constexpr tErrorCode kLockTimeout{varmex_errorLockTimeout, "timeoutErrorCode"};
 inline constexpr tErrorCode kDescriptionTimeout{varmex_pxiSystemDescriptionInaccessible,
                                                 "timeoutErrorCode"};

@@ -2,6 +2,7 @@
 #include "source/varmex/boundary.h"
 #include "source/varmex/errorCodes.h"
 #include "source/varmex/interfaceUtils.h"
+#include "source/varmex/serviceLibrary.h"
 
 using namespace varmex;
 
@@ -15,9 +16,26 @@ void reportInvalidParameter(tStatusRecord& record, const char* key, const char* 
   text.text(key, message);
 }
 
+constexpr std::uint32_t kSynchronize = 1;  // bit 0 of the flags
+
+// A failure is only a warning: the description is read as it stands. It is none where an earlier
+// warning stands.
+void synchronizeDescription(tStatusRecord* status, const tSourcePosition& position) {
+  if (status && isFailure(*status)) return;
+  try {
+    initializeServiceLibrary();
+  } catch (const corerr::ExceptionBase& exception) {
+    if (!status || status->code != 0) return;
+    const std::int32_t wrappedCode = exception.record().code;
+    tFailureText text(*status, kWarningFailedSync, position);
+    text.i32("wrappedCode", wrappedCode);
+  }
+}
+
 }  // namespace
 
-varmex_Item* varmex_openPXISession(uint32_t, tStatusRecord* status) {
+varmex_Item* varmex_openPXISession(uint32_t flags, tStatusRecord* status) {
+  if (flags & kSynchronize) synchronizeDescription(status, OSTREL_HERE);
   return callAtBoundary(status, OSTREL_HERE, [](tStatusRecord&) {
     return releaseToHandle(std::make_unique<Session>());
   });

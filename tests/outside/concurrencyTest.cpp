@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "tests/support/model.h"
+#include "tests/support/serviceLibrary.h"
 
 namespace test {
 
@@ -47,6 +48,25 @@ TEST_F(tConcurrency, readersNeverSeeATornDescription) {
   });
   waiter.join();
   EXPECT_GT(read, 0);
+}
+
+TEST_F(tConcurrency, oneChassisAskedForItsTriggerManager) {
+  const tInstalledServiceLibrary service("full", "mode 1");
+  machine_.setRegistryText("SOFTWARE\\PXISA\\Services\\Trigger Managers\\T", "Library", "t.dll");
+  describe("", "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nTriggerManager=T\n");
+  const tItem item = chassis(1);
+  runInThreads(4, [&](int thread) {
+    for (int n = 0; n < 25; ++n) {
+      tStatus status;
+      const tItem copy(varmex_duplicate(item.get(), status));
+      varmex_Item* const asked = thread % 2 ? item.get() : copy.get();
+      EXPECT_STREQ(
+          varmex_getStringAttribute(asked, varmex_str_ChassisTriggerManagerLibrary, status),
+          "t.dll");
+      EXPECT_EQ(varmex_getU32Attribute(asked, varmex_u32_IsTriggerManagerNative, status), 0U);
+      EXPECT_EQ(status.code(), 0) << status.text();
+    }
+  });
 }
 
 // Every chassis, slot, device and bridge of the session and all that they answer.

@@ -7,6 +7,7 @@ bool meansNothing(std::int32_t code) {
     case varmex_errorAttributeNotApplicable:
     case varmex_errorInformationNotAvailable:
     case varmex_errorStarController:
+    case varmex_errorTriggerManagerLibraryNotFound:
     case varmex_errorNotConnected: return true;
     default: return false;
   }
@@ -56,6 +57,15 @@ tItem openSession() {
   tCall call;
   tItem session(varmex_openPXISession(0, call));
   call.check();
+  return session;
+}
+
+tItem openSynchronizedSession(std::optional<tError>& warning) {
+  constexpr std::uint32_t kSynchronize = 1;
+  tCall call;
+  tItem session(varmex_openPXISession(kSynchronize, call));
+  call.check();
+  if (call.code() != 0) warning.emplace(call.code(), call.text());
   return session;
 }
 

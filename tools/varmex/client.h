@@ -65,6 +65,8 @@ class tItem {
 };
 
 tItem openSession();
+// Has the description brought up to date first; a failure of that is left in `warning`.
+tItem openSynchronizedSession(std::optional<tError>& warning);
 tItem openChassis(const tItem& session, std::uint32_t number);
 tItem openSlot(const tItem& chassis, std::uint32_t number);
 

@@ -47,18 +47,10 @@ void print(const tJson& json, bool asJson, void (*show)(const tJson&, std::ostre
   }
 }
 
-void show(const tPlace& place, bool asJson) {
-  const tItem session = openSession();
-  if (!place.chassis) return print(describe(session), asJson, showSession);
-  const tItem chassis = openChassis(session, *place.chassis);
-  if (!place.slot) return print(describe(chassis), asJson, showChassis);
-  print(describe(openSlot(chassis, *place.slot)), asJson, showSlot);
-}
-
 // The parts of a status text that tell a person what happened.
-void printFailure(const tError& error) {
+void printStatus(const char* severity, const tError& error) {
   const tJson status = tJson::parse(error.what(), nullptr, false);
-  std::cerr << "varmex: error " << error.code();
+  std::cerr << "varmex: " << severity << ' ' << error.code();
   if (!status.is_object()) {
     std::cerr << '\n';
     return;
@@ -75,17 +67,37 @@ void printFailure(const tError& error) {
   }
 }
 
+struct tShowOptions {
+  std::string place;
+  bool asJson = false;
+  bool synchronizes = false;
+};
+
+void show(const tShowOptions& options) {
+  const tPlace place = parsePlace(options.place);
+  const bool asJson = options.asJson;
+  std::optional<tError> warning;
+  const tItem session = options.synchronizes ? openSynchronizedSession(warning) : openSession();
+  if (warning) printStatus("warning", *warning);
+  if (!place.chassis) return print(describe(session), asJson, showSession);
+  const tItem chassis = openChassis(session, *place.chassis);
+  if (!place.slot) return print(describe(chassis), asJson, showChassis);
+  print(describe(openSlot(chassis, *place.slot)), asJson, showSlot);
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
   CLI::App app("Shows the PXI installation of this machine.");
   app.require_subcommand(1);
-  std::string place;
   bool asJson = false;
+  tShowOptions shown;
   CLI::App* const showCommand = app.add_subcommand("show", "Lists chassis, slots and modules");
-  showCommand->add_option("place", place, "What to show: CHASSIS or CHASSIS/SLOT");
-  showCommand->add_flag("--json", asJson, "For a program");
-  showCommand->callback([&] { show(parsePlace(place), asJson); });
+  showCommand->add_option("place", shown.place, "What to show: CHASSIS or CHASSIS/SLOT");
+  showCommand->add_flag("--json", shown.asJson, "For a program");
+  showCommand->add_flag("--sync", shown.synchronizes,
+                        "Has the description brought up to date first");
+  showCommand->callback([&] { show(shown); });
 
   std::string address;
   CLI::App* const terminalsCommand =
@@ -125,7 +137,7 @@ int main(int count, char** arguments) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kBadUsage;
   } catch (const tError& error) {
-    printFailure(error);
+    printStatus("error", error);
   } catch (const std::exception& error) {
     std::cerr << "varmex: " << error.what() << '\n';
   }

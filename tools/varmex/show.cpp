@@ -12,13 +12,15 @@ namespace {
 std::string textOf(const tJson& item, const char* name) {
   const auto found = item.find(name);
   if (found == item.end()) return {};
+  if (found->is_object()) return "error " + found->at("error").dump();
   return found->is_string() ? found->get<std::string>() : found->dump();
 }
 
 bool has(const tJson& item, const char* name) { return item.contains(name); }
 
 std::uint32_t numberOf(const tJson& item, const char* name) {
-  return item.value(name, std::uint32_t{0});
+  const auto found = item.find(name);
+  return found != item.end() && found->is_number() ? found->get<std::uint32_t>() : 0;
 }
 
 // A name and its value on a line of their own, unless there is none.
@@ -133,6 +135,17 @@ void showTable(const std::vector<tRow>& rows, std::ostream& out) {
   }
 }
 
+// The manager with its library and whether it is native; a chassis without one has no more to say.
+void showTriggerManager(const tJson& chassis, std::ostream& out) {
+  const std::string manager = textOf(chassis, "ChassisTriggerManagerIdentifier");
+  if (manager.empty()) return;
+  line(out, "trigger manager", manager);
+  const std::string library = textOf(chassis, "ChassisTriggerManagerLibrary");
+  line(out, "  library", library.empty() ? "not registered" : library);
+  const std::string native = textOf(chassis, "IsTriggerManagerNative");
+  line(out, "  native", native == "1" ? "yes" : native == "0" ? "no" : native);
+}
+
 void showSlots(const tJson& slots, std::ostream& out) {
   if (slots.empty()) return;
   std::vector<tRow> rows;
@@ -208,7 +221,7 @@ void showChassis(const tJson& chassis, std::ostream& out) {
   line(out, "identity", textOf(chassis, "ChassisIdentity"));
   line(out, "described in", textOf(chassis, "ChassisDescriptionFile"));
   line(out, "trigger buses", textOf(chassis, "ChassisTriggerBusList"));
-  line(out, "trigger manager", textOf(chassis, "ChassisTriggerManagerIdentifier"));
+  showTriggerManager(chassis, out);
   showSlots(chassis["Slots"], out);
   showBridges(chassis["TriggerBridges"], out);
 }

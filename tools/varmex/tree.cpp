@@ -19,11 +19,16 @@ const std::vector<tAttribute> kSessionAttributes = {
     VARMEX_TEXT(Version), VARMEX_NUMBER(SessionIsCurrent), VARMEX_TEXT(PxiSysPath),
     VARMEX_TEXT(PxieSysPath), VARMEX_TEXT(ConfigurationPath)};
 
-const std::vector<tAttribute> kChassisAttributes = {
-    VARMEX_NUMBER(ChassisNumber),       VARMEX_TEXT(ChassisVendor),
-    VARMEX_TEXT(ChassisModel),          VARMEX_TEXT(ChassisSerialNumber),
-    VARMEX_TEXT(ChassisIdentity),       VARMEX_TEXT(ChassisDescriptionFile),
-    VARMEX_TEXT(ChassisTriggerBusList), VARMEX_TEXT(ChassisTriggerManagerIdentifier)};
+const std::vector<tAttribute> kChassisAttributes = {VARMEX_NUMBER(ChassisNumber),
+                                                    VARMEX_TEXT(ChassisVendor),
+                                                    VARMEX_TEXT(ChassisModel),
+                                                    VARMEX_TEXT(ChassisSerialNumber),
+                                                    VARMEX_TEXT(ChassisIdentity),
+                                                    VARMEX_TEXT(ChassisDescriptionFile),
+                                                    VARMEX_TEXT(ChassisTriggerBusList),
+                                                    VARMEX_TEXT(ChassisTriggerManagerIdentifier),
+                                                    VARMEX_TEXT(ChassisTriggerManagerLibrary),
+                                                    VARMEX_NUMBER(IsTriggerManagerNative)};
 
 const std::vector<tAttribute> kSlotAttributes = {VARMEX_NUMBER(ChassisNumber),
                                                  VARMEX_NUMBER(SlotNumber),
@@ -112,10 +117,14 @@ std::vector<tBelow> belowOf(std::uint32_t kind) {
 tJson describeAttributes(const tItem& item) {
   tJson json = tJson::object();
   for (const tAttribute& attribute : attributesOf(item.kind())) {
-    if (attribute.isText) {
-      if (const auto text = item.text(attribute.number)) json[attribute.name] = *text;
-    } else {
-      if (const auto number = item.number(attribute.number)) json[attribute.name] = *number;
+    try {
+      if (attribute.isText) {
+        if (const auto text = item.text(attribute.number)) json[attribute.name] = *text;
+      } else {
+        if (const auto number = item.number(attribute.number)) json[attribute.name] = *number;
+      }
+    } catch (const tError& error) {
+      json[attribute.name] = {{"error", error.code()}};
     }
   }
   return json;

@@ -60,14 +60,17 @@ std::uint32_t copyName(const std::string& source, char* name, std::uint32_t name
   return 0;
 }
 
+// A text that was stored without its end gets one where there is room, as a registry does it.
 std::uint32_t copyValue(const tRegistryTextValue& value, std::uint32_t& type, void* data,
                         std::uint32_t& size) {
   const auto needed = static_cast<std::uint32_t>(value.data.size());
-  const bool fits = !data || needed <= size;
+  const std::uint32_t room = data ? size : needed;
   type = value.type;
   size = needed;
-  if (!fits) return E2BIG;
-  if (data) std::memcpy(data, value.data.data(), needed);
+  if (needed > room) return E2BIG;
+  if (!data) return 0;
+  std::memcpy(data, value.data.data(), needed);
+  if (needed < room && value.type == kRegistryText) static_cast<char*>(data)[needed] = '\0';
   return 0;
 }
 

@@ -1,0 +1,48 @@
+#include "source/varmex/library.h"
+
+#include "ostrel/quarks/failure.h"
+#include "source/varmex/errorCodes.h"
+
+namespace varmex {
+
+namespace {
+
+constexpr const char* kServiceLibraryName = "dunmorsvc";
+
+// Made once, when the library is loaded: copies share its text and allocate nothing.
+const std::runtime_error kMessage("ERROR: Library not available.");
+
+void reportMissing(tFixedStatus& status, const tSourcePosition& position) {
+  fixedStatusSet(status, kOstrelInvalidParameter.value, position.component, position.file,
+                 position.line);
+}
+
+}  // namespace
+
+// The text is the path alone, without the keys that every other failure begins with.
+LibraryNotAvailableException::LibraryNotAvailableException(const char* path)
+    : std::runtime_error(kMessage) {
+  statusReset(record(), varmex_errorLibraryNotAvailable);
+  const tStatusWriter writer = statusBegin(record());
+  jsonAddString(writer.cursor, "path", path, writer.grow, writer.context);
+}
+
+tServiceLibrary::tServiceLibrary() : module_(loadDynamicLibrary(kServiceLibraryName)) {
+  tFixedStatus status;
+  if (!module_) reportMissing(status, OSTREL_HERE);
+  loaded_ = status.code >= 0;
+  if (!loaded_) throw LibraryNotAvailableException(kServiceLibraryName);
+}
+
+tFunctionAddress tServiceLibrary::findAddress(const char* name, tFixedStatus& status) const {
+  const tFunctionAddress address = loaded_ ? findFunction(module_, name) : nullptr;
+  if (!address) reportMissing(status, OSTREL_HERE);
+  return address;
+}
+
+void tServiceLibrary::release() {
+  if (loaded_) freeDynamicLibrary(module_);
+  loaded_ = false;
+}
+
+}  // namespace varmex

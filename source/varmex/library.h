@@ -1,0 +1,48 @@
+#ifndef SOURCE_VARMEX_LIBRARY_H
+#define SOURCE_VARMEX_LIBRARY_H
+
+#include <stdexcept>
+
+#include "ostrel/quarks/dynamicLibrary.h"
+#include "ostrel/quarks/exception.h"
+#include "ostrel/quarks/fixedStatus.h"
+
+namespace varmex {
+
+// The service library can't be loaded. Each base has a `what` of its own: the status text and the
+// message. Making and copying one throws nothing, so that a host short of memory sees this failure
+// and no other.
+class LibraryNotAvailableException : public virtual corerr::ExceptionBase,
+                                     public std::runtime_error {
+ public:
+  explicit LibraryNotAvailableException(const char* path);
+};
+
+// One loading of the service library, for the length of one operation.
+class tServiceLibrary {
+ public:
+  // Throws LibraryNotAvailableException.
+  tServiceLibrary();
+  tServiceLibrary(const tServiceLibrary&) = delete;
+  tServiceLibrary& operator=(const tServiceLibrary&) = delete;
+  ~tServiceLibrary() { release(); }
+
+  // The library's function of that name. Null when there is none or the library was released, which
+  // is reported to `status`.
+  template <class Function>
+  Function* resolve(const char* name, tFixedStatus& status) const {
+    return reinterpret_cast<Function*>(findAddress(name, status));
+  }
+
+  void release();
+
+ private:
+  tFunctionAddress findAddress(const char* name, tFixedStatus& status) const;
+
+  void* module_;
+  bool loaded_;
+};
+
+}  // namespace varmex
+
+#endif

@@ -1,0 +1,149 @@
+#include "sevrin/iDataTreeManager.h"
+#include "tests/support/status.h"
+#include "tests/support/testMachine.h"
+
+namespace varmex {
+
+namespace {
+
+using namespace std::string_literals;
+using tNames = std::vector<std::string>;
+
+constexpr const char* kKey = "SOFTWARE\\VarmexTest";
+constexpr const char* kUri = "reg://HKEY_LOCAL_MACHINE\\SOFTWARE\\VarmexTest";
+
+class tDataTree : public testing::Test {
+ protected:
+  tDataTreeManagerPtr open(const std::string& uri) { return iDataTreeManager::open(uri, *status_); }
+  testing::AssertionResult failed(std::int32_t code, const std::string& constant,
+                                  const std::string& debug) {
+    return test::holdsFailure(status_, code, constant, R"({"sevrin_debug":)" + debug + "}");
+  }
+  // An attribute of the test's key as its type, its text and its number.
+  std::string read(const std::string& name) {
+    const tDataTreeAttribute attribute = open(kUri)->getAttribute(name, *status_);
+    return std::to_string(attribute.valueType) + '|' + attribute.text + '|' +
+           std::to_string(attribute.number);
+  }
+  std::string readValue(std::uint32_t type, const std::string& bytes) {
+    machine_.setRegistryValue(kKey, "v", type, bytes);
+    return read("v");
+  }
+
+  test::tTestMachine machine_;
+  test::tStatus status_;
+};
+
+TEST_F(tDataTree, refusesWhatItCannotOpen) {
+  EXPECT_FALSE(open("HKEY_LOCAL_MACHINE\\SOFTWARE"));
+  EXPECT_TRUE(failed(-26657, "kStatusHandlerNotFound",
+                     R"({"additionalInfo":"Could not find separator",)"
+                     R"("URI":"HKEY_LOCAL_MACHINE\\SOFTWARE"})"));
+  for (const char* uri : {"file://x", "REG://HKEY_USERS", "://", "reg64x://HKEY_USERS"}) {
+    EXPECT_FALSE(open(uri));
+    EXPECT_TRUE(failed(-26657, "kStatusHandlerNotFound",
+                       R"({"additionalInfo":"Could not find handler","URI":")"s + uri + "\"}"));
+  }
+  for (const char* root : {"", "hkey_users", "HKEY_USERS2"}) {
+    EXPECT_FALSE(open("reg://"s + root));
+    EXPECT_TRUE(failed(-26650, "kStatusFileOpenFault", R"({"rootString":")"s + root + "\"}"));
+  }
+  EXPECT_FALSE(open("reg://HKEY_LOCAL_MACHINE\\SOFTWARE\\No such key"));
+  const auto json = nlohmann::ordered_json::parse(status_.text());
+  EXPECT_EQ(status_.code(), -26650);
+  EXPECT_EQ(json["error_constant"], "kStatusFileOpenFault");
+  const auto keys = json["internal_error"];
+  EXPECT_EQ(keys["code"], 2) << "not found has this number on both platforms";
+  EXPECT_FALSE(keys["string"].get<std::string>().empty());
+  EXPECT_FALSE(open(kUri)) << "a failure that stands stops everything";
+  EXPECT_EQ(nlohmann::ordered_json::parse(status_.text()), json);
+}
+
+TEST_F(tDataTree, opensTheRoots) {
+  for (const char* root :
+       {"HKEY_LOCAL_MACHINE", "HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER", "HKEY_USERS"}) {
+    EXPECT_TRUE(open("reg://"s + root)) << status_.text();
+    EXPECT_TRUE(open("reg64://"s + root + '\\')) << status_.text();
+  }
+}
+
+TEST_F(tDataTree, rendersEveryType) {
+  constexpr std::uint32_t kText = 1, kExpandText = 2, kBinary = 3, kNumber = 4, kTextList = 7;
+  EXPECT_EQ(readValue(kText, "42\0"s), "1|42|42");
+  EXPECT_EQ(readValue(kText, "0x10\0"s), "1|0x10|16");
+  EXPECT_EQ(readValue(kText, "012\0"s), "1|012|10");
+  EXPECT_EQ(readValue(kText, "42 \0"s), "0|42 |0");
+  EXPECT_EQ(readValue(kText, "-1\0"s), "1|-1|4294967295");
+  EXPECT_EQ(readValue(kText, "99999999999\0"s), "1|99999999999|4294967295");
+  EXPECT_EQ(readValue(kText, "\0"s), "0||0");
+  EXPECT_EQ(readValue(kText, "ab\0cd\0"s), "0|ab|0");
+  EXPECT_EQ(readValue(kText, "no end"s), "0|no end|0");
+  EXPECT_EQ(readValue(kText, ""), "0||0");
+  EXPECT_EQ(readValue(kNumber, "\xFF\0\0\0"s), "1|0xff|255");
+  EXPECT_EQ(readValue(kTextList, "1\0two\0\0"s), "0|1\0two\0\0|0"s);
+  EXPECT_EQ(readValue(kBinary, "\x0A\xFF"s), "0|0a ff |0");
+  EXPECT_EQ(readValue(kBinary, ""), "0||0");
+  EXPECT_EQ(readValue(kExpandText, "%\0"s), "0|25 00 |0");
+  EXPECT_EQ(readValue(11, "\1\2\3\4\5\6\7\x08"s), "0|01 02 03 04 05 06 07 08 |0");
+}
+
+TEST_F(tDataTree, showsTheAttributesAsTheyWere) {
+  machine_.setRegistryText(kKey, "b", "x");
+  machine_.setRegistryText(kKey, "C", "y");
+  const auto manager = open(kUri);
+  machine_.setRegistryText(kKey, "b", "changed");
+  machine_.setRegistryText(kKey, "later", "z");
+  EXPECT_EQ(manager->getAttribute("b", *status_).text, "x");
+  EXPECT_EQ(manager->getAttributeNames(*status_), (tNames{"C", "b"}));
+  EXPECT_EQ(status_.code(), 0);
+  EXPECT_EQ(manager->getAttribute("B", *status_).text, "");
+  EXPECT_TRUE(manager->getAttributeNames(*status_).empty());
+  EXPECT_TRUE(failed(-26653, "kStatusAttributeNotFound", R"({"attributeName":"B"})"));
+}
+
+// Reading ends at the first value that is too long: what the system gives behind it is not there.
+TEST_F(tDataTree, endsAtAValueThatIsTooLong) {
+  machine_.setRegistryText(kKey, "a", "x");
+  machine_.setRegistryValue(kKey, "b", 3, std::string(16301, 'y'));
+  EXPECT_EQ(open(kUri)->getAttributeNames(*status_), (tNames{"a", "b"}));
+  machine_.setRegistryValue(kKey, "b", 3, std::string(16302, 'y'));
+  machine_.setRegistryText(kKey, "c", "z");
+  EXPECT_EQ(open(kUri)->getAttributeNames(*status_), tNames{"a"});
+  EXPECT_EQ(status_.code(), 0);
+}
+
+TEST_F(tDataTree, goesDown) {
+  machine_.setRegistryText(kKey + "\\One"s, "v", "1st");
+  machine_.setRegistryText(kKey + "\\One\\Two"s, "v", "2nd");
+  const auto root = open(kUri);
+  const auto one = root->getChild("One", *status_);
+  EXPECT_EQ(one->getAttribute("v", *status_).text, "1st");
+  EXPECT_EQ(one->getChild("two", *status_)->getAttribute("v", *status_).text, "2nd");
+  EXPECT_EQ(root->getChild("One\\Two", *status_)->getAttribute("v", *status_).text, "2nd");
+  EXPECT_EQ(root->getChildNames(*status_), tNames{"One"});
+  EXPECT_TRUE(root->getAttributeNames(*status_).empty());
+  EXPECT_EQ(status_.code(), 0);
+  EXPECT_FALSE(one->getChild("Three", *status_));
+  EXPECT_FALSE(root->getChild("One", *status_));
+  EXPECT_TRUE(root->getChildNames(*status_).empty());
+  EXPECT_TRUE(failed(-26654, "kStatusChildNotFound",
+                     R"({"childKey":"HKEY_LOCAL_MACHINE\\SOFTWARE\\VarmexTest\\One\\Three"})"));
+}
+
+TEST_F(tDataTree, hasTwoViews) {
+  machine_.setRegistryText(kKey, "v", "64");
+  machine_.setRegistryText("SOFTWARE\\WOW6432Node\\VarmexTest", "v", "32");
+  const auto viewed = [this](const std::string& scheme) {
+    return open(scheme + "HKEY_LOCAL_MACHINE\\SOFTWARE")
+        ->getChild("VarmexTest", *status_)
+        ->getAttribute("v", *status_)
+        .number;
+  };
+  EXPECT_EQ(viewed("reg://"), 64U);
+  EXPECT_EQ(viewed("reg64://"), 64U);
+  EXPECT_EQ(viewed("reg32://"), 32U);
+}
+
+}  // namespace
+
+}  // namespace varmex
