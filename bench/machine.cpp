@@ -25,10 +25,8 @@ std::string makeTemporaryFolder() {
 tMachine::tMachine(std::uint32_t chassis) : root_(makeTemporaryFolder()) {
   std::filesystem::create_directories(root_ + "/etc/pxi");
   std::filesystem::create_directories(root_ + "/var/lib/PXISA");
-  synthetic::tParameters parameters;
-  parameters.chassis = chassis;
-  synthetic::writeInstallation(synthetic::makeInstallation(parameters), pxiSysPath(),
-                               pxieSysPath());
+  const std::vector<synthetic::tPlan> plans(chassis);
+  synthetic::writeInstallation(synthetic::makeInstallation(plans), pxiSysPath(), pxieSysPath());
   std::ofstream(configurationPath()) << "; locked\n";
 }
 

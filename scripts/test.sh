@@ -2,7 +2,8 @@
 # Builds and runs every test: natively, under ASan and UBSan, under TSan what is concurrent, and the
 # Windows build under Wine. Ends with the number of tests that passed and failed, over all of them.
 source "$(dirname "$0")/common.sh"
-install "${build_tools[@]}" g++-mingw-w64-x86-64-posix wine64 wine binutils
+install "${build_tools[@]}" g++-mingw-w64-x86-64-posix wine64 wine binutils \
+  dpkg-dev file pkg-config unzip
 
 passed=0
 failed=0
@@ -40,7 +41,7 @@ build linux
 suites linux
 run 'linux: exports' tests/checkExports.sh build/linux/lib/libvarmex.so
 run 'linux: command' tests/commandTest.sh build/linux/bin/varmex
-run 'linux: example' tests/exampleTest.sh build/linux
+run 'linux: install' tests/installTest.sh build/linux
 
 build linux-asan
 VARMEX_TEST_ROUNDS=500 suites linux-asan
@@ -55,6 +56,7 @@ for suite in outside inside injection; do
   VARMEX_TEST_ROUNDS=300 run "windows: $suite" wine "build/windows/bin/varmex_${suite}_tests.exe"
 done
 run 'windows: exports' tests/checkExports.sh build/windows/bin/varmex.dll
+run 'windows: install' tests/installTest.sh build/windows
 wineserver -k || true
 
 echo "$passed passed, $failed failed"

@@ -29,6 +29,14 @@ expect 0 '2>2 3>3 4>4 5>5 6>6-7$' show 1
 expect 0 '^  star controller +PXIeChassis.*/StarTrigger1Controller$' show 1/10
 expect 0 '"SlotType": 34' show 1/10 --json
 expect 0 '"BridgeLineMapping7": 0' show --json
+expect 0 '^    library +libtessmere_trigger.so$' show 2
+expect 0 '^    native +yes$' show 2
+expect 0 'warning 380762 \(varmex_warningFailedSync\)' show --sync
+expect 0 '^Chassis 3: Havrel Modular HM-1008$' show --sync
+service=$(dirname "$varmex")/service
+LD_LIBRARY_PATH=$service/withoutmode expect 0 '^    native +no$' show 3
+LD_LIBRARY_PATH=$service/withoutmode expect 0 '^    native +yes$' show 2
+LD_LIBRARY_PATH=$service/withoutclose expect 0 '^    native +error -52005$' show 2
 expect 1 'error -380751 \(varmex_errorUnknownItem\)' show 9
 expect 1 'slotNum: 99' show 1/99
 expect 2 'CHASSIS' show x
@@ -65,7 +73,7 @@ expect 0 '' watch --timeout 0.1
 ) &
 watched=$("$varmex" watch --once --timeout 20 2>&1)
 wait
-for pattern in '^broken: -380757' '^  changed  chassis 1 \(V N\)$' '^  new      chassis 2 \(V M\)$' \
+for pattern in '^broken: varmex_errorInformationNotAvailable' '^  changed  chassis 1 \(V N\)$' '^  new      chassis 2 \(V M\)$' \
   '^  new      module in slot 1/5 \(W D\)$'; do
   if grep -qE -- "$pattern" <<<"$watched"; then
     passed=$((passed + 1))
@@ -73,6 +81,18 @@ for pattern in '^broken: -380757' '^  changed  chassis 1 \(V N\)$' '^  new      
     failed=$((failed + 1))
     printf 'varmex watch: wanted "%s" in\n%s\n' "$pattern" "$watched"
   fi
+done
+rm -r "$VARMEX_FSROOT"
+VARMEX_FSROOT=$(mktemp -d)
+expect 0 '' make "$VARMEX_FSROOT" express:4 classic:8:2x2 express:18:0
+expect 0 '^Chassis 1: Orlindt Instruments, Inc. ORX-104$' show
+expect 0 '^Chassis 3: Orlindt Instruments, Inc. ORP-108$' show
+expect 0 '^  2 .* PXI3Slot2 ' show 3
+expect 0 '^  4 +PXI-1 +-' show 3
+expect 0 '^  18 +PXI-1 +- +3 ' show 4
+expect 1 'already' make "$VARMEX_FSROOT" express
+for wrong in express:1 express:19 espresso express:x2 classic:8: express:8x0 express:8x256 express:8x2y; do
+  expect 2 'CHASSIS' make "$VARMEX_FSROOT/new" "$wrong"
 done
 rm -r "$VARMEX_FSROOT"
 

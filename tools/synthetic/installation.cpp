@@ -68,17 +68,22 @@ constexpr tProduct kProducts[] = {{"Orlindt Instruments, Inc.", "ORX-5105 Digiti
 // Writes one chassis after the other into the two files.
 class tMaker {
  public:
-  explicit tMaker(const tParameters& parameters)
-      : count_(parameters.chassis), layout_{parameters.slots, parameters.kind} {}
-
-  tTexts make() {
-    pxiSys_.addSection("System");
-    pxiSys_.addList("ChassisList", numbersUpTo(count_));
-    if (layout_.isExpress()) {
-      pxieSys_.addSection("System");
-      pxieSys_.addList("ChassisList", numbersUpTo(count_));
+  tTexts make(const std::vector<tPlan>& plans) {
+    tNumbers express;
+    for (std::uint32_t number = 1; number <= plans.size(); ++number) {
+      if (tLayout(plans[number - 1]).isExpress()) express.push_back(number);
     }
-    for (number_ = 1; number_ <= count_; ++number_) addChassis();
+    pxiSys_.addSection("System");
+    pxiSys_.addList("ChassisList", numbersUpTo(static_cast<std::uint32_t>(plans.size())));
+    if (!express.empty()) {
+      pxieSys_.addSection("System");
+      pxieSys_.addList("ChassisList", express);
+    }
+    for (const tPlan& plan : plans) {
+      ++number_;
+      layout_ = tLayout(plan);
+      addChassis();
+    }
     return {pxiSys_.take(), pxieSys_.take()};
   }
 
@@ -281,9 +286,8 @@ class tMaker {
 
   tDescription pxiSys_;
   tDescription pxieSys_;
-  std::uint32_t count_;
-  tLayout layout_;
-  std::uint32_t number_ = 0;  // of the chassis that is being added
+  tLayout layout_{tPlan()};   // of the chassis that is being added
+  std::uint32_t number_ = 0;  // its number
   std::uint32_t nextBus_ = kFirstBus;
 };
 
@@ -296,14 +300,16 @@ void writeFile(const std::string& path, const std::string& content) {
 
 }  // namespace
 
-tTexts makeInstallation(const tParameters& parameters) {
-  if (parameters.chassis < 1 || parameters.chassis > tParameters::kMostChassis) {
+tTexts makeInstallation(const std::vector<tPlan>& plans) {
+  if (plans.empty() || plans.size() > kMostChassis) {
     throw std::invalid_argument("the number of chassis is not within 1 to 255");
   }
-  if (parameters.slots < tParameters::kFewestSlots || parameters.slots > tParameters::kMostSlots) {
-    throw std::invalid_argument("the number of slots is not within 2 to 18");
+  for (const tPlan& plan : plans) {
+    if (plan.slots < kFewestSlots || plan.slots > kMostSlots) {
+      throw std::invalid_argument("the number of slots is not within 2 to 18");
+    }
   }
-  return tMaker(parameters).make();
+  return tMaker().make(plans);
 }
 
 void writeInstallation(const tTexts& texts, const std::string& pxiSysPath,

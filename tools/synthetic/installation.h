@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace synthetic {
 
@@ -11,15 +12,15 @@ enum class tChassisKind {
   classic,  // PXI: in pxisys.ini alone
 };
 
-// What to make. Outside the ranges makeInstallation throws std::invalid_argument.
-struct tParameters {
-  static constexpr std::uint32_t kMostChassis = 255;
-  static constexpr std::uint32_t kFewestSlots = 2;
-  static constexpr std::uint32_t kMostSlots = 18;
+inline constexpr std::size_t kMostChassis = 255;
+inline constexpr std::uint32_t kFewestSlots = 2;
+inline constexpr std::uint32_t kMostSlots = 18;
 
-  std::uint32_t chassis = 1;  // from 1; they are numbered from 1 on
-  std::uint32_t slots = kMostSlots;
+// A chassis to be made.
+struct tPlan {
   tChassisKind kind = tChassisKind::express;
+  std::uint32_t slots = kMostSlots;
+  std::uint32_t modules = kMostSlots;  // at most so many, from the left
 };
 
 // The content of the two description files.
@@ -30,10 +31,11 @@ struct tTexts {
 
 // The description of an installation that does not exist, in the form and with the line lengths
 // that a resource manager writes: modules in most slots, trigger buses of at most eight slots,
-// bridges between them, a star trigger, and dstar sets in PXI Express chassis. The same parameters
-// give the same texts. No two modules share a PCI bus, so the bus numbers of a large installation
-// go beyond the 255 of a real machine.
-tTexts makeInstallation(const tParameters& parameters);
+// bridges between them, a star trigger, and dstar sets in PXI Express chassis. The chassis are
+// numbered from 1 on. The same plans give the same texts. No two modules share a PCI bus, so the
+// bus numbers of a large installation go beyond the 255 of a real machine. Throws
+// std::invalid_argument for a number of chassis or slots outside the ranges above.
+tTexts makeInstallation(const std::vector<tPlan>& plans);
 
 // Writes both files, an empty one for an empty text. Throws std::runtime_error, with the path in
 // its text, when a file can't be written.

@@ -36,7 +36,7 @@ tSlotKind tLayout::slotKind(std::uint32_t slot) const {
   return slot % 4 == 2 ? tSlotKind::hybrid : tSlotKind::peripheral;
 }
 
-tModule tLayout::module(std::uint32_t slot) const {
+tModule tLayout::moduleWithoutLimit(std::uint32_t slot) const {
   const tSlotKind kindOfSlot = slotKind(slot);
   if (kindOfSlot == tSlotKind::system) return isExpress() ? tModule::express : tModule::none;
   if (kindOfSlot == tSlotKind::timing) return tModule::express;
@@ -49,6 +49,16 @@ tModule tLayout::module(std::uint32_t slot) const {
   if (hasRoom && slot == 3) return tModule::wideExpress;
   if (hasRoom && slot == 4) return tModule::covered;
   return tModule::express;
+}
+
+tModule tLayout::module(std::uint32_t slot) const {
+  const tModule found = moduleWithoutLimit(slot);
+  const std::uint32_t anchor = found == tModule::covered ? slot - 1 : slot;
+  const auto upToHere = slotsWhere(anchor, [this](std::uint32_t other) {
+    const tModule module = moduleWithoutLimit(other);
+    return module != tModule::none && module != tModule::covered;
+  });
+  return upToHere.size() > modules ? tModule::none : found;
 }
 
 bool tLayout::takesClassic(std::uint32_t slot) const {

@@ -15,10 +15,10 @@ enum class tSlotKind { system, timing, peripheral, hybrid, pxi1 };
 // What stands in a slot; `covered` is the second slot of a wide module.
 enum class tModule { none, covered, express, wideExpress, classic, classicBridge };
 
-// Where things are in a chassis of so many slots.
-struct tLayout {
-  std::uint32_t slots;
-  tChassisKind kind;
+// Where things are in a chassis.
+class tLayout : public tPlan {
+ public:
+  explicit tLayout(const tPlan& plan) : tPlan(plan) {}
 
   bool isExpress() const { return kind == tChassisKind::express; }
 
@@ -35,6 +35,9 @@ struct tLayout {
   // Whether a classic module fits in the slot; pxisys.ini holds such slots.
   bool takesClassic(std::uint32_t slot) const;
   tNumbers classicSlots() const;
+
+ private:
+  tModule moduleWithoutLimit(std::uint32_t slot) const;
 };
 
 }  // namespace synthetic

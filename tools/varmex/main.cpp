@@ -2,9 +2,13 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <fstream>
 #include <iostream>
 #include <optional>
+#include <sstream>
 
+#include "tools/varmex/draw.h"
+#include "tools/varmex/make.h"
 #include "tools/varmex/routing.h"
 #include "tools/varmex/show.h"
 #include "tools/varmex/watch.h"
@@ -47,42 +51,137 @@ void print(const tJson& json, bool asJson, void (*show)(const tJson&, std::ostre
   }
 }
 
-// The parts of a status text that tell a person what happened.
-void printStatus(const char* severity, const tError& error) {
-  const tJson status = tJson::parse(error.what(), nullptr, false);
-  std::cerr << "varmex: " << severity << ' ' << error.code();
-  if (!status.is_object()) {
-    std::cerr << '\n';
-    return;
-  }
-  std::cerr << " (" << status.value("error_constant", "unnamed") << ")\n";
-  const tJson flat = status.flatten();
-  for (const auto& [key, value] : flat.items()) {
-    if (key == "/error_constant" || key == "/component" || key == "/file" || key == "/line") {
-      continue;
-    }
-    const std::string name = key.substr(key.rfind('/') + 1);
-    std::cerr << "  " << name << ": "
-              << (value.is_string() ? value.get<std::string>() : value.dump()) << '\n';
-  }
+void printStatus(const char* severity, const varmex::Error& error) {
+  std::cerr << "varmex: " << severity << ' ' << error.code() << " ("
+            << (error.constant().empty() ? "unnamed" : error.constant()) << ")\n";
+  if (!error.detail().empty()) std::cerr << "  " << error.detail() << '\n';
 }
 
-struct tShowOptions {
+// What the subcommands are told, and what they answer.
+struct tCommandLine {
   std::string place;
   bool asJson = false;
   bool synchronizes = false;
+  std::string address;
+  std::string terminal;
+  std::string token;
+  bool once = false;
+  std::optional<double> seconds;
+  std::optional<std::uint32_t> drawnChassis;
+  std::string output;
+  std::string folder;
+  std::vector<std::string> chassis;
+  int exitStatus = 0;
 };
 
-void show(const tShowOptions& options) {
-  const tPlace place = parsePlace(options.place);
-  const bool asJson = options.asJson;
-  std::optional<tError> warning;
-  const tItem session = options.synchronizes ? openSynchronizedSession(warning) : openSession();
-  if (warning) printStatus("warning", *warning);
-  if (!place.chassis) return print(describe(session), asJson, showSession);
-  const tItem chassis = openChassis(session, *place.chassis);
-  if (!place.slot) return print(describe(chassis), asJson, showChassis);
-  print(describe(openSlot(chassis, *place.slot)), asJson, showSlot);
+varmex::Session openSession(const tCommandLine& line) {
+  if (!line.synchronizes) return varmex::Session();
+  varmex::Session session = varmex::Session::synchronized();
+  if (session.warning()) printStatus("warning", *session.warning());
+  return session;
+}
+
+void show(const tCommandLine& line) {
+  const tPlace place = parsePlace(line.place);
+  const varmex::Session session = openSession(line);
+  if (!place.chassis) return print(describe(session), line.asJson, showSession);
+  const varmex::Chassis chassis = session.chassis(*place.chassis);
+  if (!place.slot) return print(describe(chassis), line.asJson, showChassis);
+  print(describe(chassis.slot(*place.slot)), line.asJson, showSlot);
+}
+
+void save(const std::string& text, const std::string& path) {
+  if (path == "-") {
+    std::cout << text << std::flush;
+    if (!std::cout) throw std::runtime_error("can't write the standard output");
+    return;
+  }
+  std::ofstream file(path, std::ios::binary);
+  file << text << std::flush;
+  if (!file) throw std::runtime_error("can't write " + path);
+}
+
+void draw(const tCommandLine& line) {
+  const varmex::Session session;
+  tJson chassis = tJson::array();
+  if (line.drawnChassis) {
+    chassis.push_back(describe(session.chassis(*line.drawnChassis)));
+  } else {
+    chassis = describe(session)["Chassis"];
+  }
+  if (chassis.empty()) throw std::runtime_error("no chassis to draw");
+  std::ostringstream picture;
+  drawChassis({chassis.begin(), chassis.end()}, picture);
+  save(picture.str(), line.output);
+}
+
+void watch(tCommandLine& line) {
+  tWatchOptions options{line.once, std::nullopt};
+  if (line.seconds) options.timeoutMs = static_cast<std::uint32_t>(*line.seconds * 1000);
+  const bool changed = watch(options, std::cout, std::cerr);
+  // Who asked for one change and saw none wants to know.
+  if (line.once && !changed) line.exitStatus = kFailed;
+}
+
+void addShow(CLI::App& app, tCommandLine& line) {
+  CLI::App* const command = app.add_subcommand("show", "Lists chassis, slots and modules");
+  command->add_option("place", line.place, "What to show: CHASSIS or CHASSIS/SLOT");
+  command->add_flag("--json", line.asJson, "For a program");
+  command->add_flag("--sync", line.synchronizes, "Has the description brought up to date first");
+  command->callback([&line] { show(line); });
+}
+
+void addDraw(CLI::App& app, tCommandLine& line) {
+  CLI::App* const command = app.add_subcommand("draw", "Draws the chassis from the front, as SVG");
+  command->add_option("chassis", line.drawnChassis, "The number of the one to draw");
+  command->add_option("-o,--output", line.output, "The file; - is the standard output")->required();
+  command->callback([&line] { draw(line); });
+}
+
+void addTerminals(CLI::App& app, tCommandLine& line) {
+  CLI::App* const command =
+      app.add_subcommand("terminals", "Lists the trigger-line terminals of a module");
+  command->add_option("address", line.address, "PCI address: BUS.DEVICE.FUNCTION")->required();
+  command->add_flag("--json", line.asJson, "For a program");
+  command->callback([&line] { print(listTerminals(line.address), line.asJson, showTerminals); });
+}
+
+void addRoute(CLI::App& app, tCommandLine& line) {
+  CLI::App* const command =
+      app.add_subcommand("route", "Walks one route through its life and shows each answer");
+  command->add_option("address", line.address, "PCI address: BUS.DEVICE.FUNCTION")->required();
+  command->add_option("terminal", line.terminal, "The terminal, such as PXI_Trig0")->required();
+  command->add_option("--token", line.token, "The token to hold it under");
+  command->add_flag("--json", line.asJson, "For a program");
+  command->callback([&line] {
+    print(walkRoute(line.address, line.terminal, line.token), line.asJson, showRoute);
+  });
+}
+
+void addWatch(CLI::App& app, tCommandLine& line) {
+  CLI::App* const command = app.add_subcommand(
+      "watch", "Tells when the description changed, and what, until interrupted");
+  command->add_flag("--once", line.once, "End after the first change");
+  command->add_option("--timeout", line.seconds, "End after that many seconds")
+      ->check(CLI::Range(0.0, 4e6));
+  command->callback([&line] { watch(line); });
+}
+
+void addMake(CLI::App& app, tCommandLine& line) {
+  CLI::App* const command =
+      app.add_subcommand("make", "Writes the description of an installation that does not exist");
+  command->add_option("folder", line.folder, "Where to, for VARMEX_FSROOT")->required();
+  command
+      ->add_option("chassis", line.chassis,
+                   "KIND[:SLOTS[:MODULES]][xCOUNT], with KIND express or classic")
+      ->required();
+  command->callback([&line] {
+    try {
+      makeInstallation(line.folder, line.chassis);
+    } catch (const std::invalid_argument& error) {
+      throw CLI::ValidationError("CHASSIS", error.what());
+    }
+  });
 }
 
 }  // namespace
@@ -90,53 +189,15 @@ void show(const tShowOptions& options) {
 int main(int count, char** arguments) {
   CLI::App app("Shows the PXI installation of this machine.");
   app.require_subcommand(1);
-  bool asJson = false;
-  tShowOptions shown;
-  CLI::App* const showCommand = app.add_subcommand("show", "Lists chassis, slots and modules");
-  showCommand->add_option("place", shown.place, "What to show: CHASSIS or CHASSIS/SLOT");
-  showCommand->add_flag("--json", shown.asJson, "For a program");
-  showCommand->add_flag("--sync", shown.synchronizes,
-                        "Has the description brought up to date first");
-  showCommand->callback([&] { show(shown); });
-
-  std::string address;
-  CLI::App* const terminalsCommand =
-      app.add_subcommand("terminals", "Lists the trigger-line terminals of a module");
-  terminalsCommand->add_option("address", address, "PCI address: BUS.DEVICE.FUNCTION")->required();
-  terminalsCommand->add_flag("--json", asJson, "For a program");
-  terminalsCommand->callback([&] { print(listTerminals(address), asJson, showTerminals); });
-
-  std::string terminal;
-  std::string token;
-  CLI::App* const routeCommand =
-      app.add_subcommand("route", "Walks one route through its life and shows each answer");
-  routeCommand->add_option("address", address, "PCI address: BUS.DEVICE.FUNCTION")->required();
-  routeCommand->add_option("terminal", terminal, "The terminal, such as PXI_Trig0")->required();
-  routeCommand->add_option("--token", token, "The token to hold it under");
-  routeCommand->add_flag("--json", asJson, "For a program");
-  routeCommand->callback([&] { print(walkRoute(address, terminal, token), asJson, showRoute); });
-
-  bool once = false;
-  std::optional<double> seconds;
-  bool unchanged = false;
-  CLI::App* const watchCommand = app.add_subcommand(
-      "watch", "Tells when the description changed, and what, until interrupted");
-  watchCommand->add_flag("--once", once, "End after the first change");
-  watchCommand->add_option("--timeout", seconds, "End after that many seconds")
-      ->check(CLI::Range(0.0, 4e6));
-  watchCommand->callback([&] {
-    tWatchOptions options{once, std::nullopt};
-    if (seconds) options.timeoutMs = static_cast<std::uint32_t>(*seconds * 1000);
-    unchanged = !watch(options, std::cout, std::cerr) && once;
-  });
-
+  tCommandLine line;
+  for (const auto add : {addShow, addDraw, addTerminals, addRoute, addWatch, addMake})
+    add(app, line);
   try {
     app.parse(count, arguments);
-    // Who asked for one change and saw none wants to know.
-    return unchanged ? kFailed : 0;
+    return line.exitStatus;
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kBadUsage;
-  } catch (const tError& error) {
+  } catch (const varmex::Error& error) {
     printStatus("error", error);
   } catch (const std::exception& error) {
     std::cerr << "varmex: " << error.what() << '\n';

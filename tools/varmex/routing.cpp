@@ -1,73 +1,38 @@
 #include "tools/varmex/routing.h"
 
-#include <cstdlib>
 #include <functional>
 #include <iomanip>
-
-#include "varmex/telmar_ra_varmex.h"
 
 namespace tool {
 
 namespace {
 
-struct tCloser {
-  void operator()(telmar_ra_Session* session) const { telmar_ra_varmex_destroySession(session); }
-  void operator()(telmar_ra_TerminalIterator* iterator) const {
-    telmar_ra_varmex_TerminalIterator_destroy(iterator);
-  }
-};
-using tSession = std::unique_ptr<telmar_ra_Session, tCloser>;
-using tIterator = std::unique_ptr<telmar_ra_TerminalIterator, tCloser>;
-
-// A reply of the adaptor, in a buffer from realloc.
-class tReply {
- public:
-  tReply() = default;
-  ~tReply() { std::free(text_); }
-  tReply(const tReply&) = delete;
-  tReply& operator=(const tReply&) = delete;
-  char** slot() { return &text_; }
-  tJson json() const { return text_ ? tJson::parse(text_, nullptr, false) : tJson(); }
-
- private:
-  char* text_ = nullptr;
-};
+using varmex::RoutingSession;
 
 struct tGroup {
   const char* prefix;  // of its terminals' names
-  const char* mask;
+  RoutingSession::Lines lines;
 };
 
-constexpr tGroup kGroups[] = {{"PXI_Trig", "1"}, {"PXI_Star", "2"}, {"PXIe_DStar", "4"}};
+constexpr tGroup kGroups[] = {{"PXI_Trig", RoutingSession::triggerBus},
+                              {"PXI_Star", RoutingSession::star},
+                              {"PXIe_DStar", RoutingSession::dstar}};
 
-tSession openGroup(const std::string& address, const tGroup& group, tCall& call) {
-  const std::string name = address + ':' + group.mask;
-  return tSession(telmar_ra_varmex_createSession(name.c_str(), std::realloc, call));
+RoutingSession openGroup(const std::string& address, const tGroup& group) {
+  return RoutingSession(address + ':' + std::to_string(group.lines));
 }
 
-tJson describeTerminal(telmar_ra_TerminalIterator* iterator) {
-  tJson terminal;
-  tCall call;
-  for (const char* name : {"name", "busType", "busName", "canonicalName", "visibility"}) {
-    terminal[name] = telmar_ra_varmex_TerminalIterator_getStringAttribute(iterator, name, call);
-  }
-  terminal["busLine"] =
-      telmar_ra_varmex_TerminalIterator_getU32Attribute(iterator, "busLine", call);
-  for (const char* name : {"isExternal", "isOwned", "isAlias", "isMaskedOut"}) {
-    terminal[name] = telmar_ra_varmex_TerminalIterator_getBoolAttribute(iterator, name, call);
-  }
-  call.check();
-  return terminal;
-}
-
-void appendTerminals(telmar_ra_Session* session, tJson& terminals) {
-  tCall call;
-  const tIterator iterator(telmar_ra_varmex_getAllTerminals(session, call));
-  call.check();
-  while (!telmar_ra_varmex_TerminalIterator_isEnd(iterator.get())) {
-    terminals.push_back(describeTerminal(iterator.get()));
-    telmar_ra_varmex_TerminalIterator_next(iterator.get(), call);
-  }
+tJson describeTerminal(const varmex::Terminal& terminal) {
+  return {{"name", terminal.name},
+          {"busType", terminal.busType},
+          {"busName", terminal.busName},
+          {"canonicalName", terminal.canonicalName},
+          {"visibility", terminal.visibility},
+          {"busLine", terminal.busLine},
+          {"isExternal", terminal.isExternal},
+          {"isOwned", terminal.isOwned},
+          {"isAlias", terminal.isAlias},
+          {"isMaskedOut", terminal.isMaskedOut}};
 }
 
 const tGroup& groupOf(const std::string& terminal) {
@@ -77,12 +42,24 @@ const tGroup& groupOf(const std::string& terminal) {
   throw std::invalid_argument("no such terminal: " + terminal);
 }
 
-// What a step answered: its reply if it has one, or its failure.
-tJson stepOf(const char* name, const tCall& call, const tJson& reply = {}) {
-  tJson step = {{"step", name}, {"code", call.code()}};
-  if (call.code() != 0) step["status"] = tJson::parse(call.text(), nullptr, false);
-  if (!reply.is_null()) step["reply"] = reply;
-  return step;
+tJson describeRoutes(const std::vector<varmex::Route>& routes) {
+  tJson list = tJson::array();
+  for (const varmex::Route& route : routes) {
+    list.push_back({{"ticket", route.ticket()}, {"destination", route.destination()}});
+  }
+  return list;
+}
+
+// Takes a step and adds what it answered: what `work` returns, or its failure.
+void addStep(tJson& steps, const char* name, const std::function<tJson()>& work) {
+  tJson step = {{"step", name}, {"code", 0}};
+  try {
+    if (const tJson reply = work(); !reply.is_null()) step["reply"] = reply;
+  } catch (const varmex::Error& error) {
+    step["code"] = error.code();
+    step["status"] = tJson::parse(error.json(), nullptr, false);
+  }
+  steps.push_back(std::move(step));
 }
 
 }  // namespace
@@ -90,11 +67,13 @@ tJson stepOf(const char* name, const tCall& call, const tJson& reply = {}) {
 tJson listTerminals(const std::string& address) {
   tJson terminals = tJson::array();
   for (const tGroup& group : kGroups) {
-    tCall call;
-    const tSession session = openGroup(address, group, call);
-    if (meansNothing(call.code())) continue;  // the slot has no lines of this group
-    call.check();
-    appendTerminals(session.get(), terminals);
+    try {
+      for (const varmex::Terminal& terminal : openGroup(address, group).terminals()) {
+        terminals.push_back(describeTerminal(terminal));
+      }
+    } catch (const varmex::Error& error) {
+      if (!varmex::meansNothing(error.code())) throw;  // else the slot has no lines of this group
+    }
   }
   return terminals;
 }
@@ -107,37 +86,20 @@ void showTerminals(const tJson& terminals, std::ostream& out) {
 }
 
 tJson walkRoute(const std::string& address, const std::string& terminal, const std::string& token) {
-  tCall opening;
-  const tSession session = openGroup(address, groupOf(terminal), opening);
-  opening.check();
+  const RoutingSession session = openGroup(address, groupOf(terminal));
   tJson steps = tJson::array();
-  const tJson seeds = {{{"terminal", terminal},
-                        {"cost", 0},
-                        {"constraints", tJson::object()},
-                        {"srcDeviceToken", token}}};
-  const std::string destinations = tJson::array({terminal}).dump();
-  tCall calculating;
-  tReply routes;
-  telmar_ra_varmex_calculateRoute(session.get(), seeds.dump().c_str(), destinations.c_str(),
-                                  nullptr, routes.slot(), calculating);
-  const tJson reply = routes.json();
-  steps.push_back(stepOf("calculate", calculating, reply));
-  if (!reply.is_array() || reply.empty()) return steps;
-  const std::uint32_t ticket = reply[0].value("ticket", 0U);
-  tCall reserving;
-  tReply conflicts;
-  telmar_ra_varmex_reserveRoute(session.get(), ticket, conflicts.slot(), reserving);
-  steps.push_back(stepOf("reserve", reserving, conflicts.json()));
-  tCall programming;
-  telmar_ra_varmex_programRoute(session.get(), ticket, programming);
-  steps.push_back(stepOf("program", programming));
-  const tCall silent;
-  telmar_ra_varmex_unprogramRoute(session.get(), ticket);
-  steps.push_back(stepOf("unprogram", silent));
-  telmar_ra_varmex_unreserveRoute(session.get(), ticket);
-  steps.push_back(stepOf("unreserve", silent));
-  telmar_ra_varmex_destroyRoute(session.get(), ticket);
-  steps.push_back(stepOf("destroy", silent));
+  std::vector<varmex::Route> routes;
+  addStep(steps, "calculate", [&] {
+    routes = session.calculateRoutes({{terminal, token}}, {terminal});
+    return describeRoutes(routes);
+  });
+  if (routes.empty()) return steps;
+  const varmex::Route& route = routes.front();
+  addStep(steps, "reserve", [&] { return route.reserve(), tJson(); });
+  addStep(steps, "program", [&] { return route.program(), tJson(); });
+  addStep(steps, "unprogram", [&] { return route.unprogram(), tJson(); });
+  addStep(steps, "unreserve", [&] { return route.unreserve(), tJson(); });
+  addStep(steps, "destroy", [&] { return routes.clear(), tJson(); });
   return steps;
 }
 

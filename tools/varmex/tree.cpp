@@ -91,50 +91,50 @@ struct tBelow {
   std::uint32_t container;
 };
 
-const std::vector<tAttribute>& attributesOf(std::uint32_t kind) {
+const std::vector<tAttribute>& attributesOf(varmex::Kind kind) {
   switch (kind) {
-    case varmex_itemType_Session: return kSessionAttributes;
-    case varmex_itemType_Chassis: return kChassisAttributes;
-    case varmex_itemType_Slot: return kSlotAttributes;
-    case varmex_itemType_Device: return kDeviceAttributes;
+    case varmex::Kind::session: return kSessionAttributes;
+    case varmex::Kind::chassis: return kChassisAttributes;
+    case varmex::Kind::slot: return kSlotAttributes;
+    case varmex::Kind::device: return kDeviceAttributes;
     default: return kBridgeAttributes;
   }
 }
 
-std::vector<tBelow> belowOf(std::uint32_t kind) {
+std::vector<tBelow> belowOf(varmex::Kind kind) {
   switch (kind) {
-    case varmex_itemType_Session: return {tBelow{"Chassis", varmex_container_Chassis}};
-    case varmex_itemType_Chassis:
+    case varmex::Kind::session: return {tBelow{"Chassis", varmex_container_Chassis}};
+    case varmex::Kind::chassis:
       return {tBelow{"Slots", varmex_container_Slots},
               tBelow{"TriggerBridges", varmex_container_TriggerBridges}};
-    case varmex_itemType_Slot: return {tBelow{"Devices", varmex_container_Devices}};
+    case varmex::Kind::slot: return {tBelow{"Devices", varmex_container_Devices}};
     default: return {};
   }
 }
 
 }  // namespace
 
-tJson describeAttributes(const tItem& item) {
+tJson describeAttributes(const varmex::ItemBase& item) {
   tJson json = tJson::object();
   for (const tAttribute& attribute : attributesOf(item.kind())) {
     try {
       if (attribute.isText) {
-        if (const auto text = item.text(attribute.number)) json[attribute.name] = *text;
+        if (const auto text = item.textIfAny(attribute.number)) json[attribute.name] = *text;
       } else {
-        if (const auto number = item.number(attribute.number)) json[attribute.name] = *number;
+        if (const auto number = item.u32IfAny(attribute.number)) json[attribute.name] = *number;
       }
-    } catch (const tError& error) {
+    } catch (const varmex::Error& error) {
       json[attribute.name] = {{"error", error.code()}};
     }
   }
   return json;
 }
 
-tJson describe(const tItem& item) {
+tJson describe(const varmex::ItemBase& item) {
   tJson json = describeAttributes(item);
   for (const tBelow& below : belowOf(item.kind())) {
     tJson list = tJson::array();
-    for (const tItem& child : item.items(below.container)) list.push_back(describe(child));
+    for (const varmex::Item& child : item.list(below.container)) list.push_back(describe(child));
     json[below.name] = std::move(list);
   }
   return json;

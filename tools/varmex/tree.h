@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tools/varmex/client.h"
+#include "varmex/varmex.hpp"
 
 namespace tool {
 
@@ -12,10 +12,10 @@ using tJson = nlohmann::ordered_json;
 // An item with every attribute that applies to it, by the attribute's name without its prefix, and
 // with all that is below it: "Chassis" of a session, "Slots" and "TriggerBridges" of a chassis,
 // "Devices" of a slot.
-tJson describe(const tItem& item);
+tJson describe(const varmex::ItemBase& item);
 
 // Its own attributes alone.
-tJson describeAttributes(const tItem& item);
+tJson describeAttributes(const varmex::ItemBase& item);
 
 }  // namespace tool
 

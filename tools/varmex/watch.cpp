@@ -9,7 +9,6 @@ namespace tool {
 namespace {
 
 using tClock = std::chrono::steady_clock;
-constexpr std::uint32_t kForever = 0xFFFFFFFF;
 constexpr std::chrono::milliseconds kRetryPause{200};
 
 std::string textOf(const tJson& item, const char* name) {
@@ -48,31 +47,26 @@ std::string titleOf(const tJson& part) {
 }
 
 // One wait on a session; nothing when the time of the whole watch is over.
-bool waitForChange(const tItem& session, std::optional<tClock::time_point> end) {
-  std::uint32_t timeout = kForever;
-  if (end) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*end - tClock::now());
-    timeout = left.count() > 0 ? static_cast<std::uint32_t>(left.count()) : 0;
-  }
-  tCall call;
-  const varmex_WaitResult result = varmex_waitForSessionInvalidation(session.get(), timeout, call);
-  call.check();
-  return result == varmex_waitChanged;
+bool waitForChange(const varmex::Session& session, std::optional<tClock::time_point> end) {
+  const auto left = end ? std::chrono::ceil<std::chrono::milliseconds>(*end - tClock::now())
+                        : std::chrono::milliseconds::zero();
+  return (end ? session.wait(left) : session.wait()) == varmex::WaitResult::changed;
 }
 
 bool isOver(std::optional<tClock::time_point> end) { return end && tClock::now() >= *end; }
 
 // A session of the description as it is now; while there is none, its faults are told of, each kind
 // once.
-std::optional<tItem> openSoon(std::optional<tClock::time_point> end, std::ostream& faults) {
+std::optional<varmex::Session> openSoon(std::optional<tClock::time_point> end,
+                                        std::ostream& faults) {
   std::string told;
   while (true) {
     try {
-      tItem session = openSession();
+      varmex::Session session;
       describe(session);
       return session;
-    } catch (const tError& error) {
-      if (told != error.what()) faults << "broken: " << error.code() << ' ' << error.what() << '\n';
+    } catch (const varmex::Error& error) {
+      if (told != error.what()) faults << "broken: " << error.what() << '\n';
       told = error.what();
     }
     if (isOver(end)) return std::nullopt;
@@ -104,7 +98,7 @@ bool watch(const tWatchOptions& options, std::ostream& out, std::ostream& faults
   std::optional<tClock::time_point> end;
   if (options.timeoutMs) end = tClock::now() + std::chrono::milliseconds(*options.timeoutMs);
   bool anyChange = false;
-  std::optional<tItem> session = openSoon(end, faults);
+  std::optional<varmex::Session> session = openSoon(end, faults);
   while (session) {
     const tJson before = describe(*session);
     if (!waitForChange(*session, end)) break;

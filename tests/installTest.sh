@@ -1,0 +1,111 @@
+#!/usr/bin/env bash
+# installTest.sh BUILD... : installs and packs each build, and builds and runs the examples against
+# every form that comes out, in empty folders. The Windows ones run under Wine, whose prefix
+# WINEPREFIX names.
+set -uo pipefail
+here=$(cd "$(dirname "$0")/.." && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+passed=0
+failed=0
+
+# try NAME COMMAND... : a step that must end well.
+try() {
+  local name=$1
+  shift
+  if "$@" >"$work/log" 2>&1; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    echo "$name:"
+    tail -n 30 "$work/log"
+  fi
+}
+
+# The devices of the sample, as the program lists them. It finds its library at LD_LIBRARY_PATH.
+lists() {
+  local output
+  output=$(VARMEX_FSROOT=$here/samples "$@") || return 1
+  echo "$output"
+  grep -qE '^PXI1Slot2 +5:0\.1  TriggerBus1' <<<"$output" &&
+    grep -qE '^PXI3Slot4 +82:8\.2  TriggerBus1' <<<"$output"
+}
+
+# withCMake PREFIX [ARGUMENT...] : builds the examples against what lies below the prefix.
+withCMake() {
+  local prefix=$1 build
+  shift
+  build=$(mktemp -d -p "$work")
+  cmake -S "$here/examples" -B "$build" -DCMAKE_PREFIX_PATH="$prefix" "$@" &&
+    cmake --build "$build" && cp "$build"/listDevices* "$work"
+}
+
+withPkgConfig() {
+  export PKG_CONFIG_PATH=$1/lib/pkgconfig
+  gcc "$here/examples/listDevices.c" -o "$work/listDevices" $(pkg-config --cflags --libs varmex) &&
+    g++ -std=c++17 "$here/examples/listDevices.cpp" -o "$work/listDevicesCpp" \
+      $(pkg-config --cflags --libs varmex)
+}
+
+listBoth() {
+  LD_LIBRARY_PATH=$1 lists "$work/listDevices" && LD_LIBRARY_PATH=$1 lists "$work/listDevicesCpp"
+}
+
+hasManual() { grep -q '^\.B VARMEX_FSROOT' "$1/share/man/man1/varmex.1"; }
+
+unpackDebs() {
+  for package in "$work"/packages/*.deb; do dpkg-deb -x "$package" "$work/deb" || return 1; done
+  [ "$(ls "$work"/packages/*.deb | wc -l)" -eq 3 ] &&
+    dpkg-deb -f "$work"/packages/varmex_*.deb Depends | grep -q libvarmex19
+}
+
+testLinux() {
+  local installed=$work/installed
+  try 'install' cmake --install "$1" --prefix "$installed"
+  try 'the manual' hasManual "$installed"
+  try 'the installed command' env VARMEX_FSROOT="$here/samples" bash -c \
+    "'$installed/bin/varmex' show | grep -q '^Chassis 3: Havrel'"
+  # Where it was moved, it works as well.
+  mv "$installed" "$work/moved"
+  try 'CMake' withCMake "$work/moved"
+  try 'built with CMake' listBoth "$work/moved/lib"
+  rm "$work"/listDevices*
+  try 'pkg-config' withPkgConfig "$work/moved"
+  try 'built with pkg-config' listBoth "$work/moved/lib"
+  rm "$work"/listDevices*
+  try 'the Debian packages' cpack --config "$1/CPackConfig.cmake" -B "$work/packages"
+  try 'their content' unpackDebs
+  try 'CMake and the packages' withCMake "$work/deb/usr"
+  try 'built with the packages' listBoth "$work/deb/usr/lib"
+}
+
+# There is no root of all paths: the description lies in the prefix's own Windows folder meanwhile.
+listInWine() {
+  local windows=$WINEPREFIX/drive_c/windows result=0
+  cp "$here"/samples/etc/pxi/pxi*sys.ini "$windows"
+  cp "$work"/zip/*/bin/varmex.dll "$work"
+  lists wine "$work/listDevices.exe" && lists wine "$work/listDevicesCpp.exe" || result=1
+  wine "$work"/zip/*/bin/varmex.exe show | grep -q '^Chassis 3: Havrel' || result=1
+  rm "$windows"/pxi*sys.ini
+  return "$result"
+}
+
+testWindows() {
+  rm -f "$work"/listDevices*
+  try 'the zip' cpack --config "$1/CPackConfig.cmake" -B "$work/packages"
+  try 'its content' unzip -q "$work/packages/*.zip" -d "$work/zip"
+  # The prefix lies outside of the cross compiler's own tree.
+  try 'CMake and the zip' withCMake "$(echo "$work"/zip/*)" \
+    -DCMAKE_TOOLCHAIN_FILE="$here/cmake/mingw.cmake" -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH \
+    -DCMAKE_EXE_LINKER_FLAGS=-static
+  try 'built with the zip' listInWine
+}
+
+for build in "$@"; do
+  case $build in
+    *windows) testWindows "$build" ;;
+    *) testLinux "$build" ;;
+  esac
+done
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]

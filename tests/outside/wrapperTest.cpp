@@ -1,0 +1,163 @@
+#include <algorithm>
+#include <thread>
+
+#include "tests/support/model.h"
+#include "varmex/varmex.hpp"
+
+namespace test {
+
+namespace {
+
+// An 18-line description: a module in slot 3 of chassis 1, on bus 1, and a bridge.
+class tWrapper : public tModel {
+ protected:
+  void SetUp() override {
+    machine_.writePxieSys(
+        "[System]\nChassisList=1,2\n"
+        "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=3,4\nTriggerBusList=1\n"
+        "TriggerBridgeList=1\n[Chassis1TriggerBus1]\nSlotList=3\n"
+        "[Chassis1Slot3]\nSlotType=PXIePeripheralSlot\nAddressInfo=PXI0::205-3.1::INSTR\nVendor=W\n"
+        "[Chassis1Slot4]\nSlotType=PXIePeripheralSlot\n"
+        "[Chassis2]\nVendor=V\nModel=M\nSerialNumber=T\nSlotList=\"\"\n");
+    machine_.writePxiSys(
+        "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSlotList=\"\"\nTriggerBridgeList="
+        "1\n"
+        "[Chassis1TriggerBridge1]\nSourceTriggerBus=1\nDestinationTriggerBus=2\nLineMappingSpec=1\n"
+        "[Chassis1LineMappingSpec1]\nPXI_TRIG0=1,2\n");
+  }
+
+  // What a call throws; nothing when it throws nothing.
+  template <class Call>
+  static std::optional<varmex::Error> thrownBy(Call call) {
+    try {
+      call();
+    } catch (const varmex::Error& error) {
+      return error;
+    }
+    return std::nullopt;
+  }
+};
+
+TEST_F(tWrapper, answersWhatTheInterfaceAnswers) {
+  const varmex::Session session;
+  EXPECT_EQ(session.version(), "19.5.0");
+  EXPECT_TRUE(session.isCurrent());
+  EXPECT_FALSE(session.warning());
+  std::vector<std::string> serials;
+  for (const varmex::Chassis& chassis : session.chassis())
+    serials.push_back(chassis.serialNumber());
+  EXPECT_EQ(serials, (std::vector<std::string>{"S", "T"}));
+  const varmex::Chassis chassis = session.chassis(1);
+  EXPECT_EQ(chassis.slots().size(), 2U);
+  EXPECT_EQ(chassis.slots()[1].number(), 4U);
+  EXPECT_EQ(chassis.slot(3).triggerBusNameIfAny(), "TriggerBus1");
+  EXPECT_EQ(chassis.slot(4).triggerBusNameIfAny(), std::nullopt);
+  EXPECT_TRUE(session.chassis(2).slots().empty());
+  const varmex::Device device = session.device(205, 3, 0);
+  EXPECT_EQ(device.kind(), varmex::Kind::device);
+  EXPECT_EQ(device.vendor() + '|' + device.name(), "W|PXI1Slot3");
+  EXPECT_EQ(device.modelIfAny(), std::nullopt);
+  EXPECT_EQ(device.slot().devices()[0].function(), 1U);
+  EXPECT_TRUE(device.isExpress());
+  const auto bridges = session.triggerBridges();
+  ASSERT_EQ(bridges.size(), 1U);
+  EXPECT_EQ(bridges[0].lineMapping(0), 6U);
+  EXPECT_EQ(bridges[0].destinationTriggerBus(), 2U);
+}
+
+TEST_F(tWrapper, throwsWhatFailed) {
+  const varmex::Session session;
+  const auto unknown = thrownBy([&] { session.chassis(1).slot(99); });
+  ASSERT_TRUE(unknown);
+  EXPECT_EQ(unknown->code(), varmex_errorUnknownItem);
+  EXPECT_EQ(unknown->constant(), "varmex_errorUnknownItem");
+  EXPECT_NE(unknown->detail().find("slotNum: 99"), std::string::npos) << unknown->detail();
+  EXPECT_EQ(unknown->what(), "varmex_errorUnknownItem (-380751): " + unknown->detail());
+  const auto notConnected = thrownBy([&] { session.chassis(1).slot(4).triggerBusNumber(); });
+  EXPECT_EQ(notConnected.value().code(), varmex_errorNotConnected);
+  EXPECT_EQ(thrownBy([&] { session.slots()[2]; }).value().code(), varmex_errorIterationFailure);
+  const varmex::Error escaped(-1, R"({"a":{"b":"\"\\\n\u001f"},"c":[1,-2.5],"d":"é"})");
+  EXPECT_EQ(escaped.detail(), "b: \"\\\n\x1F, c: 1, c: -2.5, d: é");
+  EXPECT_STREQ(varmex::Error(-2, "{}").what(), "varmex (-2)");
+  for (const char* broken : {"", "{\"a", "{\"a\\", "{\"a\":\"\\u00", "}}]],"}) {
+    EXPECT_TRUE(varmex::Error(-3, broken).constant().empty());
+  }
+  machine_.writePxiSys("[System]\n");
+  EXPECT_EQ(thrownBy([] { varmex::Session(); }).value().code(),
+            varmex_errorInformationNotAvailable);
+}
+
+TEST_F(tWrapper, warnsOfAFailedSynchronization) {
+  const varmex::Session session = varmex::Session::synchronized();
+  ASSERT_TRUE(session.warning());
+  EXPECT_EQ(session.warning()->detail(), "wrappedCode: -380766");
+  EXPECT_EQ(session.chassis().size(), 2U);
+}
+
+// Whatever goes first: the session stays open as long as anything needs it.
+TEST_F(tWrapper, itemsKeepTheirSession) {
+  std::optional<varmex::Session> session(std::in_place);
+  varmex::Device device = session->devices()[0];
+  auto slots = session->chassis(1).slots();
+  const varmex::Session copy = *session;
+  session.reset();
+  EXPECT_EQ(device.slot().chassis().vendor(), "V");
+  EXPECT_EQ((*slots.begin()).number(), 3U);
+  const varmex::Device sameDevice = device;
+  device = copy.device(205, 3, 0);
+  EXPECT_EQ(sameDevice.bus(), device.bus());
+}
+
+TEST_F(tWrapper, waits) {
+  using namespace std::chrono_literals;
+  const varmex::Session session;
+  EXPECT_EQ(session.wait(0ms), varmex::WaitResult::timedOut);
+  EXPECT_EQ(session.wait(-1h), varmex::WaitResult::timedOut);
+  std::thread canceller([&] { session.cancelWaits(); });
+  EXPECT_EQ(session.wait(), varmex::WaitResult::cancelled);
+  canceller.join();
+  const varmex::Session later;
+  EXPECT_EQ(later.wait(0ms), varmex::WaitResult::timedOut);
+  machine_.writePxieSys("; another\n");
+  EXPECT_EQ(later.wait(10s), varmex::WaitResult::changed);
+}
+
+TEST_F(tWrapper, routes) {
+  const varmex::RoutingSession one(205, 3, 0, varmex::RoutingSession::triggerBus);
+  const varmex::RoutingSession other("205.3.0:1");
+  const auto terminals = one.terminals();
+  ASSERT_EQ(terminals.size(), 8U);
+  EXPECT_EQ(terminals[7].name, "PXI_Trig7");
+  EXPECT_EQ(terminals[7].busLine, 7U);
+  EXPECT_FALSE(terminals[7].busName.empty());
+  const std::string name = terminals[2].name;
+  const std::string token = "to\"ken\\";
+  EXPECT_TRUE(one.calculateRoutes({}, {name}).empty());
+  auto routes =
+      one.calculateRoutes({{name, token}, {terminals[3].name, token}}, {terminals[3].name, name});
+  ASSERT_EQ(routes.size(), 2U);
+  EXPECT_EQ(routes[0].destination(), terminals[3].name);
+  EXPECT_NE(routes[0].ticket(), routes[1].ticket());
+  auto rival = other.calculateRoutes({{name, "another"}}, {name});
+  ASSERT_EQ(rival.size(), 1U);
+  routes[1].reserve();
+  routes[1].program();
+  EXPECT_EQ(thrownBy([&] { rival[0].reserve(); }).value().code(), telmar_ra_errorResourcesInUse);
+  auto own = one.calculateRoutes({{terminals[4].name, "x"}}, {terminals[4].name});
+  auto late = one.calculateRoutes({{terminals[4].name, "y"}}, {terminals[4].name});
+  own.at(0).reserve();
+  std::vector<varmex::Conflict> conflicts;
+  EXPECT_TRUE(thrownBy([&] { late.at(0).reserve(&conflicts); }));
+  ASSERT_EQ(conflicts.size(), 1U);
+  EXPECT_EQ(conflicts[0].ticket, own[0].ticket());
+  // The end of a route gives its terminal back.
+  routes.clear();
+  rival[0].reserve();
+  rival[0].unreserve();
+  EXPECT_EQ(thrownBy([] { varmex::RoutingSession("205.3.0:2"); }).value().code(),
+            varmex_errorNotConnected);
+}
+
+}  // namespace
+
+}  // namespace test
