@@ -2,7 +2,7 @@
 # Builds and runs every test: natively, under ASan and UBSan, under TSan what is concurrent, and the
 # Windows build under Wine. Ends with the number of tests that passed and failed, over all of them.
 source "$(dirname "$0")/common.sh"
-install "${build_tools[@]}" g++-mingw-w64-x86-64-posix wine64 wine binutils \
+install "${build_tools[@]}" g++-mingw-w64-x86-64-posix wine64 wine binutils libxml2-utils \
   dpkg-dev file pkg-config unzip
 
 passed=0
@@ -41,13 +41,14 @@ build linux
 suites linux
 run 'linux: exports' tests/checkExports.sh build/linux/lib/libvarmex.so
 run 'linux: command' tests/commandTest.sh build/linux/bin/varmex
+run 'linux: draw' tests/drawTest.sh build/linux/bin/varmex
 run 'linux: install' tests/installTest.sh build/linux
 
 build linux-asan
 VARMEX_TEST_ROUNDS=500 suites linux-asan
 
 build linux-tsan varmex_outside_tests varmex_writer
-VARMEX_TEST_ROUNDS=300 run 'linux-tsan: outside' \
+TSAN_OPTIONS=suppressions=$PWD/tests/tsan.supp VARMEX_TEST_ROUNDS=300 run 'linux-tsan: outside' \
   build/linux-tsan/bin/varmex_outside_tests "--gtest_filter=$concurrent"
 
 build windows

@@ -6,10 +6,8 @@ namespace tool {
 
 namespace {
 
-// Bounds that no real chassis reaches; what is beyond is counted in a note.
+// More than any real chassis has; slots beyond are counted in a note.
 constexpr std::size_t kMostStrips = 4;
-constexpr std::size_t kMostBridges = 16;
-constexpr std::size_t kMostNotes = 4;
 
 using tSlots = std::vector<const tJson*>;
 
@@ -54,7 +52,8 @@ std::string addressOf(const tJson& device) {
 std::string linkOf(const tJson& device) {
   const std::string negotiated = textOf(device, "PeripheralModuleLinkWidthNegotiated");
   const std::string possible = textOf(device, "PeripheralModuleLinkWidthMax");
-  return possible.empty() ? possible : 'x' + negotiated + '/' + possible;
+  if (possible.empty()) return {};
+  return 'x' + (negotiated == possible ? possible : negotiated + '/' + possible);
 }
 
 void addFunctions(tPanel& panel, const tJson& devices) {
@@ -112,7 +111,7 @@ void addPanels(tStrip& strip, const tSlots& slots) {
     if (isTaken[column] || !numberOf(*slots[column], "OccupyingModuleSlot")) continue;
     if (anchor == textOf(*slots[column], "SlotNumber")) continue;
     const std::string about = "module of slot " + anchor;
-    strip.panels.push_back({column, column, about, {}, {}, {}, {}, about});
+    strip.panels.push_back({column, column, {}, about, {}, {}, {}, about});
   }
 }
 
@@ -160,7 +159,7 @@ void addTriggers(tStrip& strip, const tSlots& slots, const tTriggerNames& names)
   for (auto& [number, lane] : lanes) strip.triggers.push_back(std::move(lane));
 }
 
-// "0>0-7" and the like would need more room than there is: the number of lines that come out.
+// The number of source lines that come out anywhere.
 std::size_t passedLines(const tJson& bridge) {
   std::size_t lines = 0;
   for (int line = 0; line < 8; ++line) {
@@ -170,30 +169,15 @@ std::size_t passedLines(const tJson& bridge) {
   return lines;
 }
 
-void addNote(tStrip& strip, std::size_t& count, const std::string& note) {
-  if (count++ < kMostNotes) strip.notes.push_back(note);
-}
-
 void addBridges(tStrip& strip, const tJson& bridges) {
-  std::size_t notes = 0;
   for (const tJson& bridge : bridges) {
-    const auto source = numberOf(bridge, "BridgeSourceTriggerBus");
-    const auto destination = numberOf(bridge, "BridgeDestinationTriggerBus");
     const std::string number = textOf(bridge, "BridgeNumber");
-    const std::string about = "Bridge " + number + " from bus " +
-                              textOf(bridge, "BridgeSourceTriggerBus") + " to bus " +
-                              textOf(bridge, "BridgeDestinationTriggerBus");
-    const bool isHere = source && destination && strip.buses.count(*source) != 0 &&
-                        strip.buses.count(*destination) != 0;
-    if (isHere && strip.bridges.size() < kMostBridges) {
-      const std::string lines = std::to_string(passedLines(bridge)) + " of 8 lines pass";
-      strip.bridges.push_back({number, *source, *destination, about + ", " + lines});
-    } else {
-      addNote(strip, notes, about + (isHere ? "." : ", which are not both under slots here."));
-    }
-  }
-  if (notes > kMostNotes) {
-    strip.notes.push_back("And " + std::to_string(notes - kMostNotes) + " more bridges.");
+    strip.bridges.push_back({number, numberOf(bridge, "BridgeSourceTriggerBus"),
+                             numberOf(bridge, "BridgeDestinationTriggerBus"),
+                             "Bridge " + number + " from bus " +
+                                 textOf(bridge, "BridgeSourceTriggerBus") + " to bus " +
+                                 textOf(bridge, "BridgeDestinationTriggerBus") + ", " +
+                                 std::to_string(passedLines(bridge)) + " of 8 lines"});
   }
 }
 
@@ -209,7 +193,7 @@ tStrip makeStrip(const tJson& chassis, const tSlots& slots) {
   }
   addPanels(strip, slots);
   for (const tTriggerNames& names : kTriggers) addTriggers(strip, slots, names);
-  if (slots.empty()) strip.notes.emplace_back("No slots.");
+  if (slots.empty()) strip.notes.emplace_back("No slots");
   addBridges(strip, chassis["TriggerBridges"]);
   return strip;
 }
@@ -230,7 +214,7 @@ std::vector<tStrip> planStrips(const tJson& chassis) {
   } while (drawn < all.size() && strips.size() < kMostStrips);
   if (drawn < all.size()) {
     strips.back().notes.push_back("And " + std::to_string(all.size() - drawn) + " more slots, to " +
-                                  textOf(all.back(), "SlotNumber") + '.');
+                                  textOf(all.back(), "SlotNumber"));
   }
   return strips;
 }

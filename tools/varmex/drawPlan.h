@@ -21,15 +21,15 @@ struct tSlotKind {
 
 // From the most special to the one that fits anything.
 inline constexpr tSlotKind kSlotKinds[] = {
-    {varmex_slotType_PXIeSystem, "PXIe system", "PXIe sys", "kind0"},
-    {varmex_slotType_PXISystem, "PXI system", "PXI sys", "kind1"},
-    {varmex_slotType_SystemTiming, "PXIe system timing", "Timing", "kind2"},
-    {varmex_slotType_StarController, "PXI star controller", "Star ctl", "kind3"},
-    {varmex_slotType_PXI1Peripheral | varmex_slotType_PXIePeripheral, "PXIe hybrid", "Hybrid",
+    {varmex_slotType_PXIeSystem, "PXIe system slot", "PXIe sys", "kind0"},
+    {varmex_slotType_PXISystem, "PXI system slot", "PXI sys", "kind1"},
+    {varmex_slotType_SystemTiming, "PXIe system timing slot", "Timing", "kind2"},
+    {varmex_slotType_StarController, "PXI star controller slot", "Star ctl", "kind3"},
+    {varmex_slotType_PXI1Peripheral | varmex_slotType_PXIePeripheral, "PXIe hybrid slot", "Hybrid",
      "kind4"},
-    {varmex_slotType_PXIePeripheral, "PXIe peripheral", "PXIe", "kind5"},
-    {varmex_slotType_PXI1Peripheral, "PXI-1", "PXI-1", "kind6"},
-    {0, "unknown kind", "unknown", "kind7"}};
+    {varmex_slotType_PXIePeripheral, "PXIe peripheral slot", "PXIe", "kind5"},
+    {varmex_slotType_PXI1Peripheral, "PXI-1 slot", "PXI-1", "kind6"},
+    {0, "slot of unknown kind", "unknown", "kind7"}};
 
 struct tColumn {
   std::uint32_t slot;
@@ -45,7 +45,7 @@ struct tPanel {
   std::string instance;
   std::string vendor;
   std::string address;  // PCI address of its first function
-  std::string link;     // number of further functions, link widths
+  std::string link;     // number of further functions, link width
   std::string about;
 };
 
@@ -57,8 +57,8 @@ struct tBusBar {
 
 struct tBridgeArrow {
   std::string number;
-  std::uint32_t source;
-  std::uint32_t destination;
+  std::optional<std::uint32_t> source;
+  std::optional<std::uint32_t> destination;
   std::string about;
 };
 

@@ -97,11 +97,9 @@ struct tAdvance {
   int percent;  // of the font size
 };
 
-constexpr tAdvance kAdvances[] = {{U" ijlI.,:;'|!", 33},
-                                  {U"tfr()[]{}-/\"", 41},
-                                  {U"sckzJLF", 57},
-                                  {U"mwMWQO@%", 98},
-                                  {U"ABCDEGHKNPRSTUVXYZ&", 74}};
+constexpr tAdvance kAdvances[] = {{U" ijlI.,:;'|!", 33}, {U"tfr()[]{}-/\"", 41},
+                                  {U"sckzJLF", 57},      {U"mwMWQO@%", 98},
+                                  {U"<>=+#~^", 84},      {U"ABCDEGHKNPRSTUVXYZ&", 74}};
 constexpr int kOtherAdvance = 63;
 constexpr int kWideAdvance = 100;
 constexpr char32_t kFirstWide = 0x1100;  // from here on most scripts fill a square

@@ -7,6 +7,7 @@
 #include <optional>
 #include <sstream>
 
+#include "tools/varmex/check.h"
 #include "tools/varmex/draw.h"
 #include "tools/varmex/make.h"
 #include "tools/varmex/routing.h"
@@ -138,6 +139,21 @@ void addDraw(CLI::App& app, tCommandLine& line) {
   command->callback([&line] { draw(line); });
 }
 
+// The exit status tells findings from a description that can't be read.
+void check(tCommandLine& line) {
+  line.exitStatus = kBadUsage;
+  const tJson findings = checkDescription();
+  print(findings, line.asJson, showFindings);
+  line.exitStatus = findings.empty() ? 0 : kFailed;
+}
+
+void addCheck(CLI::App& app, tCommandLine& line) {
+  CLI::App* const command =
+      app.add_subcommand("check", "Reports what is wrong or doubtful with the description");
+  command->add_flag("--json", line.asJson, "For a program");
+  command->callback([&line] { check(line); });
+}
+
 void addTerminals(CLI::App& app, tCommandLine& line) {
   CLI::App* const command =
       app.add_subcommand("terminals", "Lists the trigger-line terminals of a module");
@@ -190,7 +206,7 @@ int main(int count, char** arguments) {
   CLI::App app("Shows the PXI installation of this machine.");
   app.require_subcommand(1);
   tCommandLine line;
-  for (const auto add : {addShow, addDraw, addTerminals, addRoute, addWatch, addMake})
+  for (const auto add : {addShow, addDraw, addCheck, addTerminals, addRoute, addWatch, addMake})
     add(app, line);
   try {
     app.parse(count, arguments);
@@ -202,5 +218,5 @@ int main(int count, char** arguments) {
   } catch (const std::exception& error) {
     std::cerr << "varmex: " << error.what() << '\n';
   }
-  return kFailed;
+  return line.exitStatus != 0 ? line.exitStatus : kFailed;
 }

@@ -1,0 +1,63 @@
+#ifndef CORPXITOOLS_INILINE_H
+#define CORPXITOOLS_INILINE_H
+
+#include <cstring>
+
+#include "corpxiTools/iniLineReader.h"
+#include "ostrel/quarks/numbers.h"
+
+namespace varmex::inline nCORPXITOOLS000 {
+
+enum class tIniLineKind { unreadable, comment, header, item };
+
+// What a line says. A header has a name, an item a name and a value, neither of them empty; the
+// value is trimmed but has its quotes.
+struct tIniLineContent {
+  tIniLineKind kind;
+  char* name = nullptr;
+  char* nameEnd = nullptr;
+  char* value = nullptr;
+  char* valueEnd = nullptr;
+};
+
+// Above the space there is no white space: most bytes take one comparison.
+inline bool isIniSpace(char byte) {
+  return static_cast<unsigned char>(byte) <= ' ' && isWhiteSpace(byte);
+}
+
+inline char* skipIniSpace(char* begin, const char* end) {
+  while (begin < end && isIniSpace(*begin)) ++begin;
+  return begin;
+}
+
+inline char* trimIniEnd(const char* begin, char* end) {
+  while (end > begin && isIniSpace(end[-1])) --end;
+  return end;
+}
+
+inline tIniLineContent parseIniHeader(char* begin, char* end) {
+  begin = skipIniSpace(begin, end);
+  void* const bracket = std::memchr(begin, ']', static_cast<std::size_t>(end - begin));
+  if (!bracket) return {tIniLineKind::unreadable};
+  end = trimIniEnd(begin, static_cast<char*>(bracket));
+  if (begin == end) return {tIniLineKind::unreadable};
+  return {tIniLineKind::header, begin, end};
+}
+
+// A blank line is unreadable, and so is an item without a value.
+inline tIniLineContent parseIniLine(const tIniLine& line) {
+  char* const begin = skipIniSpace(line.begin, line.end);
+  if (begin == line.end) return {tIniLineKind::unreadable};
+  if (*begin == ';') return {tIniLineKind::comment};
+  if (*begin == '[') return parseIniHeader(begin + 1, line.end);
+  if (!line.equals) return {tIniLineKind::unreadable};
+  char* const nameEnd = trimIniEnd(begin, line.equals);
+  char* const value = skipIniSpace(line.equals + 1, line.end);
+  char* const valueEnd = trimIniEnd(value, line.end);
+  if (begin == nameEnd || value == valueEnd) return {tIniLineKind::unreadable};
+  return {tIniLineKind::item, begin, nameEnd, value, valueEnd};
+}
+
+}  // namespace varmex::inline nCORPXITOOLS000
+
+#endif

@@ -1,0 +1,130 @@
+#!/usr/bin/env bash
+# drawTest.sh VARMEX : the pictures of the command, as XML.
+set -uo pipefail
+varmex=$1
+export VARMEX_FSROOT
+here=$(cd "$(dirname "$0")" && pwd)
+folder=$(mktemp -d)
+picture=$folder/picture.xml
+passed=0
+failed=0
+
+# is WANTED GOT WHAT
+is() {
+  if [ "$1" = "$2" ]; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    printf '%s: wanted "%s", got "%s"\n' "$3" "$1" "$2"
+  fi
+}
+
+# ends STATUS PATTERN ARGUMENT... : the exit status of draw, and a line that both outputs hold.
+ends() {
+  local status=$1 pattern=$2 output result=0
+  shift 2
+  output=$("$varmex" draw "$@" 2>&1) || result=$?
+  is "$status" "$result" "exit status of draw $*"
+  is yes "$(grep -qE -- "$pattern" <<<"$output" && echo yes || echo "$output")" "$pattern"
+}
+
+# draws ARGUMENT... : leaves the picture without its namespace, for short paths.
+draws() {
+  "$varmex" draw "$@" -o "$folder/picture.svg"
+  is 0 $? "exit status of draw $*"
+  xmllint --noout "$folder/picture.svg"
+  is 0 $? "well-formedness of draw $*"
+  sed 's/ xmlns="[^"]*"//' "$folder/picture.svg" >"$picture"
+}
+
+# holds WANTED XPATH
+holds() { is "$1" "$(xmllint --xpath "$2" "$picture" 2>&1)" "$2"; }
+
+# Where a slot begins, from the left.
+slot() {
+  echo "number(substring-before(substring-after(//g[@class='column'][starts-with(title,'Slot $1,')]/@transform,'('),' '))"
+}
+
+# The rectangle BAR, an XPath, reaches from slot FIRST to slot LAST and no further.
+reaches() {
+  local bar=$1 first=$2 last=$3 begin="number($1/@x)" end="$1/@x + $1/@width"
+  holds true "$begin >= $(slot "$first") and $begin < $(slot $((first + 1)))"
+  holds true "$end > $(slot "$last") and $end <= $(slot $((last + 1)))"
+}
+
+VARMEX_FSROOT=$here/../samples
+draws
+holds 3 'count(//g[@class="chassis"])'
+holds 34 'count(//g[@class="column"])'
+holds 2 'count(//rect[@class="slot kind5"][../title="Slot 2, PXIe peripheral slot, trigger bus 1"])'
+holds 2 'count(//text[.="Chassis 3: Havrel Modular HM-1008" or .="serial number 0A41F27C"])'
+
+draws 1
+module="//g[@class='module'][text='TL-950 RF Generator']"
+holds GENERATOR "string($module/text[2])"
+holds true "$module/rect/@width > 2 * ($(slot 13) - $(slot 12))"
+holds true "$module/rect/@width < 3 * ($(slot 13) - $(slot 12))"
+reaches "//g[@class='bus'][title='Trigger bus 2']/rect" 7 12
+# The head of bridge 3 is under its destination.
+holds 4 'count(//g[@class="bridge"])'
+head="number(substring-before(substring-after(//g[@class='bridge'][starts-with(title,'Bridge 3 ')]/path[@class='head']/@d,'M'),' '))"
+holds true "$head > $(slot 13) and $head < $(slot 14)"
+star='//g[@class="trigger"][title="Star 1"]'
+holds 16 "count($star/circle)"
+holds true "$star/rect[@class='controller']/@x > $(slot 10) and $star/rect[@class='controller']/@x < $(slot 11)"
+is "$(cat "$folder/picture.svg")" "$("$varmex" draw 1 -o -)" 'draw to the standard output'
+
+ends 2 '--output' 1
+ends 2 'chassis' x -o -
+ends 1 'error -380751' 9 -o -
+ends 1 "can't write $folder/none/x" -o "$folder/none/x"
+ends 1 "can't write /dev/full" -o /dev/full
+
+VARMEX_FSROOT=$folder
+mkdir -p "$folder/etc/pxi" "$folder/var/lib/PXISA"
+ends 1 'no chassis to draw' -o -
+long=$(printf '%5000s' | tr ' ' W)
+gone=$(printf '<script>"&\x27]]>\xff\xc0\xaf\xed\xa0\x80\xef\xbf\xbf\x1b\xc2\x85')
+many=$(seq -s , 1000 1099)
+{
+  printf '[System]\nChassisList = 1,2,3\n'
+  printf '[Chassis1]\nVendor = %s\nModel = M\nSerialNumber = %s\n' "$gone" "$long"
+  # Modules that claim each other's slots, and a slot whose module is far away; bus 2 is inside bus 1.
+  printf 'SlotList = "1,2,3,7,2147483647"\nTriggerBusList = "1,2"\nTriggerBridgeList = "1,2,3"\n'
+  for number in 1 2 3 7 2147483647; do
+    printf '[Chassis1Slot%s]\nSlotType = %s\n' "$number" "$long"
+    [ "$number" -le 2 ] && printf 'AddressInfo = PXI0::%s-0.0::INSTR\nModel = %s\n' "$number" "$gone$long"
+    [ "$number" -le 2 ] && printf 'PeripheralModuleOccupiedSlotList = "1,2,7"\n'
+  done
+  printf '[Chassis1TriggerBus1]\nSlotList = "1,2,3,2147483647"\n[Chassis1TriggerBus2]\nSlotList = 7\n'
+  printf '[Chassis2]\nVendor = V\nModel = M\nSerialNumber = S\nSlotList = ""\n'
+  printf '[Chassis3]\nVendor = V\nModel = M\nSerialNumber = S\nSlotList = "%s"\n' "$many"
+  for number in ${many//,/ }; do printf '[Chassis3Slot%s]\nSlotType = PXIeHybridSlot\n' "$number"; done
+} >"$folder/etc/pxi/pxiesys.ini"
+{
+  printf '[System]\nChassisList = ""\n[Chassis1LineMappingSpec1]\nPXI_TRIG0 = 9\n'
+  for bridge in 1:1:9 2:1:2 3:1:1; do
+    IFS=: read -r number from to <<<"$bridge"
+    printf '[Chassis1TriggerBridge%s]\nLineMappingSpec = 1\nSourceTriggerBus = %s\nDestinationTriggerBus = %s\n' \
+      "$number" "$from" "$to"
+  done
+} >"$folder/etc/pxi/pxisys.ini"
+draws
+is 0 "$(grep -c '<script' "$picture")" 'markup of a description in the picture'
+is yes "$([ "$(wc -c <"$picture")" -lt 100000 ] && echo yes)" 'bounded size'
+holds 1 'count(//text[starts-with(., "Chassis 1: <script>") and contains(., "&") and contains(., "]]>")])'
+holds 5 'count(//g[@class="chassis"][1]/g[@class="column"])'
+holds 2 'count(//g[@class="jump"])'
+holds 0 'count(//g[@class="bridge"])'
+holds 3 'count(//text[starts-with(., "Bridge ")])'
+holds 'module of slot 1' 'string(//g[@class="module"][3]/text)'
+holds 1 'count(//text[.="No slots"])'
+holds 1 'count(//text[.="And 28 more slots, to 1099"])'
+
+# A line beyond the eight of a bus.
+sed -i 's/PXI_TRIG0 = 9/PXI_TRIG0 = 8/' "$folder/etc/pxi/pxisys.ini"
+ends 1 '^varmex: ' -o -
+rm -r "$folder"
+
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
