@@ -1,5 +1,6 @@
 #include "pxiRoutingAdaptor/pxiRoutingAdaptorDevice.h"
 
+#include "telmar/TelmarUtils.h"
 #include "varmex/varmex.h"
 
 namespace varmex::nCorPxiRoutingAdaptor {
@@ -27,24 +28,8 @@ const tLineGroup& groupOf(const std::string& busType) {
 
 }  // namespace
 
-std::optional<std::uint32_t> pxiRoutingAdaptorDevice::findTerminal(std::string_view name) const {
-  for (std::uint32_t row = 0; row < terminals_.size(); ++row) {
-    const std::string& own = terminals_[row].name;
-    if (own.size() < name.size()) continue;
-    // Names differ in their last byte, mostly.
-    const bool mayMatch = name.empty() || own[name.size() - 1] == name.back();
-    if (mayMatch && own.starts_with(name)) return row;
-  }
-  return std::nullopt;
-}
-
 std::unique_lock<std::mutex> pxiRoutingAdaptorDevice::lockOwners() const {
   return std::unique_lock<std::mutex>(lock_);
-}
-
-bool pxiRoutingAdaptorDevice::isAvailable(std::uint32_t terminal, std::string_view token) const {
-  const std::string& owner = terminals_[terminal].ownerToken;
-  return owner.empty() || owner == token;
 }
 
 bool pxiRoutingAdaptorDevice::reserveTerminal(const pxiRoutingAdaptorSession* session,
@@ -69,8 +54,10 @@ void pxiRoutingAdaptorDevice::addBusTerminals(const std::string& busName,
                                               const std::string& busType) {
   std::uint32_t line = 0;
   for (const char* name : groupOf(busType).names) {
+    names_.add(name);
     TerminalRecord& record = terminals_.emplace_back();
     record.name = name;
+    record.quotedName = telmar::quote(name);
     record.busType = busType;
     record.busLine = line++;
     record.busName = busName;

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <mutex>
-#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -11,6 +10,7 @@
 
 #include "ostrel/quarks/failure.h"
 #include "ostrel/quarks/synchronization.h"
+#include "telmar/TerminalNames.h"
 
 namespace varmex::nCorPxiRoutingAdaptor {
 
@@ -20,6 +20,7 @@ class pxiRoutingAdaptorSession;
 // stands.
 struct TerminalRecord {
   std::string name;
+  std::string quotedName;  // as a JSON string
   bool isExternal = true;
   bool isOwned = false;
   std::string visibility = "public";
@@ -46,15 +47,16 @@ class pxiRoutingAdaptorDevice {
   virtual void loadTerminals(const std::string& deviceName) = 0;
 
   const std::vector<TerminalRecord>& terminals() const { return terminals_; }
-
-  // The first terminal whose name begins with `name`.
-  std::optional<std::uint32_t> findTerminal(std::string_view name) const;
+  const telmar::TerminalNames& names() const { return names_; }
 
   // Keeps the owners as they are while it is held.
   std::unique_lock<std::mutex> lockOwners() const;
 
   // Whether the terminal is free or held under `token`. The caller holds the owners' lock.
-  bool isAvailable(std::uint32_t terminal, std::string_view token) const;
+  bool isAvailable(std::uint32_t terminal, std::string_view token) const {
+    const std::string& owner = terminals_[terminal].ownerToken;
+    return owner.empty() || owner == token;
+  }
 
   // False when the terminal is held under another token; whoever comes with the same one shares it.
   bool reserveTerminal(const pxiRoutingAdaptorSession* session, const std::string& token,
@@ -69,6 +71,7 @@ class pxiRoutingAdaptorDevice {
 
  private:
   std::vector<TerminalRecord> terminals_;
+  telmar::TerminalNames names_;
   mutable std::mutex lock_;  // of owners and ownerToken
 };
 

@@ -24,22 +24,7 @@ void requireArguments(std::initializer_list<const void*> arguments,
   }
 }
 
-class tDeviceTerminals final : public telmar::TerminalFinder {
- public:
-  explicit tDeviceTerminals(const pxiRoutingAdaptorDevice& device) : device_(device) {}
-
-  std::uint32_t findForSeed(std::string_view name) const override {
-    const auto terminal = device_.findTerminal(name);
-    if (!terminal) tFailure(kRoutingFault, OSTREL_HERE).raise();
-    return *terminal;
-  }
-  std::optional<std::uint32_t> findForDestination(std::string_view name) const override {
-    return device_.findTerminal(name);
-  }
-
- private:
-  const pxiRoutingAdaptorDevice& device_;
-};
+void raiseUnknownTerminal() { tFailure(kRoutingFault, OSTREL_HERE).raise(); }
 
 }  // namespace
 
@@ -54,8 +39,8 @@ pxiRoutingAdaptorSession::pxiRoutingAdaptorSession(const char* deviceName, tReal
 
 void pxiRoutingAdaptorSession::getHandledConstraints(char** constraintsOut) {
   requireArguments({constraintsOut}, OSTREL_HERE);
-  constexpr const char kNone[] = "[]";
-  deliver(kNone, sizeof kNone, constraintsOut);
+  constexpr std::string_view kNone = "[]";
+  deliver(kNone, kNone.size() + 1, constraintsOut);
 }
 
 std::int32_t pxiRoutingAdaptorSession::calculateRoute(const char* seedsJson,
@@ -63,13 +48,13 @@ std::int32_t pxiRoutingAdaptorSession::calculateRoute(const char* seedsJson,
                                                       char** routesOut) {
   requireArguments({seedsJson, destinationsJson, routesOut}, OSTREL_HERE);
   const tGuard held(lock_);
-  const tDeviceTerminals finder(*device_);
-  const auto seeds = telmar::parseSeedList(seedsJson, finder);
-  const auto destinations = telmar::parseTerminalList(destinationsJson, finder);
-  tRoutes routes = matchRoutes(seeds, destinations);
+  telmar::parseSeedList(seedsJson, device_->names(), raiseUnknownTerminal, seeds_);
+  telmar::parseTerminalList(destinationsJson, device_->names(), destinations_);
+  matchDestinations();
+  tRoutes routes = makeRoutes();
   telmar::Reply reply;
   for (const RouteRecord& route : routes) {
-    const char* const name = terminals()[route.terminal].name.c_str();
+    const std::string& name = terminals()[route.terminal].quotedName;
     reply.addRoute({route.ticket, name, route.cost, route.seedIndex});
   }
   // Until the delivery is done no route exists; behind it nothing fails.
@@ -78,20 +63,34 @@ std::int32_t pxiRoutingAdaptorSession::calculateRoute(const char* seedsJson,
   return 0;
 }
 
-// A destination is reached from the first seed that stands on it, and from no other.
-pxiRoutingAdaptorSession::tRoutes pxiRoutingAdaptorSession::matchRoutes(
-    const std::vector<telmar::Seed>& seeds, const std::vector<std::uint32_t>& destinations) {
+// A destination is reached from the first seed that stands on it, and from no other. The rest are
+// dropped.
+void pxiRoutingAdaptorSession::matchDestinations() {
   constexpr std::uint32_t kNone = 0xFFFFFFFF;
-  std::vector<std::uint32_t> firstSeeds(terminals().size(), kNone);
-  for (std::size_t seed = seeds.size(); seed-- > 0;) {
-    firstSeeds[seeds[seed].terminal] = static_cast<std::uint32_t>(seed);
+  firstSeeds_.assign(terminals().size(), kNone);
+  for (std::size_t seed = seeds_.size(); seed-- > 0;) {
+    firstSeeds_[seeds_[seed].terminal] = static_cast<std::uint32_t>(seed);
   }
-  tRoutes routes;
   const auto held = device_->lockOwners();
-  for (const std::uint32_t terminal : destinations) {
-    const std::uint32_t seed = firstSeeds[terminal];
-    if (seed == kNone || !device_->isAvailable(terminal, seeds[seed].token)) continue;
-    routes.push_back({allocateTicket(), terminal, 0, seed, std::string(seeds[seed].token)});
+  std::erase_if(destinations_, [this](std::uint32_t terminal) {
+    const std::uint32_t seed = firstSeeds_[terminal];
+    return seed == kNone || !device_->isAvailable(terminal, seeds_[seed].token);
+  });
+}
+
+pxiRoutingAdaptorSession::tRoutes pxiRoutingAdaptorSession::makeRoutes() {
+  const std::size_t spare = std::min(destinations_.size(), spareRoutes_.size());
+  tRoutes routes;
+  routes.splice(routes.end(), spareRoutes_, spareRoutes_.begin(),
+                std::next(spareRoutes_.begin(), static_cast<std::ptrdiff_t>(spare)));
+  routes.resize(destinations_.size());
+  auto route = routes.begin();
+  for (const std::uint32_t terminal : destinations_) {
+    route->ticket = allocateTicket();
+    route->terminal = terminal;
+    route->seedIndex = firstSeeds_[terminal];
+    route->token = seeds_[route->seedIndex].token;
+    ++route;
   }
   return routes;
 }
@@ -172,7 +171,11 @@ void pxiRoutingAdaptorSession::destroyRoute(std::uint32_t ticket) {
   if (route == routes_.end()) return;
   if (findReservation(ticket) != reservations_.end()) unreserveRoute(ticket);
   --ticketUses_[ticket];
-  routes_.erase(route);
+  if (spareRoutes_.size() < kLastTicket) {
+    spareRoutes_.splice(spareRoutes_.begin(), routes_, route);
+  } else {
+    routes_.erase(route);
+  }
 }
 
 // The names are those of the table's first rows, as many as the route has terminals, and not of the
@@ -183,7 +186,7 @@ void pxiRoutingAdaptorSession::getRouteTerminalPath(std::uint32_t ticket, char**
   const std::array<std::uint32_t, 1> path{requireRoute(ticket).terminal};
   telmar::Reply reply;
   for (std::size_t row = 0; row < path.size(); ++row) {
-    reply.addString(terminals()[row].name.c_str());
+    reply.addText(terminals()[row].quotedName);
   }
   deliver(reply, pathOut);
 }
@@ -214,10 +217,12 @@ pxiRoutingAdaptorSession::tReservations::iterator pxiRoutingAdaptorSession::find
       [ticket](const ReservationRecord& record) { return record.tickets.contains(ticket); });
 }
 
-void pxiRoutingAdaptorSession::deliver(const char* text, std::size_t bufferSize, char** out) const {
+void pxiRoutingAdaptorSession::deliver(std::string_view text, std::size_t bufferSize,
+                                       char** out) const {
   *out = reallocFunc_ ? static_cast<char*>(reallocFunc_(*out, bufferSize)) : nullptr;
   if (!*out) tFailure(kNotDelivered, OSTREL_HERE).raise();
-  std::memcpy(*out, text, std::strlen(text) + 1);
+  std::memcpy(*out, text.data(), text.size());
+  (*out)[text.size()] = '\0';
 }
 
 void pxiRoutingAdaptorSession::deliver(const telmar::Reply& reply, char** out) const {

@@ -39,10 +39,10 @@ class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
   static constexpr std::uint32_t kLastTicket = 1024;
 
   struct RouteRecord {
-    std::uint32_t ticket;
-    std::uint32_t terminal;
-    std::uint32_t cost;
-    std::uint32_t seedIndex;
+    std::uint32_t ticket = 0;
+    std::uint32_t terminal = 0;
+    std::uint32_t cost = 0;
+    std::uint32_t seedIndex = 0;
     std::string token;
   };
   using tRoutes = std::list<RouteRecord>;
@@ -55,21 +55,27 @@ class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
   };
   using tReservations = std::list<ReservationRecord>;
 
-  tRoutes matchRoutes(const std::vector<telmar::Seed>& seeds,
-                      const std::vector<std::uint32_t>& destinations);
+  void matchDestinations();
+  tRoutes makeRoutes();
   std::uint32_t allocateTicket();
   bool isTicketUsed(std::uint32_t ticket) const;
   tRoutes::iterator findRoute(std::uint32_t ticket);
   const RouteRecord& requireRoute(std::uint32_t ticket);
   tReservations::iterator findReservation(std::uint32_t ticket);
   void adopt(tRoutes& routes);
-  void deliver(const char* text, std::size_t bufferSize, char** out) const;
+  void deliver(std::string_view text, std::size_t bufferSize, char** out) const;
   void deliver(const telmar::Reply& reply, char** out) const;
   [[noreturn]] void raiseConflict(const ReservationRecord& holder, char** conflictsOut) const;
 
   pxiRoutingAdaptorDevice* device_ = nullptr;
   tReservations reservations_;
   tRoutes routes_;
+  tRoutes spareRoutes_;  // the records of some destroyed routes, for new ones
+  // Of the running calculation until its delivery, kept for their memory. Of each terminal the
+  // first seed on it.
+  std::vector<telmar::Seed> seeds_;
+  std::vector<std::uint32_t> destinations_;
+  std::vector<std::uint32_t> firstSeeds_;
   // How many live routes have each ticket, so that the search for a free one looks each up at once.
   std::array<std::uint32_t, kLastTicket + 2> ticketUses_{};
   std::uint32_t nextTicket_ = 1;

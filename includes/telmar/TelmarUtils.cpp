@@ -1,11 +1,14 @@
 #include "telmar/TelmarUtils.h"
 
+#include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
 
 #include "ostrel/quarks/failure.h"
 #include "ostrel/quarks/jsonScanner.h"
+#include "ostrel/quarks/jsonWriter.h"
 
 namespace telmar {
 
@@ -14,8 +17,6 @@ namespace {
 using namespace varmex;
 
 constexpr const char* kSeedMustBeObject = "seed must be an object";
-constexpr const char* kTerminalMissing = "terminal field missing";
-constexpr const char* kCostMissing = "cost field missing or invalid";
 constexpr const char* kConstraintsMissing = "constraints field missing";
 
 [[noreturn]] void raiseInvalid(const char* message, const tSourcePosition& position) {
@@ -32,7 +33,8 @@ constexpr const char* kConstraintsMissing = "constraints field missing";
       .raise();
 }
 
-constexpr std::size_t kUsualLength = 16;  // lists of which take one allocation
+// Of an element's keys and numbers, the texts aside.
+constexpr std::size_t kLongestElement = 128;
 
 constexpr std::uint32_t kUnreadable = 0xFFFFFFFF;
 
@@ -40,10 +42,14 @@ constexpr std::uint32_t kUnreadable = 0xFFFFFFFF;
 std::uint32_t readInteger(std::string_view number) {
   const bool isNegative = number.starts_with('-');
   if (isNegative) number.remove_prefix(1);
-  std::uint32_t value = 0;
-  const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
-  if (error != std::errc()) return kUnreadable;
-  return isNegative ? 0 - value : value;
+  if (number.empty()) return kUnreadable;
+  std::uint64_t value = 0;
+  for (const char digit : number) {
+    value = value * 10 + static_cast<unsigned char>(digit - '0');
+    if (value > kUnreadable) return kUnreadable;
+  }
+  const auto bits = static_cast<std::uint32_t>(value);
+  return isNegative ? 0 - bits : bits;
 }
 
 // Truncated towards zero, the low 32 bits of a 64-bit number.
@@ -57,79 +63,139 @@ std::uint32_t readFraction(std::string_view number) {
   return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
 }
 
-std::uint32_t readCost(const tJsonToken& number) {
-  return number.isFloat ? readFraction(number.content) : readInteger(number.content);
-}
-
-// Reads one seed object.
+// Reads the seed objects of a list.
 class SeedParser {
  public:
-  SeedParser(const char* json, const TerminalFinder& finder) : json_(json), finder_(finder) {}
+  SeedParser(const char* end, const TerminalNames& names, void (*raiseUnknown)())
+      : end_(end), names_(names), raiseUnknown_(raiseUnknown) {}
 
   // The position behind the object.
-  const char* parse(Seed& seed) {
-    const char* position = jsonSkipSpace(json_ + 1);
-    if (*position == '}') raiseInvalid(kTerminalMissing, json_, OSTREL_HERE);
-    tJsonKey key = jsonScanKey(position);
-    if (!key.next) raiseInvalid(kTerminalMissing, json_, OSTREL_HERE);
-    while (true) {
-      position = jsonSkipSpace(takeValue(key, seed));
-      if (*position == '}') {
-        requireFields();
-        return position + 1;
-      }
-      if (*position == ',') key = jsonScanKey(jsonSkipSpace(position + 1));
-      if (*position != ',' || !key.next) rejectEnd();
-    }
+  const char* parse(const char* position, Seed& seed) {
+    if (const char* next = parseUsual(position, seed)) return next;
+    seed = {};
+    json_ = position;
+    found_ = 0;
+    do {
+      position = takeField(jsonSkipSpace(position + 1), seed);
+      if (!position) rejectEnd();
+      position = jsonSkipSpace(position);
+    } while (*position == ',');
+    if (*position != '}') rejectEnd();
+    if (found_ != kAllRequired) rejectFields();
+    return position + 1;
   }
 
  private:
-  // The position behind the value of a key.
-  const char* takeValue(const tJsonKey& key, Seed& seed) {
-    const tJsonToken value = jsonScanToken(key.next);
-    if (key.name == "terminal") {
-      requireType(value, tJsonType::string, "terminal name must be a string");
-      seed.terminal = finder_.findForSeed(value.content);
-      hasTerminal_ = true;
-    } else if (key.name == "srcDeviceToken") {
-      requireType(value, tJsonType::string, "srcDeviceToken name must be a string");
-      seed.token = value.content;
-    } else if (key.name == "cost") {
-      requireType(value, tJsonType::number, "cost must be a number");
-      seed.cost = readCost(value);
-      hasCost_ = true;
-    } else if (key.name == "constraints") {
-      const char* const behind = *key.next == '{' ? jsonScanValue(key.next) : nullptr;
-      if (!behind) raiseInvalid(kConstraintsMissing, json_, OSTREL_HERE);
-      hasConstraints_ = true;
-      return behind;
+  enum : unsigned { kTerminal = 1, kCost = 2, kConstraints = 4, kAllRequired = 7 };
+
+  // The form in which coordinators write nearly all seeds; null for any other, whatever it is.
+  const char* parseUsual(const char* position, Seed& seed) const {
+    const char* const name = behind(position, "{\"terminal\":");
+    const char* const nameEnd = name ? jsonScanString(name, end_) : nullptr;
+    const char* const cost = nameEnd ? behind(nameEnd, ",\"cost\":") : nullptr;
+    if (!cost) return nullptr;
+    seed.terminal = names_.find(jsonContent(name, nameEnd));
+    const tJsonNumber number = jsonScanNumber(cost);
+    if (seed.terminal == TerminalNames::kNone || !number.next || number.isFloat) return nullptr;
+    seed.cost = readInteger({cost, static_cast<std::size_t>(number.next - cost)});
+    const char* const rest = behind(number.next, ",\"constraints\":{}");
+    if (!rest || *rest == '}') return rest ? rest + 1 : nullptr;
+    const char* const token = behind(rest, ",\"srcDeviceToken\":");
+    const char* const tokenEnd = token ? jsonScanString(token, end_) : nullptr;
+    if (!tokenEnd || *tokenEnd != '}') return nullptr;
+    seed.token = jsonContent(token, tokenEnd);
+    return tokenEnd + 1;
+  }
+
+  // The position behind these bytes, if they stand here.
+  template <std::size_t Size>
+  const char* behind(const char* position, const char (&text)[Size]) const {
+    constexpr std::ptrdiff_t kLength = Size - 1;
+    const bool isHere =
+        end_ - position >= kLength && std::memcmp(position, text, std::size_t{kLength}) == 0;
+    return isHere ? position + kLength : nullptr;
+  }
+
+  // The position behind a key and its value, or null.
+  const char* takeField(const char* position, Seed& seed) {
+    if (const char* value = findValue(position, "\"terminal\"")) return takeTerminal(value, seed);
+    if (const char* value = findValue(position, "\"cost\"")) return takeCost(value, seed);
+    if (const char* value = findValue(position, "\"constraints\"")) return takeConstraints(value);
+    if (const char* value = findValue(position, "\"srcDeviceToken\"")) {
+      return takeToken(value, seed);
     }
     // The object or array of an unknown key is not walked: the seed ends badly at its bracket.
-    if (!value.next) rejectEnd();
-    return value.next;
+    const char* const value = jsonScanKey(position, end_);
+    return value ? jsonScanScalar(value, end_) : nullptr;
   }
 
-  void requireType(const tJsonToken& value, tJsonType type, const char* message) const {
-    if (value.type != type) raiseInvalid(message, json_, OSTREL_HERE);
+  // The value of a key, if it is this one.
+  template <std::size_t Size>
+  const char* findValue(const char* position, const char (&key)[Size]) const {
+    const char* const colon = behind(position, key);
+    return colon ? jsonSkipColon(colon) : nullptr;
   }
 
-  void requireFields() const {
-    if (!hasTerminal_) raiseInvalid(kTerminalMissing, json_, OSTREL_HERE);
-    if (!hasCost_) raiseInvalid(kCostMissing, json_, OSTREL_HERE);
-    if (!hasConstraints_) raiseInvalid(kConstraintsMissing, json_, OSTREL_HERE);
+  const char* takeTerminal(const char* value, Seed& seed) {
+    const char* const next = scanString(value, "terminal name must be a string");
+    seed.terminal = names_.find(jsonContent(value, next));
+    if (seed.terminal == TerminalNames::kNone) raiseUnknown_();
+    found_ |= kTerminal;
+    return next;
+  }
+
+  const char* takeCost(const char* value, Seed& seed) {
+    const tJsonNumber number = jsonScanNumber(value);
+    if (!number.next) raiseInvalid("cost must be a number", json_, OSTREL_HERE);
+    const std::string_view text(value, static_cast<std::size_t>(number.next - value));
+    seed.cost = number.isFloat ? readFraction(text) : readInteger(text);
+    found_ |= kCost;
+    return number.next;
+  }
+
+  const char* takeConstraints(const char* value) {
+    const char* const next = *value == '{' ? skipObject(value) : nullptr;
+    if (!next) raiseInvalid(kConstraintsMissing, json_, OSTREL_HERE);
+    found_ |= kConstraints;
+    return next;
+  }
+
+  const char* takeToken(const char* value, Seed& seed) const {
+    const char* const next = scanString(value, "srcDeviceToken name must be a string");
+    seed.token = jsonContent(value, next);
+    return next;
+  }
+
+  // Constraints are empty, mostly.
+  const char* skipObject(const char* position) const {
+    const char* const inside = jsonSkipSpace(position + 1);
+    return *inside == '}' ? inside + 1 : jsonScanValue(position, end_);
+  }
+
+  const char* scanString(const char* position, const char* message) const {
+    const char* const next = jsonScanString(position, end_);
+    if (!next) raiseInvalid(message, json_, OSTREL_HERE);
+    return next;
+  }
+
+  // Of a seed that lacks a required field.
+  [[noreturn]] void rejectFields() const {
+    if (!(found_ & kTerminal)) raiseInvalid("terminal field missing", json_, OSTREL_HERE);
+    if (!(found_ & kCost)) raiseInvalid("cost field missing or invalid", json_, OSTREL_HERE);
+    raiseInvalid(kConstraintsMissing, json_, OSTREL_HERE);
   }
 
   // An object that goes on in no valid way.
   [[noreturn]] void rejectEnd() const {
-    requireFields();
+    if (found_ != kAllRequired) rejectFields();
     raiseInvalid(kSeedMustBeObject, OSTREL_HERE);
   }
 
-  const char* json_;  // from the seed's first byte to the end of the list
-  const TerminalFinder& finder_;
-  bool hasTerminal_ = false;
-  bool hasCost_ = false;
-  bool hasConstraints_ = false;
+  const char* end_;
+  const TerminalNames& names_;
+  void (*raiseUnknown_)();
+  const char* json_ = nullptr;  // from the seed's first byte to the end of the list
+  unsigned found_ = 0;
 };
 
 // Walks the elements of a list: `takeElement(position)` answers the position behind one. A comma
@@ -147,94 +213,118 @@ void walkList(const char* json, TakeElement takeElement) {
   }
 }
 
-// Text put together on the stack and handed to the writer as one element.
-class ElementText {
+// Writes one element, into room enough for it.
+class ElementWriter {
  public:
-  ElementText& literal(std::string_view text) {
-    std::memcpy(end_, text.data(), text.size());
-    end_ += text.size();
+  explicit ElementWriter(char* position) : position_(position) {}
+
+  template <std::size_t Size>
+  ElementWriter& literal(const char (&text)[Size]) {
+    std::memcpy(position_, text, Size - 1);
+    position_ += Size - 1;
     return *this;
   }
-  ElementText& number(std::uint64_t value) {
-    end_ = std::to_chars(end_, text_ + sizeof text_, value).ptr;
+  ElementWriter& text(std::string_view json) {
+    position_ = std::copy(json.begin(), json.end(), position_);
     return *this;
   }
-  ElementText& string(const char* value) {
-    *end_++ = '"';
-    end_ = jsonEscape(end_, value);
-    *end_++ = '"';
+  template <class Number>
+  ElementWriter& number(Number value) {
+    if (value < 10) {
+      *position_++ = static_cast<char>('0' + value);
+    } else {
+      position_ = std::to_chars(position_, position_ + kLongestNumber, value).ptr;
+    }
     return *this;
   }
-  const char* finish() {
-    *end_ = '\0';
-    return text_;
-  }
+  char* end() const { return position_; }
 
  private:
-  char text_[512];  // terminal names and numbers are short
-  char* end_ = text_;
+  static constexpr std::ptrdiff_t kLongestNumber = 20;
+
+  char* position_;
 };
 
 }  // namespace
 
-std::vector<Seed> parseSeedList(const char* json, const TerminalFinder& finder) {
-  std::vector<Seed> seeds;
-  seeds.reserve(kUsualLength);
+void parseSeedList(const char* json, const TerminalNames& names, void (*raiseUnknown)(),
+                   std::vector<Seed>& seeds) {
+  seeds.clear();
+  SeedParser parser(json + std::strlen(json), names, raiseUnknown);
   walkList(json, [&](const char* position) {
     if (*position != '{') raiseInvalid(kSeedMustBeObject, OSTREL_HERE);
-    return SeedParser(position, finder).parse(seeds.emplace_back());
+    return parser.parse(position, seeds.emplace_back());
   });
-  return seeds;
 }
 
-std::vector<std::uint32_t> parseTerminalList(const char* json, const TerminalFinder& finder) {
-  std::vector<std::uint32_t> terminals;
-  terminals.reserve(kUsualLength);
+void parseTerminalList(const char* json, const TerminalNames& names,
+                       std::vector<std::uint32_t>& terminals) {
+  terminals.clear();
+  const char* const end = json + std::strlen(json);
   walkList(json, [&](const char* position) {
-    const tJsonToken token = jsonScanToken(position);
-    if (token.type != tJsonType::string) {
-      raiseInvalid("Terminals must be strings", json, OSTREL_HERE);
-    }
-    if (const auto terminal = finder.findForDestination(token.content)) {
-      terminals.push_back(*terminal);
-    }
-    return token.next;
+    const char* const next = jsonScanString(position, end);
+    if (!next) raiseInvalid("Terminals must be strings", json, OSTREL_HERE);
+    const std::uint32_t terminal = names.find(jsonContent(position, next));
+    if (terminal != TerminalNames::kNone) terminals.push_back(terminal);
+    return next;
   });
-  return terminals;
 }
 
-Reply::Reply() : buffer_(256), cursor_(buffer_.data()) {
-  statusFormatText(buffer_.data(), buffer_.size(), "[]");
+std::string quote(const std::string& text) {
+  std::string quoted(jsonEscapedLength(text.c_str()) + 2, '"');
+  jsonEscape(quoted.data() + 1, text.c_str());
+  return quoted;
 }
 
-void Reply::addString(const char* value) {
-  cursor_ = jsonAddString(cursor_, nullptr, value, grow, this);
+Reply::Reply() : length_(kEmpty.size()) { std::memcpy(text_, kEmpty.data(), kEmpty.size() + 1); }
+
+// The closing bracket makes way for the element and, behind another one, its comma.
+inline char* Reply::beginElement(std::size_t longest) {
+  const std::size_t needed = length_ + longest + sizeof "]";
+  if (needed > capacity_) enlarge(needed);
+  if (length_ == kEmpty.size()) return text_ + 1;
+  text_[length_ - 1] = ',';
+  return text_ + length_;
+}
+
+inline void Reply::endElement(char* end) {
+  std::memcpy(end, "]", sizeof "]");
+  length_ = static_cast<std::size_t>(end + 1 - text_);
+}
+
+void Reply::addText(std::string_view json) {
+  endElement(ElementWriter(beginElement(json.size())).text(json).end());
 }
 
 void Reply::addRoute(const RouteReply& route) {
-  ElementText element;
+  ElementWriter element(beginElement(kLongestElement + route.destination.size()));
   element.literal("{\"ticket\":").number(route.ticket);
-  element.literal(",\"destination\":").string(route.destination);
+  element.literal(",\"destination\":").text(route.destination);
   element.literal(",\"cost\":").number(route.cost);
   element.literal(",\"indexOfStartingSeed\":").number(route.seedIndex);
   element.literal(",\"constraints\":{}}");
-  cursor_ = jsonAddRaw(cursor_, nullptr, element.finish(), grow, this);
+  endElement(element.end());
 }
 
 void Reply::addConflict(const ConflictRecord& conflict) {
-  ElementText element;
+  ElementWriter element(beginElement(kLongestElement));
   element.literal("{\"sessionId\":").number(conflict.session);
   element.literal(",\"ticket\":").number(conflict.ticket).literal("}");
-  cursor_ = jsonAddRaw(cursor_, nullptr, element.finish(), grow, this);
+  endElement(element.end());
 }
 
-char* Reply::grow(char* cursor, void* context) {
-  std::vector<char>& buffer = static_cast<Reply*>(context)->buffer_;
-  const std::ptrdiff_t offset = cursor - buffer.data();
-  buffer.back() = '\0';
-  buffer.resize(2 * buffer.size());
-  buffer.back() = 'J';
-  return buffer.data() + offset;
+std::size_t Reply::bufferSize() const {
+  constexpr std::size_t kSmallest = 256;
+  return std::bit_ceil(std::max(kSmallest, length_ + 2));
+}
+
+void Reply::enlarge(std::size_t needed) {
+  const std::size_t capacity = std::bit_ceil(needed);
+  auto larger = std::make_unique_for_overwrite<char[]>(capacity);
+  std::memcpy(larger.get(), text_, length_);
+  larger_ = std::move(larger);
+  text_ = larger_.get();
+  capacity_ = capacity;
 }
 
 }  // namespace telmar

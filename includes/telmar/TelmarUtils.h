@@ -2,10 +2,12 @@
 #define TELMAR_TELMARUTILS_H
 
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "telmar/TerminalNames.h"
 
 // The JSON texts that coordinator and adaptor exchange.
 namespace telmar {
@@ -17,24 +19,17 @@ struct Seed {
   std::string_view token;      // raw text in the seed list, empty if it gives none
 };
 
-// Finds terminals by name. A name is compared as far as it goes, so that "PXI_Trig" finds
-// "PXI_Trig0"; coordinators abbreviate.
-class TerminalFinder {
- public:
-  // Raises when there is none.
-  virtual std::uint32_t findForSeed(std::string_view name) const = 0;
-  virtual std::optional<std::uint32_t> findForDestination(std::string_view name) const = 0;
+// Each parser fills its list anew. A text that does not begin with an array is an empty list, a
+// malformed one raises -52005.
 
- protected:
-  ~TerminalFinder() = default;
-};
+// The seeds refer to the text. For one on an unknown terminal `raiseUnknown` is called, which must
+// not return.
+void parseSeedList(const char* json, const TerminalNames& names, void (*raiseUnknown)(),
+                   std::vector<Seed>& seeds);
 
-// A text that does not begin with an array is an empty list. Malformed lists raise -52005. The
-// seeds refer to the text.
-std::vector<Seed> parseSeedList(const char* json, const TerminalFinder& finder);
-
-// Names that the finder does not know are dropped.
-std::vector<std::uint32_t> parseTerminalList(const char* json, const TerminalFinder& finder);
+// Unknown names are dropped.
+void parseTerminalList(const char* json, const TerminalNames& names,
+                       std::vector<std::uint32_t>& terminals);
 
 struct ConflictRecord {
   std::uint64_t session;
@@ -44,29 +39,43 @@ struct ConflictRecord {
 // A route as the coordinator is told of it.
 struct RouteReply {
   std::uint32_t ticket;
-  const char* destination;
+  std::string_view destination;  // as a JSON string
   std::uint32_t cost;
   std::uint32_t seedIndex;
 };
 
-// An array under construction in a buffer of the in-place JSON writer: 256 bytes at first, doubled
-// at need. Running out of memory raises std::bad_alloc.
+// `text` as a JSON string.
+std::string quote(const std::string& text);
+
+// An array under construction, short ones in place. Running out of memory raises std::bad_alloc.
 class Reply {
  public:
   Reply();
+  Reply(const Reply&) = delete;
+  Reply& operator=(const Reply&) = delete;
 
-  void addString(const char* value);
+  void addText(std::string_view json);
   void addRoute(const RouteReply& route);
   void addConflict(const ConflictRecord& conflict);
 
-  const char* text() const { return buffer_.data(); }
-  std::size_t bufferSize() const { return buffer_.size(); }
+  std::string_view text() const { return {text_, length_}; }
+
+  // Of the buffer that coordinators are asked for: 256 bytes, doubled until the text fits with two
+  // more, its terminator and the writer's mark.
+  std::size_t bufferSize() const;
 
  private:
-  static char* grow(char* cursor, void* reply);
+  static constexpr std::string_view kEmpty = "[]";
 
-  std::vector<char> buffer_;
-  char* cursor_;
+  char* beginElement(std::size_t longest);
+  void endElement(char* end);
+  void enlarge(std::size_t needed);
+
+  char inPlace_[1024];
+  std::unique_ptr<char[]> larger_;
+  char* text_ = inPlace_;
+  std::size_t capacity_ = sizeof inPlace_;
+  std::size_t length_;
 };
 
 }  // namespace telmar

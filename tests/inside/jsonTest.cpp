@@ -101,6 +101,22 @@ TEST(JsonScanner, rejectsTheRest) {
   }
 }
 
+TEST(JsonScanner, looksAtEveryByteOfAString) {
+  // Strings are read in blocks: whatever stands where, and however little text is left behind.
+  for (std::size_t length = 1; length < 40; ++length) {
+    for (std::size_t place = 0; place < length; ++place) {
+      for (const char byte : {'\x1F', '"', '\\'}) {
+        std::string text = "[\"" + std::string(length, '\x80') + "\"]";
+        EXPECT_NE(jsonFindEnd(text.c_str()), nullptr);
+        text[2 + place] = byte;
+        EXPECT_EQ(jsonFindEnd(text.c_str()), nullptr) << text;
+        text.insert(2 + place, "\\");
+        EXPECT_EQ(jsonFindEnd(text.c_str()) != nullptr, byte >= ' ') << text;
+      }
+    }
+  }
+}
+
 TEST(JsonScanner, boundsItsDepth) {
   const auto nested = [](std::size_t depth) {
     return std::string(depth, '[') + std::string(depth, ']');

@@ -1,6 +1,5 @@
 #include "ostrel/quarks/jsonScanner.h"
 
-#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -8,15 +7,8 @@ namespace varmex::inline nOSTRELS100 {
 
 namespace {
 
-bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
-
 bool isHexDigit(char byte) {
-  return isDigit(byte) || (byte >= 'a' && byte <= 'f') || (byte >= 'A' && byte <= 'F');
-}
-
-const char* skipDigits(const char* position) {
-  while (isDigit(*position)) ++position;
-  return position;
+  return jsonIsDigit(byte) || (byte >= 'a' && byte <= 'f') || (byte >= 'A' && byte <= 'F');
 }
 
 // The position behind the escape whose backslash stands at `position`, or null.
@@ -31,10 +23,13 @@ const char* scanEscape(const char* position) {
   return position + 6;
 }
 
-const char* scanScalar(const char* position) {
-  if (const char* end = jsonScanString(position)) return end;
-  if (const char* end = jsonScanNumber(position)) return end;
-  return jsonScanLiteral(position);
+const char* scanLiteral(const char* position) {
+  for (const std::string_view literal : {"true", "false", "null"}) {
+    if (std::strncmp(position, literal.data(), literal.size()) == 0) {
+      return position + literal.size();
+    }
+  }
+  return nullptr;
 }
 
 // The containers that are open around a position, innermost last: one bit each, set for an object.
@@ -62,88 +57,25 @@ class tOpenContainers {
   std::size_t depth_ = 0;
 };
 
-std::string_view between(const char* begin, const char* end) {
-  return {begin, static_cast<std::size_t>(end - begin)};
-}
-
-// Bytes that a string can't hold as they are, and its closing quote.
-constexpr std::array<bool, 256> makeSpecialBytes() {
-  std::array<bool, 256> special{};
-  for (std::size_t byte = 0; byte < 32; ++byte) special[byte] = true;
-  special['"'] = true;
-  special['\\'] = true;
-  return special;
-}
-
-constexpr std::array<bool, 256> kSpecialBytes = makeSpecialBytes();
-
 }  // namespace
 
-bool jsonIsSpace(char byte) { return byte == ' ' || byte == '\n' || byte == '\r' || byte == '\t'; }
-
-const char* jsonSkipSpace(const char* position) {
-  while (jsonIsSpace(*position)) ++position;
-  return position;
-}
-
-const char* jsonScanString(const char* position) {
-  if (*position != '"') return nullptr;
-  ++position;
-  while (true) {
-    while (!kSpecialBytes[static_cast<unsigned char>(*position)]) ++position;
-    if (*position == '"') return position + 1;
-    if (*position != '\\') return nullptr;
+const char* jsonScanEscapes(const char* position, const char* end) {
+  while (*position == '\\') {
     position = scanEscape(position);
     if (!position) return nullptr;
+    position = jsonSkipPlain(position, end);
   }
+  return *position == '"' ? position + 1 : nullptr;
 }
 
-const char* jsonScanNumber(const char* position) {
-  if (*position != '-' && !isDigit(*position)) return nullptr;
-  position = skipDigits(position + 1);
-  if (*position == '.') position = skipDigits(position + 1);
-  if (*position == 'e' || *position == 'E') {
-    const char next = position[1];
-    if (next != '+' && next != '-' && !isDigit(next)) return nullptr;
-    position = skipDigits(position + 2);
-  }
-  return position;
+const char* jsonScanScalar(const char* position, const char* end) {
+  if (*position == '"') return jsonScanString(position, end);
+  if (const char* next = jsonScanNumber(position).next) return next;
+  return scanLiteral(position);
 }
 
-const char* jsonScanLiteral(const char* position) {
-  for (const char* literal : {"true", "false", "null"}) {
-    const std::size_t length = std::strlen(literal);
-    if (std::strncmp(position, literal, length) == 0) return position + length;
-  }
-  return nullptr;
-}
-
-tJsonToken jsonScanToken(const char* position) {
-  if (const char* end = jsonScanString(position)) {
-    return {tJsonType::string, between(position + 1, end - 1), false, end};
-  }
-  if (const char* end = jsonScanNumber(position)) {
-    const bool isFloat = skipDigits(position + 1) != end;
-    return {tJsonType::number, between(position, end), isFloat, end};
-  }
-  if (*position == '{') return {tJsonType::object, {}, false, position};
-  if (*position == '[') return {tJsonType::array, {}, false, position};
-  if (const char* end = jsonScanLiteral(position)) {
-    return {*position == 'n' ? tJsonType::null : tJsonType::boolean, {}, false, end};
-  }
-  return {tJsonType::none, {}, false, nullptr};
-}
-
-tJsonKey jsonScanKey(const char* position) {
-  const char* const end = jsonScanString(position);
-  if (!end) return {{}, nullptr};
-  const std::string_view name = between(position + 1, end - 1);
-  position = jsonSkipSpace(end);
-  return {name, *position == ':' ? jsonSkipSpace(position + 1) : nullptr};
-}
-
-const char* jsonScanValue(const char* position) {
-  if (*position != '{' && *position != '[') return scanScalar(position);
+const char* jsonScanValue(const char* position, const char* end) {
+  if (*position != '{' && *position != '[') return jsonScanScalar(position, end);
   tOpenContainers open;
   bool atValue = true;  // else behind one
   while (true) {
@@ -152,12 +84,12 @@ const char* jsonScanValue(const char* position) {
         if (!open.enter(*position)) return nullptr;
         position = jsonSkipSpace(position + 1);
         if (*position != open.closingBracket()) {
-          if (open.inObject()) position = jsonScanKey(position).next;
+          if (open.inObject()) position = jsonScanKey(position, end);
           if (!position) return nullptr;
           continue;
         }
       } else {
-        position = scanScalar(position);
+        position = jsonScanScalar(position, end);
         if (!position) return nullptr;
         position = jsonSkipSpace(position);
       }
@@ -169,7 +101,7 @@ const char* jsonScanValue(const char* position) {
       position = jsonSkipSpace(position);
     } else if (*position == ',') {
       position = jsonSkipSpace(position + 1);
-      if (open.inObject()) position = jsonScanKey(position).next;
+      if (open.inObject()) position = jsonScanKey(position, end);
       if (!position) return nullptr;
       atValue = true;
     } else {
@@ -181,9 +113,9 @@ const char* jsonScanValue(const char* position) {
 const char* jsonFindEnd(const char* text) {
   const char* start = jsonSkipSpace(text);
   if (*start != '{' && *start != '[') return nullptr;
-  const char* end = jsonScanValue(start);
-  if (!end || *jsonSkipSpace(end) != '\0') return nullptr;
-  return end - 1;
+  const char* const next = jsonScanValue(start, start + std::strlen(start));
+  if (!next || *jsonSkipSpace(next) != '\0') return nullptr;
+  return next - 1;
 }
 
 bool jsonIsEmptyPair(const char* position) {

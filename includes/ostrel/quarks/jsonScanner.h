@@ -1,47 +1,111 @@
 #ifndef OSTREL_QUARKS_JSONSCANNER_H
 #define OSTREL_QUARKS_JSONSCANNER_H
 
+#include <emmintrin.h>
+
+#include <bit>
 #include <cstddef>
 #include <string_view>
 
 namespace varmex::inline nOSTRELS100 {
 
-// Walks NUL-terminated JSON text in place: nothing is copied, unescaped or allocated, and nesting
-// costs no stack. The acceptance of numbers is deliberately lax: "-", "1." and "007" pass.
+// Walks JSON text in place: nothing is copied, unescaped or allocated, and nesting costs no stack.
+// The text ends at a NUL, which `end` points to: strings are read in blocks, none of which reaches
+// behind it. The acceptance of numbers is deliberately lax: "-", "1." and "007" pass.
 
 // Nesting beyond this depth fails the scan.
 inline constexpr std::size_t kJsonMaxDepth = 4096;
 
-bool jsonIsSpace(char byte);
+inline bool jsonIsSpace(char byte) {
+  return byte == ' ' || byte == '\n' || byte == '\r' || byte == '\t';
+}
 
-const char* jsonSkipSpace(const char* position);
+inline const char* jsonSkipSpace(const char* position) {
+  while (jsonIsSpace(*position)) ++position;
+  return position;
+}
 
-// Each answers the position behind the token at `position`, or null when there is none or it is
-// malformed.
-const char* jsonScanString(const char* position);
-const char* jsonScanNumber(const char* position);
-const char* jsonScanLiteral(const char* position);
+inline bool jsonIsDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
-enum class tJsonType { none, null, boolean, number, string, array, object };
+inline const char* jsonSkipDigits(const char* position) {
+  while (jsonIsDigit(*position)) ++position;
+  return position;
+}
 
-// A value as it is seen without walking into it: of an object or array there is the opening bracket
-// alone, and `next` stands on it.
-struct tJsonToken {
-  tJsonType type;            // none when there is no value
-  std::string_view content;  // of a string without its quotes, raw; of a number its text
-  bool isFloat;              // of a number: it has a fraction or an exponent
-  const char* next;          // behind the token; null without one
+// One bit for each byte that a string can't hold as it is: quotes, backslashes and bytes below 32.
+inline unsigned jsonFindSpecial(__m128i block) {
+  const __m128i quotes = _mm_cmpeq_epi8(block, _mm_set1_epi8('"'));
+  const __m128i backslashes = _mm_cmpeq_epi8(block, _mm_set1_epi8('\\'));
+  const __m128i controls = _mm_cmpeq_epi8(_mm_min_epu8(block, _mm_set1_epi8(31)), block);
+  const __m128i special = _mm_or_si128(_mm_or_si128(quotes, backslashes), controls);
+  return static_cast<unsigned>(_mm_movemask_epi8(special));
+}
+
+// To the first such byte; the NUL is one.
+inline const char* jsonSkipPlain(const char* position, const char* end) {
+  for (; end - position >= 16; position += 16) {
+    const auto block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
+    if (const unsigned special = jsonFindSpecial(block)) {
+      return position + std::countr_zero(special);
+    }
+  }
+  while (*position != '"' && *position != '\\' && static_cast<unsigned char>(*position) >= 32) {
+    ++position;
+  }
+  return position;
+}
+
+// The position behind a string, given that of its first backslash or of the byte that ends it
+// badly.
+const char* jsonScanEscapes(const char* position, const char* end);
+
+// Each of the scans answers the position behind what it finds, or null when there is no such thing
+// or it is malformed.
+inline const char* jsonScanString(const char* position, const char* end) {
+  if (*position != '"') return nullptr;
+  position = jsonSkipPlain(position + 1, end);
+  return *position == '"' ? position + 1 : jsonScanEscapes(position, end);
+}
+
+// What is between the quotes of a string, raw.
+inline std::string_view jsonContent(const char* string, const char* next) {
+  return {string + 1, static_cast<std::size_t>(next - string) - 2};
+}
+
+struct tJsonNumber {
+  const char* next;
+  bool isFloat;  // it has a fraction or an exponent
 };
-tJsonToken jsonScanToken(const char* position);
+inline tJsonNumber jsonScanNumber(const char* position) {
+  if (*position != '-' && !jsonIsDigit(*position)) return {nullptr, false};
+  const char* const digitsEnd = jsonSkipDigits(position + 1);
+  position = digitsEnd;
+  if (*position == '.') position = jsonSkipDigits(position + 1);
+  if (*position == 'e' || *position == 'E') {
+    const char next = position[1];
+    if (next != '+' && next != '-' && !jsonIsDigit(next)) return {nullptr, false};
+    position = jsonSkipDigits(position + 2);
+  }
+  return {position, position != digitsEnd};
+}
 
-struct tJsonKey {
-  std::string_view name;  // raw
-  const char* next;       // at the value; null when there is no string with a colon behind it
-};
-tJsonKey jsonScanKey(const char* position);
+// A string, a number, true, false or null.
+const char* jsonScanScalar(const char* position, const char* end);
 
-// The position behind the value at `position`, containers walked whole; null when it is malformed.
-const char* jsonScanValue(const char* position);
+// From behind a key to its value; null without a colon in between.
+inline const char* jsonSkipColon(const char* position) {
+  position = jsonSkipSpace(position);
+  return *position == ':' ? jsonSkipSpace(position + 1) : nullptr;
+}
+
+// A key with its colon, to the value.
+inline const char* jsonScanKey(const char* position, const char* end) {
+  const char* const next = jsonScanString(position, end);
+  return next ? jsonSkipColon(next) : nullptr;
+}
+
+// Any value, containers walked whole.
+const char* jsonScanValue(const char* position, const char* end);
 
 // The final closing bracket of a text that is one JSON object or array, else null.
 const char* jsonFindEnd(const char* text);
