@@ -46,6 +46,7 @@ run 'linux: install' tests/installTest.sh build/linux
 
 build linux-asan
 VARMEX_TEST_ROUNDS=500 suites linux-asan
+run 'linux-asan: hostile' tests/hostileTest.sh build/linux-asan/bin/varmex
 
 build linux-tsan varmex_outside_tests varmex_writer
 TSAN_OPTIONS=suppressions=$PWD/tests/tsan.supp VARMEX_TEST_ROUNDS=300 run 'linux-tsan: outside' \

@@ -83,6 +83,42 @@ for pattern in '^broken: varmex_errorInformationNotAvailable' '^  changed  chass
   fi
 done
 rm -r "$VARMEX_FSROOT"
+
+# finds PATTERN FILE SED-SCRIPT : what the check says of a sample with this change in a file.
+finds() {
+  local pattern=$1 file=$2
+  VARMEX_FSROOT=$(mktemp -d)
+  cp -r "$here"/../samples/* "$VARMEX_FSROOT"
+  sed -i "$3" "$VARMEX_FSROOT/etc/pxi/$file"
+  expect 1 "$pattern" check
+  rm -r "$VARMEX_FSROOT"
+}
+VARMEX_FSROOT=$here/../samples
+expect 0 '^No findings\.$' check
+expect 0 '^\[\]$' check --json
+finds '^pxiesys.ini:17: wrong: missing-section: \[Chassis1\] SlotList$' pxiesys.ini '17s/18"/18,19"/'
+finds 'varmex answers: slot 1/19 fails with varmex_errorUnknownItem' pxiesys.ini '17s/18"/18,19"/'
+finds '^1 finding\.$' pxiesys.ini '9s/ORX/X/'
+finds 'files-disagree: \[Chassis1\] Model$' pxiesys.ini '9s/ORX/X/'
+finds 'duplicate-address: .Chassis1Slot3. AddressInfo' pxiesys.ini 's/PXI0::7-0/PXI0::5-0/g'
+finds 'unknown-slot-type: .Chassis1Slot10. SlotType' pxiesys.ini '218s/Timing/Time/'
+finds 'slot-without-bus: .Chassis1Slot11.$' pxiesys.ini 's/"7,8,9,10,11,12"/"7,8,9,10,12"/'
+finds 'slot-on-two-buses: .Chassis1TriggerBus2. SlotList' pxiesys.ini 's/"7,8,9,/"6,7,8,9,/'
+finds 'bridge-to-missing-bus: .Chassis1TriggerBridge1. DestinationTriggerBus' pxisys.ini '27s/=.*/= 9/'
+finds 'line-map-out-of-range: .Chassis1LineMappingSpec1. PXI_TRIG3' pxisys.ini '49s/=.*/= "9"/'
+finds '^pxisys.ini:50: wrong: line-passed-over: .Chassis1LineMappingSpec1.$' pxisys.ini '50s/=//'
+finds 'unreferenced-section: .Orphan.$' pxisys.ini '$a [Orphan]'
+finds 'repeated-section: .Chassis1.$' pxisys.ini '$a [Chassis1]'
+finds '^pxisys.ini:.* repeated-item: .System. ChassisList' pxisys.ini '5s/$/\nChassisList = 1/'
+finds 'missing-item: .Chassis1. SlotList' pxisys.ini '0,/^SlotList/{/^SlotList/d}'
+finds 'bad-number: .Chassis1Slot5. PCIBusNumber' pxisys.ini '68s/=.*/= z/'
+finds 'slot-covered-twice: .Chassis1Slot3. Perip' pxiesys.ini '150s/$/\nAddressInfo = PXI0::99-0.0::INSTR/'
+VARMEX_FSROOT=$(mktemp -d)
+expect 2 'neither pxisys.ini nor pxiesys.ini' check
+mkdir -p "$VARMEX_FSROOT/etc/pxi"
+printf '\xff\xfe[\0' >"$VARMEX_FSROOT/etc/pxi/pxisys.ini"
+expect 2 "can't read" check
+rm -r "$VARMEX_FSROOT"
 VARMEX_FSROOT=$(mktemp -d)
 expect 0 '' make "$VARMEX_FSROOT" express:4 classic:8:2x2 express:18:0
 expect 0 '^Chassis 1: Orlindt Instruments, Inc. ORX-104$' show

@@ -140,7 +140,7 @@ void tChassisCheck::checkSlot(std::uint32_t slot) {
       if (!c_.classic.hasSection(section)) {
         missingItem(c_.express, section, "SlotType", [&] { return answer; });
       }
-    } else if (c_.answers.opensSession() && c_.answers.fails(answer)) {
+    } else if (c_.answers.fails(answer) && !c_.answers.fails(c_.answers.chassis(number_))) {
       c_.findings.add(tSeverity::wrong, "unknown-slot-type", c_.express.at(section, "SlotType"),
                       "no type that the library knows: \"" +
                           c_.express.text(section, "SlotType").value_or("") + '"',
@@ -474,7 +474,8 @@ void tChassisCheck::checkBridgeBus(std::uint32_t bridge, const std::string& sect
 }
 
 void tChassisCheck::checkLineMap(std::uint32_t bridge, const std::string& mapping) {
-  c_.used.insert(mapping);
+  // Bridges share maps.
+  if (!c_.used.insert(mapping).second) return;
   const tCheckedFile* const file = firstWith(mapping);
   const auto answer = [this, bridge](std::uint32_t line) {
     return [this, bridge, line] {

@@ -1,6 +1,5 @@
 #include "tools/varmex/check.h"
 
-#include <map>
 #include <stdexcept>
 
 #include "corpxiTools/fileSystem/utils.h"
@@ -27,8 +26,10 @@ class tDescriptionCheck {
       if (findings_.isFull()) break;
       tChassisCheck(number, {classic_, express_, answers_, findings_, used, modules}).run();
     }
-    checkUnused(classic_, used);
-    checkUnused(express_, used);
+    if (areChassisKnown_) {
+      checkUnused(classic_, used);
+      checkUnused(express_, used);
+    }
     if (!answers_.opensSession() && findings_.size() == 0) {
       findings_.add(tSeverity::wrong, "session-fails", {}, "the session does not open",
                     [this] { return answers_.session(); });
@@ -41,6 +42,7 @@ class tDescriptionCheck {
   void takeChassisList(const tCheckedFile& file, const char* section,
                        std::set<std::uint32_t>& numbers) {
     if (!file.exists() || !file.hasSection(section)) return;
+    areChassisKnown_ = areChassisKnown_ && file.list(section, "ChassisList");
     const auto list = takeList(file, section, "ChassisList", findings_, answers_);
     numbers.insert(list.begin(), list.end());
     for (const std::uint32_t number : std::set<std::uint32_t>(list.begin(), list.end())) {
@@ -65,6 +67,7 @@ class tDescriptionCheck {
   tCheckedFile express_{"pxiesys.ini", varmex::getPxieSysPath()};
   tAnswers answers_;
   tFindings findings_;
+  bool areChassisKnown_ = true;
 };
 
 }  // namespace

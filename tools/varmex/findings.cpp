@@ -7,7 +7,10 @@ namespace tool {
 
 void tFindings::add(tSeverity severity, const char* id, const tPosition& position,
                     const std::string& message, const std::function<std::string()>& answer) {
-  if (!isFull()) list_.push_back({id, severity, position, message, answer()});
+  if (isFull()) return;
+  const std::string place = position.file + ':' + std::to_string(position.line);
+  if (!known_.insert(place + '\n' + position.item + '\n' + id + '\n' + message).second) return;
+  list_.push_back({id, severity, position, message, answer()});
 }
 
 std::vector<tFinding> tFindings::sorted() const {

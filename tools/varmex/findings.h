@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,7 @@ struct tFinding {
   std::string answer;  // what the library answers because of it
 };
 
-// Collects findings, up to a number that nobody reads through.
+// Collects findings, each once, up to a number that nobody reads through.
 class tFindings {
  public:
   static constexpr std::size_t kMost = 1000;
@@ -43,6 +44,7 @@ class tFindings {
 
  private:
   std::vector<tFinding> list_;
+  std::set<std::string> known_;
 };
 
 }  // namespace tool

@@ -1,0 +1,52 @@
+#!/usr/bin/env bash
+# hostileTest.sh VARMEX : whatever stands in the description files, the command ends in its own way.
+# A sanitizer's finding counts as a crash.
+set -uo pipefail
+varmex=$1
+here=$(cd "$(dirname "$0")" && pwd)
+export VARMEX_FSROOT ASAN_OPTIONS=exitcode=99 UBSAN_OPTIONS=exitcode=99
+VARMEX_FSROOT=$(mktemp -d)
+mkdir -p "$VARMEX_FSROOT/etc/pxi" "$VARMEX_FSROOT/var/lib/PXISA"
+passed=0
+failed=0
+
+try() {
+  local result=0
+  timeout 60 "$varmex" "$@" >"$VARMEX_FSROOT/output" 2>&1 || result=$?
+  if [ "$result" -le 2 ] && { [ "$result" -eq 0 ] || [ -s "$VARMEX_FSROOT/output" ]; }; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    echo "varmex $* with $input: status $result"
+    tail -n 20 "$VARMEX_FSROOT/output"
+  fi
+}
+
+# A part of the sample up to where a byte is torn out or doubled, by number.
+torn() {
+  local source=$here/../samples/etc/pxi/pxiesys.ini size
+  size=$(stat -c %s "$source")
+  head -c $(($1 * 997 % size)) "$source"
+  printf '\x00\xff]=[,"'
+  tail -c +$(($1 * 613 % size)) "$source"
+}
+
+for input in "$here"/../fuzz/corpus/{ini,model,json,registry}/* {1..12}; do
+  for place in pxisys pxiesys both; do
+    rm -f "$VARMEX_FSROOT"/etc/pxi/*.ini
+    for file in pxisys pxiesys; do
+      [ "$place" = "$file" ] || [ "$place" = both ] || continue
+      if [ -f "$input" ]; then
+        tr '\001' '\n' <"$input" >"$VARMEX_FSROOT/etc/pxi/$file.ini"
+      else
+        torn "$input" >"$VARMEX_FSROOT/etc/pxi/$file.ini"
+      fi
+    done
+    try check
+    try check --json
+    try draw -o "$VARMEX_FSROOT/picture.svg"
+  done
+done
+rm -r "$VARMEX_FSROOT"
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
