@@ -6,7 +6,8 @@
  * the terminal for the seed's token; programming it changes nothing.
  *
  * Status. As in varmex.h: a function with a status does nothing and answers null, 0 or false when
- * the record holds an error; a null status is allowed. Memory failures are -52000 here. JSON texts
+ * the record holds an error; a null status is allowed. Memory failures are -52000 here, but for
+ * those of the query functions that createSession calls. JSON texts
  * come in as NUL-terminated bytes and nest at most 4096 deep.
  *
  * Replies. A text that goes out through a `char**` slot is written into the buffer that the

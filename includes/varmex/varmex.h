@@ -53,7 +53,8 @@ enum {
   varmex_errorLockTimeout = -380763, /* configuration.ini stayed locked ("timeoutErrorCode") */
   varmex_pxiSystemDescriptionInaccessible = -380764, /* a file of the description can't be read */
   varmex_softwareFault = -380765,           /* an internal contradiction; a malformed number */
-  varmex_errorLibraryNotAvailable = -380766 /* the service library can't be loaded */
+  varmex_errorLibraryNotAvailable = -380766 /* the service library can't be loaded: only as
+                                             * "wrappedCode" of the warning above */
 };
 
 /* Codes of the platform layer that may reach a caller. */
@@ -135,11 +136,11 @@ enum {
 #define varmex_u32_StarTriggerNumber UINT32_C(8201)
 #define varmex_u32_DStarTriggerNumber UINT32_C(8202)
 #define varmex_u32_SystemSlotLinkCount UINT32_C(8203) /* 2 or 4, PXI Express system slots only */
-#define varmex_u32_PCISlotPathRootBus UINT32_C(8204)  /* slots for PXI-1 peripherals only */
+#define varmex_u32_PCISlotPathRootBus UINT32_C(8204)  /* slots that take PXI-1 peripherals */
 /* Number of the slot that the module in this slot is anchored in, its own for most;
  * varmex_errorInformationNotAvailable when the slot is empty. */
 #define varmex_u32_OccupyingModuleSlot UINT32_C(8205)
-#define varmex_str_PCISlotPath UINT32_C(8192) /* slots for PXI-1 peripherals only */
+#define varmex_str_PCISlotPath UINT32_C(8192) /* slots that take PXI-1 peripherals */
 #define varmex_str_TriggerBusName UINT32_C(8193)
 #define varmex_str_StarTriggerLineName UINT32_C(8194)
 #define varmex_str_DStarTriggerSetName UINT32_C(8195)
@@ -214,9 +215,11 @@ typedef struct tDeviceAddress {
  * opened all the same, and the status holds varmex_warningFailedSync with the failure's code as
  * "wrappedCode". All other bits are ignored.
  * Blocks for at most 10 seconds on each of: opening configuration.ini, its lock, each description
- * file. Fails with varmex_errorLockTimeout, varmex_pxiSystemDescriptionInaccessible,
- * varmex_errorInformationNotAvailable (an unsupported encoding, a missing or malformed list),
- * varmex_errorInformationConflict (two slots claim one device) and the platform layer's codes. */
+ * file; and for a second on each description file whose modification time may not be read. Fails
+ * with varmex_errorLockTimeout, varmex_pxiSystemDescriptionInaccessible,
+ * varmex_errorInformationNotAvailable (an unsupported encoding, a missing or malformed list or PCI
+ * number), varmex_errorInformationConflict (two slots claim one device) and the platform layer's
+ * codes, ostrelerr_osFault among them when the folder of the description is missing. */
 VARMEX_EXPORT varmex_Item* varmex_openPXISession(uint32_t flags, tStatusRecord* status);
 
 /* Opens the chassis of that number. Fails with varmex_errorInvalidHandle unless `session` is a

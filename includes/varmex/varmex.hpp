@@ -651,6 +651,9 @@ class RoutingSession {
  public:
   // The groups of lines that a session may be on.
   enum Lines : std::uint32_t { triggerBus = 1, star = 2, dstar = 4 };
+  friend Lines operator|(Lines a, Lines b) {
+    return static_cast<Lines>(static_cast<std::uint32_t>(a) | static_cast<std::uint32_t>(b));
+  }
 
   // Fails for lines that the module's slot does not have.
   RoutingSession(std::uint32_t bus, std::uint32_t device, std::uint32_t function, Lines lines)
