@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tools/varmex/fields.h"
+
 namespace tool {
 
 namespace {
@@ -11,29 +13,6 @@ constexpr std::size_t kMostStrips = 4;
 
 using tSlots = std::vector<const tJson*>;
 
-std::string textOf(const tJson& item, const char* name) {
-  const auto found = item.find(name);
-  if (found == item.end()) return {};
-  if (found->is_object()) return "error " + found->at("error").dump();
-  return found->is_string() ? found->get<std::string>() : found->dump();
-}
-
-std::optional<std::uint32_t> numberOf(const tJson& item, const char* name) {
-  const auto found = item.find(name);
-  if (found == item.end() || !found->is_number()) return std::nullopt;
-  return found->get<std::uint32_t>();
-}
-
-std::string joined(std::initializer_list<std::string> parts, const char* separator) {
-  std::string text;
-  for (const std::string& part : parts) {
-    if (part.empty()) continue;
-    if (!text.empty()) text += separator;
-    text += part;
-  }
-  return text;
-}
-
 const tSlotKind* kindOf(const tJson& slot) {
   const std::uint32_t type = numberOf(slot, "SlotType").value_or(0);
   return std::find_if(std::begin(kSlotKinds), std::end(kSlotKinds),
@@ -42,11 +21,6 @@ const tSlotKind* kindOf(const tJson& slot) {
 
 bool holdsModule(const tJson& slot) {
   return !slot["Devices"].empty() || slot.contains("SystemSlotModel");
-}
-
-std::string addressOf(const tJson& device) {
-  return textOf(device, "DeviceBus") + ':' + textOf(device, "DeviceNumber") + '.' +
-         textOf(device, "DeviceFunction");
 }
 
 std::string linkOf(const tJson& device) {

@@ -1,46 +1,25 @@
 #include "tools/varmex/show.h"
 
 #include <algorithm>
-#include <array>
 #include <iomanip>
 #include <vector>
+
+#include "tools/varmex/fields.h"
 
 namespace tool {
 
 namespace {
 
-std::string textOf(const tJson& item, const char* name) {
-  const auto found = item.find(name);
-  if (found == item.end()) return {};
-  if (found->is_object()) return "error " + found->at("error").dump();
-  return found->is_string() ? found->get<std::string>() : found->dump();
-}
-
 bool has(const tJson& item, const char* name) { return item.contains(name); }
-
-std::uint32_t numberOf(const tJson& item, const char* name) {
-  const auto found = item.find(name);
-  return found != item.end() && found->is_number() ? found->get<std::uint32_t>() : 0;
-}
 
 // A name and its value on a line of their own, unless there is none.
 void line(std::ostream& out, const char* name, const std::string& value) {
   if (!value.empty()) out << "  " << std::left << std::setw(18) << name << value << '\n';
 }
 
-std::string joined(const std::vector<std::string>& parts, const char* separator) {
-  std::string text;
-  for (const std::string& part : parts) {
-    if (part.empty()) continue;
-    if (!text.empty()) text += separator;
-    text += part;
-  }
-  return text;
-}
-
 std::string slotTypeName(const tJson& slot) {
   if (!has(slot, "SlotType")) return "unknown";
-  const std::uint32_t type = numberOf(slot, "SlotType");
+  const std::uint32_t type = numberOf(slot, "SlotType").value_or(0);
   if (type & varmex_slotType_PXIeSystem) {
     const std::string links = textOf(slot, "SystemSlotLinkCount");
     return links.empty() ? "PXIe system" : "PXIe system, " + links + " links";
@@ -52,11 +31,6 @@ std::string slotTypeName(const tJson& slot) {
       (type & varmex_slotType_PXI1Peripheral) && (type & varmex_slotType_PXIePeripheral);
   if (takesBoth) return "PXIe hybrid";
   return type & varmex_slotType_PXIePeripheral ? "PXIe peripheral" : "PXI-1";
-}
-
-std::string addressOf(const tJson& device) {
-  return textOf(device, "DeviceBus") + ':' + textOf(device, "DeviceNumber") + '.' +
-         textOf(device, "DeviceFunction");
 }
 
 std::string addressesOf(const tJson& slot) {
@@ -181,7 +155,7 @@ std::string lineMapOf(const tJson& bridge) {
   std::vector<std::string> lines;
   for (int source = 0; source < 8; ++source) {
     const std::string name = "BridgeLineMapping" + std::to_string(source);
-    const std::string destinations = linesOf(numberOf(bridge, name.c_str()));
+    const std::string destinations = linesOf(numberOf(bridge, name.c_str()).value_or(0));
     if (!destinations.empty()) lines.push_back(std::to_string(source) + '>' + destinations);
   }
   return joined(lines, " ");
@@ -206,7 +180,8 @@ void showSession(const tJson& session, std::ostream& out) {
   line(out, "pxisys.ini", textOf(session, "PxiSysPath"));
   line(out, "pxiesys.ini", textOf(session, "PxieSysPath"));
   line(out, "configuration.ini", textOf(session, "ConfigurationPath"));
-  line(out, "description", numberOf(session, "SessionIsCurrent") ? "current" : "changed since");
+  line(out, "description",
+       numberOf(session, "SessionIsCurrent").value_or(0) ? "current" : "changed since");
   if (session["Chassis"].empty()) out << "\nNo chassis.\n";
   for (const tJson& chassis : session["Chassis"]) {
     out << '\n';

@@ -4,18 +4,14 @@
 #include <map>
 #include <thread>
 
+#include "tools/varmex/fields.h"
+
 namespace tool {
 
 namespace {
 
 using tClock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kRetryPause{200};
-
-std::string textOf(const tJson& item, const char* name) {
-  const auto found = item.find(name);
-  if (found == item.end()) return {};
-  return found->is_string() ? found->get<std::string>() : found->dump();
-}
 
 // By what a person calls them, everything that is to be told of: a chassis by its own attributes, a
 // module by those of its slot and its devices.
