@@ -95,9 +95,8 @@ testWindows() {
   try 'the zip' cpack --config "$1/CPackConfig.cmake" -B "$work/packages"
   try 'its content' unzip -q "$work/packages/*.zip" -d "$work/zip"
   # The prefix lies outside of the cross compiler's own tree.
-  try 'CMake and the zip' withCMake "$(echo "$work"/zip/*)" \
-    -DCMAKE_TOOLCHAIN_FILE="$here/cmake/mingw.cmake" -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH \
-    -DCMAKE_EXE_LINKER_FLAGS=-static
+  try 'CMake and the zip' withCMake "$work" -Dvarmex_DIR="$(echo "$work"/zip/*/lib/cmake/varmex)" \
+    -DCMAKE_TOOLCHAIN_FILE="$here/cmake/mingw.cmake" -DCMAKE_EXE_LINKER_FLAGS=-static
   try 'built with the zip' listInWine
 }
 
