@@ -59,8 +59,8 @@ tDataTreeAttribute textAttribute(std::string text) {
   return {tDataTreeAttribute::kNumber, std::move(text), number.value};
 }
 
-// Where one value after the other is read to. Nothing is cleared in between: a value that lacks its
-// end goes on in what stood there before.
+// Where one value after the other is read to. Nothing is cleared in between: a number that is
+// stored with too few bytes goes on in what stood there before.
 struct tValueBuffers {
   std::array<char, kValueNameSize> name{};
   std::array<char, kValueDataSize> data{};
@@ -70,7 +70,7 @@ tDataTreeAttribute render(std::uint32_t type, const tValueBuffers& buffers, std:
   const auto& data = buffers.data;
   switch (type) {
     case kRegistryText:
-      return textAttribute({data.begin(), std::find(data.begin(), data.end(), '\0')});
+      return textAttribute({data.begin(), std::find(data.begin(), data.begin() + size, '\0')});
     case kRegistryNumber: {
       std::uint32_t number = 0;
       std::memcpy(&number, data.data(), sizeof number);

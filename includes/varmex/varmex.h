@@ -93,15 +93,18 @@ enum {
 /* Attributes of a chassis. */
 #define varmex_u32_ChassisNumber UINT32_C(4096) /* also of slots, devices and trigger bridges */
 /* 1 when the chassis's trigger manager is native, else 0. Asks the PXI service library, which is
- * loaded for it and unloaded again; without one every manager is native. Where that library can't
- * tell, a registry list decides, and a chassis without a manager fails with
+ * loaded for it and unloaded again, takes its own time, and is reached in parallel by parallel
+ * queries; without one every manager is native. Where that library can't tell, a registry list
+ * decides, and a chassis without a manager, or with one named "None" in any case, fails with
  * varmex_errorInformationNotAvailable, one whose manager is an empty text with
- * varmex_errorInformationConflict. A failure of the service library comes with its own code, or
- * ostrelerr_invalidParameter when it lacks a function. */
+ * varmex_errorInformationConflict. So does one on whose manager the two files disagree, in any
+ * case. A failure of the service library comes with its own code, or ostrelerr_invalidParameter
+ * when it lacks any other function. */
 #define varmex_u32_IsTriggerManagerNative UINT32_C(4097)
 #define varmex_str_ChassisVendor UINT32_C(4096)
 #define varmex_str_ChassisModel UINT32_C(4097)
-/* Identifier of the trigger manager; varmex_errorInformationNotAvailable when there is none. */
+/* Identifier of the trigger manager; varmex_errorInformationNotAvailable when there is none,
+ * varmex_errorInformationConflict when the two files disagree. */
 #define varmex_str_ChassisTriggerManagerIdentifier UINT32_C(4098)
 /* The library that implements the trigger manager, as the registry's services tree names it: found
  * at the first query and kept. Fails as the identifier does when there is none, and with
@@ -114,7 +117,8 @@ enum {
 /* Full path of the chassis description file; varmex_errorInformationNotAvailable when it can't be
  * worked out. */
 #define varmex_str_ChassisDescriptionFile UINT32_C(4102)
-/* The trigger bus numbers as the description has them, between commas. */
+/* The trigger bus numbers as the description has them, between commas. Fails as the trigger
+ * manager's identifier does. */
 #define varmex_str_ChassisTriggerBusList UINT32_C(4103)
 
 /* Attributes of a slot. Link items and texts that the description lacks fail with
@@ -213,7 +217,8 @@ typedef struct tDeviceAddress {
  * exists. A missing description file is no failure and gives no chassis. Bit 0 of `flags` asks the
  * PXI service library to bring the description up to date first; when that fails, the session is
  * opened all the same, and the status holds varmex_warningFailedSync with the failure's code as
- * "wrappedCode". All other bits are ignored.
+ * "wrappedCode", unless it held a warning already. That library takes its own time. All other bits
+ * are ignored.
  * Blocks for at most 10 seconds on each of: opening configuration.ini, its lock, each description
  * file; and for a second on each description file whose modification time may not be read. Fails
  * with varmex_errorLockTimeout, varmex_pxiSystemDescriptionInaccessible,

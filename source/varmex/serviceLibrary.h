@@ -7,7 +7,8 @@ namespace varmex {
 
 // What only the PXI service library can do. It is a closed library of its own, which is loaded,
 // used and freed once for each call; without it the rest of the system works on. Both operations
-// keep no state and may run on any thread.
+// keep no state and may run on any thread; calls in parallel reach that library in parallel. Its
+// functions must not throw: it is gone by the time that an exception of its own would be caught.
 
 // Brings the system description up to date. Throws LibraryNotAvailableException, and
 // corerr::Exception when the library lacks the function or reports a failure; nothing else of its

@@ -171,8 +171,14 @@ TEST_F(tInjection, triggerManagers) {
   }
   const tInstalledServiceLibrary service("withoutmode");
   machine_.setRegistryValue("SOFTWARE\\Corvane\\COR-DUNMOR", "TriggerManagersNoForward", 7,
-                            std::string("B\0C\0\0", 5));
-  inject("native by the list", 0, native);
+                            std::string("B\0A\\T\0\0", 7));
+  // A failure on the way to the list must not pass for a list without the manager.
+  inject("native by the list", 0, [this](tStatusRecord* status) {
+    const tItem item(varmex_openChassisByNumber(session_.get(), 1, status));
+    const bool isNative =
+        varmex_getU32Attribute(item.get(), varmex_u32_IsTriggerManagerNative, status) != 0;
+    return status->code == 0 && !isNative;
+  });
 }
 
 // The first wait of a session sets its watch up, so each call has a session of its own.

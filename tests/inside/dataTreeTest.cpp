@@ -84,6 +84,9 @@ TEST_F(tDataTree, rendersEveryType) {
   EXPECT_EQ(readValue(kBinary, "\x0A\xFF"s), "0|0a ff |0");
   EXPECT_EQ(readValue(kBinary, ""), "0||0");
   EXPECT_EQ(readValue(kExpandText, "%\0"s), "0|25 00 |0");
+  machine_.setRegistryText(kKey, "longer", "ahead of the others");
+  EXPECT_EQ(readValue(kText, ""), "0||0");
+  EXPECT_EQ(readValue(kText, "no end"s), "0|no end|0");
   EXPECT_EQ(readValue(11, "\1\2\3\4\5\6\7\x08"s), "0|01 02 03 04 05 06 07 08 |0");
 }
 
@@ -93,6 +96,8 @@ TEST_F(tDataTree, showsTheAttributesAsTheyWere) {
   const auto manager = open(kUri);
   machine_.setRegistryText(kKey, "b", "changed");
   machine_.setRegistryText(kKey, "later", "z");
+  machine_.setRegistryText(kKey + "\\New"s, "v", "");
+  EXPECT_EQ(manager->getChildNames(*status_), tNames{"New"}) << "children are as they are";
   EXPECT_EQ(manager->getAttribute("b", *status_).text, "x");
   EXPECT_EQ(manager->getAttributeNames(*status_), (tNames{"C", "b"}));
   EXPECT_EQ(status_.code(), 0);
@@ -120,7 +125,12 @@ TEST_F(tDataTree, goesDown) {
   EXPECT_EQ(one->getAttribute("v", *status_).text, "1st");
   EXPECT_EQ(one->getChild("two", *status_)->getAttribute("v", *status_).text, "2nd");
   EXPECT_EQ(root->getChild("One\\Two", *status_)->getAttribute("v", *status_).text, "2nd");
+  EXPECT_EQ(root->getChild("One\\\\Two\\", *status_)->getAttribute("v", *status_).text, "2nd");
   EXPECT_EQ(root->getChildNames(*status_), tNames{"One"});
+  status_.record().code = 5;
+  EXPECT_TRUE(root->getChild("One", *status_)) << "a warning stops nothing";
+  EXPECT_EQ(status_.code(), 5);
+  varmex_releaseStatus(status_);
   EXPECT_TRUE(root->getAttributeNames(*status_).empty());
   EXPECT_EQ(status_.code(), 0);
   EXPECT_FALSE(one->getChild("Three", *status_));

@@ -67,6 +67,19 @@ TEST(RegistryText, passesOverWhatItCannotRead) {
   }
 }
 
+// What breaks off costs itself alone, and what stands in a text is no line.
+TEST(RegistryText, keepsEntriesApart) {
+  const std::string others = "[HKEY_LOCAL_MACHINE\\B]\r\n\"x\"=\"1\"\r\n";
+  for (const char* next : {"", "\"m\"=\"2\"\r\n", "  zz,\r\n"}) {
+    const auto key = read(kHead + "[HKEY_LOCAL_MACHINE\\A]\r\n\"n\"=hex:01,\\\r\n" + next + others);
+    EXPECT_EQ(key.values.size(), *next == '"' ? 1U : 0U) << next;
+  }
+  const auto text =
+      read(kHead + "[HKEY_LOCAL_MACHINE\\B]\r\n\"t\"=\"\r\n[HKEY_LOCAL_MACHINE\\A]\r\n" +
+           "@=dword:5\r\n\"\r\n[HKEY_LOCAL_MACHINE\\A]\r\n");
+  EXPECT_TRUE(text.values.empty());
+}
+
 TEST(RegistryText, findsKeysWithoutRegardToCase) {
   const std::string text = kHead +
                            "[hkey_local_machine\\a]\r\n\"N\"=\"1\"\r\n\"n\"=\"2\"\r\n"

@@ -75,6 +75,10 @@ TEST_F(tTriggerManager, isNativeWithoutAServiceLibrary) {
   EXPECT_EQ(isNative(managedBy("TriggerManager=T\n")), 1U);
   EXPECT_EQ(isNative(managedBy("")), 1U);
   EXPECT_EQ(status_.code(), 0);
+  const tInstalledServiceLibrary service("full");
+  tTestMachine::write(service.file(), "no library");
+  EXPECT_EQ(isNative(managedBy("")), 1U);
+  EXPECT_EQ(service.takeCalls(), "");
 }
 
 TEST_F(tTriggerManager, theServiceLibraryDecides) {

@@ -48,11 +48,12 @@ class tInstalledServiceLibrary {
     return calls;
   }
 
- private:
-  static std::filesystem::path folder() { return VARMEX_SERVICE_FOLDER; }
   static std::filesystem::path file() {
     return std::filesystem::path(VARMEX_SERVICE_INSTALLED) / VARMEX_SERVICE_FILE;
   }
+
+ private:
+  static std::filesystem::path folder() { return VARMEX_SERVICE_FOLDER; }
 };
 
 }  // namespace test

@@ -16,7 +16,8 @@ inline constexpr std::uint32_t kRegistryNumber = 4;
 inline constexpr std::uint32_t kRegistryTextList = 7;
 
 // An open key, read-only, closed at the end. Every operation answers 0 or the system's error
-// number. Texts are in the process's narrow encoding, names compare without regard to case.
+// number. Texts are in the process's narrow encoding, names compare without regard to case
+// (of ASCII letters alone where the registry is a text).
 class tRegistryKey {
  public:
   tRegistryKey();

@@ -54,6 +54,16 @@ std::string readRegistryFile() {
   return text;
 }
 
+// Between keys any number of backslashes counts as one, but not directly below a root.
+std::string withoutRepeatedBackslashes(const std::string& subkey) {
+  std::string result;
+  for (const char byte : subkey) {
+    const bool isRepeated = byte == '\\' && result.size() > 1 && result.back() == '\\';
+    if (!isRepeated) result += byte;
+  }
+  return result;
+}
+
 std::uint32_t copyName(const std::string& source, char* name, std::uint32_t nameSize) {
   if (source.size() >= nameSize) return E2BIG;
   std::memcpy(name, source.c_str(), source.size() + 1);
@@ -77,6 +87,15 @@ std::uint32_t copyValue(const tRegistryTextValue& value, std::uint32_t& type, vo
 }  // namespace
 
 struct tRegistryKey::tNative {
+  bool read() { return readRegistryText(readRegistryFile(), path, key); }
+
+  void readSubkeys() {
+    tRegistryTextKey now;
+    readRegistryText(readRegistryFile(), path, now);
+    key.subkeys = std::move(now.subkeys);
+  }
+
+  std::string path;
   tRegistryTextKey key;
 };
 
@@ -88,11 +107,13 @@ tRegistryKey::~tRegistryKey() = default;
 std::uint32_t tRegistryKey::open(tRegistryRoot root, const std::string& subkey,
                                  tRegistryView view) {
   native_.reset();
-  std::string path = rootName(root);
-  if (!subkey.empty()) path += '\\' + subkeyInView(root, subkey, view);
-  while (path.ends_with('\\')) path.pop_back();
   auto native = std::make_unique<tNative>();
-  const bool found = readRegistryText(readRegistryFile(), path, native->key);
+  std::string& path = native->path = rootName(root);
+  if (!subkey.empty()) {
+    path += '\\' + withoutRepeatedBackslashes(subkeyInView(root, subkey, view));
+  }
+  while (path.ends_with('\\')) path.pop_back();
+  const bool found = native->read();
   // The roots are always there.
   if (!found && !subkey.empty()) return ENOENT;
   native_ = std::move(native);
@@ -118,7 +139,9 @@ std::uint32_t tRegistryKey::enumValue(std::uint32_t index, char* name, std::uint
   return copyValue(values[index], type, data, size);
 }
 
+// The subkeys are those of the moment when an enumeration begins.
 std::uint32_t tRegistryKey::enumKey(std::uint32_t index, char* name, std::uint32_t nameSize) const {
+  if (index == 0) native_->readSubkeys();
   const auto& subkeys = native_->key.subkeys;
   return index < subkeys.size() ? copyName(subkeys[index], name, nameSize) : ENOENT;
 }

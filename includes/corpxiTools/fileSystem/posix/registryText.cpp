@@ -152,7 +152,14 @@ std::optional<std::string> readBytes(std::string_view digits, tLines& lines) {
       bytes += static_cast<char>(*byte);
       digits.remove_prefix(comma == std::string_view::npos ? digits.size() : comma + 1);
     }
-    if (!goesOn || !lines.next(digits)) return bytes;
+    if (!goesOn) return bytes;
+    // What is no further bytes is a line of its own.
+    const std::string_view rest = lines.rest();
+    if (!lines.next(digits)) return bytes;
+    if (trim(digits).find_first_not_of("0123456789abcdefABCDEF, \t\\") != std::string_view::npos) {
+      lines.skipTo(rest);
+      return std::nullopt;
+    }
   }
 }
 
@@ -283,9 +290,10 @@ bool readRegistryText(std::string_view text, std::string_view path, tRegistryTex
                            sameRegistryName(name.substr(0, path.size()), path);
       if (isBelow) builder.addSubkey(name.substr(path.size() + 1));
       found = found || inside || isBelow;
-    } else if (inside) {
+    } else {
+      // Of another key, too: its texts may hold what looks like a header.
       tRegistryTextValue value;
-      if (readValue(line, lines, value)) builder.addValue(std::move(value));
+      if (readValue(line, lines, value) && inside) builder.addValue(std::move(value));
     }
   }
   return found;
