@@ -103,8 +103,10 @@ int readNumber(const char* text, std::int32_t& number) {
 
 int readNumberList(const char* text, std::vector<std::uint32_t>& numbers) {
   if (*text == '\0') return kNumberFound;
-  const auto commas = std::count(text, text + std::strlen(text), ',');
-  numbers.reserve(static_cast<std::size_t>(commas) + 1);
+  if (numbers.empty()) {
+    const auto commas = std::count(text, text + std::strlen(text), ',');
+    numbers.reserve(static_cast<std::size_t>(commas) + 1);
+  }
   while (true) {
     const tSignedText parsed = readSigned(text);
     if (!parsed.end) return kListMalformed;
@@ -128,7 +130,11 @@ bool tIniFile::read(const std::string& path) {
 }
 
 bool tIniFile::hasSection(std::string_view section) const {
-  return store_.findSection(section) != nullptr;
+  return findSection(section) != nullptr;
+}
+
+const tIniSection* tIniFile::findSection(std::string_view section) const {
+  return store_.findSection(section);
 }
 
 bool tIniFile::hasItem(std::string_view section, std::string_view item) const {
@@ -137,6 +143,11 @@ bool tIniFile::hasItem(std::string_view section, std::string_view item) const {
 
 const char* tIniFile::findValueText(std::string_view section, std::string_view item) const {
   const tIniItem* const found = store_.findItem(section, item);
+  return found ? found->value : nullptr;
+}
+
+const char* tIniFile::findValueText(const tIniSection& section, std::string_view item) {
+  const tIniItem* const found = tIniStore::findItem(section, item);
   return found ? found->value : nullptr;
 }
 
@@ -174,9 +185,14 @@ std::uint32_t tIniFile::getUnsigned(std::string_view section, std::string_view i
 std::vector<std::uint32_t> tIniFile::getNumberList(std::string_view section,
                                                    std::string_view item) const {
   std::vector<std::uint32_t> numbers;
-  const int result = readNumberList(getValueText(section, item), numbers);
-  if (result < 0) throwResult(result, section, item);
+  parseNumberList(getValueText(section, item), section, item, numbers);
   return numbers;
+}
+
+void tIniFile::parseNumberList(const char* text, std::string_view section, std::string_view item,
+                               std::vector<std::uint32_t>& numbers) {
+  const int result = readNumberList(text, numbers);
+  if (result < 0) throwResult(result, section, item);
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000

@@ -24,8 +24,12 @@ class tIniFile {
   bool hasSection(std::string_view section) const;
   bool hasItem(std::string_view section, std::string_view item) const;
 
+  // Null when there is none. The section lives as long as the content.
+  const tIniSection* findSection(std::string_view section) const;
+
   // The stored text, null when there is none.
   const char* findValueText(std::string_view section, std::string_view item) const;
+  static const char* findValueText(const tIniSection& section, std::string_view item);
 
   // The stored text, which lives as long as the content.
   const char* getValueText(std::string_view section, std::string_view item) const;
@@ -45,6 +49,10 @@ class tIniFile {
   // Numbers between commas, in file order, negative ones modulo 2^32; what follows a number up to
   // the next comma is passed over.
   std::vector<std::uint32_t> getNumberList(std::string_view section, std::string_view item) const;
+
+  // The same for a text that findValueText has given for that item, behind what is in `numbers`.
+  static void parseNumberList(const char* text, std::string_view section, std::string_view item,
+                              std::vector<std::uint32_t>& numbers);
 
   const tIniStore& store() const { return store_; }
 

@@ -1,15 +1,13 @@
 #include "corpxiTools/iniStore.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <array>
-#include <chrono>
-#include <cstdio>
 #include <cstring>
 #include <new>
 
-#include "corpxiTools/iniLineReader.h"
+#include "corpxiTools/fileSystem/inputFile.h"
+#include "corpxiTools/iniLine.h"
+#include "ostrel/quarks/hashSeed.h"
 #include "ostrel/quarks/numbers.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
@@ -18,11 +16,6 @@ namespace {
 
 // Up to this many items a section is searched from front to back, which is then the quicker way.
 constexpr std::size_t kLargestUnsorted = 32;
-
-struct tFileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using tFile = std::unique_ptr<std::FILE, tFileCloser>;
 
 // As std::count, in steps that the compiler turns into a few instructions for many bytes.
 std::size_t countByte(const char* begin, const char* end, char byte) {
@@ -48,19 +41,18 @@ std::unique_ptr<char[]> allocateText(std::size_t size) {
 }
 
 // One byte more than the file has, so that its end is seen without another allocation.
-std::size_t expectedSize(std::FILE* file) {
-  struct stat status {};
-  const bool known = fstat(fileno(file), &status) == 0 && status.st_size > 0;
-  return known ? static_cast<std::size_t>(status.st_size) + 1 : 4096;
+std::size_t expectedSize(const tInputFile& file) {
+  const std::uint64_t size = file.size();
+  return size > 0 ? static_cast<std::size_t>(size) + 1 : 4096;
 }
 
-int readWholeFile(std::FILE* file, tFileText& text) {
-  std::setvbuf(file, nullptr, _IONBF, 0);
+int readWholeFile(tInputFile& file, tFileText& text) {
   std::size_t capacity = expectedSize(file);
   text.bytes = allocateText(capacity);
   while (true) {
-    text.size += std::fread(text.bytes.get() + text.size, 1, capacity - text.size, file);
-    if (std::ferror(file)) return kIniReadFailed;
+    const std::int64_t count = file.read(text.bytes.get() + text.size, capacity - text.size);
+    if (count < 0) return kIniReadFailed;
+    text.size += static_cast<std::size_t>(count);
     if (text.size < capacity) break;
     auto larger = allocateText(2 * capacity);
     std::memcpy(larger.get(), text.bytes.get(), text.size);
@@ -79,18 +71,6 @@ bool hasUnsupportedMark(const tFileText& text) {
   using namespace std::string_view_literals;
   return startsWith(text, "\x00\x00\xFE\xFF"sv) || startsWith(text, "\xFF\xFE"sv) ||
          startsWith(text, "\xFE\xFF"sv);
-}
-
-std::uint64_t mix(std::uint64_t value) {
-  value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9;
-  value = (value ^ (value >> 27)) * 0x94D049BB133111EB;
-  return value ^ (value >> 31);
-}
-
-// Differs from store to store, so that no file can be made whose names all collide.
-std::uint64_t makeHashSeed(const void* store) {
-  const auto time = std::chrono::steady_clock::now().time_since_epoch().count();
-  return mix(static_cast<std::uint64_t>(time) ^ reinterpret_cast<std::uintptr_t>(store)) | 1;
 }
 
 template <class Word>
@@ -181,15 +161,7 @@ std::size_t findSlot(const std::vector<std::uint32_t>& index,
   return slot;
 }
 
-char* skipSpace(char* begin, const char* end) {
-  while (begin < end && isWhiteSpace(*begin)) ++begin;
-  return begin;
-}
-
-char* trimEnd(const char* begin, char* end) {
-  while (end > begin && isWhiteSpace(end[-1])) --end;
-  return end;
-}
+bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
 constexpr std::string_view kPieceMark = " Line";
 
@@ -205,8 +177,9 @@ std::int32_t pieceNumber(std::string_view name) {
 }
 
 bool mayBePiece(std::string_view name) {
-  const char last = name.back();
-  return last >= '0' && last <= '9' && std::memchr(name.data(), ' ', name.size()) != nullptr;
+  std::size_t digits = 0;
+  while (digits < name.size() && isDigit(name[name.size() - 1 - digits])) ++digits;
+  return digits > 0 && name.substr(0, name.size() - digits).ends_with(kPieceMark);
 }
 
 }  // namespace
@@ -229,6 +202,7 @@ class tIniStore::tLoad {
     store_.items_ = std::make_unique_for_overwrite<tIniItem[]>(mostItems);
     next_ = store_.items_.get();
     store_.index_.assign(kSmallestIndex, 0);
+    store_.sections_.reserve(kSmallestIndex / 2);
     tIniLineReader reader(begin, end);
     for (tIniLine line; reader.next(line);) {
       if (!takeLine(line, reader.lineNumber()) && store_.firstBadLine_ < 0) {
@@ -244,41 +218,36 @@ class tIniStore::tLoad {
 
   // False for a line that says nothing.
   bool takeLine(const tIniLine& line, std::uint32_t number) {
-    char* const begin = skipSpace(line.begin, line.end);
-    if (begin == line.end) return false;
-    if (*begin == ';') return true;
-    if (*begin == '[') return takeHeader(begin + 1, line.end, number);
-    return line.equals && takeItem(begin, line.equals, line.end, number);
-  }
-
-  bool takeHeader(char* begin, char* end, std::uint32_t number) {
-    begin = skipSpace(begin, end);
-    void* const bracket = std::memchr(begin, ']', static_cast<std::size_t>(end - begin));
-    if (!bracket) return false;
-    end = trimEnd(begin, static_cast<char*>(bracket));
-    if (begin == end) return false;
-    *end = '\0';
-    enterSection({begin, static_cast<std::size_t>(end - begin)}, number);
+    const tIniLineContent content = parseIniLine(line);
+    switch (content.kind) {
+      case tIniLineKind::unreadable: return false;
+      case tIniLineKind::comment: break;
+      case tIniLineKind::header: takeHeader(content, number); break;
+      case tIniLineKind::item:
+        if (current_) takeItem(content, number);
+        break;
+    }
     return true;
   }
 
-  bool takeItem(char* begin, char* equals, char* end, std::uint32_t number) {
-    char* const nameEnd = trimEnd(begin, equals);
-    if (begin == nameEnd) return false;
-    char* value = skipSpace(equals + 1, end);
-    end = trimEnd(value, end);
-    if (value == end) return false;
-    if (!current_) return true;
+  void takeHeader(const tIniLineContent& header, std::uint32_t number) {
+    *header.nameEnd = '\0';
+    enterSection({header.name, static_cast<std::size_t>(header.nameEnd - header.name)}, number);
+  }
+
+  void takeItem(const tIniLineContent& item, std::uint32_t number) {
+    char* value = item.value;
+    char* end = item.valueEnd;
     // Without a branch: values with and without quotes stand in no order.
     const auto isQuoted = static_cast<unsigned>(end - value >= 2) &
                           static_cast<unsigned>(*value == '"') &
                           static_cast<unsigned>(end[-1] == '"');
     value += isQuoted;
     end -= isQuoted;
-    *nameEnd = '\0';
+    *item.nameEnd = '\0';
     *end = '\0';
-    storeItem({begin, value, static_cast<std::uint32_t>(nameEnd - begin), number});
-    return true;
+    *next_ = {item.name, value, static_cast<std::uint32_t>(item.nameEnd - item.name), number};
+    storeItem(*next_);
   }
 
   void enterSection(std::string_view name, std::uint32_t line) {
@@ -348,23 +317,34 @@ class tIniStore::tLoad {
     section.items = section.moved->data();
   }
 
+  // The item stands where the next one goes, and stays there unless it belongs elsewhere.
   void storeItem(const tIniItem& item) {
     const std::string_view name = item.nameView();
-    if (names_.insert(name)) {
-      if (tIniItem* earlier = searchByHalving(current_->items, current_->count, name)) {
-        earlier->value = item.value;
-        earlier->line = item.line;
-        return;
-      }
-    }
+    const bool mayBeKnown = names_.insert(name);
+    if (mayBeKnown && replaceItem(item)) return;
     if (mayBePiece(name)) current_->hasPieces = true;
     ++current_->count;
     if (current_->moved) {
-      current_->moved->push_back(item);
-      current_->items = current_->moved->data();
+      appendMoved(item);
     } else {
-      *next_++ = item;
+      ++next_;
     }
+  }
+
+  // What is rare stays out of the loop over the lines, which the compiler then makes one function.
+
+  // False when the current section has no such item, or none that the search reaches.
+  [[gnu::noinline]] bool replaceItem(const tIniItem& item) {
+    tIniItem* const earlier = searchByHalving(current_->items, current_->count, item.nameView());
+    if (!earlier) return false;
+    earlier->value = item.value;
+    earlier->line = item.line;
+    return true;
+  }
+
+  [[gnu::noinline]] void appendMoved(const tIniItem& item) {
+    current_->moved->push_back(item);
+    current_->items = current_->moved->data();
   }
 
   void finishSection(tIniSection& section) {
@@ -431,11 +411,11 @@ void tIniStore::clear() {
 
 int tIniStore::load(const char* path) {
   clear();
-  const tFile file(std::fopen(path, "rb"));
-  if (!file) return kIniNotOpened;
+  tInputFile file(path);
+  if (!file.isOpen()) return kIniNotOpened;
   try {
     tFileText text;
-    const int result = readWholeFile(file.get(), text);
+    const int result = readWholeFile(file, text);
     if (result < 0) return result;
     if (hasUnsupportedMark(text)) return kIniUnsupportedEncoding;
     tLoad(*this, std::move(text)).run();
@@ -454,10 +434,13 @@ const tIniSection* tIniStore::findSection(std::string_view name) const {
 
 const tIniItem* tIniStore::findItem(std::string_view section, std::string_view item) const {
   const tIniSection* const found = findSection(section);
-  if (!found) return nullptr;
-  const tIniItem* const begin = found->items;
-  const tIniItem* const end = begin + found->count;
-  if (found->isSorted) {
+  return found ? findItem(*found, item) : nullptr;
+}
+
+const tIniItem* tIniStore::findItem(const tIniSection& section, std::string_view item) {
+  const tIniItem* const begin = section.items;
+  const tIniItem* const end = begin + section.count;
+  if (section.isSorted) {
     const tIniItem* const place = std::lower_bound(
         begin, end, item,
         [](const tIniItem& entry, std::string_view name) { return entry.nameView() < name; });

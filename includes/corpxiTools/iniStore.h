@@ -67,6 +67,7 @@ class tIniStore {
 
   // Null when there is no such section or item.
   const tIniItem* findItem(std::string_view section, std::string_view item) const;
+  static const tIniItem* findItem(const tIniSection& section, std::string_view item);
 
   // In file order.
   const std::vector<tIniSection>& sections() const { return sections_; }

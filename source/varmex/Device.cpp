@@ -9,25 +9,22 @@ namespace varmex {
 
 Device::Device(const tDevicePlace& place, const tDeviceAddress& address,
                const tDescription& description)
-    : description_(&description),
-      place_(place),
-      address_(address),
-      section_(slotKey(place.chassis, place.slot)),
-      name_("PXI" + std::to_string(place.chassis) + "Slot" + std::to_string(place.slot)) {}
+    : fields_{&description, place, address, slotKey(place.chassis, place.slot),
+              tSlotName("PXI", place.chassis, place.slot)} {}
 
 std::uint32_t Device::getU32Attribute(std::uint32_t attribute) const {
   switch (attribute) {
     case varmex_u32_ItemType: return varmex_itemType_Device;
-    case varmex_u32_ChassisNumber: return place_.chassis;
-    case varmex_u32_SlotNumber: return place_.slot;
-    case varmex_u32_DeviceBus: return address_.bus;
-    case varmex_u32_DeviceNumber: return address_.device;
-    case varmex_u32_DeviceFunction: return address_.function;
+    case varmex_u32_ChassisNumber: return fields_.place.chassis;
+    case varmex_u32_SlotNumber: return fields_.place.slot;
+    case varmex_u32_DeviceBus: return fields_.address.bus;
+    case varmex_u32_DeviceNumber: return fields_.address.device;
+    case varmex_u32_DeviceFunction: return fields_.address.function;
     case varmex_u32_PeripheralModuleLinkWidthMax:
       return moduleNumber("PeripheralModuleLinkWidthMax");
     case varmex_u32_PeripheralModuleLinkWidthNegotiated:
       return moduleNumber("PeripheralModuleLinkWidthNegotiated");
-    case varmex_u32_DeviceIsExpress: return place_.isExpress;
+    case varmex_u32_DeviceIsExpress: return fields_.place.isExpress;
     default: raiseAttributeNotApplicable(attribute, OSTREL_HERE);
   }
 }
@@ -40,13 +37,13 @@ const char* Device::getStringAttribute(std::uint32_t attribute) const {
     case varmex_str_DeviceAddressInfo: return moduleText("AddressInfo");
     case varmex_str_PeripheralModuleOccupiedSlotList:
       return moduleText("PeripheralModuleOccupiedSlotList");
-    case varmex_str_DeviceName: return name_.c_str();
+    case varmex_str_DeviceName: return fields_.name.c_str();
     default: raiseAttributeNotApplicable(attribute, OSTREL_HERE);
   }
 }
 
 void Device::requireExpress() const {
-  if (place_.isExpress == 1) return;
+  if (fields_.place.isExpress == 1) return;
   tFailure(kErrorAttributeNotApplicable, OSTREL_HERE)
       .debug()
       .text("message", "cannot query attribute on non express device")
@@ -55,20 +52,19 @@ void Device::requireExpress() const {
 
 std::uint32_t Device::moduleNumber(const char* item) const {
   requireExpress();
-  return static_cast<std::uint32_t>(description_->pxieSys.getNumber(section_, item));
+  return static_cast<std::uint32_t>(fields_.description->pxieSys.getNumber(fields_.section, item));
 }
 
 const char* Device::moduleText(const char* item) const {
   requireExpress();
-  return description_->pxieSys.getValueText(section_, item);
+  return fields_.description->pxieSys.getValueText(fields_.section, item);
 }
 
-std::unique_ptr<Item> Device::clone() const {
-  return std::make_unique<Device>(place_, address_, *description_);
-}
+std::unique_ptr<Item> Device::clone() const { return std::unique_ptr<Item>(new Device(fields_)); }
 
 std::unique_ptr<Item> Device::openContainingItem(std::uint32_t kind) const {
-  auto slot = std::make_unique<Slot>(place_.chassis, place_.slot, *description_);
+  auto slot =
+      std::make_unique<Slot>(fields_.place.chassis, fields_.place.slot, *fields_.description);
   if (kind == varmex_itemType_Slot) return slot;
   return slot->openContainingItem(kind);
 }
@@ -78,7 +74,7 @@ bool Device::lessThan(const Item& other) const {
   const auto keys = [](const tDeviceAddress& address) {
     return std::tie(address.bus, address.device, address.function);
   };
-  return keys(address_) < keys(static_cast<const Device&>(other).address_);
+  return keys(fields_.address) < keys(static_cast<const Device&>(other).fields_.address);
 }
 
 }  // namespace varmex

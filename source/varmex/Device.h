@@ -1,8 +1,6 @@
 #ifndef SOURCE_VARMEX_DEVICE_H
 #define SOURCE_VARMEX_DEVICE_H
 
-#include <string>
-
 #include "source/varmex/Item.h"
 #include "source/varmex/description.h"
 
@@ -31,15 +29,21 @@ class Device : public Item {
   void acceptVisitor(ItemVisitor& visitor) const override;
 
  private:
+  struct tFields {
+    const tDescription* description;
+    tDevicePlace place;
+    tDeviceAddress address;
+    tSlotName section;
+    tSlotName name;
+  };
+
+  explicit Device(const tFields& fields) : fields_(fields) {}
+
   std::uint32_t moduleNumber(const char* item) const;
   const char* moduleText(const char* item) const;
   void requireExpress() const;
 
-  const tDescription* description_;
-  tDevicePlace place_;
-  tDeviceAddress address_;
-  std::string section_;
-  std::string name_;
+  tFields fields_;
 };
 
 }  // namespace varmex

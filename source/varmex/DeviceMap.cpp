@@ -1,6 +1,6 @@
 #include "source/varmex/DeviceMap.h"
 
-#include <charconv>
+#include <algorithm>
 
 #include "source/varmex/deviceReadings.h"
 #include "source/varmex/errorCodes.h"
@@ -9,18 +9,15 @@ namespace varmex {
 
 namespace {
 
-// Calls `take(chassis, slot, section)` for each slot that the chassis list.
+// Calls `take(section, chassis, slot)` for each slot that the chassis list and that has a section.
 template <class Take>
 void forEachSlot(const tIniFile& file, const std::vector<std::uint32_t>& chassisNumbers,
                  Take take) {
-  std::string section;  // one text for all, so that its space is there
   for (const std::uint32_t chassis : withoutRepeats(chassisNumbers)) {
     const std::string owner = chassisKey(chassis);
     for (const std::uint32_t slot : withoutRepeats(file.getNumberList(owner, "SlotList"))) {
-      char number[16];
-      const char* const end = std::to_chars(number, number + sizeof number, slot).ptr;
-      section.assign(owner).append("Slot").append(number, static_cast<std::size_t>(end - number));
-      take(chassis, slot, section);
+      const tIniSection* const section = file.findSection(slotKey(chassis, slot));
+      if (section) take(*section, chassis, slot);
     }
   }
 }
@@ -30,11 +27,12 @@ void forEachSlot(const tIniFile& file, const std::vector<std::uint32_t>& chassis
 // The controller's own devices are no modules: slot 1 is left out here, and only here.
 void DeviceMap::enterClassic(const tIniFile& pxiSys,
                              const std::vector<std::uint32_t>& chassisNumbers) {
+  tFunctionWalk walk(pxiSys);
   std::vector<tDeviceAddress> addresses;
-  forEachSlot(pxiSys, chassisNumbers, [&](auto chassis, auto slot, const std::string& section) {
-    if (slot == 1 || !pxiSys.hasSection(section)) return;
+  forEachSlot(pxiSys, chassisNumbers, [&](const tIniSection& section, auto chassis, auto slot) {
+    if (slot == 1) return;
     addresses.clear();
-    walkSlotFunctions(pxiSys, section, addresses);
+    walk.walkSlotFunctions(section, addresses);
     enter(addresses, {chassis, slot, 0});
   });
 }
@@ -42,8 +40,8 @@ void DeviceMap::enterClassic(const tIniFile& pxiSys,
 void DeviceMap::enterExpress(const tIniFile& pxieSys,
                              const std::vector<std::uint32_t>& chassisNumbers) {
   std::vector<tDeviceAddress> addresses;
-  forEachSlot(pxieSys, chassisNumbers, [&](auto chassis, auto slot, const std::string& section) {
-    const char* const names = pxieSys.findValueText(section, "AddressInfo");
+  forEachSlot(pxieSys, chassisNumbers, [&](const tIniSection& section, auto chassis, auto slot) {
+    const char* const names = tIniFile::findValueText(section, "AddressInfo");
     if (!names) return;
     addresses.clear();
     parseResourceNames(names, addresses);
@@ -53,10 +51,14 @@ void DeviceMap::enterExpress(const tIniFile& pxieSys,
 
 void DeviceMap::enter(const std::vector<tDeviceAddress>& addresses, const tDevicePlace& place) {
   for (const tDeviceAddress& address : addresses) {
-    // Descriptions list buses in ascending order, mostly.
-    const auto entry =
-        places_.try_emplace(places_.end(), std::pair(address.bus, address.device), place);
-    const tDevicePlace& existing = entry->second;
+    if (entries_.size() == index_.size() / 2) growIndex();
+    std::uint32_t& number = index_[findSlot(address.bus, address.device)];
+    if (number == 0) {
+      entries_.push_back({address.bus, address.device, place});
+      number = static_cast<std::uint32_t>(entries_.size());
+      continue;
+    }
+    const tDevicePlace& existing = entries_[number - 1].place;
     if (existing == place) continue;
     tFailure(kErrorInformationConflict, OSTREL_HERE)
         .u32("existingChassis", existing.chassis)
@@ -71,9 +73,33 @@ void DeviceMap::enter(const std::vector<tDeviceAddress>& addresses, const tDevic
   }
 }
 
+// Where the index has the device, or the empty slot where it would be.
+std::size_t DeviceMap::findSlot(std::uint32_t bus, std::uint32_t device) const {
+  std::uint64_t hash = (std::uint64_t{bus} << 32 | device) * hashSeed_;
+  hash = (hash ^ hash >> 32) * hashSeed_;
+  const std::size_t mask = index_.size() - 1;
+  std::size_t slot = (hash >> 32) & mask;
+  for (; index_[slot]; slot = (slot + 1) & mask) {
+    const tEntry& entry = entries_[index_[slot] - 1];
+    if (entry.bus == bus && entry.device == device) break;
+  }
+  return slot;
+}
+
+// At most half of the index is in use.
+void DeviceMap::growIndex() {
+  constexpr std::size_t kSmallest = 64;
+  index_.assign(std::max(kSmallest, 2 * index_.size()), 0);
+  entries_.reserve(index_.size() / 2);
+  std::uint32_t number = 0;
+  for (const tEntry& entry : entries_) index_[findSlot(entry.bus, entry.device)] = ++number;
+}
+
 const tDevicePlace& DeviceMap::find(const tDeviceAddress& address) const {
-  const auto entry = places_.find({address.bus, address.device});
-  if (entry != places_.end()) return entry->second;
+  if (!index_.empty()) {
+    const std::uint32_t number = index_[findSlot(address.bus, address.device)];
+    if (number != 0) return entries_[number - 1].place;
+  }
   tFailure(kErrorUnknownItem, OSTREL_HERE)
       .debug()
       .text("msg", "Failed to find the device")

@@ -1,10 +1,9 @@
 #ifndef SOURCE_VARMEX_DEVICEMAP_H
 #define SOURCE_VARMEX_DEVICEMAP_H
 
-#include <map>
-#include <utility>
 #include <vector>
 
+#include "ostrel/quarks/hashSeed.h"
 #include "source/varmex/Device.h"
 #include "source/varmex/description.h"
 
@@ -23,9 +22,19 @@ class DeviceMap {
   const tDevicePlace& find(const tDeviceAddress& address) const;
 
  private:
-  void enter(const std::vector<tDeviceAddress>& addresses, const tDevicePlace& place);
+  struct tEntry {
+    std::uint32_t bus;
+    std::uint32_t device;
+    tDevicePlace place;
+  };
 
-  std::map<std::pair<std::uint32_t, std::uint32_t>, tDevicePlace> places_;
+  void enter(const std::vector<tDeviceAddress>& addresses, const tDevicePlace& place);
+  std::size_t findSlot(std::uint32_t bus, std::uint32_t device) const;
+  void growIndex();
+
+  std::vector<tEntry> entries_;
+  std::vector<std::uint32_t> index_;  // by hash: entry number plus 1, 0 for none
+  std::uint64_t hashSeed_ = makeHashSeed(this);
 };
 
 }  // namespace varmex

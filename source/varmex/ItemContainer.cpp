@@ -1,6 +1,6 @@
 #include "source/varmex/ItemContainer.h"
 
-#include <set>
+#include <algorithm>
 
 #include "source/varmex/errorCodes.h"
 
@@ -47,32 +47,45 @@ std::uint32_t kindOf(std::uint32_t attribute) {
   tFailure(kErrorAttributeNotApplicable, OSTREL_HERE).debug().u32("attr", attribute).raise();
 }
 
+bool isLess(const boost::shared_ptr<const Item>& a, const boost::shared_ptr<const Item>& b) {
+  return a->lessThan(*b);
+}
+
 class ItemCollector final : public ItemVisitor {
  public:
   explicit ItemCollector(std::uint32_t wantedKind) : wantedKind_(wantedKind) {}
 
   void visit(const Item& item) override {
     if (item.kind() == wantedKind_) {
-      const boost::shared_ptr<const Item> copy(item.clone().release());
-      // Items come in their order, mostly, so the end is the place to try.
-      const auto place = items_.insert(items_.end(), copy);
-      if (*place != copy) return;  // known already, with all that is below it
+      if (isKnown(item)) return;
+      boost::shared_ptr<const Item> copy(item.clone().release());
+      items_.push_back(std::move(copy));
     }
     item.acceptVisitor(*this);
   }
 
-  ItemContainer items() const { return {items_.begin(), items_.end()}; }
+  // Of equal items the one that came first. Only devices come twice, and nothing is below them.
+  ItemContainer takeItems() {
+    if (!isOrdered_) {
+      std::stable_sort(items_.begin(), items_.end(), isLess);
+      const auto isRepeated = [](const auto& a, const auto& b) { return !isLess(a, b); };
+      items_.erase(std::unique(items_.begin(), items_.end(), isRepeated), items_.end());
+    }
+    return std::move(items_);
+  }
 
  private:
-  struct tLess {
-    bool operator()(const boost::shared_ptr<const Item>& a,
-                    const boost::shared_ptr<const Item>& b) const {
-      return a->lessThan(*b);
-    }
-  };
+  // Items come in their order, mostly, so that the last one tells.
+  bool isKnown(const Item& item) {
+    if (items_.empty() || items_.back()->lessThan(item)) return false;
+    if (!item.lessThan(*items_.back())) return true;
+    isOrdered_ = false;
+    return false;
+  }
 
   std::uint32_t wantedKind_;
-  std::set<boost::shared_ptr<const Item>, tLess> items_;
+  ItemContainer items_;
+  bool isOrdered_ = true;
 };
 
 }  // namespace
@@ -84,7 +97,7 @@ ItemContainer collectItems(const Item& item, std::uint32_t attribute) {
   }
   ItemCollector collector(wantedKind);
   item.acceptVisitor(collector);
-  return collector.items();
+  return collector.takeItems();
 }
 
 }  // namespace varmex

@@ -296,7 +296,7 @@ std::uint32_t Slot::findOccupyingModule() const {
   if (!pxieSys.hasItem(chassis, "SlotList")) return kNoModule;
   if (pxieSys.hasItem(place_.section, "AddressInfo")) return place_.slot;
   for (const std::uint32_t number : withoutRepeats(pxieSys.getNumberList(chassis, "SlotList"))) {
-    const std::string section = slotKey(place_.chassis, number);
+    const tSlotName section = slotKey(place_.chassis, number);
     if (!pxieSys.hasItem(section, kOccupied)) continue;
     const auto covered = pxieSys.getNumberList(section, kOccupied);
     if (std::find(covered.begin(), covered.end(), place_.slot) != covered.end()) return number;

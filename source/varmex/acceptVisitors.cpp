@@ -54,8 +54,8 @@ void Slot::acceptVisitor(ItemVisitor& visitor) const {
   if (const char* names = description.pxieSys.findValueText(place_.section, "AddressInfo")) {
     parseResourceNames(names, addresses);
     place.isExpress = 1;
-  } else if (description.pxiSys.hasSection(place_.section)) {
-    walkSlotFunctions(description.pxiSys, place_.section, addresses);
+  } else if (const tIniSection* section = description.pxiSys.findSection(place_.section)) {
+    tFunctionWalk(description.pxiSys).walkSlotFunctions(*section, addresses);
   }
   for (const tDeviceAddress& address : addresses) {
     visitor.visit(Device(place, address, description));

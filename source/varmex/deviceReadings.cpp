@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <optional>
-#include <string_view>
 
 #include "ostrel/quarks/numbers.h"
 
@@ -10,108 +9,113 @@ namespace varmex {
 
 namespace {
 
+constexpr std::string_view kFunctionList = "FunctionList";
+constexpr std::string_view kDeviceList = "DeviceList";
+
 // A "None" in either place marks a section that is only a step on the way to others.
-void recordFunctionAddress(const tIniFile& file, const std::string& section, std::uint32_t function,
+void recordFunctionAddress(const tIniSection& section, std::uint32_t function,
                            std::vector<tDeviceAddress>& addresses) {
-  constexpr const char* kBus = "PCIBusNumber";
-  constexpr const char* kDevice = "PCIDeviceNumber";
-  const char* const bus = file.findValueText(section, kBus);
-  const char* const device = bus ? file.findValueText(section, kDevice) : nullptr;
+  constexpr std::string_view kBus = "PCIBusNumber";
+  constexpr std::string_view kDevice = "PCIDeviceNumber";
+  const char* const bus = tIniFile::findValueText(section, kBus);
+  const char* const device = bus ? tIniFile::findValueText(section, kDevice) : nullptr;
   if (!device || std::strcmp(bus, "None") == 0 || std::strcmp(device, "None") == 0) return;
-  const auto busNumber = static_cast<std::uint32_t>(tIniFile::parseNumber(bus, section, kBus));
-  const auto deviceNumber =
-      static_cast<std::uint32_t>(tIniFile::parseNumber(device, section, kDevice));
-  addresses.push_back({0, busNumber, deviceNumber, function});
+  const auto numberOf = [&section](const char* text, std::string_view item) {
+    return static_cast<std::uint32_t>(tIniFile::parseNumber(text, section.nameView(), item));
+  };
+  const std::uint32_t busNumber = numberOf(bus, kBus);
+  addresses.push_back({0, busNumber, numberOf(device, kDevice), function});
 }
 
-// Sections that hang below one section and are still to be walked.
-struct tLevel {
-  std::string parent;
-  std::vector<std::uint32_t> numbers;
-  std::size_t next;
-  bool areFunctions;  // else bridge devices
-};
-
-// The tree is walked depth first with a stack of its own: the description decides how deep it goes,
-// and the caller's stack may be small.
-class tFunctionWalk {
+// Reads literal texts and numbers one behind the other; what does not fit is left where it is. A
+// number is read as "%d" does, so it may have white space and a sign ahead of it.
+class tNameReader {
  public:
-  tFunctionWalk(const tIniFile& file, std::vector<tDeviceAddress>& addresses)
-      : file_(file), addresses_(addresses) {}
+  explicit tNameReader(const char* text) : text_(text) {}
 
-  void run(const std::string& section) {
-    descend(section, "FunctionList", true);
-    while (!levels_.empty()) {
-      tLevel& level = levels_.back();
-      if (level.next == level.numbers.size()) {
-        levels_.pop_back();
-      } else {
-        const std::uint32_t number = level.numbers[level.next++];
-        level.areFunctions ? walkFunction(level.parent, number)
-                           : walkBridgeDevice(level.parent, number);
-      }
+  bool literal(const char* expected) {
+    const char* text = text_;
+    for (; *expected; ++text, ++expected) {
+      if (*text != *expected) return false;
     }
+    text_ = text;
+    return true;
+  }
+
+  bool number(std::uint32_t& value) {
+    const tSignedText number = readSigned(text_);
+    if (!number.end) return false;
+    value = static_cast<std::uint32_t>(number.value);
+    text_ = number.end;
+    return true;
   }
 
  private:
-  void walkFunction(const std::string& parent, std::uint32_t function) {
-    const std::string section = parent + "Function" + std::to_string(function);
-    recordFunctionAddress(file_, section, function, addresses_);
-    if (file_.hasItem(section, "DeviceList")) descend(section, "DeviceList", false);
-  }
-
-  void walkBridgeDevice(const std::string& parent, std::uint32_t device) {
-    descend(parent + "Device" + std::to_string(device), "FunctionList", true);
-  }
-
-  void descend(const std::string& section, const char* list, bool toFunctions) {
-    levels_.push_back({section, file_.getNumberList(section, list), 0, toFunctions});
-  }
-
-  const tIniFile& file_;
-  std::vector<tDeviceAddress>& addresses_;
-  std::vector<tLevel> levels_;
+  const char* text_;
 };
-
-// Reads a pattern of literal texts and "%d" in the way of the C library: a number may have white
-// space and a sign ahead of it.
-bool readNumbers(const char* text, std::initializer_list<std::string_view> literals,
-                 std::uint32_t* numbers) {
-  for (const std::string_view literal : literals) {
-    for (const char byte : literal) {
-      if (*text++ != byte) return false;
-    }
-    const tSignedText number = readSigned(text);
-    if (!number.end) return false;
-    *numbers++ = static_cast<std::uint32_t>(number.value);
-    text = number.end;
-  }
-  return true;
-}
 
 std::optional<tDeviceAddress> parseResourceName(std::string_view token) {
   if (!token.ends_with("::INSTR")) return std::nullopt;
   // What follows the token cannot be taken for a part of a number: it is a separator or the end.
-  std::uint32_t numbers[4];
-  if (readNumbers(token.data(), {"PXI", "::", "-", "."}, numbers)) {
-    return tDeviceAddress{0, numbers[1], numbers[2], numbers[3]};
+  tNameReader name(token.data());
+  std::uint32_t first = 0;
+  std::uint32_t second = 0;
+  std::uint32_t third = 0;
+  std::uint32_t fourth = 0;
+  if (!name.literal("PXI") || !name.number(first)) return std::nullopt;
+  if (!name.literal("::") || !name.number(second)) return std::nullopt;
+  if (name.literal("-")) {
+    if (!name.number(third) || !name.literal(".") || !name.number(fourth)) return std::nullopt;
+    return tDeviceAddress{0, second, third, fourth};
   }
   // In the older form the number behind "PXI" is the bus.
-  if (readNumbers(token.data(), {"PXI", "::", "::"}, numbers)) {
-    return tDeviceAddress{0, numbers[0], numbers[1], numbers[2]};
-  }
-  return std::nullopt;
+  if (!name.literal("::") || !name.number(third)) return std::nullopt;
+  return tDeviceAddress{0, first, second, third};
 }
 
 }  // namespace
 
-void walkSlotFunctions(const tIniFile& file, const std::string& section,
-                       std::vector<tDeviceAddress>& addresses) {
-  if (file.hasItem(section, "FunctionList")) {
-    tFunctionWalk(file, addresses).run(section);
-  } else {
-    recordFunctionAddress(file, section, 0, addresses);
+// The tree is walked depth first with a stack of its own: the description decides how deep it goes,
+// and the caller's stack may be small.
+void tFunctionWalk::walkSlotFunctions(const tIniSection& section,
+                                      std::vector<tDeviceAddress>& addresses) {
+  const char* const functions = tIniFile::findValueText(section, kFunctionList);
+  if (!functions) {
+    recordFunctionAddress(section, 0, addresses);
+    return;
   }
+  name_ = section.nameView();
+  descend(kFunctionList, functions, true);
+  while (!levels_.empty()) {
+    tLevel& level = levels_.back();
+    if (level.next == numbers_.size()) {
+      numbers_.resize(level.first);
+      levels_.pop_back();
+    } else {
+      name_.resize(level.parentLength);
+      const std::uint32_t number = numbers_[level.next++];
+      level.areFunctions ? walkFunction(number, addresses) : walkBridgeDevice(number);
+    }
+  }
+}
+
+void tFunctionWalk::walkFunction(std::uint32_t function, std::vector<tDeviceAddress>& addresses) {
+  name_.append("Function").append(std::to_string(function));
+  const tIniSection* const section = file_.findSection(name_);
+  if (!section) return;
+  recordFunctionAddress(*section, function, addresses);
+  const char* const devices = tIniFile::findValueText(*section, kDeviceList);
+  if (devices) descend(kDeviceList, devices, false);
+}
+
+void tFunctionWalk::walkBridgeDevice(std::uint32_t device) {
+  name_.append("Device").append(std::to_string(device));
+  descend(kFunctionList, file_.getValueText(name_, kFunctionList), true);
+}
+
+void tFunctionWalk::descend(std::string_view list, const char* text, bool toFunctions) {
+  levels_.push_back({name_.size(), numbers_.size(), numbers_.size(), toFunctions});
+  tIniFile::parseNumberList(text, name_, list, numbers_);
 }
 
 void parseResourceNames(const char* text, std::vector<tDeviceAddress>& addresses) {

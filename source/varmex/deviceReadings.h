@@ -2,6 +2,7 @@
 #define SOURCE_VARMEX_DEVICEREADINGS_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "corpxiTools/iniFile.h"
@@ -13,9 +14,32 @@ namespace varmex {
 // description and drop no duplicates.
 
 // The tree of function sections below a slot section of the classic file: functions may hold bridge
-// devices that hold functions again, to any depth.
-void walkSlotFunctions(const tIniFile& file, const std::string& section,
-                       std::vector<tDeviceAddress>& addresses);
+// devices that hold functions again, to any depth. One object serves for any number of slots of a
+// file, one after the other, and keeps its space in between. A walk that throws is its last.
+class tFunctionWalk {
+ public:
+  explicit tFunctionWalk(const tIniFile& file) : file_(file) {}
+
+  void walkSlotFunctions(const tIniSection& section, std::vector<tDeviceAddress>& addresses);
+
+ private:
+  // Sections that hang below one section and are still to be walked.
+  struct tLevel {
+    std::size_t parentLength;  // of the section's name
+    std::size_t first;         // of their numbers
+    std::size_t next;
+    bool areFunctions;  // else bridge devices
+  };
+
+  void walkFunction(std::uint32_t function, std::vector<tDeviceAddress>& addresses);
+  void walkBridgeDevice(std::uint32_t device);
+  void descend(std::string_view list, const char* text, bool toFunctions);
+
+  const tIniFile& file_;
+  std::string name_;                    // of the section that the walk is at
+  std::vector<tLevel> levels_;          // the last one is being walked
+  std::vector<std::uint32_t> numbers_;  // of all levels
+};
 
 // A list of instrument resource names from the express file. What is no such name is passed over.
 void parseResourceNames(const char* text, std::vector<tDeviceAddress>& addresses);

@@ -14,7 +14,7 @@ namespace varmex {
 struct tSlotPlace {
   std::uint32_t chassis;
   std::uint32_t slot;
-  std::string section;
+  tSlotName section;
   const tDescription* description;
 };
 

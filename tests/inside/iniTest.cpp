@@ -108,6 +108,21 @@ TEST_F(tIni, readsLongLines) {
   }
 }
 
+// Lines are searched in blocks of a fixed size: each '=' and each end falls on each place of one.
+TEST_F(tIni, cutsLinesOfAllLengths) {
+  std::string text = "[S]\n";
+  for (std::size_t name = 1; name <= 70; ++name) {
+    for (const std::size_t value : {name, 71 - name}) {
+      text += std::string(name, value == name ? 'k' : 'K') + "=" + std::string(value, '=') + "\n";
+    }
+  }
+  ASSERT_TRUE(load(text));
+  for (std::size_t name = 1; name <= 70; ++name) {
+    EXPECT_EQ(file_.getString("S", std::string(name, 'k')), std::string(name, '='));
+    EXPECT_EQ(file_.getString("S", std::string(name, 'K')), std::string(71 - name, '='));
+  }
+}
+
 TEST_F(tIni, joinsALineWhoseEndIsForeign) {
   // The first read of the long line ends on its end, and that differs from the remembered one.
   EXPECT_EQ(value("[S]\r" + itemLine(255) + "\nmore\r"), std::string(253, 'v') + "more");

@@ -38,6 +38,8 @@ TEST_F(tConcurrency, readersNeverSeeATornDescription) {
     while (!done) {
       tStatus status;
       const tItem session(varmex_openPXISession(0, status));
+      // On a busy machine the writer may keep a reader out for the whole of its patience.
+      if (status.code() == varmex_errorLockTimeout) continue;
       ASSERT_TRUE(session) << status.text();
       const tItem chassis(varmex_openChassisByNumber(session.get(), 1, status));
       // Before the first write there is none.

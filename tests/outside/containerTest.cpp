@@ -42,6 +42,18 @@ TEST_F(tContainers, listInOrder) {
   EXPECT_EQ(status_.code(), 0) << status_.text();
 }
 
+// A device of the first slot is in no device map, so that it may stand in another slot, too.
+TEST_F(tContainers, listADeviceWhereItIsFirstMet) {
+  const std::string device = "]\nPCISlotPath=a,b\nPCIDeviceNumber=1\nPCIBusNumber=";
+  const std::string chassis =
+      "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSlotList=1,2,3\n";
+  describe(chassis + "[Chassis1Slot1" + device + "9\n[Chassis1Slot2" + device +
+               "8\n[Chassis1Slot3" + device + "9\n",
+           "");
+  EXPECT_EQ(numbers(session_, varmex_container_Devices, varmex_u32_DeviceBus), (tNumbers{8, 9}));
+  EXPECT_EQ(numbers(session_, varmex_container_Devices, varmex_u32_SlotNumber), (tNumbers{2, 1}));
+}
+
 TEST_F(tContainers, refuseWhatAnItemDoesNotHold) {
   const tItem item = slot(1, 3);
   EXPECT_FALSE(container(item, varmex_container_Chassis));

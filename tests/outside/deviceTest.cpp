@@ -128,6 +128,19 @@ TEST_F(tDevices, theFilesAreReadInOrder) {
   EXPECT_EQ(status_.code(), -380753) << status_.text();
 }
 
+TEST_F(tDevices, areFoundAmongMany) {
+  std::string names;
+  for (std::uint32_t bus = 300; bus > 0; --bus) {
+    names += "PXI0::" + std::to_string(bus) + "-" + std::to_string(bus % 32) + ".0::INSTR;";
+  }
+  addressInfo(names);
+  for (std::uint32_t bus = 1; bus <= 300; ++bus) {
+    EXPECT_TRUE(device(bus, bus % 32, 0)) << bus;
+    EXPECT_FALSE(device(bus, bus % 32 + 1, 0)) << bus;
+    varmex_releaseStatus(status_);
+  }
+}
+
 TEST_F(tDevices, oneDeviceHasOnePlace) {
   const std::string express =
       "[System]\nChassisList=1\n[Chassis1]\nSlotList=1,2\n"

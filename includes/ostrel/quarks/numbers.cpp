@@ -1,5 +1,6 @@
 #include "ostrel/quarks/numbers.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace varmex::inline nOSTRELS100 {
@@ -13,19 +14,23 @@ struct tMagnitude {
 
 constexpr std::uint64_t kTooLarge = std::uint64_t{1} << 32;
 
-int digitValue(char byte) {
-  if (byte >= '0' && byte <= '9') return byte - '0';
-  if (byte >= 'a' && byte <= 'f') return byte - 'a' + 10;
-  if (byte >= 'A' && byte <= 'F') return byte - 'A' + 10;
-  return 16;
+// At least `Base` for a byte that is no digit.
+template <unsigned Base>
+unsigned digitValue(char byte) {
+  if constexpr (Base == 16) {
+    if (byte >= 'a' && byte <= 'f') return static_cast<unsigned>(byte - 'a' + 10);
+    if (byte >= 'A' && byte <= 'F') return static_cast<unsigned>(byte - 'A' + 10);
+    return byte >= '0' && byte <= '9' ? static_cast<unsigned>(byte - '0') : Base;
+  } else {
+    return static_cast<unsigned>(byte - '0');
+  }
 }
 
-template <int Base>
+template <unsigned Base>
 tMagnitude readDigits(const char* text) {
   tMagnitude result{0, text};
-  for (; digitValue(*result.end) < Base; ++result.end) {
-    result.value = result.value * Base + static_cast<unsigned>(digitValue(*result.end));
-    if (result.value > kTooLarge) result.value = kTooLarge;
+  for (unsigned digit = 0; (digit = digitValue<Base>(*result.end)) < Base; ++result.end) {
+    result.value = std::min(result.value * Base + digit, kTooLarge);
   }
   return result;
 }
@@ -56,7 +61,7 @@ tUnsignedText readUnsignedBase0(const char* text) {
   const char* digits = sign.end;
   int base = 10;
   if (*digits == '0') {
-    const bool isHex = (digits[1] == 'x' || digits[1] == 'X') && digitValue(digits[2]) < 16;
+    const bool isHex = (digits[1] == 'x' || digits[1] == 'X') && digitValue<16>(digits[2]) < 16;
     base = isHex ? 16 : 8;
     if (isHex) digits += 2;
   }
