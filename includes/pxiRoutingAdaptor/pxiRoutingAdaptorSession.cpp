@@ -111,11 +111,14 @@ std::uint32_t pxiRoutingAdaptorSession::allocateTicket() {
 }
 
 bool pxiRoutingAdaptorSession::isTicketUsed(std::uint32_t ticket) const {
-  return ticketUses_[ticket] > 0;
+  return tickets_[ticket].uses > 0;
 }
 
 void pxiRoutingAdaptorSession::adopt(tRoutes& routes) {
-  for (const RouteRecord& route : routes) ++ticketUses_[route.ticket];
+  for (auto route = routes.begin(); route != routes.end(); ++route) {
+    tTicket& ticket = tickets_[route->ticket];
+    if (++ticket.uses == 1) ticket.first = route;
+  }
   routes_.splice(routes_.end(), routes);
 }
 
@@ -170,7 +173,11 @@ void pxiRoutingAdaptorSession::destroyRoute(std::uint32_t ticket) {
   const auto route = findRoute(ticket);
   if (route == routes_.end()) return;
   if (findReservation(ticket) != reservations_.end()) unreserveRoute(ticket);
-  --ticketUses_[ticket];
+  if (--tickets_[ticket].uses > 0) {
+    tickets_[ticket].first =
+        std::find_if(std::next(route), routes_.end(),
+                     [ticket](const RouteRecord& other) { return other.ticket == ticket; });
+  }
   if (spareRoutes_.size() < kLastTicket) {
     spareRoutes_.splice(spareRoutes_.begin(), routes_, route);
   } else {
@@ -199,8 +206,8 @@ void* pxiRoutingAdaptorSession::calculateResetTerminal(void*, void*) { raiseFeat
 
 pxiRoutingAdaptorSession::tRoutes::iterator pxiRoutingAdaptorSession::findRoute(
     std::uint32_t ticket) {
-  return std::find_if(routes_.begin(), routes_.end(),
-                      [ticket](const RouteRecord& route) { return route.ticket == ticket; });
+  const bool isLive = ticket < tickets_.size() && tickets_[ticket].uses > 0;
+  return isLive ? tickets_[ticket].first : routes_.end();
 }
 
 const pxiRoutingAdaptorSession::RouteRecord& pxiRoutingAdaptorSession::requireRoute(

@@ -76,8 +76,13 @@ class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
   std::vector<telmar::Seed> seeds_;
   std::vector<std::uint32_t> destinations_;
   std::vector<std::uint32_t> firstSeeds_;
-  // How many live routes have each ticket, so that the search for a free one looks each up at once.
-  std::array<std::uint32_t, kLastTicket + 2> ticketUses_{};
+  // Of each ticket how many live routes have it, and the first of them: a ticket is looked up at
+  // once, however many routes there are.
+  struct tTicket {
+    std::uint32_t uses = 0;
+    tRoutes::iterator first;
+  };
+  std::array<tTicket, kLastTicket + 2> tickets_{};
   std::uint32_t nextTicket_ = 1;
   tCriticalSection lock_;  // of all the above but the device; destroyRoute enters it twice
   tReallocFunc reallocFunc_;
