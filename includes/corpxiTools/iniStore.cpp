@@ -7,7 +7,6 @@
 
 #include "corpxiTools/fileSystem/inputFile.h"
 #include "corpxiTools/iniLine.h"
-#include "ostrel/quarks/hashSeed.h"
 #include "ostrel/quarks/numbers.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
@@ -92,17 +91,14 @@ std::uint64_t loadShort(const char* text, std::size_t length) {
   return byte(0) | byte(length / 2) << 8 | byte(length - 1) << 16;
 }
 
-std::uint32_t hashName(std::string_view name, std::uint64_t seed) {
-  std::uint64_t hash = name.size() * seed;
+std::uint32_t hashName(std::string_view name, const tHashSeed& seed) {
+  std::uint64_t hash = seed.scramble(name.size());
   const char* position = name.data();
   std::size_t left = name.size();
   for (; left > 8; left -= 8, position += 8) {
-    hash = (hash ^ loadBytes<std::uint64_t>(position)) * seed;
-    hash ^= hash >> 32;
+    hash = seed.scramble(hash ^ loadBytes<std::uint64_t>(position));
   }
-  hash = (hash ^ loadShort(position, left)) * seed;
-  hash = (hash ^ hash >> 32) * seed;
-  return static_cast<std::uint32_t>(hash >> 32);
+  return static_cast<std::uint32_t>(seed.scramble(hash ^ loadShort(position, left)));
 }
 
 // A set of names that may answer yes for one that it does not hold, never no for one that it does.
@@ -189,7 +185,6 @@ class tIniStore::tLoad {
  public:
   tLoad(tIniStore& store, tFileText text) : store_(store), size_(text.size) {
     store_.text_ = std::move(text.bytes);
-    store_.hashSeed_ = makeHashSeed(&store);
   }
 
   void run() {

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "ostrel/quarks/hashSeed.h"
+
 namespace varmex::inline nCORPXITOOLS000 {
 
 // Results of a load. Not negative: loaded.
@@ -86,7 +88,7 @@ class tIniStore {
   std::deque<std::string> joinedValues_;
   std::vector<tIniSection> sections_;
   std::vector<std::uint32_t> index_;  // by hash: section number plus 1, 0 for none
-  std::uint64_t hashSeed_ = 1;
+  tHashSeed hashSeed_{this};
   int firstBadLine_ = -1;
 };
 

@@ -60,7 +60,18 @@ std::int32_t pxiRoutingAdaptorSession::calculateRoute(const char* seedsJson,
   // Until the delivery is done no route exists; behind it nothing fails.
   deliver(reply, routesOut);
   adopt(routes);
+  forgetCalculation();
   return 0;
+}
+
+// The seeds refer to a text that is gone soon. Memory for an exceptional number of them is not
+// kept.
+void pxiRoutingAdaptorSession::forgetCalculation() {
+  constexpr std::size_t kMostKept = 4096;
+  seeds_.clear();
+  destinations_.clear();
+  if (seeds_.capacity() > kMostKept) seeds_ = {};
+  if (destinations_.capacity() > kMostKept) destinations_ = {};
 }
 
 // A destination is reached from the first seed that stands on it, and from no other. The rest are
@@ -178,7 +189,8 @@ void pxiRoutingAdaptorSession::destroyRoute(std::uint32_t ticket) {
         std::find_if(std::next(route), routes_.end(),
                      [ticket](const RouteRecord& other) { return other.ticket == ticket; });
   }
-  if (spareRoutes_.size() < kLastTicket) {
+  constexpr std::size_t kMostKept = 256;  // bytes of a token
+  if (spareRoutes_.size() < kLastTicket && route->token.capacity() <= kMostKept) {
     spareRoutes_.splice(spareRoutes_.begin(), routes_, route);
   } else {
     routes_.erase(route);

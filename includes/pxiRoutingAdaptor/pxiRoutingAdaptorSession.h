@@ -63,6 +63,7 @@ class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
   const RouteRecord& requireRoute(std::uint32_t ticket);
   tReservations::iterator findReservation(std::uint32_t ticket);
   void adopt(tRoutes& routes);
+  void forgetCalculation();
   void deliver(std::string_view text, std::size_t bufferSize, char** out) const;
   void deliver(const telmar::Reply& reply, char** out) const;
   [[noreturn]] void raiseConflict(const ReservationRecord& holder, char** conflictsOut) const;

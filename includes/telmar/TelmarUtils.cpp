@@ -59,7 +59,7 @@ std::uint32_t readFraction(std::string_view number) {
   const auto [stop, error] = std::from_chars(number.data(), end, value);
   const bool outOfRange = error == std::errc::result_out_of_range;
   if (stop != end || (error != std::errc() && !outOfRange)) return kUnreadable;
-  if (outOfRange || !(std::abs(value) < 9.2e18)) return 0;
+  if (outOfRange || !(std::abs(value) < 0x1p63)) return 0;
   return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
 }
 

@@ -188,8 +188,6 @@ class Status {
 namespace detail {
 
 struct Closer {
-  void operator()(varmex_Item* item) const { varmex_close(item); }
-  void operator()(varmex_ItemContainer* list) const { varmex_destroyItemContainer(list); }
   void operator()(telmar_ra_Session* session) const { telmar_ra_varmex_destroySession(session); }
   void operator()(telmar_ra_TerminalIterator* iterator) const {
     telmar_ra_varmex_TerminalIterator_destroy(iterator);
@@ -197,6 +195,13 @@ struct Closer {
 };
 
 using SessionHandle = std::shared_ptr<varmex_Item>;
+
+// What closes an item or a list keeps their session open until then.
+struct ItemCloser {
+  SessionHandle session;
+  void operator()(varmex_Item* item) const { varmex_close(item); }
+  void operator()(varmex_ItemContainer* list) const { varmex_destroyItemContainer(list); }
+};
 
 // A text that the adaptor replied, in a buffer from realloc.
 struct Reply {
@@ -268,7 +273,7 @@ class ItemBase {
  protected:
   // Takes a handle over; `session` is what it must not outlive, null for a session itself.
   ItemBase(varmex_Item* handle, detail::SessionHandle session)
-      : session_(std::move(session)), handle_(handle, detail::Closer()) {}
+      : session_(session), handle_(handle, detail::ItemCloser{std::move(session)}) {}
 
   const detail::SessionHandle& session() const { return session_ ? session_ : handle_; }
 
@@ -281,7 +286,7 @@ class ItemBase {
   }
 
  private:
-  detail::SessionHandle session_;  // ahead of the handle, which is closed first
+  detail::SessionHandle session_;
   detail::SessionHandle handle_;
 };
 
@@ -307,7 +312,7 @@ class List {
       Status status;
       varmex_ItemIterator position = position_;
       Type item(varmex_ItemIterator_nextItem(list_->handle_.get(), &position, status),
-                list_->session_);
+                list_->handle_.get_deleter().session);
       status.check();
       return item;
     }
@@ -340,13 +345,12 @@ class List {
  private:
   friend class ItemBase;
   List(varmex_ItemContainer* handle, detail::SessionHandle session, Status& status)
-      : session_(std::move(session)), handle_(handle) {
+      : handle_(handle, detail::ItemCloser{std::move(session)}) {
     size_ = static_cast<std::size_t>(varmex_ItemIterator_end(handle, status));
     status.check();
   }
 
-  detail::SessionHandle session_;
-  std::unique_ptr<varmex_ItemContainer, detail::Closer> handle_;
+  std::unique_ptr<varmex_ItemContainer, detail::ItemCloser> handle_;
   std::size_t size_;
 };
 

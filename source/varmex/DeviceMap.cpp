@@ -75,10 +75,9 @@ void DeviceMap::enter(const std::vector<tDeviceAddress>& addresses, const tDevic
 
 // Where the index has the device, or the empty slot where it would be.
 std::size_t DeviceMap::findSlot(std::uint32_t bus, std::uint32_t device) const {
-  std::uint64_t hash = (std::uint64_t{bus} << 32 | device) * hashSeed_;
-  hash = (hash ^ hash >> 32) * hashSeed_;
+  const std::uint64_t hash = hashSeed_.scramble(std::uint64_t{bus} << 32 | device);
   const std::size_t mask = index_.size() - 1;
-  std::size_t slot = (hash >> 32) & mask;
+  std::size_t slot = hash & mask;
   for (; index_[slot]; slot = (slot + 1) & mask) {
     const tEntry& entry = entries_[index_[slot] - 1];
     if (entry.bus == bus && entry.device == device) break;

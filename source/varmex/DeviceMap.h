@@ -34,7 +34,7 @@ class DeviceMap {
 
   std::vector<tEntry> entries_;
   std::vector<std::uint32_t> index_;  // by hash: entry number plus 1, 0 for none
-  std::uint64_t hashSeed_ = makeHashSeed(this);
+  tHashSeed hashSeed_{this};
 };
 
 }  // namespace varmex

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <functional>
-#include <unordered_set>
+#include <utility>
 
 namespace varmex {
 
@@ -22,13 +22,25 @@ std::string chassisKey(std::uint32_t chassis) { return "Chassis" + std::to_strin
 
 tSlotName slotKey(std::uint32_t chassis, std::uint32_t slot) { return {"Chassis", chassis, slot}; }
 
-std::vector<std::uint32_t> withoutRepeats(std::vector<std::uint32_t> numbers) {
+// By sorting, which no list can make slow.
+void dropRepeats(std::vector<std::uint32_t>& numbers, std::size_t first) {
+  const auto begin = numbers.begin() + static_cast<std::ptrdiff_t>(first);
   const auto notAscending = std::greater_equal<std::uint32_t>();
-  if (std::adjacent_find(numbers.begin(), numbers.end(), notAscending) == numbers.end()) {
-    return numbers;
-  }
-  std::unordered_set<std::uint32_t> met;
-  std::erase_if(numbers, [&met](std::uint32_t number) { return !met.insert(number).second; });
+  if (std::adjacent_find(begin, numbers.end(), notAscending) == numbers.end()) return;
+  std::vector<std::pair<std::uint32_t, std::size_t>> places;
+  places.reserve(numbers.size() - first);
+  for (std::size_t n = first; n < numbers.size(); ++n) places.emplace_back(numbers[n], n);
+  std::sort(places.begin(), places.end());
+  const auto isSame = [](const auto& a, const auto& b) { return a.first == b.first; };
+  places.erase(std::unique(places.begin(), places.end(), isSame), places.end());
+  std::sort(places.begin(), places.end(),
+            [](const auto& a, const auto& b) { return a.second < b.second; });
+  numbers.resize(first);
+  for (const auto& [number, place] : places) numbers.push_back(number);
+}
+
+std::vector<std::uint32_t> withoutRepeats(std::vector<std::uint32_t> numbers) {
+  dropRepeats(numbers, 0);
   return numbers;
 }
 

@@ -46,6 +46,9 @@ tSlotName slotKey(std::uint32_t chassis, std::uint32_t slot);
 // no more than its length.
 std::vector<std::uint32_t> withoutRepeats(std::vector<std::uint32_t> numbers);
 
+// The same for the numbers from `first` on, in place.
+void dropRepeats(std::vector<std::uint32_t>& numbers, std::size_t first);
+
 // The numbers in ascending order, each once.
 std::vector<std::uint32_t> sortedUnion(std::vector<std::uint32_t> a,
                                        const std::vector<std::uint32_t>& b);

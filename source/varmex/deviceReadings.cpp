@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "ostrel/quarks/numbers.h"
+#include "source/varmex/description.h"
 
 namespace varmex {
 
@@ -116,6 +117,8 @@ void tFunctionWalk::walkBridgeDevice(std::uint32_t device) {
 void tFunctionWalk::descend(std::string_view list, const char* text, bool toFunctions) {
   levels_.push_back({name_.size(), numbers_.size(), numbers_.size(), toFunctions});
   tIniFile::parseNumberList(text, name_, list, numbers_);
+  // A number named twice would walk all below it twice, and so on at every level.
+  dropRepeats(numbers_, levels_.back().first);
 }
 
 void parseResourceNames(const char* text, std::vector<tDeviceAddress>& addresses) {

@@ -11,7 +11,8 @@
 namespace varmex {
 
 // The two ways in which a description names the devices of a slot. Both append in the order of the
-// description and drop no duplicates.
+// description and drop no address that they have had; a section is walked once, however often a
+// list names it.
 
 // The tree of function sections below a slot section of the classic file: functions may hold bridge
 // devices that hold functions again, to any depth. One object serves for any number of slots of a

@@ -241,6 +241,27 @@ TEST_F(tIni, numberLists) {
   }
 }
 
+// Names that differ in the upper bits of certain bytes alone, which weak hashes make nothing of.
+TEST_F(tIni, findsSectionsWhateverTheirNames) {
+  std::vector<std::string> names;
+  for (unsigned bits = 0; bits < 4096; ++bits) {
+    std::string name(12 * 16, 'a');
+    for (unsigned group = 0; group < 12; ++group) {
+      if (!(bits >> group & 1)) continue;
+      for (const unsigned byte : {7U, 11U, 15U}) name[16 * group + byte] = '\xE1';
+    }
+    names.push_back(name);
+  }
+  std::string text;
+  for (std::size_t n = 0; n < names.size(); ++n) {
+    text += '[' + names[n] + "]\nK=" + std::to_string(n) + '\n';
+  }
+  load(text);
+  for (std::size_t n = 0; n < names.size(); ++n) {
+    ASSERT_EQ(file_.getString(names[n], "K"), std::to_string(n));
+  }
+}
+
 TEST_F(tIni, reportsFilesThatItCannotRead) {
   EXPECT_FALSE(file_.read((path_ / "missing").string()));
   for (const std::string& mark : {std::string("\xFF\xFE"), std::string("\xFE\xFF"),

@@ -141,6 +141,24 @@ TEST_F(tDevices, areFoundAmongMany) {
   }
 }
 
+// Each level names its one section twice: walked as often as named, it would take for ever.
+TEST_F(tDevices, aListThatRepeatsItselfCostsItsLength) {
+  std::string text = "[System]\nChassisList=1,1\n[Chassis1]\nSlotList=2,2\n[Chassis1Slot2]\n";
+  std::string section = "Chassis1Slot2";
+  for (int level = 0; level < 60; ++level) {
+    text += "FunctionList=1,1\n";
+    section += "Function1";
+    text += "[" + section + "]\nPCIBusNumber=" + std::to_string(level) + "\nPCIDeviceNumber=1\n";
+    if (level == 59) break;
+    text += "DeviceList=2,2\n";
+    section += "Device2";
+    text += "[" + section + "]\n";
+  }
+  describe(text, "");
+  ASSERT_TRUE(session_) << status_.text();
+  EXPECT_EQ(number(device(59, 1, 0), varmex_u32_SlotNumber), 2U);
+}
+
 TEST_F(tDevices, oneDeviceHasOnePlace) {
   const std::string express =
       "[System]\nChassisList=1\n[Chassis1]\nSlotList=1,2\n"

@@ -1,7 +1,10 @@
 #include "tools/varmex/chassisCheck.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <initializer_list>
+#include <string_view>
+
+#include "ostrel/quarks/numbers.h"
 
 namespace tool {
 
@@ -9,6 +12,21 @@ namespace {
 
 constexpr std::int64_t kLineCount = 8;
 constexpr int kLastStarLine = 16;
+
+// The numbers of a text, each behind one of these literals, as far as the text has them.
+std::vector<std::int32_t> readNumbers(const std::string& text,
+                                      std::initializer_list<std::string_view> literals) {
+  std::vector<std::int32_t> numbers;
+  const char* position = text.c_str();
+  for (const std::string_view literal : literals) {
+    if (std::string_view(position).substr(0, literal.size()) != literal) break;
+    const varmex::tSignedText number = varmex::readSigned(position + literal.size());
+    if (!number.end) break;
+    numbers.push_back(number.value);
+    position = number.end;
+  }
+  return numbers;
+}
 
 }  // namespace
 
@@ -165,13 +183,13 @@ void tChassisCheck::checkResourceNames(std::uint32_t slot, const std::string& na
     const std::string name = names.substr(begin, end - begin);
     begin = end + 1;
     if (name.empty()) continue;
-    int domain = 0, bus = 0, device = 0, function = 0;
-    const bool isNew =
-        std::sscanf(name.c_str(), "PXI%d::%d-%d.%d", &domain, &bus, &device, &function) == 4;
-    const bool isOld =
-        !isNew && std::sscanf(name.c_str(), "PXI%d::%d::%d", &bus, &device, &function) == 3;
-    if (name.ends_with("::INSTR") && (isNew || isOld)) {
-      claimAddress(slot, bus, device, function, position);
+    const auto newForm = readNumbers(name, {"PXI", "::", "-", "."});
+    const auto oldForm = readNumbers(name, {"PXI", "::", "::"});
+    if (name.ends_with("::INSTR") && (newForm.size() == 4 || oldForm.size() == 3)) {
+      // In the older form the bus takes the place of the domain.
+      const auto& numbers = newForm.size() == 4 ? newForm : oldForm;
+      const std::size_t bus = numbers.size() - 3;
+      claimAddress(slot, numbers[bus], numbers[bus + 1], numbers[bus + 2], position);
     } else {
       c_.findings.add(tSeverity::wrong, "address-unreadable", position,
                       "no address of a device: \"" + name + '"',

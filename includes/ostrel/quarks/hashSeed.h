@@ -6,15 +6,35 @@
 
 namespace varmex::inline nOSTRELS100 {
 
-// An odd factor for the hashes of one table. It differs from table to table, so that no file can be
-// made whose keys all collide.
-inline std::uint64_t makeHashSeed(const void* table) {
-  const auto time = std::chrono::steady_clock::now().time_since_epoch().count();
-  std::uint64_t seed = static_cast<std::uint64_t>(time) ^ reinterpret_cast<std::uintptr_t>(table);
-  seed = (seed ^ (seed >> 30)) * 0xBF58476D1CE4E5B9;
-  seed = (seed ^ (seed >> 27)) * 0x94D049BB133111EB;
-  return (seed ^ (seed >> 31)) | 1;
-}
+// The key of the hashes of one table. It differs from table to table, so that no file can be made
+// whose keys all collide.
+class tHashSeed {
+ public:
+  explicit tHashSeed(const void* table)
+      : low_(mix(static_cast<std::uint64_t>(
+                     std::chrono::steady_clock::now().time_since_epoch().count()) ^
+                 reinterpret_cast<std::uintptr_t>(table)) |
+             1),
+        high_(mix(low_) | 1) {}
+
+  // Each half of the word has a factor of its own: what a difference in either comes to can't be
+  // told without the key, so that no other difference can be chosen to cancel it.
+  std::uint64_t scramble(std::uint64_t word) const {
+    const std::uint64_t hash = (word & 0xFFFFFFFF) * low_ + (word >> 32) * high_;
+    return hash ^ hash >> 32;
+  }
+
+ private:
+  static std::uint64_t mix(std::uint64_t value) {
+    value += 0x9E3779B97F4A7C15;
+    value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9;
+    value = (value ^ (value >> 27)) * 0x94D049BB133111EB;
+    return value ^ (value >> 31);
+  }
+
+  std::uint64_t low_;
+  std::uint64_t high_;
+};
 
 }  // namespace varmex::inline nOSTRELS100
 

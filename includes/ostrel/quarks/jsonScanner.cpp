@@ -39,6 +39,7 @@ class tOpenContainers {
     if (depth_ == kJsonMaxDepth) return false;
     const std::uint64_t bit = bitOf(depth_);
     std::uint64_t& word = bits_[depth_ / 64];
+    if (depth_ % 64 == 0) word = 0;
     word = bracket == '{' ? word | bit : word & ~bit;
     ++depth_;
     return true;
@@ -52,7 +53,7 @@ class tOpenContainers {
   static std::uint64_t bitOf(std::size_t level) { return std::uint64_t{1} << level % 64; }
 
   static_assert(kJsonMaxDepth % 64 == 0);
-  // Each bit is written when its level is entered; most texts need the first few alone.
+  // Each word is written when its first level is entered; most texts need the first one alone.
   std::uint64_t bits_[kJsonMaxDepth / 64];
   std::size_t depth_ = 0;
 };
