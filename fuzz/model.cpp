@@ -2,7 +2,6 @@
 // everything that opens, reading every attribute number of every class and some that no class has.
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
@@ -59,19 +58,10 @@ void write(const std::string& path, const std::string& text) {
   std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
 }
 
-std::string makeRoot() {
-  std::string root = "/tmp/varmex-fuzz-XXXXXX";
-  fuzz::require(mkdtemp(root.data()) != nullptr);
-  std::filesystem::create_directories(root + "/etc/pxi");
-  std::filesystem::create_directories(root + "/var/lib");
-  setenv("VARMEX_FSROOT", root.c_str(), 1);
-  return root;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::string root = makeRoot();
+  static const std::string root = fuzz::makeRoot();
   const std::string input(reinterpret_cast<const char*>(data), size);
   if (!isBounded(input)) return -1;
   const std::size_t parting = input.find('\1');

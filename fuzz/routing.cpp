@@ -2,7 +2,6 @@
 // are reserved and destroyed.
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 
 #include "fuzz/support.h"
@@ -11,12 +10,7 @@
 namespace {
 
 void describeMachine() {
-  std::string root = "/tmp/varmex-fuzz-XXXXXX";
-  fuzz::require(mkdtemp(root.data()) != nullptr);
-  std::filesystem::create_directories(root + "/etc/pxi");
-  std::filesystem::create_directories(root + "/var/lib");
-  std::ofstream(root + "/etc/pxi/pxiesys.ini") << test::kRoutingDescription;
-  setenv("VARMEX_FSROOT", root.c_str(), 1);
+  std::ofstream(fuzz::makeRoot() + "/etc/pxi/pxiesys.ini") << test::kRoutingDescription;
 }
 
 std::string takePart(std::string& input) {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 namespace fuzz {
@@ -14,6 +15,16 @@ namespace fuzz {
 // Ends the run where a promise does not hold.
 inline void require(bool holds) {
   if (!holds) std::abort();
+}
+
+// A folder for VARMEX_FSROOT, with the folders of a description.
+inline std::string makeRoot() {
+  std::string root = "/tmp/varmex-fuzz-XXXXXX";
+  require(mkdtemp(root.data()) != nullptr);
+  std::filesystem::create_directories(root + "/etc/pxi");
+  std::filesystem::create_directories(root + "/var/lib");
+  setenv("VARMEX_FSROOT", root.c_str(), 1);
+  return root;
 }
 
 // A file in memory that can be opened by its path, with new content for each input.

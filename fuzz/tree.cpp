@@ -1,7 +1,6 @@
 // Takes the input's first line as a URI and as a trigger manager's identifier and the rest as the
 // registry's text, and opens, lists and walks what they name in the data tree.
 
-#include <filesystem>
 #include <fstream>
 
 #include "fuzz/support.h"
@@ -46,18 +45,10 @@ void swallow(Work work) {
   }
 }
 
-std::string makeRoot() {
-  std::string root = "/tmp/varmex-fuzz-XXXXXX";
-  fuzz::require(mkdtemp(root.data()) != nullptr);
-  std::filesystem::create_directories(root + "/etc/pxi");
-  setenv("VARMEX_FSROOT", root.c_str(), 1);
-  return root;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::string root = makeRoot();
+  static const std::string root = fuzz::makeRoot();
   const std::string input(reinterpret_cast<const char*>(data), size);
   const std::size_t lineEnd = input.find('\n');
   const std::string line = input.substr(0, lineEnd);
