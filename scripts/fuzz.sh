@@ -14,6 +14,7 @@ for target in "${targets[@]}"; do
   mkdir -p "$work"
   cp -n fuzz/corpus/"$target"/* "$work"
   log=build/linux-fuzz/$target.log
+  begin "fuzzing $target for $seconds s"
   if build/linux-fuzz/bin/fuzz_"$target" -max_total_time="$seconds" -timeout=10 -max_len=20000 \
     -artifact_prefix="build/linux-fuzz/$target-" "$work" >"$log" 2>&1; then
     echo "fuzz $target: $(grep -oE 'Done [0-9]+ runs in [0-9]+ second' "$log")s"

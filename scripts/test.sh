@@ -13,7 +13,7 @@ run() {
   local name=$1 log result=0
   shift
   log=$(mktemp)
-  echo "== $name"
+  begin "$name"
   "$@" >"$log" 2>&1 </dev/null || result=$?
   local good bad
   good=$(sed -nE 's/^\[  PASSED  \] ([0-9]+) tests?\..*/\1/p; s/^([0-9]+) passed, .*/\1/p' "$log")
@@ -23,7 +23,7 @@ run() {
   if [ "${good:-0}" -eq 0 ] && [ "${bad:-0}" -eq 0 ]; then bad=1; fi
   passed=$((passed + ${good:-0}))
   failed=$((failed + ${bad:-0}))
-  if [ "${bad:-0}" -ne 0 ]; then cat "$log"; else tail -n 1 "$log"; fi
+  if [ "${bad:-0}" -ne 0 ]; then cat "$log"; else echo "${good:-0} passed"; fi
   rm -f "$log"
 }
 
@@ -54,6 +54,8 @@ TSAN_OPTIONS=suppressions=$PWD/tests/tsan.supp VARMEX_TEST_ROUNDS=300 run 'linux
 
 build windows
 export WINEPREFIX=$PWD/build/windows/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
+begin 'setting up Wine'
+quietly wineboot -i
 for suite in outside inside injection; do
   VARMEX_TEST_ROUNDS=300 run "windows: $suite" wine "build/windows/bin/varmex_${suite}_tests.exe"
 done
