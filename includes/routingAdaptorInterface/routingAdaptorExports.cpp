@@ -1,8 +1,10 @@
 // The exported routing functions: each guards the status, makes one call on the handle and turns
-// exceptions into the status. What they throw beside those stays the caller's.
+// exceptions into the status. What they throw beside those stays the caller's. A thread that is
+// cancelled meanwhile is so behind the call.
 
 #include <new>
 
+#include "ostrel/quarks/cancellation.h"
 #include "ostrel/quarks/failure.h"
 #include "pxiRoutingAdaptor/pxiRoutingAdaptorSession.h"
 #include "telmar/interfaces.h"
@@ -32,6 +34,7 @@ auto callGuarded(tStatusRecord& status, const tSourcePosition& position, Body bo
 template <class Body>
 auto callGuarded(tStatusRecord* status, const tSourcePosition& position, Body body)
     -> decltype(body()) {
+  const tCancellationOff uncancelled;
   if (!status) {
     corerr::Exception discarded;
     return callGuarded(discarded.record(), position, body);
@@ -43,6 +46,7 @@ auto callGuarded(tStatusRecord* status, const tSourcePosition& position, Body bo
 // For exports without a status.
 template <class Body>
 auto callSilently(decltype(std::declval<Body>()()) fallback, Body body) {
+  const tCancellationOff uncancelled;
   try {
     return body();
   } catch (const corerr::ExceptionBase&) {
@@ -52,6 +56,7 @@ auto callSilently(decltype(std::declval<Body>()()) fallback, Body body) {
 
 template <class Body>
 void callSilently(Body body) {
+  const tCancellationOff uncancelled;
   try {
     body();
   } catch (const corerr::ExceptionBase&) {
@@ -80,7 +85,10 @@ telmar::TerminalIteratorInterface& iteratorOf(telmar_ra_TerminalIterator* handle
 }
 
 // One function under two names: either destroys what it is given.
-void destroy(void* handle) { delete static_cast<telmar::AdaptorObject*>(handle); }
+void destroy(void* handle) {
+  const tCancellationOff uncancelled;
+  delete static_cast<telmar::AdaptorObject*>(handle);
+}
 
 }  // namespace
 

@@ -1,6 +1,7 @@
 #ifndef SOURCE_VARMEX_BOUNDARY_H
 #define SOURCE_VARMEX_BOUNDARY_H
 
+#include "ostrel/quarks/cancellation.h"
 #include "ostrel/quarks/sourcePosition.h"
 #include "ostrel/quarks/status.h"
 
@@ -37,10 +38,12 @@ auto callInsideBoundary(tStatusRecord& record, const tSourcePosition& position, 
   }
 }
 
-// The body of an exported function with a status: nothing is touched when that holds an error.
+// The body of an exported function with a status: nothing is touched when that holds an error. A
+// thread that is cancelled meanwhile is so behind it.
 template <class Body>
 auto callAtBoundary(tStatusRecord* status, const tSourcePosition& position, Body body)
     -> decltype(body(*status)) {
+  const tCancellationOff uncancelled;
   if (!status) {
     tDiscardedStatus discarded;
     return callInsideBoundary(discarded.record(), position, body);

@@ -35,6 +35,7 @@ void synchronizeDescription(tStatusRecord* status, const tSourcePosition& positi
 }  // namespace
 
 varmex_Item* varmex_openPXISession(uint32_t flags, tStatusRecord* status) {
+  const tCancellationOff uncancelled;
   if (flags & kSynchronize) synchronizeDescription(status, OSTREL_HERE);
   return callAtBoundary(status, OSTREL_HERE, [](tStatusRecord&) {
     return releaseToHandle(std::make_unique<Session>());
@@ -74,7 +75,8 @@ varmex_Item* varmex_openDeviceByAddr(varmex_Item* session, const tDeviceAddress*
   });
 }
 
-// The one function without an entry check: a record that holds an error does not stop the wait.
+// The one function without an entry check: a record that holds an error does not stop the wait. It
+// is also the one in which a thread can be cancelled, while it sleeps.
 varmex_WaitResult varmex_waitForSessionInvalidation(varmex_Item* session, uint32_t timeout,
                                                     tStatusRecord* status) {
   tDiscardedStatus discarded;
@@ -84,6 +86,7 @@ varmex_WaitResult varmex_waitForSessionInvalidation(varmex_Item* session, uint32
 }
 
 void varmex_cancelWaitForInvalidation(varmex_Item* session) {
+  const tCancellationOff uncancelled;
   tDiscardedStatus discarded;
   callInsideBoundary(discarded.record(), OSTREL_HERE,
                      [=](tStatusRecord&) { checkedSession(session).cancelWait(); });
@@ -113,7 +116,10 @@ varmex_Item* varmex_duplicate(varmex_Item* item, tStatusRecord* status) {
                         [=](tStatusRecord&) { return releaseToHandle(checkedItem(item).clone()); });
 }
 
-void varmex_close(varmex_Item* item) { delete itemOf(item); }
+void varmex_close(varmex_Item* item) {
+  const tCancellationOff uncancelled;
+  delete itemOf(item);
+}
 
 varmex_ItemContainer* varmex_getItemContainer(varmex_Item* item, uint32_t attribute,
                                               tStatusRecord* status) {
@@ -130,7 +136,10 @@ varmex_ItemContainer* varmex_duplicateItemContainer(varmex_ItemContainer* contai
   });
 }
 
-void varmex_destroyItemContainer(varmex_ItemContainer* container) { delete containerOf(container); }
+void varmex_destroyItemContainer(varmex_ItemContainer* container) {
+  const tCancellationOff uncancelled;
+  delete containerOf(container);
+}
 
 varmex_ItemIterator varmex_ItemIterator_begin(varmex_ItemContainer* container,
                                               tStatusRecord* status) {

@@ -1,0 +1,105 @@
+// Threads that are cancelled inside an exported function.
+
+#include <pthread.h>
+
+#include "tests/support/model.h"
+#include "varmex/telmar_ra_varmex.h"
+
+namespace test {
+
+namespace {
+
+using tCancellation = tModel;
+
+constexpr const char* kDescription =
+    "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=2\n"
+    "TriggerManager=T\nTriggerBusList=\"\"\n"
+    "[Chassis1Slot2]\nSlotType=PXIeHybridSlot\nAddressInfo=PXI0::5-0.0::INSTR\n";
+
+// Runs `work` in a thread and answers whether that was cancelled.
+bool endsCancelled(const std::function<void()>& work) {
+  const auto body = [](void* argument) -> void* {
+    (*static_cast<const std::function<void()>*>(argument))();
+    return nullptr;
+  };
+  pthread_t thread;
+  void* const argument = const_cast<std::function<void()>*>(&work);
+  if (pthread_create(&thread, nullptr, body, argument) != 0) return false;
+  void* result = nullptr;
+  pthread_join(thread, &result);
+  return result == PTHREAD_CANCELED;
+}
+
+TEST_F(tCancellation, comesBehindTheFunction) {
+  machine_.writeConfiguration();
+  machine_.setRegistryText("SOFTWARE\\PXISA\\Services\\Trigger Managers\\T", "Library", "t.so");
+  describe("", kDescription);
+  const tItem rack = chassis(1);
+  const tItem second = slot(1, 2);
+  varmex_Item* opened = nullptr;
+  telmar_ra_Session* routing = nullptr;
+  // What each leaves is looked at behind all of them; the order matters.
+  const std::pair<const char*, std::function<void()>> calls[] = {
+      {"open", [&] { opened = varmex_openPXISession(0, status_); }},
+      {"attribute",
+       [&] {
+         EXPECT_EQ(varmex_getU32Attribute(opened, varmex_u32_SessionIsCurrent, status_), 1U);
+       }},
+      {"cancel", [&] { varmex_cancelWaitForInvalidation(opened); }},
+      {"close", [&] { varmex_close(opened); }},
+      {"synchronize",
+       [&] {
+         tStatus warned;
+         const tItem session(varmex_openPXISession(1, warned));
+         EXPECT_TRUE(session);
+         EXPECT_EQ(warned.code(), varmex_warningFailedSync) << warned.text();
+       }},
+      {"registry", [&] { EXPECT_EQ(text(rack, varmex_str_ChassisTriggerManagerLibrary), "t.so"); }},
+      {"walk",
+       [&] { text(second, varmex_str_TriggerBusStableName), varmex_releaseStatus(status_); }},
+      {"container", [&] { EXPECT_EQ(items(session_, varmex_container_Devices).size(), 1U); }},
+      {"routing session",
+       [&] { routing = telmar_ra_varmex_createSession("5.0.0:0", nullptr, status_); }},
+      {"iterator",
+       [&] {
+         const auto terminals = telmar_ra_varmex_getAllTerminals(routing, status_);
+         while (!telmar_ra_varmex_TerminalIterator_isEnd(terminals)) {
+           telmar_ra_varmex_TerminalIterator_next(terminals, status_);
+         }
+         telmar_ra_varmex_TerminalIterator_destroy(terminals);
+       }},
+      {"its end", [&] { telmar_ra_varmex_destroySession(routing); }}};
+  for (const auto& [name, call] : calls) {
+    bool isDone = false;
+    EXPECT_TRUE(endsCancelled([&, &work = call] {
+      // Whatever minds it from here on ends the thread.
+      pthread_cancel(pthread_self());
+      work();
+      isDone = true;
+      pthread_testcancel();
+    })) << name;
+    EXPECT_TRUE(isDone) << name;
+    EXPECT_EQ(status_.code(), 0) << name << ' ' << status_.text();
+  }
+  EXPECT_TRUE(opened);
+  EXPECT_TRUE(routing);
+}
+
+// Of a thread that asked to be cancelled at any point.
+TEST_F(tCancellation, endsAnAsynchronousThreadWithTheFunction) {
+  bool isBehind = false;
+  EXPECT_TRUE(endsCancelled([&] {
+    pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, nullptr);
+    tStatusRecord record{0, 0, nullptr, nullptr};
+    record.reallocate = [](tStatusRecord*, std::uint32_t) {
+      return pthread_cancel(pthread_self()), false;
+    };
+    varmex_getU32Attribute(nullptr, 0, &record);
+    isBehind = true;
+  }));
+  EXPECT_FALSE(isBehind);
+}
+
+}  // namespace
+
+}  // namespace test
