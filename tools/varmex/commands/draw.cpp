@@ -1,0 +1,47 @@
+#include <sstream>
+
+#include "tools/varmex/commands/list.h"
+#include "tools/varmex/describe/describe.h"
+#include "tools/varmex/describe/installation.h"
+#include "tools/varmex/picture/picture.h"
+#include "tools/varmex/text/output.h"
+
+namespace tool {
+
+namespace {
+
+class tDraw : public tCommand {
+ public:
+  tDraw() : tCommand("draw", "Draws the chassis from the front, as SVG") {}
+
+  void addOptions(CLI::App& line) override {
+    line.add_option("chassis", chassis_, "The number of the one to draw");
+    line.add_option("-o,--output", output_, "The file; - is the standard output")->required();
+  }
+
+  tExitStatus run() override {
+    const varmex::Session session = installation_.open();
+    tJson chassis = tJson::array();
+    if (chassis_) {
+      chassis.push_back(describe(session.chassis(*chassis_)));
+    } else {
+      chassis = describe(session)["Chassis"];
+    }
+    if (chassis.empty()) throw std::runtime_error("no chassis to draw");
+    std::ostringstream picture;
+    drawChassis({chassis.begin(), chassis.end()}, picture);
+    save(picture.str(), output_);
+    return kDone;
+  }
+
+ private:
+  tInstallation installation_;
+  std::optional<std::uint32_t> chassis_;
+  std::string output_;
+};
+
+}  // namespace
+
+tCommandPtr makeDraw() { return std::make_unique<tDraw>(); }
+
+}  // namespace tool

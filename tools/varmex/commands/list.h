@@ -1,0 +1,22 @@
+#ifndef TOOLS_VARMEX_COMMANDS_LIST_H
+#define TOOLS_VARMEX_COMMANDS_LIST_H
+
+#include <memory>
+
+#include "tools/varmex/command.h"
+
+namespace tool {
+
+using tCommandPtr = std::unique_ptr<tCommand>;
+
+tCommandPtr makeCheck();
+tCommandPtr makeDraw();
+tCommandPtr makeMake();
+tCommandPtr makeRoute();
+tCommandPtr makeShow();
+tCommandPtr makeTerminals();
+tCommandPtr makeWatch();
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,93 @@
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "tools/synthetic/installation.h"
+#include "tools/varmex/commands/list.h"
+
+namespace tool {
+
+namespace {
+
+[[noreturn]] void refuse(const std::string& chassis) {
+  throw std::invalid_argument("not KIND[:SLOTS[:MODULES]][xCOUNT]: " + chassis);
+}
+
+// Takes the number behind `mark` off the front of `rest`; `otherwise` where there is no such mark.
+std::uint32_t takeNumber(std::string& rest, char mark, std::uint32_t otherwise) {
+  if (rest.empty() || rest.front() != mark) return otherwise;
+  std::uint32_t number = 0;
+  const char* const end = rest.data() + rest.size();
+  const auto [stop, error] = std::from_chars(rest.data() + 1, end, number);
+  if (error != std::errc()) refuse(rest);
+  rest.erase(0, static_cast<std::size_t>(stop - rest.data()));
+  return number;
+}
+
+void appendPlans(const std::string& chassis, std::vector<synthetic::tPlan>& plans) {
+  const bool isExpress = chassis.starts_with("express");
+  if (!isExpress && !chassis.starts_with("classic")) refuse(chassis);
+  std::string rest = chassis.substr(std::string("express").size());
+  synthetic::tPlan plan;
+  plan.kind = isExpress ? synthetic::tChassisKind::express : synthetic::tChassisKind::classic;
+  plan.slots = takeNumber(rest, ':', plan.slots);
+  plan.modules = takeNumber(rest, ':', plan.modules);
+  const std::uint32_t count = takeNumber(rest, 'x', 1);
+  if (!rest.empty()) refuse(chassis);
+  if (count > synthetic::kMostChassis) refuse(chassis);
+  plans.insert(plans.end(), count, plan);
+}
+
+// Writes the description below `folder`, where a session finds it when VARMEX_FSROOT names the
+// folder. Throws std::invalid_argument for a text of another form in `chassis`, and
+// std::runtime_error when a file can't be written or the folder holds a description already.
+void makeInstallation(const std::string& folder, const std::vector<std::string>& chassis) {
+  namespace fs = std::filesystem;
+  std::vector<synthetic::tPlan> plans;
+  for (const std::string& text : chassis) appendPlans(text, plans);
+  const synthetic::tTexts texts = synthetic::makeInstallation(plans);
+  const fs::path description = fs::path(folder) / "etc" / "pxi";
+  const fs::path lock = fs::path(folder) / "var" / "lib" / "PXISA";
+  const fs::path pxiSys = description / "pxisys.ini";
+  const fs::path pxieSys = description / "pxiesys.ini";
+  if (fs::exists(pxiSys) || fs::exists(pxieSys)) {
+    throw std::runtime_error("there is a description already in " + description.string());
+  }
+  fs::create_directories(description);
+  fs::create_directories(lock);
+  synthetic::writeInstallation(texts, pxiSys.string(), pxieSys.string());
+  if (texts.pxieSys.empty()) fs::remove(pxieSys);
+  std::ofstream(lock / "configuration.ini", std::ios::app);
+}
+
+class tMake : public tCommand {
+ public:
+  tMake() : tCommand("make", "Writes the description of an installation that does not exist") {}
+
+  void addOptions(CLI::App& line) override {
+    line.add_option("folder", folder_, "Where to, for VARMEX_FSROOT")->required();
+    line.add_option("chassis", chassis_,
+                    "KIND[:SLOTS[:MODULES]][xCOUNT], with KIND express or classic")
+        ->required();
+  }
+
+  tExitStatus run() override {
+    try {
+      makeInstallation(folder_, chassis_);
+      return kDone;
+    } catch (const std::invalid_argument& error) {
+      throw CLI::ValidationError("CHASSIS", error.what());
+    }
+  }
+
+ private:
+  std::string folder_;
+  std::vector<std::string> chassis_;
+};
+
+}  // namespace
+
+tCommandPtr makeMake() { return std::make_unique<tMake>(); }
+
+}  // namespace tool

@@ -1,0 +1,139 @@
+#include <iostream>
+
+#include "tools/varmex/commands/list.h"
+#include "tools/varmex/describe/describe.h"
+#include "tools/varmex/describe/fields.h"
+#include "tools/varmex/describe/installation.h"
+#include "tools/varmex/describe/place.h"
+#include "tools/varmex/describe/words.h"
+#include "tools/varmex/text/output.h"
+#include "tools/varmex/text/table.h"
+
+namespace tool {
+
+namespace {
+
+tRow rowOf(const tJson& slot) {
+  return {textOf(slot, "SlotNumber"),
+          slotTypeName(slot),
+          moduleOf(slot),
+          addressesOf(slot),
+          linkOf(slot),
+          textOf(slot, "TriggerBusNumber"),
+          triggerOf(slot, "StarTriggerNumber", "StarTriggerLine", "StarTriggerControllerName"),
+          triggerOf(slot, "DStarTriggerNumber", "DStarTriggerSet", "DStarTriggerControllerName")};
+}
+
+// The manager with its library and whether it is native; a chassis without one has no more to say.
+void showTriggerManager(const tJson& chassis, std::ostream& out) {
+  const std::string manager = textOf(chassis, "ChassisTriggerManagerIdentifier");
+  if (manager.empty()) return;
+  showLine("trigger manager", manager, out);
+  const std::string library = textOf(chassis, "ChassisTriggerManagerLibrary");
+  showLine("  library", library.empty() ? "not registered" : library, out);
+  const std::string native = textOf(chassis, "IsTriggerManagerNative");
+  showLine("  native", native == "1" ? "yes" : native == "0" ? "no" : native, out);
+}
+
+void showSlots(const tJson& slots, std::ostream& out) {
+  if (slots.empty()) return;
+  std::vector<tRow> rows;
+  for (const tJson& slot : slots) rows.push_back(rowOf(slot));
+  out << '\n';
+  showTable({"Slot", "Type", "Module", "PCI", "Link", "Bus", "Star", "DStar"}, rows, out);
+}
+
+void showBridges(const tJson& bridges, std::ostream& out) {
+  if (bridges.empty()) return;
+  std::vector<tRow> rows;
+  for (const tJson& bridge : bridges) {
+    rows.push_back({textOf(bridge, "BridgeNumber"),
+                    "bus " + textOf(bridge, "BridgeSourceTriggerBus"),
+                    "bus " + textOf(bridge, "BridgeDestinationTriggerBus"), lineMapOf(bridge)});
+  }
+  out << '\n';
+  showTable({"Bridge", "From", "To", "Lines"}, rows, out);
+}
+
+void showChassis(const tJson& chassis, std::ostream& out) {
+  out << "Chassis " << textOf(chassis, "ChassisNumber") << ": "
+      << joined({textOf(chassis, "ChassisVendor"), textOf(chassis, "ChassisModel")}, " ") << '\n';
+  showLine("serial number", textOf(chassis, "ChassisSerialNumber"), out);
+  showLine("identity", textOf(chassis, "ChassisIdentity"), out);
+  showLine("described in", textOf(chassis, "ChassisDescriptionFile"), out);
+  showLine("trigger buses", textOf(chassis, "ChassisTriggerBusList"), out);
+  showTriggerManager(chassis, out);
+  showSlots(chassis["Slots"], out);
+  showBridges(chassis["TriggerBridges"], out);
+}
+
+void showSession(const tJson& session, std::ostream& out) {
+  out << "varmex " << textOf(session, "Version") << '\n';
+  showLine("pxisys.ini", textOf(session, "PxiSysPath"), out);
+  showLine("pxiesys.ini", textOf(session, "PxieSysPath"), out);
+  showLine("configuration.ini", textOf(session, "ConfigurationPath"), out);
+  showLine("description",
+           numberOf(session, "SessionIsCurrent").value_or(0) ? "current" : "changed since", out);
+  if (session["Chassis"].empty()) out << "\nNo chassis.\n";
+  for (const tJson& chassis : session["Chassis"]) {
+    out << '\n';
+    showChassis(chassis, out);
+  }
+}
+
+void showSlot(const tJson& slot, std::ostream& out) {
+  out << "Chassis " << textOf(slot, "ChassisNumber") << ", slot " << textOf(slot, "SlotNumber")
+      << '\n';
+  showLine("type", slotTypeName(slot), out);
+  showLine("module", moduleOf(slot), out);
+  showLine("PCI addresses", addressesOf(slot), out);
+  showLine("link", linkOf(slot), out);
+  showLine("slot path", textOf(slot, "PCISlotPath"), out);
+  showLine("local bus left", textOf(slot, "LocalBusLeft"), out);
+  showLine("local bus right", textOf(slot, "LocalBusRight"), out);
+  showLine("trigger bus", textOf(slot, "TriggerBusStableName"), out);
+  showLine("star line", textOf(slot, "StarTriggerLineName"), out);
+  showLine("star controller", textOf(slot, "StarTriggerControllerName"), out);
+  showLine("dstar set", textOf(slot, "DStarTriggerSetName"), out);
+  showLine("dstar controller", textOf(slot, "DStarTriggerControllerName"), out);
+}
+
+class tShow : public tCommand {
+ public:
+  tShow() : tCommand("show", "Lists chassis, slots and modules") {}
+
+  void addOptions(CLI::App& line) override {
+    line.add_option("place", place_, "What to show: CHASSIS or CHASSIS/SLOT");
+    line.add_flag("--json", asJson_, "For a program");
+    installation_.addSync(line);
+  }
+
+  tExitStatus run() override {
+    const tPlace place = parsePlace(place_);
+    const varmex::Session session = installation_.open();
+    if (!place.chassis) return print(describe(session), showSession);
+    const varmex::Chassis chassis = session.chassis(*place.chassis);
+    if (!place.slot) return print(describe(chassis), showChassis);
+    return print(describe(chassis.slot(*place.slot)), showSlot);
+  }
+
+ private:
+  tExitStatus print(const tJson& item, void (*show)(const tJson&, std::ostream&)) const {
+    if (asJson_) {
+      printJson(item);
+    } else {
+      show(item, std::cout);
+    }
+    return kDone;
+  }
+
+  tInstallation installation_;
+  std::string place_;
+  bool asJson_ = false;
+};
+
+}  // namespace
+
+tCommandPtr makeShow() { return std::make_unique<tShow>(); }
+
+}  // namespace tool

@@ -1,0 +1,48 @@
+#include <iomanip>
+#include <iostream>
+
+#include "tools/varmex/commands/list.h"
+#include "tools/varmex/describe/terminals.h"
+#include "tools/varmex/text/output.h"
+
+namespace tool {
+
+namespace {
+
+class tTerminals : public tCommand {
+ public:
+  tTerminals() : tCommand("terminals", "Lists the trigger-line terminals of a module") {}
+
+  void addOptions(CLI::App& line) override {
+    line.add_option("address", address_, "PCI address: BUS.DEVICE.FUNCTION")->required();
+    line.add_flag("--json", asJson_, "For a program");
+  }
+
+  tExitStatus run() override {
+    const tJson terminals = listTerminals(installation_, address_);
+    if (asJson_) {
+      printJson(terminals);
+    } else {
+      show(terminals);
+    }
+    return kDone;
+  }
+
+ private:
+  static void show(const tJson& terminals) {
+    for (const tJson& terminal : terminals) {
+      std::cout << std::left << std::setw(14) << terminal.value("name", "") << std::setw(4)
+                << terminal.value("busLine", 0U) << terminal.value("busName", "") << '\n';
+    }
+  }
+
+  tInstallation installation_;
+  std::string address_;
+  bool asJson_ = false;
+};
+
+}  // namespace
+
+tCommandPtr makeTerminals() { return std::make_unique<tTerminals>(); }
+
+}  // namespace tool

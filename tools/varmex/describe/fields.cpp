@@ -1,0 +1,33 @@
+#include "tools/varmex/describe/fields.h"
+
+namespace tool {
+
+std::string textOf(const tJson& item, const char* name) {
+  const auto found = item.find(name);
+  if (found == item.end()) return {};
+  if (found->is_object()) return "error " + found->at("error").dump();
+  return found->is_string() ? found->get<std::string>() : found->dump();
+}
+
+std::optional<std::uint32_t> numberOf(const tJson& item, const char* name) {
+  const auto found = item.find(name);
+  if (found == item.end() || !found->is_number()) return std::nullopt;
+  return found->get<std::uint32_t>();
+}
+
+std::string addressOf(const tJson& device) {
+  return textOf(device, "DeviceBus") + ':' + textOf(device, "DeviceNumber") + '.' +
+         textOf(device, "DeviceFunction");
+}
+
+std::string joined(const std::vector<std::string>& parts, const char* separator) {
+  std::string text;
+  for (const std::string& part : parts) {
+    if (part.empty()) continue;
+    if (!text.empty()) text += separator;
+    text += part;
+  }
+  return text;
+}
+
+}  // namespace tool

@@ -1,0 +1,21 @@
+#ifndef TOOLS_VARMEX_DESCRIBE_TERMINALS_H
+#define TOOLS_VARMEX_DESCRIBE_TERMINALS_H
+
+#include <string>
+
+#include "tools/varmex/describe/installation.h"
+#include "tools/varmex/describe/json.h"
+
+namespace tool {
+
+// The terminals of the module at a PCI address ("BUS.DEVICE.FUNCTION"), of every group of lines
+// that its slot has, as objects of their attributes.
+tJson listTerminals(const tInstallation& installation, const std::string& address);
+
+// The group of lines that a terminal of this name belongs to. Throws std::invalid_argument for a
+// name of no group.
+varmex::RoutingSession::Lines linesOfTerminal(const std::string& terminal);
+
+}  // namespace tool
+
+#endif

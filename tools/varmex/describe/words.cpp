@@ -1,0 +1,101 @@
+#include "tools/varmex/describe/words.h"
+
+#include <vector>
+
+#include "tools/varmex/describe/fields.h"
+
+namespace tool {
+
+namespace {
+
+bool has(const tJson& item, const char* name) { return item.contains(name); }
+
+std::string quotedName(const std::string& name) { return name.empty() ? name : '"' + name + '"'; }
+
+// "0,3-5" for the bits of a line mask.
+std::string linesOf(std::uint32_t mask) {
+  std::vector<std::string> runs;
+  for (int line = 0; line < 8; ++line) {
+    if (!(mask >> line & 1)) continue;
+    int last = line;
+    while (mask >> (last + 1) & 1) ++last;
+    runs.push_back(line == last ? std::to_string(line)
+                                : std::to_string(line) + '-' + std::to_string(last));
+    line = last;
+  }
+  return joined(runs, ",");
+}
+
+}  // namespace
+
+std::string slotTypeName(const tJson& slot) {
+  if (!has(slot, "SlotType")) return "unknown";
+  const std::uint32_t type = numberOf(slot, "SlotType").value_or(0);
+  if (type & varmex_slotType_PXIeSystem) {
+    const std::string links = textOf(slot, "SystemSlotLinkCount");
+    return links.empty() ? "PXIe system" : "PXIe system, " + links + " links";
+  }
+  if (type & varmex_slotType_PXISystem) return "PXI system";
+  if (type & varmex_slotType_SystemTiming) return "PXIe timing";
+  if (type & varmex_slotType_StarController) return "PXI star controller";
+  const bool takesBoth =
+      (type & varmex_slotType_PXI1Peripheral) && (type & varmex_slotType_PXIePeripheral);
+  if (takesBoth) return "PXIe hybrid";
+  return type & varmex_slotType_PXIePeripheral ? "PXIe peripheral" : "PXI-1";
+}
+
+std::string addressesOf(const tJson& slot) {
+  std::vector<std::string> addresses;
+  for (const tJson& device : slot["Devices"]) addresses.push_back(addressOf(device));
+  return joined(addresses, " ");
+}
+
+std::string moduleOf(const tJson& slot) {
+  const std::string controller =
+      joined({textOf(slot, "SystemSlotVendor"), textOf(slot, "SystemSlotModel"),
+              quotedName(textOf(slot, "SystemSlotInstanceName"))},
+             " ");
+  if (!controller.empty()) return controller;
+  const tJson& devices = slot["Devices"];
+  if (!devices.empty()) {
+    const tJson& first = devices.front();
+    const std::string module = joined({textOf(first, "DeviceVendor"), textOf(first, "DeviceModel"),
+                                       quotedName(textOf(first, "DeviceInstanceName"))},
+                                      " ");
+    return module.empty() ? textOf(first, "DeviceName") : module;
+  }
+  const std::string anchor = textOf(slot, "OccupyingModuleSlot");
+  const bool isCovered = !anchor.empty() && anchor != textOf(slot, "SlotNumber");
+  return isCovered ? "(module of slot " + anchor + ')' : "-";
+}
+
+std::string linkOf(const tJson& slot) {
+  const tJson& devices = slot["Devices"];
+  if (devices.empty() || !has(devices.front(), "PeripheralModuleLinkWidthMax")) {
+    const std::string width = textOf(slot, "PeripheralSlotLinkWidth1");
+    return width.empty() ? width : 'x' + width;
+  }
+  const tJson& module = devices.front();
+  return joined({'x' + textOf(module, "PeripheralModuleLinkWidthNegotiated"),
+                 textOf(module, "PeripheralModuleLinkWidthMax")},
+                "/");
+}
+
+std::string triggerOf(const tJson& slot, const char* number, const char* lineName,
+                      const char* controllerName) {
+  if (!has(slot, number)) return {};
+  const std::string place = joined({textOf(slot, number), textOf(slot, lineName)}, ".");
+  return has(slot, controllerName) ? place + " controller" : place;
+}
+
+std::string lineMapOf(const tJson& bridge) {
+  std::vector<std::string> lines;
+  for (int source = 0; source < 8; ++source) {
+    const std::string name = "BridgeLineMapping" + std::to_string(source);
+    const std::string destinations = linesOf(numberOf(bridge, name.c_str()).value_or(0));
+    if (!destinations.empty()) lines.push_back(std::to_string(source) + '>' + destinations);
+  }
+  return joined(lines, " ");
+}
+
+}  // namespace tool

@@ -1,0 +1,196 @@
+#include "tools/varmex/picture/plan.h"
+
+#include <algorithm>
+
+#include "tools/varmex/describe/fields.h"
+
+namespace tool {
+
+namespace {
+
+// More than any real chassis has; slots beyond are counted in a note.
+constexpr std::size_t kMostStrips = 4;
+
+using tSlots = std::vector<const tJson*>;
+
+const tSlotKind* kindOf(const tJson& slot) {
+  const std::uint32_t type = numberOf(slot, "SlotType").value_or(0);
+  return std::find_if(std::begin(kSlotKinds), std::end(kSlotKinds),
+                      [type](const tSlotKind& kind) { return (type & kind.type) == kind.type; });
+}
+
+bool holdsModule(const tJson& slot) {
+  return !slot["Devices"].empty() || slot.contains("SystemSlotModel");
+}
+
+std::string linkOf(const tJson& device) {
+  const std::string negotiated = textOf(device, "PeripheralModuleLinkWidthNegotiated");
+  const std::string possible = textOf(device, "PeripheralModuleLinkWidthMax");
+  if (possible.empty()) return {};
+  return 'x' + (negotiated == possible ? possible : negotiated + '/' + possible);
+}
+
+void addFunctions(tPanel& panel, const tJson& devices) {
+  if (devices.empty()) return;
+  const tJson& first = devices.front();
+  if (panel.model.empty()) panel.model = textOf(first, "DeviceName");
+  panel.address = addressOf(first);
+  const std::string more = devices.size() > 1 ? '+' + std::to_string(devices.size() - 1) : "";
+  panel.link = joined({more, linkOf(first)}, " ");
+  for (const tJson& device : devices) panel.about += "\nPCI " + addressOf(device);
+}
+
+tPanel panelOf(const tJson& slot, std::size_t column) {
+  const tJson& devices = slot["Devices"];
+  const bool isSystem = slot.contains("SystemSlotModel");
+  const tJson& source = isSystem || devices.empty() ? slot : devices.front();
+  tPanel panel{column, column, {}, {}, {}, {}, {}, {}};
+  panel.vendor = textOf(source, isSystem ? "SystemSlotVendor" : "DeviceVendor");
+  panel.model = textOf(source, isSystem ? "SystemSlotModel" : "DeviceModel");
+  panel.instance = textOf(source, isSystem ? "SystemSlotInstanceName" : "DeviceInstanceName");
+  panel.about = joined({panel.vendor, panel.model, panel.instance}, " ");
+  addFunctions(panel, devices);
+  return panel;
+}
+
+// The column whose module sits in this one too; none for a slot with a module of its own, and for
+// one whose module is in no column.
+std::optional<std::size_t> anchorOf(const tSlots& slots, std::size_t column) {
+  if (holdsModule(*slots[column])) return std::nullopt;
+  const auto anchor = numberOf(*slots[column], "OccupyingModuleSlot");
+  if (!anchor) return std::nullopt;
+  for (std::size_t other = 0; other < slots.size(); ++other) {
+    if (numberOf(*slots[other], "SlotNumber") == anchor && holdsModule(*slots[other])) return other;
+  }
+  return std::nullopt;
+}
+
+void addPanels(tStrip& strip, const tSlots& slots) {
+  std::vector<std::optional<std::size_t>> anchors;
+  for (std::size_t column = 0; column < slots.size(); ++column) {
+    anchors.push_back(anchorOf(slots, column));
+  }
+  std::vector<bool> isTaken(slots.size());
+  for (std::size_t column = 0; column < slots.size(); ++column) {
+    if (!holdsModule(*slots[column])) continue;
+    tPanel panel = panelOf(*slots[column], column);
+    while (panel.first > 0 && anchors[panel.first - 1] == column) --panel.first;
+    while (panel.last + 1 < slots.size() && anchors[panel.last + 1] == column) ++panel.last;
+    for (std::size_t n = panel.first; n <= panel.last; ++n) isTaken[n] = true;
+    strip.panels.push_back(std::move(panel));
+  }
+  // Covered by a module that is not beside it.
+  for (std::size_t column = 0; column < slots.size(); ++column) {
+    const std::string anchor = textOf(*slots[column], "OccupyingModuleSlot");
+    if (isTaken[column] || !numberOf(*slots[column], "OccupyingModuleSlot")) continue;
+    if (anchor == textOf(*slots[column], "SlotNumber")) continue;
+    const std::string about = "module of slot " + anchor;
+    strip.panels.push_back({column, column, {}, about, {}, {}, {}, about});
+  }
+}
+
+void addColumn(tStrip& strip, const tJson& slot) {
+  const tSlotKind* const kind = kindOf(slot);
+  const std::string number = textOf(slot, "SlotNumber");
+  const std::string bus = textOf(slot, "TriggerBusNumber");
+  strip.columns.push_back({numberOf(slot, "SlotNumber").value_or(0), kind,
+                           joined({"Slot " + number, kind->name, textOf(slot, "PCISlotPath"),
+                                   bus.empty() ? bus : "trigger bus " + bus},
+                                  ", ")});
+}
+
+void addBus(tStrip& strip, const tJson& slot, std::size_t column) {
+  const auto number = numberOf(slot, "TriggerBusNumber");
+  if (!number) return;
+  tBusBar& bus = strip.buses.try_emplace(*number, tBusBar{column, column, {}}).first->second;
+  bus.last = column;
+  bus.columns.push_back(column);
+}
+
+struct tTriggerNames {
+  const char* label;
+  const char* number;
+  const char* line;
+  const char* controller;
+  bool isDStar;
+};
+
+constexpr tTriggerNames kTriggers[] = {
+    {"Star ", "StarTriggerNumber", "StarTriggerLine", "StarTriggerControllerName", false},
+    {"DStar ", "DStarTriggerNumber", "DStarTriggerSet", "DStarTriggerControllerName", true}};
+
+void addTriggers(tStrip& strip, const tSlots& slots, const tTriggerNames& names) {
+  std::map<std::uint32_t, tTriggerLane> lanes;
+  for (std::size_t column = 0; column < slots.size(); ++column) {
+    const tJson& slot = *slots[column];
+    const auto number = numberOf(slot, names.number);
+    if (!number) continue;
+    tTriggerLane& lane = lanes[*number];
+    lane.label = names.label + std::to_string(*number);
+    lane.isDStar = names.isDStar;
+    lane.markers.push_back({column, textOf(slot, names.line), slot.contains(names.controller)});
+  }
+  for (auto& [number, lane] : lanes) strip.triggers.push_back(std::move(lane));
+}
+
+// The number of source lines that come out anywhere.
+std::size_t passedLines(const tJson& bridge) {
+  std::size_t lines = 0;
+  for (int line = 0; line < 8; ++line) {
+    const std::string name = "BridgeLineMapping" + std::to_string(line);
+    if (numberOf(bridge, name.c_str()).value_or(0) != 0) ++lines;
+  }
+  return lines;
+}
+
+void addBridges(tStrip& strip, const tJson& bridges) {
+  for (const tJson& bridge : bridges) {
+    const std::string number = textOf(bridge, "BridgeNumber");
+    strip.bridges.push_back({number, numberOf(bridge, "BridgeSourceTriggerBus"),
+                             numberOf(bridge, "BridgeDestinationTriggerBus"),
+                             "Bridge " + number + " from bus " +
+                                 textOf(bridge, "BridgeSourceTriggerBus") + " to bus " +
+                                 textOf(bridge, "BridgeDestinationTriggerBus") + ", " +
+                                 std::to_string(passedLines(bridge)) + " of 8 lines"});
+  }
+}
+
+tStrip makeStrip(const tJson& chassis, const tSlots& slots) {
+  tStrip strip;
+  strip.title = "Chassis " + textOf(chassis, "ChassisNumber") + ": " +
+                joined({textOf(chassis, "ChassisVendor"), textOf(chassis, "ChassisModel")}, " ");
+  const std::string serial = textOf(chassis, "ChassisSerialNumber");
+  strip.subtitle = serial.empty() ? "no serial number" : "serial number " + serial;
+  for (std::size_t column = 0; column < slots.size(); ++column) {
+    addColumn(strip, *slots[column]);
+    addBus(strip, *slots[column], column);
+  }
+  addPanels(strip, slots);
+  for (const tTriggerNames& names : kTriggers) addTriggers(strip, slots, names);
+  if (slots.empty()) strip.notes.emplace_back("No slots");
+  addBridges(strip, chassis["TriggerBridges"]);
+  return strip;
+}
+
+}  // namespace
+
+std::vector<tStrip> planStrips(const tJson& chassis) {
+  const tJson& all = chassis["Slots"];
+  std::vector<tStrip> strips;
+  std::size_t drawn = 0;
+  do {
+    tSlots slots;
+    for (; drawn < all.size() && slots.size() < kMostColumns; ++drawn) {
+      slots.push_back(&all[drawn]);
+    }
+    strips.push_back(makeStrip(chassis, slots));
+    if (strips.size() > 1) strips.back().title += " (continued)";
+  } while (drawn < all.size() && strips.size() < kMostStrips);
+  if (drawn < all.size()) {
+    strips.back().notes.push_back("And " + std::to_string(all.size() - drawn) + " more slots, to " +
+                                  textOf(all.back(), "SlotNumber"));
+  }
+  return strips;
+}
+
+}  // namespace tool

@@ -1,0 +1,278 @@
+#include "tools/varmex/picture/strip.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <set>
+
+#include "tools/varmex/picture/lanes.h"
+#include "tools/varmex/picture/style.h"
+
+namespace tool {
+
+namespace {
+
+// The labels of lanes stand in the gutter.
+constexpr int kGutter = 60;
+constexpr int kSlotWidth = 56;
+constexpr int kLeastStripWidth = 338;
+constexpr int kTitleLine = 16;
+constexpr int kSubtitleLine = 32;
+constexpr int kSlotTop = 46;
+constexpr int kHeaderHeight = 34;
+constexpr int kPanelHeight = 200;
+constexpr int kSlotBottom = kSlotTop + kHeaderHeight + kPanelHeight;
+constexpr int kBusTop = kSlotBottom + 14;
+constexpr int kBusHeight = 18;
+constexpr int kBusLane = 24;
+constexpr int kBridgeLane = 18;
+constexpr int kTriggerLane = 25;
+constexpr int kNoteLine = 17;
+
+int leftOf(std::size_t column) { return kGutter + static_cast<int>(column) * kSlotWidth; }
+int centreOf(std::size_t column) { return leftOf(column) + kSlotWidth / 2; }
+int spanOf(std::size_t first, std::size_t last) { return leftOf(last + 1) - leftOf(first); }
+
+std::string point(int x, int y) { return std::to_string(x) + ' ' + std::to_string(y); }
+
+// From one height to another at one place.
+std::string upright(int x, int from, int to) {
+  return 'M' + point(x, from) + 'V' + std::to_string(to);
+}
+
+void paintSlot(tSvg& svg, const tColumn& slot, std::size_t column) {
+  svg.openGroup("column", leftOf(column), kSlotTop, slot.about);
+  const int height = kHeaderHeight + kPanelHeight;
+  svg.box({0, 0, kSlotWidth, height}, std::string("slot ") + slot.kind->style);
+  svg.box({4, kHeaderHeight, kSlotWidth - 8, kPanelHeight - 4}, "none", 2);
+  const int middle = kSlotWidth / 2;
+  svg.text(std::to_string(slot.slot), {middle, 15, kSlotWidth - 4, kSlotFont});
+  svg.text(slot.kind->label, {middle, 28, kSlotWidth - 4, kSmallMiddleFont});
+  svg.closeGroup();
+}
+
+void paintFrame(tSvg& svg, std::size_t columns) {
+  if (columns == 0) return;
+  constexpr int kEdge = 6;
+  svg.box({leftOf(0) - kEdge, kSlotTop - kEdge, spanOf(0, columns - 1) + 2 * kEdge,
+           kSlotBottom - kSlotTop + 2 * kEdge},
+          "frame", 5);
+}
+
+// Between slots whose numbers do not follow each other.
+void paintGap(tSvg& svg, const tStrip& strip, std::size_t column) {
+  const std::uint32_t before = strip.columns[column].slot;
+  const std::uint32_t after = strip.columns[column + 1].slot;
+  if (after == before + 1) return;
+  svg.openGroup("jump", leftOf(column + 1), kSlotTop,
+                "No slots between " + std::to_string(before) + " and " + std::to_string(after));
+  svg.box({-9, -12, 18, 11}, "gap", 3);
+  svg.text("\u2026", {0, -4, 18, kModelFont});
+  svg.closeGroup();
+}
+
+void paintPanel(tSvg& svg, const tPanel& panel) {
+  constexpr int kFootHeight = 30;
+  constexpr int kLineHeight = 15;
+  const int width = spanOf(panel.first, panel.last) - 8;
+  const int height = kPanelHeight - 4;
+  svg.openGroup("module", leftOf(panel.first) + 4, kSlotTop + kHeaderHeight, panel.about);
+  svg.box({0, 0, width, height}, "panel", 3);
+  const int foot = panel.address.empty() ? 0 : kFootHeight;
+  const std::pair<const std::string&, const tFont&> lines[] = {
+      {panel.model, kModelFont}, {panel.instance, kMiddleFont}, {panel.vendor, kSmallMiddleFont}};
+  const auto count = std::count_if(std::begin(lines), std::end(lines),
+                                   [](const auto& line) { return !line.first.empty(); });
+  int x = width / 2 + 4 - (static_cast<int>(count) - 1) * kLineHeight / 2;
+  for (const auto& [text, font] : lines) {
+    if (text.empty()) continue;
+    svg.text(text, {x, (height - foot) / 2, height - foot - 8, font, true});
+    x += kLineHeight;
+  }
+  svg.text(panel.address, {width / 2, height - 19, width - 2, kSmallMiddleFont});
+  svg.text(panel.link, {width / 2, height - 7, width - 2, kSmallMiddleFont});
+  svg.closeGroup();
+}
+
+using tBarPlaces = std::map<std::uint32_t, tBarPlace>;
+
+// Side by side in one lane, as far as the buses' slots are.
+tBarPlaces placeBuses(const std::map<std::uint32_t, tBusBar>& buses) {
+  tLanes lanes;
+  tBarPlaces places;
+  for (const auto& [number, bus] : buses) {
+    const int left = leftOf(bus.first) + 6;
+    const int right = leftOf(bus.last + 1) - 6;
+    const std::size_t lane = lanes.firstFree(left, right);
+    lanes.take(lane, left, right);
+    places[number] = {left, right, kBusTop + static_cast<int>(lane) * kBusLane + kBusHeight};
+  }
+  return places;
+}
+
+void paintBus(tSvg& svg, std::uint32_t number, const tBarPlace& bar) {
+  const std::string name = "Trigger bus " + std::to_string(number);
+  const int width = bar.right - bar.left;
+  svg.openGroup("bus", 0, 0, name);
+  svg.box({bar.left, bar.bottom - kBusHeight, width, kBusHeight}, "bar", 4);
+  svg.text(width < kSlotWidth ? "Bus " + std::to_string(number) : name,
+           {(bar.left + bar.right) / 2, bar.bottom - 5, width - 4, kInverseFont});
+  svg.closeGroup();
+}
+
+void paintBuses(tSvg& svg, const tStrip& strip, const tBarPlaces& bars) {
+  // Where bars are below each other, what leads to a lower one passes behind the upper ones.
+  for (const auto& [number, bus] : strip.buses) {
+    for (const std::size_t column : bus.columns) {
+      svg.path(upright(centreOf(column), kSlotBottom, bars.at(number).bottom - 2), "stub");
+    }
+  }
+  for (const auto& [number, bar] : bars) paintBus(svg, number, bar);
+}
+
+struct tPlacedBridge {
+  const tBridgeArrow* bridge;
+  const tBarPlace* source;
+  const tBarPlace* destination;
+};
+
+// Those between buses that are here, neighbours first.
+std::vector<tPlacedBridge> bridgesBetween(const tStrip& strip, const tBarPlaces& bars) {
+  std::vector<tPlacedBridge> found;
+  for (const tBridgeArrow& bridge : strip.bridges) {
+    if (!bridge.source || !bridge.destination) continue;
+    const auto source = bars.find(*bridge.source);
+    const auto destination = bars.find(*bridge.destination);
+    if (source == bars.end() || destination == bars.end()) continue;
+    found.push_back({&bridge, &source->second, &destination->second});
+  }
+  const auto distance = [](const tPlacedBridge& placed) {
+    return std::abs(placed.source->left - placed.destination->left);
+  };
+  std::stable_sort(found.begin(), found.end(),
+                   [&](const auto& a, const auto& b) { return distance(a) < distance(b); });
+  return found;
+}
+
+void paintBridge(tSvg& svg, const tPlacedBridge& placed, const tArrowPlace& place, int y) {
+  const auto [bridge, source, destination] = placed;
+  const int from = place.from;
+  const int to = place.to;
+  svg.openGroup("bridge", 0, 0, bridge->about);
+  svg.path('M' + point(from, source->bottom) + 'V' + std::to_string(y) + 'H' + std::to_string(to) +
+               'V' + std::to_string(destination->bottom + 6),
+           "arrow");
+  svg.path('M' + point(to, destination->bottom + 1) + "l-4 8h8z", "head");
+  const std::string name = "bridge " + bridge->number;
+  const int width = std::min(textWidth(name, kSmallMiddleFont) + 4, std::abs(to - from) - 8);
+  svg.box({(from + to - width) / 2, y - 7, width, 14}, "page");
+  svg.text(name, {(from + to) / 2, y + 4, width, kSmallMiddleFont});
+  svg.closeGroup();
+}
+
+struct tPaintedBridges {
+  int bottom;
+  std::set<const tBridgeArrow*> drawn;
+};
+
+tPaintedBridges paintBridges(tSvg& svg, const tStrip& strip, const tBarPlaces& bars) {
+  int bottom = kSlotBottom;
+  for (const auto& [number, bar] : bars) bottom = std::max(bottom, bar.bottom);
+  const int top = bottom + 18;
+  tPaintedBridges painted{bottom, {}};
+  tArrowLanes lanes;
+  for (const tPlacedBridge& placed : bridgesBetween(strip, bars)) {
+    const auto place = lanes.place(*placed.source, *placed.destination);
+    if (!place) continue;
+    paintBridge(svg, placed, *place, top + place->lane * kBridgeLane);
+    painted.drawn.insert(placed.bridge);
+  }
+  if (lanes.count() > 0) painted.bottom = top + (lanes.count() - 1) * kBridgeLane + 6;
+  return painted;
+}
+
+// Of the bridges that are not drawn, and what else can't be.
+std::vector<std::string> notesOf(const tStrip& strip, const std::set<const tBridgeArrow*>& drawn) {
+  constexpr std::size_t kMostBridges = 6;
+  std::vector<std::string> notes;
+  std::size_t count = 0;
+  for (const tBridgeArrow& bridge : strip.bridges) {
+    if (drawn.count(&bridge) == 0 && count++ < kMostBridges) notes.push_back(bridge.about);
+  }
+  if (count > kMostBridges) {
+    notes.push_back("And " + std::to_string(count - kMostBridges) + " more bridges");
+  }
+  notes.insert(notes.end(), strip.notes.begin(), strip.notes.end());
+  return notes;
+}
+
+void paintTrigger(tSvg& svg, const tTriggerLane& trigger, int y) {
+  svg.openGroup("trigger", 0, 0, trigger.label);
+  svg.text(trigger.label, {0, y + 4, kGutter - 6, kLaneFont});
+  const int from = centreOf(trigger.markers.front().column);
+  const int to = centreOf(trigger.markers.back().column);
+  svg.path('M' + point(from, y) + 'H' + std::to_string(to), trigger.isDStar ? "dlane" : "lane");
+  for (const tMarker& marker : trigger.markers) {
+    paintMarker(svg, marker, trigger.isDStar, centreOf(marker.column), y);
+  }
+  svg.closeGroup();
+}
+
+int widthOf(const tStrip& strip) {
+  return std::max(kLeastStripWidth, leftOf(strip.columns.size()));
+}
+
+void paintGuides(tSvg& svg, const tStrip& strip, int bottom) {
+  std::set<std::size_t> columns;
+  for (const tTriggerLane& trigger : strip.triggers) {
+    for (const tMarker& marker : trigger.markers) columns.insert(marker.column);
+  }
+  for (const std::size_t column : columns) {
+    svg.path(upright(centreOf(column), kSlotBottom, bottom), "guide");
+  }
+}
+
+}  // namespace
+
+void paintMarker(tSvg& svg, const tMarker& marker, bool isDStar, int x, int y) {
+  if (marker.isController) {
+    const std::string label = marker.line.empty() ? "C" : "C " + marker.line;
+    const int half = marker.line.empty() ? 11 : 18;
+    svg.box({x - half, y - 10, 2 * half, 20}, "controller", 2);
+    svg.text(label, {x, y + 4, 2 * half, kInverseFont});
+    return;
+  }
+  if (isDStar) {
+    svg.box({x - 10, y - 9, 20, 18}, "mark", 2);
+  } else {
+    svg.circle(x, y, 10, "mark");
+  }
+  svg.text(marker.line, {x, y + 4, 19, kSmallMiddleFont});
+}
+
+tPainted paintStrip(const tStrip& strip) {
+  tSvg upper;
+  const int width = widthOf(strip);
+  upper.text(strip.title, {0, kTitleLine, width, kTitleFont});
+  upper.text(strip.subtitle, {0, kSubtitleLine, width, kPlainFont});
+  paintFrame(upper, strip.columns.size());
+  for (std::size_t n = 0; n < strip.columns.size(); ++n) paintSlot(upper, strip.columns[n], n);
+  for (std::size_t n = 0; n + 1 < strip.columns.size(); ++n) paintGap(upper, strip, n);
+  for (const tPanel& panel : strip.panels) paintPanel(upper, panel);
+
+  tSvg lower;
+  const tBarPlaces bars = placeBuses(strip.buses);
+  paintBuses(lower, strip, bars);
+  const tPaintedBridges bridges = paintBridges(lower, strip, bars);
+  int y = strip.columns.empty() ? kSubtitleLine : bridges.bottom;
+  for (const tTriggerLane& trigger : strip.triggers)
+    paintTrigger(lower, trigger, y += kTriggerLane);
+  tSvg guides;
+  paintGuides(guides, strip, y);
+  y += strip.triggers.empty() ? 4 : 14;
+  for (const std::string& note : notesOf(strip, bridges.drawn)) {
+    lower.text(note, {0, y += kNoteLine, width, kPlainFont});
+  }
+  return {width, y, guides.body() + upper.body() + lower.body()};
+}
+
+}  // namespace tool

@@ -1,0 +1,17 @@
+#ifndef TOOLS_VARMEX_TEXT_FAILURES_H
+#define TOOLS_VARMEX_TEXT_FAILURES_H
+
+#include <exception>
+
+#include "varmex/varmex.hpp"
+
+namespace tool {
+
+// What a person is told, on the standard error output, of a failure that ends a command, and of
+// what went wrong on the way without ending it. All sentences about failures are made here.
+void tellFailure(const std::exception& failure);
+void tellWarning(const varmex::Error& warning);
+
+}  // namespace tool
+
+#endif
