@@ -5,7 +5,7 @@
 #include <cstring>
 #include <new>
 
-#include "corpxiTools/fileSystem/inputFile.h"
+#include "corpxiTools/fileSystem/fileBytes.h"
 #include "corpxiTools/iniLine.h"
 #include "ostrel/quarks/numbers.h"
 
@@ -29,44 +29,11 @@ std::size_t countByte(const char* begin, const char* end, char byte) {
   return count;
 }
 
-struct tFileText {
-  std::unique_ptr<char[]> bytes;  // with the padding that the line reader needs
-  std::size_t size = 0;
-};
-
-std::unique_ptr<char[]> allocateText(std::size_t size) {
-  auto bytes = std::make_unique_for_overwrite<char[]>(size + tIniLineReader::kPadding);
-  return bytes;
-}
-
-// One byte more than the file has, so that its end is seen without another allocation.
-std::size_t expectedSize(const tInputFile& file) {
-  const std::uint64_t size = file.size();
-  return size > 0 ? static_cast<std::size_t>(size) + 1 : 4096;
-}
-
-int readWholeFile(tInputFile& file, tFileText& text) {
-  std::size_t capacity = expectedSize(file);
-  text.bytes = allocateText(capacity);
-  while (true) {
-    const std::int64_t count = file.read(text.bytes.get() + text.size, capacity - text.size);
-    if (count < 0) return kIniReadFailed;
-    text.size += static_cast<std::size_t>(count);
-    if (text.size < capacity) break;
-    auto larger = allocateText(2 * capacity);
-    std::memcpy(larger.get(), text.bytes.get(), text.size);
-    text.bytes = std::move(larger);
-    capacity *= 2;
-  }
-  std::memset(text.bytes.get() + text.size, 0, tIniLineReader::kPadding);
-  return kIniLoaded;
-}
-
-bool startsWith(const tFileText& text, std::string_view mark) {
+bool startsWith(const tFileBytes& text, std::string_view mark) {
   return text.size >= mark.size() && std::memcmp(text.bytes.get(), mark.data(), mark.size()) == 0;
 }
 
-bool hasUnsupportedMark(const tFileText& text) {
+bool hasUnsupportedMark(const tFileBytes& text) {
   using namespace std::string_view_literals;
   return startsWith(text, "\x00\x00\xFE\xFF"sv) || startsWith(text, "\xFF\xFE"sv) ||
          startsWith(text, "\xFE\xFF"sv);
@@ -183,7 +150,7 @@ bool mayBePiece(std::string_view name) {
 // Fills a store from the text of a file.
 class tIniStore::tLoad {
  public:
-  tLoad(tIniStore& store, tFileText text) : store_(store), size_(text.size) {
+  tLoad(tIniStore& store, tFileBytes text) : store_(store), size_(text.size) {
     store_.text_ = std::move(text.bytes);
   }
 
@@ -409,9 +376,8 @@ int tIniStore::load(const char* path) {
   tInputFile file(path);
   if (!file.isOpen()) return kIniNotOpened;
   try {
-    tFileText text;
-    const int result = readWholeFile(file, text);
-    if (result < 0) return result;
+    tFileBytes text;
+    if (!readWholeFile(file, tIniLineReader::kPadding, text)) return kIniReadFailed;
     if (hasUnsupportedMark(text)) return kIniUnsupportedEncoding;
     tLoad(*this, std::move(text)).run();
     return kIniLoaded;

@@ -3,6 +3,7 @@
 #include <boost/make_shared.hpp>
 #include <cstdio>
 
+#include "corpxiTools/fileSystem/inputFile.h"
 #include "corpxiTools/fileSystem/utils.h"
 #include "halden/internal/FileLockImpl.h"
 #include "ostrel/quarks/throwingStatus.h"
@@ -105,7 +106,7 @@ void Session::load() {
 void Session::loadUnderLock() {
   tFile file;
   const bool isOpen = retryFor10s([&] {
-    file.reset(std::fopen(configurationPath_.c_str(), "r"));
+    file.reset(openInputStream(configurationPath_.c_str()));
     return file != nullptr;
   });
   if (!isOpen) raiseInaccessible(configurationPath_, OSTREL_HERE);

@@ -3,10 +3,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 
 namespace varmex::inline nCORPXITOOLS000 {
 
-// A file that is read from front to back, byte for byte and without a buffer in between.
+// A regular file that is read from front to back, byte for byte and without a buffer in between.
+// What is no regular file can't be opened: nobody waits for it, and nothing is read from it. After
+// a failure `errno` tells why.
 class tInputFile {
  public:
   explicit tInputFile(const char* path);
@@ -16,7 +19,7 @@ class tInputFile {
 
   bool isOpen() const { return descriptor_ >= 0; }
 
-  // In bytes, 0 when the system does not tell. The file may grow meanwhile.
+  // In bytes, 0 when the system does not tell. The file may grow or shrink meanwhile.
   std::uint64_t size() const;
 
   // How many bytes came into the buffer, less than its size at the end of the file alone; negative
@@ -26,6 +29,10 @@ class tInputFile {
  private:
   int descriptor_;
 };
+
+// A stream on a regular file, for reading, which no child process inherits; null when it can't be
+// opened.
+std::FILE* openInputStream(const char* path);
 
 }  // namespace varmex::inline nCORPXITOOLS000
 

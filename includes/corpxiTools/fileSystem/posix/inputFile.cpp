@@ -4,12 +4,53 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace varmex::inline nCORPXITOOLS000 {
 
-tInputFile::tInputFile(const char* path) : descriptor_(open(path, O_RDONLY | O_CLOEXEC)) {}
+namespace {
+
+// What opening a socket gives.
+constexpr int kNotRegular = ENXIO;
+
+int openUninterrupted(const char* path) {
+  int descriptor = -1;
+  do {
+    descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  } while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
+void closeKeepingError(int descriptor) {
+  const int error = errno;
+  close(descriptor);
+  errno = error;
+}
+
+bool isRegular(const struct stat& status) {
+  if (S_ISREG(status.st_mode)) return true;
+  errno = kNotRegular;
+  return false;
+}
+
+// The look ahead of the open is for devices that do something as soon as they are opened, and for
+// the writer that waits at a pipe; the look behind it for what took the file's place in between.
+int openRegularFile(const char* path) {
+  struct stat status {};
+  if (stat(path, &status) != 0 || !isRegular(status)) return -1;
+  const int descriptor = openUninterrupted(path);
+  if (descriptor < 0) return -1;
+  if (fstat(descriptor, &status) == 0 && isRegular(status)) return descriptor;
+  closeKeepingError(descriptor);
+  return -1;
+}
+
+}  // namespace
+
+tInputFile::tInputFile(const char* path) : descriptor_(openRegularFile(path)) {}
 
 tInputFile::~tInputFile() {
-  if (isOpen()) close(descriptor_);
+  if (isOpen()) closeKeepingError(descriptor_);
 }
 
 std::uint64_t tInputFile::size() const {
@@ -22,11 +63,20 @@ std::int64_t tInputFile::read(char* buffer, std::size_t size) {
   std::size_t total = 0;
   while (total < size) {
     const ssize_t count = ::read(descriptor_, buffer + total, size - total);
+    if (count < 0 && errno == EINTR) continue;
     if (count < 0) return -1;
     if (count == 0) break;
     total += static_cast<std::size_t>(count);
   }
   return static_cast<std::int64_t>(total);
+}
+
+std::FILE* openInputStream(const char* path) {
+  const int descriptor = openRegularFile(path);
+  if (descriptor < 0) return nullptr;
+  std::FILE* const stream = fdopen(descriptor, "r");
+  if (!stream) closeKeepingError(descriptor);
+  return stream;
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000
