@@ -117,10 +117,8 @@ int readNumberList(const char* text, std::vector<std::uint32_t>& numbers) {
   }
 }
 
-}  // namespace
-
-bool tIniFile::read(const std::string& path) {
-  const int result = store_.load(path.c_str());
+// False for what may be better at another try.
+bool isLoaded(int result) {
   if (result >= 0) return true;
   try {
     throwFileError(fileErrorOf(result));
@@ -128,6 +126,16 @@ bool tIniFile::read(const std::string& path) {
     return false;
   }
 }
+
+}  // namespace
+
+bool readIniText(const std::string& path, tIniText& text, std::string_view expected) {
+  return isLoaded(text.read(path.c_str(), expected));
+}
+
+bool tIniFile::read(const std::string& path) { return isLoaded(store_.load(path.c_str())); }
+
+void tIniFile::read(const tIniText& text) { isLoaded(store_.load(text)); }
 
 bool tIniFile::hasSection(std::string_view section) const {
   return findSection(section) != nullptr;

@@ -11,6 +11,10 @@
 
 namespace varmex::inline nCORPXITOOLS000 {
 
+// Reads a description file as tIniFile::read does, with the same failures, for a load later on.
+// What is expected may spare it the memory.
+bool readIniText(const std::string& path, tIniText& text, std::string_view expected);
+
 // A description file, looked up by section and item. Names compare byte for byte.
 //
 // A look-up of what is not there throws tItemNotFoundException, a value that does not fit
@@ -20,6 +24,9 @@ class tIniFile {
   // Replaces the content. False when the file could not be opened or read; tIniException for an
   // encoding other than bytes or UTF-8; std::bad_alloc.
   bool read(const std::string& path);
+
+  // Replaces the content by what the text says; std::bad_alloc.
+  void read(const tIniText& text);
 
   bool hasSection(std::string_view section) const;
   bool hasItem(std::string_view section, std::string_view item) const;

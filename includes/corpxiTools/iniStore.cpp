@@ -5,7 +5,6 @@
 #include <cstring>
 #include <new>
 
-#include "corpxiTools/fileSystem/fileBytes.h"
 #include "corpxiTools/iniLine.h"
 #include "ostrel/quarks/numbers.h"
 
@@ -27,16 +26,6 @@ std::size_t countByte(const char* begin, const char* end, char byte) {
     count += found;
   }
   return count;
-}
-
-bool startsWith(const tFileBytes& text, std::string_view mark) {
-  return text.size >= mark.size() && std::memcmp(text.bytes.get(), mark.data(), mark.size()) == 0;
-}
-
-bool hasUnsupportedMark(const tFileBytes& text) {
-  using namespace std::string_view_literals;
-  return startsWith(text, "\x00\x00\xFE\xFF"sv) || startsWith(text, "\xFF\xFE"sv) ||
-         startsWith(text, "\xFE\xFF"sv);
 }
 
 template <class Word>
@@ -150,6 +139,7 @@ bool mayBePiece(std::string_view name) {
 // Fills a store from the text of a file.
 class tIniStore::tLoad {
  public:
+  // The text is padded as the line reader needs it.
   tLoad(tIniStore& store, tFileBytes text) : store_(store), size_(text.size) {
     store_.text_ = std::move(text.bytes);
   }
@@ -373,12 +363,22 @@ void tIniStore::clear() {
 
 int tIniStore::load(const char* path) {
   clear();
-  tInputFile file(path);
-  if (!file.isOpen()) return kIniNotOpened;
+  tIniText text;
+  const int result = text.read(path);
+  return result < 0 ? result : take(text.takePadded());
+}
+
+int tIniStore::load(const tIniText& text) {
+  clear();
   try {
-    tFileBytes text;
-    if (!readWholeFile(file, tIniLineReader::kPadding, text)) return kIniReadFailed;
-    if (hasUnsupportedMark(text)) return kIniUnsupportedEncoding;
+    return take(copyPadded(text.bytes()));
+  } catch (const std::bad_alloc&) {
+    return kIniOutOfMemory;
+  }
+}
+
+int tIniStore::take(tFileBytes text) {
+  try {
     tLoad(*this, std::move(text)).run();
     return kIniLoaded;
   } catch (const std::bad_alloc&) {

@@ -9,18 +9,10 @@
 #include <string_view>
 #include <vector>
 
+#include "corpxiTools/iniText.h"
 #include "ostrel/quarks/hashSeed.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
-
-// Results of a load. Not negative: loaded.
-enum tIniResult : int {
-  kIniLoaded = 0,
-  kIniUnsupportedEncoding = -3,
-  kIniOutOfMemory = -12,
-  kIniNotOpened = -22,
-  kIniReadFailed = -5002,
-};
 
 // One item. Its texts live in the store and are NUL-terminated.
 struct tIniItem {
@@ -65,6 +57,9 @@ class tIniStore {
   // Replaces the content by that of the file. On failure the store is empty.
   int load(const char* path);
 
+  // The same for a text that was read; the text stays as it is.
+  int load(const tIniText& text);
+
   const tIniSection* findSection(std::string_view name) const;
 
   // Null when there is no such section or item.
@@ -81,6 +76,7 @@ class tIniStore {
  private:
   class tLoad;
 
+  int take(tFileBytes text);
   void clear();
 
   std::unique_ptr<char[]> text_;

@@ -72,9 +72,11 @@ boost::shared_ptr<const halden::tFileTimeStamp> takeStamp(const std::string& pat
   tFailure(kDescriptionTimeout, position).debug().text("path", path).raise();
 }
 
-void readFile(tIniFile& file, const std::string& path) {
+void readFile(tIniText& text, const std::string& path, std::string_view expected) {
   if (!existsOrThrow(path)) return;
-  if (!retryFor10s([&] { return file.read(path); })) raiseInaccessible(path, OSTREL_HERE);
+  if (!retryFor10s([&] { return readIniText(path, text, expected); })) {
+    raiseInaccessible(path, OSTREL_HERE);
+  }
 }
 
 }  // namespace
@@ -83,9 +85,8 @@ Session::Session() : observerLock_(tThrowingStatus<tFixedStatus>()) {
   findPaths();
   pxiSysTime_ = takeStamp(pxiSysPath_);
   pxieSysTime_ = takeStamp(pxieSysPath_);
-  load();
-  deviceMap_.enterClassic(description_.pxiSys, pxiSysChassisNumbers());
-  deviceMap_.enterExpress(description_.pxieSys, pxieSysChassisNumbers());
+  const tDescriptionUse likely = tDescriptionUse::ofLatest();
+  description_ = tDescriptionUse::of(readTexts(likely ? &likely->texts : nullptr));
 }
 
 void Session::findPaths() {
@@ -95,15 +96,11 @@ void Session::findPaths() {
   configurationPath_ = getConfigurationPath(status);
 }
 
-void Session::load() {
-  if (existsOrThrow(configurationPath_)) {
-    loadUnderLock();
-  } else {
-    readFiles();
-  }
+tDescriptionTexts Session::readTexts(const tDescriptionTexts* expected) const {
+  return existsOrThrow(configurationPath_) ? readUnderLock(expected) : readFiles(expected);
 }
 
-void Session::loadUnderLock() {
+tDescriptionTexts Session::readUnderLock(const tDescriptionTexts* expected) const {
   tFile file;
   const bool isOpen = retryFor10s([&] {
     file.reset(openInputStream(configurationPath_.c_str()));
@@ -115,12 +112,14 @@ void Session::loadUnderLock() {
     tFailure(kLockTimeout, OSTREL_HERE).raise();
   }
   const tHeldLock held(lock);
-  readFiles();
+  return readFiles(expected);
 }
 
-void Session::readFiles() {
-  readFile(description_.pxiSys, pxiSysPath_);
-  readFile(description_.pxieSys, pxieSysPath_);
+tDescriptionTexts Session::readFiles(const tDescriptionTexts* expected) const {
+  tDescriptionTexts texts;
+  readFile(texts.pxiSys, pxiSysPath_, expected ? expected->pxiSys.bytes() : "");
+  readFile(texts.pxieSys, pxieSysPath_, expected ? expected->pxieSys.bytes() : "");
+  return texts;
 }
 
 std::uint32_t Session::getU32Attribute(std::uint32_t attribute) const {
@@ -206,22 +205,8 @@ std::unique_ptr<Item> Session::openContainingItem(std::uint32_t) const {
 
 bool Session::lessThan(const Item& other) const { return kind() < other.kind(); }
 
-std::vector<std::uint32_t> Session::pxiSysChassisNumbers() const {
-  for (const char* section : {"System", "PXI System"}) {
-    if (description_.pxiSys.hasSection(section)) {
-      return description_.pxiSys.getNumberList(section, "ChassisList");
-    }
-  }
-  return {};
-}
-
-std::vector<std::uint32_t> Session::pxieSysChassisNumbers() const {
-  if (!description_.pxieSys.hasSection("System")) return {};
-  return description_.pxieSys.getNumberList("System", "ChassisList");
-}
-
 std::unique_ptr<Item> Session::openDevice(const tDeviceAddress& address) const {
-  return std::make_unique<Device>(deviceMap_.find(address), address, description_);
+  return std::make_unique<Device>(description_->devices.find(address), address, description());
 }
 
 }  // namespace varmex

@@ -5,14 +5,12 @@
 #include <boost/shared_ptr.hpp>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "halden/tools/FileModificationTime.h"
 #include "ostrel/quarks/synchronization.h"
-#include "source/varmex/DeviceMap.h"
 #include "source/varmex/Item.h"
 #include "source/varmex/SystemChangeObserver.h"
-#include "source/varmex/description.h"
+#include "source/varmex/sharedDescription.h"
 
 namespace varmex {
 
@@ -28,11 +26,7 @@ class Session : public Item {
   bool lessThan(const Item& other) const override;
   void acceptVisitor(ItemVisitor& visitor) const override;
 
-  const tDescription& description() const { return description_; }
-
-  // The chassis that each file lists, in file order.
-  std::vector<std::uint32_t> pxiSysChassisNumbers() const;
-  std::vector<std::uint32_t> pxieSysChassisNumbers() const;
+  const tDescription& description() const { return description_->files; }
 
   // The device at an address. Bus and device number must be known; the function is taken as given.
   std::unique_ptr<Item> openDevice(const tDeviceAddress& address) const;
@@ -46,13 +40,16 @@ class Session : public Item {
 
  private:
   void findPaths();
-  void load();
-  void loadUnderLock();
-  void readFiles();
+
+  // The files as they are. Those that hold what is expected, if anything is, share its memory.
+  tDescriptionTexts readTexts(const tDescriptionTexts* expected) const;
+  tDescriptionTexts readUnderLock(const tDescriptionTexts* expected) const;
+  tDescriptionTexts readFiles(const tDescriptionTexts* expected) const;
+
   bool isCurrent() const;
   SystemChangeObserver& observer() const;
 
-  tDescription description_;
+  tDescriptionUse description_;
   std::string pxiSysPath_;
   std::string pxieSysPath_;
   std::string configurationPath_;
@@ -62,7 +59,6 @@ class Session : public Item {
   mutable std::atomic<SystemChangeObserver*> observer_{nullptr};  // null until the first need
   mutable tCriticalSection observerLock_;                         // of its creation
   mutable std::atomic<bool> cancelled_{false};                    // never cleared
-  DeviceMap deviceMap_;
 };
 
 }  // namespace varmex

@@ -25,8 +25,8 @@ void handOver(const tItems& items, ItemVisitor& visitor) {
 }  // namespace
 
 void Session::acceptVisitor(ItemVisitor& visitor) const {
-  auto numbers = pxieSysChassisNumbers();
-  numbers = sortedUnion(std::move(numbers), pxiSysChassisNumbers());
+  auto numbers = description().pxieSysChassisNumbers();
+  numbers = sortedUnion(std::move(numbers), description().pxiSysChassisNumbers());
   tItems items;
   for (const std::uint32_t number : numbers) {
     items.push_back(boost::make_shared<Chassis>(number, description()));

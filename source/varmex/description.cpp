@@ -7,6 +7,18 @@
 
 namespace varmex {
 
+std::vector<std::uint32_t> tDescription::pxiSysChassisNumbers() const {
+  for (const char* section : {"System", "PXI System"}) {
+    if (pxiSys.hasSection(section)) return pxiSys.getNumberList(section, "ChassisList");
+  }
+  return {};
+}
+
+std::vector<std::uint32_t> tDescription::pxieSysChassisNumbers() const {
+  if (!pxieSys.hasSection("System")) return {};
+  return pxieSys.getNumberList("System", "ChassisList");
+}
+
 tSlotName::tSlotName(std::string_view prefix, std::uint32_t chassis, std::uint32_t slot) {
   constexpr std::string_view kSlot = "Slot";
   char* const last = std::end(text_) - 1;

@@ -10,10 +10,14 @@
 
 namespace varmex {
 
-// The two description files of a session. Items keep a reference to it.
+// The two description files. Items keep a reference to it.
 struct tDescription {
   tIniFile pxiSys;
   tIniFile pxieSys;
+
+  // The chassis that each file lists, in file order.
+  std::vector<std::uint32_t> pxiSysChassisNumbers() const;
+  std::vector<std::uint32_t> pxieSysChassisNumbers() const;
 
   // The file that describes an item whose section either may hold, classic PXI first.
   const tIniFile* firstWith(std::string_view section) const {

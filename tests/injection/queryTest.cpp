@@ -90,8 +90,13 @@ class tInjection : public tModel {
 };
 
 TEST_F(tInjection, opening) {
-  inject("open", 0,
-         [](tStatusRecord* status) { return tItem(varmex_openPXISession(0, status)) != nullptr; });
+  const auto open = [](tStatusRecord* status) {
+    return tItem(varmex_openPXISession(0, status)) != nullptr;
+  };
+  inject("open beside a session of the same files", 0, open);
+  session_.reset();
+  inject("open", 0, open);
+  describe(kPxiSys, kPxieSys);
   inject("open with a warning", varmex_warningFailedSync,
          [](tStatusRecord* status) { return tItem(varmex_openPXISession(1, status)) != nullptr; });
   for (std::uint32_t number : {1U, 2U, 3U}) {

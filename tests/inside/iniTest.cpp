@@ -50,6 +50,27 @@ class tIni : public testing::Test {
 
 constexpr const char* kFault = "The value in section S item K is invalid";
 
+// Around the share in which a file is held against what is expected.
+TEST_F(tIni, readsATextThatIsOrIsNotAsExpected) {
+  constexpr std::size_t kShare = 64 * 1024;
+  for (const std::size_t size :
+       {1UL, 100UL, kShare - 1, kShare, kShare + 1, 2 * kShare, 150'000UL}) {
+    std::string text(size, 'x');
+    for (std::size_t n = 0; n < size; n += 7) text[n] = static_cast<char>('a' + n % 26);
+    std::ofstream(path_, std::ios::binary | std::ios::trunc) << text;
+    tIniText read;
+    ASSERT_TRUE(readIniText(path_.string(), read, text));
+    EXPECT_EQ(read.bytes().data(), text.data()) << size;
+    for (const std::size_t place : {0UL, 99UL, kShare - 1, kShare, size - 1}) {
+      if (place >= size) continue;
+      std::string other = text;
+      other[place] = '!';
+      ASSERT_TRUE(readIniText(path_.string(), read, other));
+      EXPECT_EQ(read.bytes(), text) << size << ", " << place;
+    }
+  }
+}
+
 TEST_F(tIni, classifiesLines) {
   EXPECT_EQ(value("K=0\n[S]\nK=1"), "1");
   EXPECT_EQ(value("[ S ] trailing\n \t K \t=\v 1 ; two \f\n"), "1 ; two");

@@ -1,0 +1,100 @@
+#include "source/varmex/sharedDescription.h"
+
+#include <atomic>
+#include <memory>
+
+namespace varmex {
+
+struct tDescriptionPlace {
+  std::atomic<std::int32_t> users{0};  // kFree, kChanging, or how many there are
+  const tLoadedDescription* loaded = nullptr;
+};
+
+namespace {
+
+constexpr std::int32_t kFree = 0;
+constexpr std::int32_t kChanging = -1;  // one thread fills or empties the place
+
+constinit tDescriptionPlace places[tDescriptionUse::kMostShared];
+constinit std::atomic<tDescriptionPlace*> latest{nullptr};
+
+bool areSame(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && (a.data() == b.data() || a == b);
+}
+
+}  // namespace
+
+tLoadedDescription::tLoadedDescription(tDescriptionTexts read) : texts(std::move(read)) {
+  texts.pxiSys.makeOwn();
+  texts.pxieSys.makeOwn();
+  files.pxiSys.read(texts.pxiSys);
+  files.pxieSys.read(texts.pxieSys);
+  devices.enterClassic(files.pxiSys, files.pxiSysChassisNumbers());
+  devices.enterExpress(files.pxieSys, files.pxieSysChassisNumbers());
+}
+
+tDescriptionUse tDescriptionUse::ofLatest() {
+  tDescriptionPlace* const place = latest.load(std::memory_order_relaxed);
+  return place ? join(*place) : tDescriptionUse();
+}
+
+tDescriptionUse tDescriptionUse::of(tDescriptionTexts texts) {
+  if (tDescriptionUse found = find(texts)) return found;
+  tDescriptionUse made(new tLoadedDescription(std::move(texts)), nullptr);
+  // Threads that open at once have all found nothing.
+  if (tDescriptionUse found = find(made->texts)) return found;
+  made.publish();
+  return made;
+}
+
+tDescriptionUse tDescriptionUse::find(const tDescriptionTexts& texts) {
+  for (tDescriptionPlace& place : places) {
+    tDescriptionUse use = join(place);
+    if (!use || !areSame(use->texts.pxiSys.bytes(), texts.pxiSys.bytes()) ||
+        !areSame(use->texts.pxieSys.bytes(), texts.pxieSys.bytes())) {
+      continue;
+    }
+    latest.store(&place, std::memory_order_relaxed);
+    return use;
+  }
+  return {};
+}
+
+// None when the place holds nothing. What it holds does not change while it has a user.
+tDescriptionUse tDescriptionUse::join(tDescriptionPlace& place) {
+  std::int32_t users = place.users.load(std::memory_order_relaxed);
+  while (users > kFree) {
+    if (place.users.compare_exchange_weak(users, users + 1, std::memory_order_acquire)) {
+      return {place.loaded, &place};
+    }
+  }
+  return {};
+}
+
+void tDescriptionUse::publish() {
+  for (tDescriptionPlace& place : places) {
+    std::int32_t users = kFree;
+    if (!place.users.compare_exchange_strong(users, kChanging, std::memory_order_acquire)) continue;
+    place_ = &place;
+    place.loaded = loaded_;
+    place.users.store(1, std::memory_order_release);
+    latest.store(&place, std::memory_order_relaxed);
+    return;
+  }
+}
+
+tDescriptionUse::~tDescriptionUse() {
+  if (!place_) {
+    delete loaded_;
+    return;
+  }
+  std::int32_t users = place_->users.load(std::memory_order_relaxed);
+  while (!place_->users.compare_exchange_weak(users, users == 1 ? kChanging : users - 1,
+                                              std::memory_order_acq_rel)) {
+  }
+  if (users != 1) return;
+  delete loaded_;
+  place_->users.store(kFree, std::memory_order_release);
+}
+
+}  // namespace varmex

@@ -1,0 +1,76 @@
+#ifndef SOURCE_VARMEX_SHAREDDESCRIPTION_H
+#define SOURCE_VARMEX_SHAREDDESCRIPTION_H
+
+#include <utility>
+
+#include "source/varmex/DeviceMap.h"
+#include "source/varmex/description.h"
+
+namespace varmex {
+
+// Both files as they were read.
+struct tDescriptionTexts {
+  tIniText pxiSys;
+  tIniText pxieSys;
+};
+
+// All that is worked out of the two files at once. Raises what the device map raises.
+struct tLoadedDescription {
+  explicit tLoadedDescription(tDescriptionTexts read);
+
+  tDescriptionTexts texts;  // what other sessions are held against
+  tDescription files;
+  DeviceMap devices;
+};
+
+struct tDescriptionPlace;
+
+// A use of a loaded description, which lives until its last use ends. Sessions of a process that
+// read the same bytes use the same one; the bytes are compared, so no other description can pass
+// for it.
+//
+// There is no lock: what the process shares stands in a table of fixed size whose places are taken
+// and given up by single atomic steps. So a child made by fork in the middle of another thread's
+// step goes on, and threads that run while the process ends or the library goes find nothing
+// destroyed. With kMostShared descriptions in use at once, further ones are not shared.
+class tDescriptionUse {
+ public:
+  static constexpr std::size_t kMostShared = 64;
+
+  tDescriptionUse() = default;
+  tDescriptionUse(tDescriptionUse&& other) noexcept { swap(other); }
+  tDescriptionUse& operator=(tDescriptionUse&& other) noexcept {
+    swap(other);
+    return *this;
+  }
+  ~tDescriptionUse();
+
+  // The description that a session opened now will probably use, none if there is none.
+  static tDescriptionUse ofLatest();
+
+  // The description of these bytes, loaded if none is in use. Raises as its constructor does.
+  static tDescriptionUse of(tDescriptionTexts texts);
+
+  explicit operator bool() const { return loaded_ != nullptr; }
+  const tLoadedDescription* operator->() const { return loaded_; }
+
+ private:
+  tDescriptionUse(const tLoadedDescription* loaded, tDescriptionPlace* place)
+      : loaded_(loaded), place_(place) {}
+
+  static tDescriptionUse find(const tDescriptionTexts& texts);
+  static tDescriptionUse join(tDescriptionPlace& place);
+
+  void publish();
+  void swap(tDescriptionUse& other) {
+    std::swap(loaded_, other.loaded_);
+    std::swap(place_, other.place_);
+  }
+
+  const tLoadedDescription* loaded_ = nullptr;
+  tDescriptionPlace* place_ = nullptr;  // null: not shared
+};
+
+}  // namespace varmex
+
+#endif
