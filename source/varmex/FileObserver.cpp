@@ -1,6 +1,6 @@
 #include "source/varmex/FileObserver.h"
 
-#include "corpxiTools/fileSystem/folders.h"
+#include "ostrel/quarks/throwingStatus.h"
 
 namespace varmex {
 
@@ -11,10 +11,14 @@ constexpr std::int32_t kTimedOut = -52007;
 }  // namespace
 
 // The guard throws when the monitor stands, so that what it holds is given back.
-FileObserver::FileObserver() {
-  const std::string folder = getWindowsFolder();
+FileObserver::FileObserver(const std::string& pxiSysPath, const std::string& pxieSysPath) {
   tThrowingStatus<tStatusRecord> status;
-  monitor_.emplace(folder.c_str(), static_cast<tStatusRecord&>(status));
+  monitor_.emplace(std::vector{pxiSysPath, pxieSysPath}, static_cast<tStatusRecord&>(status));
+}
+
+std::uint64_t FileObserver::arm() {
+  tThrowingStatus<tStatusRecord> status;
+  return monitor_->arm(status);
 }
 
 bool FileObserver::waitBeyond(std::uint64_t seen, std::uint32_t timeoutMs) {

@@ -2,21 +2,21 @@
 #define SOURCE_VARMEX_FILEOBSERVER_H
 
 #include <optional>
+#include <string>
 
 #include "halden/internal/DirectoryMonitorImpl.h"
-#include "ostrel/quarks/throwingStatus.h"
 #include "source/varmex/SystemChangeObserver.h"
 
 namespace varmex {
 
-// Watches the folder of the two description files.
+// Watches the two description files of a session.
 class FileObserver final : public SystemChangeObserver {
  public:
-  FileObserver();
+  FileObserver(const std::string& pxiSysPath, const std::string& pxieSysPath);
 
-  bool wait(std::uint32_t timeoutMs) override { return waitBeyond(changes(), timeoutMs); }
+  bool wait(std::uint32_t timeoutMs) override { return waitBeyond(arm(), timeoutMs); }
   void cancel() override { monitor_->cancel(); }
-  std::uint64_t changes() const override { return monitor_->changes(); }
+  std::uint64_t arm() override;
   bool waitBeyond(std::uint64_t seen, std::uint32_t timeoutMs) override;
 
  private:

@@ -7,8 +7,8 @@
 #include "corpxiTools/fileSystem/utils.h"
 #include "halden/internal/FileLockImpl.h"
 #include "ostrel/quarks/throwingStatus.h"
-#include "source/varmex/FileObserver.h"
 #include "source/varmex/errorCodes.h"
+#include "source/varmex/fileStamp.h"
 #include "source/varmex/timedRetry.h"
 
 namespace varmex {
@@ -39,31 +39,6 @@ bool existsOrThrow(const std::string& path) {
   return fileExists(path, status);
 }
 
-halden::tFileTimeStamp readStamp(const std::string& path) {
-  tThrowingStatus<tStatusRecord> status;
-  std::uint64_t time = 0;
-  if (!halden::readLastWriteTime(path, time, status)) return {};
-  return {true, static_cast<std::uint32_t>(time), static_cast<std::uint32_t>(time >> 32)};
-}
-
-// Lacking rights may be a matter of the moment while a file is being replaced: they are asked for
-// again, for a second.
-halden::tFileTimeStamp stampWithRetry(const std::string& path) {
-  constexpr std::chrono::milliseconds kLimit{1'000};
-  const tStopwatch stopwatch;
-  while (true) {
-    std::chrono::milliseconds remaining{0};
-    try {
-      return readStamp(path);
-    } catch (const corerr::ExceptionBase& exception) {
-      remaining = stopwatch.remaining(kLimit);
-      if (exception.record().code != kOstrelInsufficientPermissions.value) throw;
-      if (remaining.count() == 0) throw;
-    }
-    std::this_thread::sleep_for(std::min(remaining, kRetryPause));
-  }
-}
-
 boost::shared_ptr<const halden::tFileTimeStamp> takeStamp(const std::string& path) {
   return boost::make_shared<const halden::tFileTimeStamp>(stampWithRetry(path));
 }
@@ -81,7 +56,7 @@ void readFile(tIniText& text, const std::string& path, std::string_view expected
 
 }  // namespace
 
-Session::Session() : observerLock_(tThrowingStatus<tFixedStatus>()) {
+Session::Session() {
   findPaths();
   pxiSysTime_ = takeStamp(pxiSysPath_);
   pxieSysTime_ = takeStamp(pxieSysPath_);
@@ -143,50 +118,6 @@ const char* Session::getStringAttribute(std::uint32_t attribute) const {
       .debug()
       .i32("attr", static_cast<std::int32_t>(attribute))
       .raise();
-}
-
-bool Session::isCurrent() const {
-  return stampWithRetry(pxiSysPath_) == *pxiSysTime_ &&
-         stampWithRetry(pxieSysPath_) == *pxieSysTime_;
-}
-
-SystemChangeObserver& Session::observer() const {
-  if (SystemChangeObserver* ready = observer_.load(std::memory_order_acquire)) return *ready;
-  const std::lock_guard<tCriticalSection> held(observerLock_);
-  if (!ownedObserver_) {
-    ownedObserver_ = std::make_unique<FileObserver>();
-    observer_.store(ownedObserver_.get(), std::memory_order_release);
-  }
-  return *ownedObserver_;
-}
-
-varmex_WaitResult Session::waitForInvalidation(std::uint32_t timeoutMs) const {
-  constexpr std::int64_t kLongest = halden::kForever - 1;  // of the waits that end
-  SystemChangeObserver& changes = observer();
-  const tStopwatch stopwatch;
-  while (!cancelled_) {
-    // The files are looked at ahead of each sleep: the watch starts late, and a notification says
-    // nothing about what changed.
-    const std::uint64_t seen = changes.changes();
-    if (!isCurrent()) return varmex_waitChanged;
-    if (timeoutMs == halden::kForever) {
-      changes.waitBeyond(seen, timeoutMs);
-      continue;
-    }
-    const auto elapsed = stopwatch.elapsed().count();
-    if (elapsed > timeoutMs) return varmex_waitTimedOut;
-    // One more, so that the time is over at the next look.
-    const auto remaining =
-        static_cast<std::uint32_t>(std::min<std::int64_t>(timeoutMs - elapsed + 1, kLongest));
-    if (!changes.waitBeyond(seen, remaining)) return varmex_waitTimedOut;
-  }
-  return varmex_waitCancelled;
-}
-
-void Session::cancelWait() const {
-  SystemChangeObserver& waiters = observer();
-  cancelled_ = true;
-  waiters.cancel();
 }
 
 std::unique_ptr<Item> Session::clone() const {

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <boost/shared_ptr.hpp>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "halden/tools/FileModificationTime.h"
@@ -18,6 +19,7 @@ namespace varmex {
 class Session : public Item {
  public:
   Session();
+  ~Session() override { delete observer_; }
 
   std::uint32_t getU32Attribute(std::uint32_t attribute) const override;
   const char* getStringAttribute(std::uint32_t attribute) const override;
@@ -48,6 +50,7 @@ class Session : public Item {
 
   bool isCurrent() const;
   SystemChangeObserver& observer() const;
+  std::optional<std::uint64_t> changesWhileCurrent(SystemChangeObserver& changes) const;
 
   tDescriptionUse description_;
   std::string pxiSysPath_;
@@ -55,9 +58,7 @@ class Session : public Item {
   std::string configurationPath_;
   boost::shared_ptr<const halden::tFileTimeStamp> pxiSysTime_;
   boost::shared_ptr<const halden::tFileTimeStamp> pxieSysTime_;
-  mutable std::unique_ptr<SystemChangeObserver> ownedObserver_;
   mutable std::atomic<SystemChangeObserver*> observer_{nullptr};  // null until the first need
-  mutable tCriticalSection observerLock_;                         // of its creation
   mutable std::atomic<bool> cancelled_{false};                    // never cleared
 };
 

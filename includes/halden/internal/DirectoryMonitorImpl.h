@@ -1,48 +1,36 @@
 #ifndef HALDEN_INTERNAL_DIRECTORYMONITORIMPL_H
 #define HALDEN_INTERNAL_DIRECTORYMONITORIMPL_H
 
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
+#include <string>
+#include <vector>
 
 #include "halden/internal/nativeDirectoryWatch.h"
-#include "ostrel/quarks/systemError.h"
 
 namespace halden {
 
-// Sleeps until something happens in a directory. Any number of threads may wait at once: one of
-// them waits for the system, the others for that one, and all see each change.
+// Sleeps until something happens to some files. Any number of threads may wait at once, and all see
+// each change.
 class DirectoryMonitorImpl {
  public:
-  // Watches from now on. `directory` is UTF-8. A failure is reported to `status`.
-  DirectoryMonitorImpl(const char* directory, tStatusRecord& status);
+  // Watches from now on. The files' full paths are UTF-8; their folders must exist. A failure is
+  // reported to `status`.
+  DirectoryMonitorImpl(const std::vector<std::string>& files, tStatusRecord& status);
   DirectoryMonitorImpl(const DirectoryMonitorImpl&) = delete;
   DirectoryMonitorImpl& operator=(const DirectoryMonitorImpl&) = delete;
 
-  // How many changes were seen so far.
-  std::uint64_t changes() const;
+  // Watches what the paths lead over by now, and answers how many changes were seen ahead of that.
+  // A failure is reported to `status`.
+  std::uint64_t arm(tStatusRecord& status);
 
-  // True when there was a change since `changes()` answered `seen`, or one comes within the time;
-  // false after a cancel, and on failure, which is reported to `status`: -52007 when the time ran
-  // out.
+  // True when there was a change since `arm` answered `seen`, or one comes within the time; false
+  // after a cancel, and on failure, which is reported to `status`: -52007 when the time ran out.
   bool wait(std::uint64_t seen, std::uint32_t timeoutMs, tStatusRecord& status);
 
   // Wakes all waiters, also those that come later.
-  void cancel();
+  void cancel() { watch_.cancel(); }
 
  private:
-  using tClock = std::chrono::steady_clock;
-
-  bool waitForLeader(std::unique_lock<std::mutex>& held, bool isForever, tClock::time_point end);
-  tWake lead(std::unique_lock<std::mutex>& held, bool isForever, tClock::time_point end,
-             varmex::tSystemError& error);
-
   tNativeDirectoryWatch watch_;
-  mutable std::mutex lock_;
-  std::condition_variable turned_;  // a change, a cancel, or nobody waits for the system any more
-  std::uint64_t changes_ = 0;
-  bool hasLeader_ = false;
-  bool isCancelled_ = false;
 };
 
 }  // namespace halden

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "varmex/status.h"
 
@@ -12,8 +14,8 @@ enum class tWake { changed, cancelled, timedOut, failed };
 
 inline constexpr std::uint32_t kForever = 0xFFFFFFFF;
 
-// The platform's notification of changes in one directory, not below it. What fails leaves its
-// reason with the system. One thread at a time waits; any thread may cancel.
+// The platform's notification of changes to some files. What fails leaves its reason with the
+// system. All but the first two may be called by any number of threads at once.
 class tNativeDirectoryWatch {
  public:
   tNativeDirectoryWatch();
@@ -22,12 +24,18 @@ class tNativeDirectoryWatch {
   // Sets up the cancel.
   bool create();
 
-  // Starts to watch. `path` is UTF-8; a failure to widen it is reported to `status`.
-  bool watch(const char* path, tStatusRecord& status);
+  // Starts to watch files by their full paths in UTF-8; a failure to widen one is reported to
+  // `status`. The files need not exist, their folders must.
+  bool watch(const std::vector<std::string>& files, tStatusRecord& status);
 
-  // Sleeps until something in the directory changed since the last wait that answered so, until the
-  // cancel, or for that many milliseconds.
-  tWake wait(std::uint32_t timeoutMs);
+  // Makes sure that all that the paths lead over by now is watched, and tells how many changes were
+  // noticed ahead of that.
+  bool arm(std::uint64_t& changes);
+
+  // Sleeps until more changes than `seen` were noticed since the start, until the cancel, or for
+  // that many milliseconds. Changes count that leave the files as they were. A thread that is
+  // cancelled meanwhile leaves it by unwinding.
+  tWake wait(std::uint64_t seen, std::uint32_t timeoutMs);
 
   // For good: every later wait answers `cancelled`.
   void cancel();
