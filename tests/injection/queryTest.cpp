@@ -189,7 +189,7 @@ TEST_F(tInjection, triggerManagers) {
 // The first wait of a session sets its watch up, so each call has a session of its own.
 TEST_F(tInjection, waiting) {
   std::vector<tItem> sessions;
-  for (int n = 0; n < 60; ++n) sessions.emplace_back(varmex_openPXISession(0, status_));
+  for (int n = 0; n < 400; ++n) sessions.emplace_back(varmex_openPXISession(0, status_));
   std::size_t next = 0;
   inject("wait", 0, [&](tStatusRecord* status) {
     return varmex_waitForSessionInvalidation(sessions.at(next++).get(), 0, status) ==
