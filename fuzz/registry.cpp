@@ -1,18 +1,36 @@
 // Reads keys out of the input as a registry editor's export.
 
+#include <string>
+
 #include "corpxiTools/fileSystem/posix/registryText.h"
 #include "fuzz/support.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string text(reinterpret_cast<const char*>(data), size);
-  for (const char* path : {"HKEY_LOCAL_MACHINE", "HKEY_LOCAL_MACHINE\\SOFTWARE",
-                           "HKEY_LOCAL_MACHINE\\SOFTWARE\\PXISA\\CurrentVersion"}) {
-    varmex::tRegistryTextKey key;
-    varmex::readRegistryText(text, path, key);
-    for (const std::string& subkey : key.subkeys) {
-      varmex::tRegistryTextKey below;
-      fuzz::require(varmex::readRegistryText(text, std::string(path) + '\\' + subkey, below));
-    }
+namespace {
+
+using namespace varmex;
+
+// Everything that is listed is found under its name.
+void look(const tRegistryText& text, const std::string& path, int depth) {
+  const auto key = text.findKey(path);
+  for (const tRegistryTextValue& value :
+       key ? key->values() : std::span<const tRegistryTextValue>()) {
+    fuzz::require(key->find(value.name) == &value && !value.isDeletion());
   }
+  const auto subkeys = text.subkeys(path);
+  fuzz::require(key || subkeys.empty());
+  for (const std::string_view name : subkeys) {
+    const std::string below = path + '\\' + std::string(name);
+    fuzz::require(!name.empty() && text.findKey(below));
+    if (depth > 0) look(text, below, depth - 1);
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  tFileBytes content{std::make_unique_for_overwrite<char[]>(size), size};
+  std::copy_n(data, size, content.bytes.get());
+  const tRegistryText text(std::move(content));
+  for (const char* root : {"HKEY_LOCAL_MACHINE", "HKEY_CLASSES_ROOT"}) look(text, root, 4);
   return 0;
 }

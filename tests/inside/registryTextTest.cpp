@@ -9,96 +9,202 @@ namespace varmex {
 namespace {
 
 const std::string kHead = "Windows Registry Editor Version 5.00\r\n\r\n";
+const std::string kHeader = "[HKEY_LOCAL_MACHINE\\A]\r\n";
 
-tRegistryTextKey read(const std::string& text, const char* path = "HKEY_LOCAL_MACHINE\\A") {
-  tRegistryTextKey key;
-  EXPECT_TRUE(readRegistryText(text, path, key)) << text;
-  return key;
+std::unique_ptr<const tRegistryText> parse(const std::string& text) {
+  tFileBytes content{std::make_unique_for_overwrite<char[]>(text.size()), text.size()};
+  text.copy(content.bytes.get(), text.size());
+  return std::make_unique<const tRegistryText>(std::move(content));
 }
 
-// The one value that this line gives.
-tRegistryTextValue valueOf(const std::string& line) {
-  tRegistryTextKey key = read(kHead + "[HKEY_LOCAL_MACHINE\\A]\r\n" + line + "\r\n");
-  EXPECT_EQ(key.values.size(), 1U) << line;
-  return key.values.empty() ? tRegistryTextValue{} : key.values[0];
+// The values of one key, each as NAME(TYPE)DATA; "no key" without it.
+std::string valuesOf(const std::string& text, const char* path = "HKEY_LOCAL_MACHINE\\A") {
+  const auto registry = parse(text);
+  const auto key = registry->findKey(path);
+  if (!key) return "no key";
+  std::string all;
+  for (const tRegistryTextValue& value : key->values()) {
+    EXPECT_EQ(key->find(value.name), &value) << value.name;
+    if (!all.empty()) all += ' ';
+    all += std::string(value.name) + '(' + std::to_string(value.type) + ')';
+    all += value.type == 1 ? value.data.substr(0, value.data.size() - 1) : value.data;
+    EXPECT_TRUE(value.type != 1 || value.data.ends_with('\0'));
+  }
+  return all;
 }
 
-std::string wide(const std::string& text) {
-  std::string units = "\xFF\xFE";
-  for (const char byte : text) units += {byte, '\0'};
-  return units;
+std::string subkeysOf(const std::string& text, const char* path = "HKEY_LOCAL_MACHINE\\A") {
+  std::string all;
+  const auto registry = parse(text);
+  for (const std::string_view name : registry->subkeys(path)) {
+    all += std::string(all.empty() ? "" : " ") += name;
+    EXPECT_TRUE(registry->findKey(std::string(path) + '\\' + std::string(name))) << name;
+  }
+  return all;
 }
 
-TEST(RegistryText, readsValuesOfEveryType) {
+TEST(RegistryText, readsEntries) {
   using namespace std::string_literals;
   const struct {
-    const char* line;
-    const char* name;
-    std::uint32_t type;
-    std::string data;
+    const char* lines;
+    std::string values;
   } cases[] = {
-      {R"("n"="a\\b \"c\"")", "n", 1, "a\\b \"c\"\0"s},
-      {R"(@="d")", "", 1, "d\0"s},
-      {R"("a\"b\\c"="")", "a\"b\\c", 1, "\0"s},
-      {"\"n\"=dword:000000fF", "n", 4, "\xFF\0\0\0"s},
-      {"\"n\"=hex:0a,FF,", "n", 3, "\x0A\xFF"},
-      {"\"n\"=hex:", "n", 3, ""},
-      {"\"n\"=hex(2):25,00,e4,00,00,00", "n", 2, "%\xC3\xA4\0"s},
-      {"\"n\"=hex(7):61,00,00,00,3d,d8,00,de,00,00,00,00", "n", 7, "a\0\xF0\x9F\x98\x80\0\0"s},
-      {"\"n\"=hex(b):01,\\\r\n  02,03,\\\r\n  04", "n", 11, "\1\2\3\4"},
-      {"\"n\"=\"two\r\nlines\"", "n", 1, "two\r\nlines\0"s},
-      {"  \"n\" = \"x\" ", "n", 1, "x\0"s},
+      // Every type.
+      {R"("n"="a\\b \"c\"")", R"(n(1)a\b "c")"},
+      {R"(@="d")", "(1)d"},
+      {R"("a\"b\\c"="")", R"(a"b\c(1))"},
+      {"\"n\"=dword:000000fF", "n(4)\xFF\0\0\0"s},
+      {"\"n\"=DWORD:8000000f", "n(4)\x0F\0\0\x80"s},
+      {"\"n\"=dword:1", "n(4)\1\0\0\0"s},
+      {"\"n\"=hex:0a,FF,", "n(3)\x0A\xFF"},
+      {"\"n\"=hex:", "n(3)"},
+      {"\"n\"=hex(2):25,00,e4,00,00,00", "n(2)%\xC3\xA4\0"s},
+      {"\"n\"=hex(7):61,00,00,00,3d,d8,00,de,00,00,00,00", "n(7)a\0\xF0\x9F\x98\x80\0\0"s},
+      {"\"n\"=hex(1):AC,20,ac,20,0,0", "n(1)\xE2\x82\xAC\xE2\x82\xAC"},
+      {"\"n\"=\"two\r\nlines\"", "n(1)two\r\nlines"},
+      {"  \"n\" = \"x\" ", "n(1)x"},
+      // Values on several lines.
+      {"\"n\"=hex(b):01,\\\r\n  02,03,\\\r\n  04", "n(11)\1\2\3\4"},
+      {"\"n\"=hex:01,\\\r\n\r\n \r\n  02", "n(3)\1\2"},
+      {"\"n\"=hex:01,\\\r\n ; 09,\r\n;x\\\r\n  02,\\\r\n  03", "n(3)\1\2\3"},
+      {"\"n\"=hex:01,\\ ; one\r\n  02, \\;two\r\n  03 ; three \\\r\n\"m\"=\"1\"",
+       "n(3)\1\2\3 m(1)1"},
+      // Comments.
+      {"\"n\"=\"x;y\" ; why", "n(1)x;y"},
+      {"\"n\"=\"x\";", "n(1)x"},
+      {"\"n\"=dword:0000000f;why", "n(4)\x0F\0\0\0"s},
+      {"; \"n\"=\"x\"", ""},
+      // One name.
+      {"\"Name\"=\"1\"\r\n\"x\"=\"2\"\r\n\"nAME\"=dword:3", "Name(4)\3\0\0\0 x(1)2"s},
+      {"\"n\"=\"1\"\r\n\"x\"=\"2\"\r\n\"N\"=-", "x(1)2"},
+      {"\"n\"=\"1\"\r\n\"N\"=- ; gone\r\n\"x\"=\"2\"\r\n\"N\"=\"3\"", "x(1)2 N(1)3"},
+      {"\"n\"=-\r\n@=\"1\"\r\n@=-", ""},
+      {"\"n\"=-x\r\n\"b\"=\"2\"\r\n\"a\"=\"1\"", "b(1)2 a(1)1"},
   };
-  for (const auto& [line, name, type, data] : cases) {
-    const tRegistryTextValue value = valueOf(line);
-    EXPECT_EQ(value.name, name) << line;
-    EXPECT_EQ(value.type, type) << line;
-    EXPECT_EQ(value.data, data) << line;
+  for (const auto& [lines, values] : cases) {
+    EXPECT_EQ(valuesOf(kHead + kHeader + lines), values) << lines;
+    EXPECT_EQ(valuesOf(kHead + kHeader + lines + "\r\n"), values) << lines;
   }
 }
 
 TEST(RegistryText, passesOverWhatItCannotRead) {
-  for (const char* line :
-       {"\"n\"", "n=\"x\"", "\"n\"=x", "\"n\"=dword:12345678a", "\"n\"=hex:1g", "\"n\"=hex(7:00",
-        "\"n\"=\"x\"y", "\"n=\"x", "; \"n\"=\"x\"", "\"n\"=-", "\"n\"=\"open"}) {
-    const auto key = read(kHead + "[HKEY_LOCAL_MACHINE\\A]\r\n" + line + "\r\n\"z\"=\"1\"\r\n");
-    ASSERT_EQ(key.values.size(), 1U) << line;
-    EXPECT_EQ(key.values[0].name, "z") << line;
+  for (const char* line : {"\"n\"",
+                           "n=\"x\"",
+                           "\"n\"=x",
+                           "\"n\"=",
+                           "\"n\"=dword:12345678a",
+                           "\"n\"=dword:",
+                           "\"n\"=dword: ;1",
+                           "\"n\"=dword:g",
+                           "\"n\"=dword",
+                           "\"n\"=hex",
+                           "\"n\"=hex:1g",
+                           "\"n\"=hex:001",
+                           "\"n\"=hex:1,,2",
+                           "\"n\"=hex(7:00",
+                           "\"n\"=hex():00",
+                           "\"n\"=hex(123456789):00",
+                           "\"n\"=\"x\"y",
+                           "\"n\"=\"x\\\"",
+                           "\"n=\"x",
+                           "\"n\"=\"open",
+                           "\"n\"=hex:01,\\",
+                           "\"n\"=hex:01,\\\r\n",
+                           "\"n\"=hex:01,\\\r\n;02",
+                           "\"n\"=hex:01,\\\r\n  zz,"}) {
+    EXPECT_EQ(valuesOf(kHead + kHeader + line), "") << line;
+    EXPECT_EQ(valuesOf(kHead + kHeader + line + "\r\n\"z\"=\"1\""), "z(1)1") << line;
+    EXPECT_EQ(valuesOf(kHead + "[HKEY_LOCAL_MACHINE\\B]\r\n" + line + "\r\n" + kHeader), "")
+        << line;
+  }
+  // What stands in a text is no line.
+  EXPECT_EQ(valuesOf(kHead + "[HKEY_LOCAL_MACHINE\\B]\r\n\"t\"=\"\r\n" + kHeader +
+                     "@=dword:5\r\n\"\r\n" + kHeader),
+            "");
+}
+
+TEST(RegistryText, readsHeaders) {
+  const struct {
+    const char* lines;
+    const char* values;  // of A
+    const char* subkeys;
+  } cases[] = {
+      {"[hkey_local_machine\\a]\r\n@=\"1\"", "(1)1", ""},
+      {" [HKEY_LOCAL_MACHINE\\A] \r\n@=\"1\"", "(1)1", ""},
+      {"[HKEY_LOCAL_MACHINE\\A] ; [x]\r\n@=\"1\"", "(1)1", ""},
+      {"[HKEY_LOCAL_MACHINE\\A\\b]c];\r\n", "", "b]c"},
+      {"[HKEY_LOCAL_MACHINE\\A\\]\r\n@=\"1\"", "(1)1", ""},
+      {"[HKEY_LOCAL_MACHINE\\A\\\\\\B\\\\]\r\n@=\"1\"", "", "B"},
+      {"[HKEY_LOCAL_MACHINE\\\\A]\r\n@=\"1\"", "no key", ""},
+      {"[HKEY_LOCAL_MACHINE\\A\r\n@=\"1\"", "no key", ""},
+      {"[\\A]\r\n[]\r\n[-]\r\n[-HKEY_LOCAL_MACHINE]\r\n@=\"1\"", "no key", ""},
+      // One key begins as the other does.
+      {"[HKEY_LOCAL_MACHINE\\AB]\r\n@=\"1\"\r\n[HKEY_LOCAL_MACHINE\\A0\\C]", "no key", ""},
+      {"[HKEY_LOCAL_MACHINE\\AB]\r\n[HKEY_LOCAL_MACHINE\\A\\C]\r\n[HKEY_LOCAL_MACHINE\\A B]", "",
+       "C"},
+      // Repeated keys, and those below in the order of the text.
+      {"[HKEY_LOCAL_MACHINE\\A]\r\n@=\"1\"\r\n[HKEY_LOCAL_MACHINE\\a\\D\\x]\r\n[HKEY_LOCAL_"
+       "MACHINE\\A\\c]"
+       "\r\n[HKEY_LOCAL_MACHINE\\A]\r\n\"x\"=\"2\"\r\n@=\"3\"\r\n[HKEY_LOCAL_MACHINE\\A\\d]",
+       "(1)3 x(1)2", "D c"},
+      // Deletions.
+      {"[HKEY_LOCAL_MACHINE\\A]\r\n@=\"1\"\r\n[-HKEY_LOCAL_MACHINE\\a] ; gone\r\n\"x\"=\"1\"",
+       "no key", ""},
+      {"[HKEY_LOCAL_MACHINE\\A]\r\n@=\"1\"\r\n[-HKEY_LOCAL_MACHINE\\A]\r\n[HKEY_LOCAL_MACHINE\\A]"
+       "\r\n\"x\"=\"2\"",
+       "x(1)2", ""},
+      {"[HKEY_LOCAL_MACHINE\\A\\B]\r\n[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[HKEY_LOCAL_MACHINE\\A\\BC]"
+       "\r\n"
+       "[-HKEY_LOCAL_MACHINE\\A\\B\\]\r\n",
+       "", "BC"},
+      {"[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[-HKEY_LOCAL_MACHINE\\A\\B]\r\n[HKEY_LOCAL_MACHINE\\A\\D]"
+       "\r\n"
+       "[-HKEY_LOCAL_MACHINE\\A\\D\\E]",
+       "", "D"},
+      {"[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[-HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[-HKEY_LOCAL_MACHINE\\A]"
+       "\r\n",
+       "no key", ""},
+      {"[-HKEY_LOCAL_MACHINE\\A]\r\n[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[-HKEY_LOCAL_"
+       "MACHINE\\A\\B\\C]",
+       "", "B"},
+  };
+  for (const auto& [lines, values, subkeys] : cases) {
+    EXPECT_EQ(valuesOf(kHead + lines), values) << lines;
+    EXPECT_EQ(subkeysOf(kHead + lines), subkeys) << lines;
   }
 }
 
-// What breaks off costs itself alone, and what stands in a text is no line.
-TEST(RegistryText, keepsEntriesApart) {
-  const std::string others = "[HKEY_LOCAL_MACHINE\\B]\r\n\"x\"=\"1\"\r\n";
-  for (const char* next : {"", "\"m\"=\"2\"\r\n", "  zz,\r\n"}) {
-    const auto key = read(kHead + "[HKEY_LOCAL_MACHINE\\A]\r\n\"n\"=hex:01,\\\r\n" + next + others);
-    EXPECT_EQ(key.values.size(), *next == '"' ? 1U : 0U) << next;
+TEST(RegistryText, isAnExportOfVersion5) {
+  const std::string text = kHead + kHeader + "\"\xC3\xA4\"=\"\xE2\x82\xAC\"\r\n";
+  const std::string values = "\xC3\xA4(1)\xE2\x82\xAC";
+  EXPECT_EQ(valuesOf(text), values);
+  EXPECT_EQ(valuesOf("\xEF\xBB\xBF" + text), values);
+  std::string wide = "\xFF\xFE";
+  for (const char16_t unit :
+       u"Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\A]\r\n"
+       u"\"\u00E4\"=\"\u20AC\"\r\n") {
+    if (unit) wide += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
   }
-  const auto text =
-      read(kHead + "[HKEY_LOCAL_MACHINE\\B]\r\n\"t\"=\"\r\n[HKEY_LOCAL_MACHINE\\A]\r\n" +
-           "@=dword:5\r\n\"\r\n[HKEY_LOCAL_MACHINE\\A]\r\n");
-  EXPECT_TRUE(text.values.empty());
+  EXPECT_EQ(valuesOf(wide), values);
+  EXPECT_EQ(valuesOf(""), "no key");
+  EXPECT_EQ(valuesOf("REGEDIT4\r\n" + kHeader), "no key");
 }
 
-TEST(RegistryText, findsKeysWithoutRegardToCase) {
-  const std::string text = kHead +
-                           "[hkey_local_machine\\a]\r\n\"N\"=\"1\"\r\n\"n\"=\"2\"\r\n"
-                           "[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[HKEY_LOCAL_MACHINE\\AB]\r\n"
-                           "[HKEY_LOCAL_MACHINE\\A\\b]\r\n[HKEY_LOCAL_MACHINE\\A\\D]\r\n"
-                           "[-HKEY_LOCAL_MACHINE\\A]\r\n\"m\"=\"3\"\r\n"
-                           "[HKEY_LOCAL_MACHINE\\A\r\n\"o\"=\"3\"\r\n";
-  const tRegistryTextKey key = read(text);
-  ASSERT_EQ(key.values.size(), 1U);
-  EXPECT_EQ(key.values[0].data, std::string("2\0", 2));
-  EXPECT_EQ(key.subkeys, (std::vector<std::string>{"B", "D"}));
-  EXPECT_EQ(read(text, "HKEY_LOCAL_MACHINE\\A\\B").subkeys, std::vector<std::string>{"C"});
-  EXPECT_EQ(read(wide(text)).subkeys, key.subkeys);
-  EXPECT_EQ(read("\xEF\xBB\xBF" + text).subkeys, key.subkeys);
-  tRegistryTextKey missing;
-  EXPECT_FALSE(readRegistryText(text, "HKEY_LOCAL_MACHINE\\X", missing));
-  EXPECT_FALSE(
-      readRegistryText("REGEDIT4\r\n[HKEY_LOCAL_MACHINE\\A]", "HKEY_LOCAL_MACHINE\\A", missing));
-  EXPECT_FALSE(readRegistryText("", "HKEY_LOCAL_MACHINE\\A", missing));
+// Whoever writes a text does not choose how long it takes to read.
+TEST(RegistryText, takesAnyTextInItsStride) {
+  std::string nested = kHead;
+  std::string path = "HKEY_LOCAL_MACHINE";
+  for (int depth = 0; depth < 2000; ++depth)
+    nested += "[" + (path += "\\a") + "]\n[-" + path + "]\n";
+  EXPECT_EQ(subkeysOf(nested, "HKEY_LOCAL_MACHINE"), "a");
+  std::string names = kHead + kHeader;
+  std::string deletions = kHead;
+  for (int n = 0; n < 200'000; ++n) {
+    names += '"' + std::to_string(n) + "\"=\"\"\n";
+    deletions += "[HKEY_USERS\\" + std::to_string(n) + "]\n[-HKEY_USERS\\A]\n";
+  }
+  EXPECT_EQ(parse(names)->findKey("HKEY_LOCAL_MACHINE\\A")->values().size(), 200'000U);
+  EXPECT_EQ(parse(deletions)->subkeys("HKEY_USERS").size(), 200'000U);
 }
 
 TEST(RegistryKey, anUnreadableFileHasNoKeys) {

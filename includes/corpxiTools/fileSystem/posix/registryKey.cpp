@@ -1,18 +1,14 @@
 #include "corpxiTools/fileSystem/registryKey.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
-#include "corpxiTools/fileSystem/posix/fileSystemRoot.h"
-#include "corpxiTools/fileSystem/posix/registryText.h"
+#include "corpxiTools/fileSystem/posix/registryFile.h"
+#include "corpxiTools/fileSystem/posix/registryNames.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
 
 namespace {
-
-constexpr const char* kRegistryFile = "/etc/pxi/registry.reg";
 
 const char* rootName(tRegistryRoot root) {
   switch (root) {
@@ -39,21 +35,6 @@ std::string subkeyInView(tRegistryRoot root, const std::string& subkey, tRegistr
   return subkey.substr(0, rest) + std::string(kView32) + '\\' + subkey.substr(rest);
 }
 
-// A missing or unreadable file is a registry without keys.
-std::string readRegistryFile() {
-  struct tCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
-  const std::string path = fileSystemRoot() + kRegistryFile;
-  const std::unique_ptr<std::FILE, tCloser> file(std::fopen(path.c_str(), "rbe"));
-  std::string text;
-  char part[4096];
-  while (file && !std::ferror(file.get()) && !std::feof(file.get())) {
-    text.append(part, std::fread(part, 1, sizeof part, file.get()));
-  }
-  return text;
-}
-
 // Between keys any number of backslashes counts as one, but not directly below a root.
 std::string withoutRepeatedBackslashes(const std::string& subkey) {
   std::string result;
@@ -64,9 +45,9 @@ std::string withoutRepeatedBackslashes(const std::string& subkey) {
   return result;
 }
 
-std::uint32_t copyName(const std::string& source, char* name, std::uint32_t nameSize) {
+std::uint32_t copyName(std::string_view source, char* name, std::uint32_t nameSize) {
   if (source.size() >= nameSize) return E2BIG;
-  std::memcpy(name, source.c_str(), source.size() + 1);
+  name[source.copy(name, source.size())] = '\0';
   return 0;
 }
 
@@ -87,16 +68,13 @@ std::uint32_t copyValue(const tRegistryTextValue& value, std::uint32_t& type, vo
 }  // namespace
 
 struct tRegistryKey::tNative {
-  bool read() { return readRegistryText(readRegistryFile(), path, key); }
-
-  void readSubkeys() {
-    tRegistryTextKey now;
-    readRegistryText(readRegistryFile(), path, now);
-    key.subkeys = std::move(now.subkeys);
-  }
-
   std::string path;
+  std::shared_ptr<const tRegistryText> text;  // null: there is none
   tRegistryTextKey key;
+  struct {
+    std::shared_ptr<const tRegistryText> text;
+    std::vector<std::string_view> subkeys;
+  } listing;  // of the running enumeration
 };
 
 tRegistryKey::tRegistryKey() = default;
@@ -113,9 +91,11 @@ std::uint32_t tRegistryKey::open(tRegistryRoot root, const std::string& subkey,
     path += '\\' + withoutRepeatedBackslashes(subkeyInView(root, subkey, view));
   }
   while (path.ends_with('\\')) path.pop_back();
-  const bool found = native->read();
+  if (const std::uint32_t error = readRegistry(native->text)) return error;
+  const auto key = native->text ? native->text->findKey(path) : std::nullopt;
   // The roots are always there.
-  if (!found && !subkey.empty()) return ENOENT;
+  if (!key && !subkey.empty()) return ENOENT;
+  if (key) native->key = *key;
   native_ = std::move(native);
   return 0;
 }
@@ -124,16 +104,13 @@ bool tRegistryKey::isOpen() const { return native_ != nullptr; }
 
 std::uint32_t tRegistryKey::queryValue(const char* name, std::uint32_t& type, void* data,
                                        std::uint32_t& size) const {
-  const auto& values = native_->key.values;
-  const auto found = std::find_if(values.begin(), values.end(), [name](const auto& value) {
-    return sameRegistryName(value.name, name);
-  });
-  return found == values.end() ? ENOENT : copyValue(*found, type, data, size);
+  const tRegistryTextValue* const value = native_->key.find(name);
+  return value ? copyValue(*value, type, data, size) : ENOENT;
 }
 
 std::uint32_t tRegistryKey::enumValue(std::uint32_t index, char* name, std::uint32_t nameSize,
                                       std::uint32_t& type, void* data, std::uint32_t& size) const {
-  const auto& values = native_->key.values;
+  const auto values = native_->key.values();
   if (index >= values.size()) return ENOENT;
   if (const std::uint32_t error = copyName(values[index].name, name, nameSize)) return error;
   return copyValue(values[index], type, data, size);
@@ -141,8 +118,12 @@ std::uint32_t tRegistryKey::enumValue(std::uint32_t index, char* name, std::uint
 
 // The subkeys are those of the moment when an enumeration begins.
 std::uint32_t tRegistryKey::enumKey(std::uint32_t index, char* name, std::uint32_t nameSize) const {
-  if (index == 0) native_->readSubkeys();
-  const auto& subkeys = native_->key.subkeys;
+  auto& [listed, subkeys] = native_->listing;
+  if (index == 0) {
+    subkeys.clear();
+    if (const std::uint32_t error = readRegistry(listed)) return error;
+    if (listed) subkeys = listed->subkeys(native_->path);
+  }
   return index < subkeys.size() ? copyName(subkeys[index], name, nameSize) : ENOENT;
 }
 
