@@ -207,14 +207,6 @@ TEST(RegistryText, takesAnyTextInItsStride) {
   EXPECT_EQ(parse(deletions)->subkeys("HKEY_USERS").size(), 200'000U);
 }
 
-TEST(RegistryKey, anUnreadableFileHasNoKeys) {
-  test::tTestMachine machine;
-  std::filesystem::create_directories(machine.folder() / "registry.reg");
-  tRegistryKey key;
-  EXPECT_NE(key.open(tRegistryRoot::localMachine, "SOFTWARE", tRegistryView::process), 0U);
-  EXPECT_EQ(key.open(tRegistryRoot::localMachine, "", tRegistryView::process), 0U);
-}
-
 TEST(RegistryKey, hasTwoViews) {
   test::tTestMachine machine;
   machine.setRegistryNumber("SOFTWARE\\X", "n", 64);

@@ -217,7 +217,7 @@ class tReader {
 
   // A text may hold line ends, so it may go on over the lines that follow.
   bool readText(std::string_view line, tRegistryTextValue& value) {
-    const std::string_view whole(line.data(), endOfContent() - line.data());
+    const std::string_view whole(line.data(), endOfContent());
     const std::size_t quote = findClosingQuote(whole);
     if (quote == std::string_view::npos) return false;
     const std::size_t end = std::min(whole.find('\n', quote), whole.size());

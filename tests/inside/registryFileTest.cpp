@@ -1,0 +1,209 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "corpxiTools/fileSystem/registryKey.h"
+#include "ostrel/quarks/transientFailures.h"
+#include "tests/support/posix/systemCalls.h"
+#include "tests/support/testMachine.h"
+
+namespace varmex {
+
+namespace {
+
+using test::tSystemCalls;
+
+// A registry with one number, which is read through a key of its own each time.
+class tRegistryFile : public testing::Test {
+ protected:
+  std::filesystem::path file() const { return machine_.folder() / "registry.reg"; }
+
+  void write(std::uint32_t number) const { machine_.write(file(), textOf(number)); }
+
+  static std::string textOf(std::uint32_t number) {
+    return "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\X]\n\"n\"=dword:" +
+           std::to_string(number) + '\n';
+  }
+
+  // A text that has just been written may change again without showing it.
+  static void settle() { std::this_thread::sleep_for(std::chrono::milliseconds(50)); }
+
+  static std::uint32_t open(const char* subkey = "X") {
+    return tRegistryKey().open(tRegistryRoot::localMachine, subkey, tRegistryView::process);
+  }
+
+  static int number() {
+    tRegistryKey key;
+    if (key.open(tRegistryRoot::localMachine, "X", tRegistryView::process) != 0) return -1;
+    std::uint32_t type = 0;
+    std::uint32_t value = 0;
+    std::uint32_t size = sizeof value;
+    return key.queryValue("N", type, &value, size) == 0 ? static_cast<int>(value) : -2;
+  }
+
+  test::tTestMachine machine_;
+};
+
+TEST_F(tRegistryFile, isReadOncePerContent) {
+  tSystemCalls calls;
+  const auto expect = [&](int expected, int reads) {
+    settle();
+    calls.counts.clear();
+    for (int n = 0; n < 3; ++n) EXPECT_EQ(number(), expected);
+    EXPECT_EQ(calls.counts["open"], reads);
+  };
+  expect(-1, 0);
+  write(1);
+  expect(1, 1);
+  expect(1, 0);
+  write(2);
+  expect(2, 1);
+  // Another file with the same times and size.
+  const auto time = std::filesystem::last_write_time(file());
+  const auto other = machine_.folder() / "other";
+  machine_.write(other, textOf(3));
+  std::filesystem::last_write_time(other, time);
+  std::filesystem::rename(other, file());
+  expect(3, 1);
+  // The same file with the same modification time and size.
+  machine_.write(file(), textOf(4));
+  std::filesystem::last_write_time(file(), time);
+  expect(4, 1);
+  std::filesystem::remove(file());
+  expect(-1, 0);
+  write(4);
+  expect(4, 1);
+  const test::tTestMachine another;
+  EXPECT_EQ(number(), -1);
+}
+
+// Times of files go in steps: two contents may share one.
+TEST_F(tRegistryFile, isNeverOutOfDate) {
+  for (std::uint32_t n = 0; n < 10; ++n) {
+    write(n);
+    EXPECT_EQ(number(), static_cast<int>(n));
+  }
+  settle();
+  tSystemCalls calls;
+  bool changed = false;
+  calls.beforeRead = [&] {
+    if (!std::exchange(changed, true)) write(8);
+  };
+  write(7);
+  settle();
+  number();
+  EXPECT_EQ(number(), 8);
+}
+
+TEST_F(tRegistryFile, thatCannotBeReadJustNowIsNotMissing) {
+  const struct {
+    const char* call;
+    int error;
+    std::uint32_t answer;
+  } cases[] = {
+      {"stat", ENOENT, ENOENT},
+      {"stat", ENOTDIR, ENOENT},
+      {"open", EACCES, ENOENT},
+      {"stat", ELOOP, ENOENT},
+      {"stat", ENAMETOOLONG, ENOENT},
+      {"open", EPERM, ENOENT},
+      {"open", EMFILE, EMFILE},
+      {"open", ENFILE, ENFILE},
+      {"stat", EIO, EIO},
+      {"fstat", EIO, EIO},
+      {"read", EIO, EIO},
+      {"open", EAGAIN, EAGAIN},
+  };
+  for (const auto& [call, error, answer] : cases) {
+    write(1);
+    const auto before = transientFailures.load();
+    for (const char* subkey : {"X", ""}) {
+      tSystemCalls calls;
+      calls.failures = {{call, error}};
+      const bool isRoot = *subkey == '\0';
+      EXPECT_EQ(open(subkey), isRoot && answer == ENOENT ? 0 : answer) << call << ' ' << error;
+    }
+    EXPECT_EQ(transientFailures - before, answer == ENOENT ? 0U : 2U) << call << ' ' << error;
+    EXPECT_EQ(number(), 1);
+  }
+  for (const char* call : {"stat", "open", "read"}) {
+    tSystemCalls calls;
+    calls.failures = {{call, ENOMEM}};
+    EXPECT_THROW(open(), std::bad_alloc) << call;
+    EXPECT_EQ(number(), 1);
+  }
+}
+
+TEST_F(tRegistryFile, thatIsKeptNeedsNoDescriptor) {
+  write(1);
+  settle();
+  EXPECT_EQ(number(), 1);
+  tSystemCalls calls;
+  calls.failures = {{"open", EMFILE}};
+  EXPECT_EQ(number(), 1);
+}
+
+TEST_F(tRegistryFile, endsAnEnumerationThatItFails) {
+  write(1);
+  tRegistryKey key;
+  ASSERT_EQ(key.open(tRegistryRoot::localMachine, "", tRegistryView::process), 0U);
+  char name[8];
+  tSystemCalls calls;
+  calls.failures = {{"stat", EIO}};
+  EXPECT_EQ(key.enumKey(0, name, sizeof name), static_cast<std::uint32_t>(EIO));
+  EXPECT_EQ(key.enumKey(1, name, sizeof name), static_cast<std::uint32_t>(ENOENT));
+  EXPECT_EQ(key.enumKey(0, name, sizeof name), 0U);
+  EXPECT_STREQ(name, "X");
+  std::filesystem::remove(file());
+  EXPECT_EQ(key.enumKey(0, name, sizeof name), static_cast<std::uint32_t>(ENOENT));
+}
+
+TEST_F(tRegistryFile, isRegular) {
+  ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+  EXPECT_EQ(number(), -1);
+  std::filesystem::remove(file());
+  std::filesystem::create_directory(file());
+  EXPECT_EQ(number(), -1);
+  EXPECT_EQ(open(""), 0U);
+}
+
+// The child is forked by a thread that reads the text: to the child it is locked for good.
+TEST_F(tRegistryFile, servesTheChildOfAFork) {
+  write(5);
+  tSystemCalls calls;
+  pid_t child = -1;
+  calls.beforeRead = [&] {
+    if (child >= 0) return;
+    child = fork();
+    if (child != 0) return;
+    alarm(60);
+    _exit(number() == 5 && number() == 5 ? 0 : 1);
+  };
+  EXPECT_EQ(number(), 5);
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+// Names up to the last that the buffers of the data tree hold.
+TEST_F(tRegistryFile, longNamesEndAnEnumeration) {
+  for (const std::size_t length : {254U, 255U, 256U, 300U}) {
+    const std::string name(length, 'k');
+    machine_.write(file(), "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\X\\" + name +
+                               "]\n[HKEY_LOCAL_MACHINE\\X\\after]\n");
+    tRegistryKey key;
+    ASSERT_EQ(key.open(tRegistryRoot::localMachine, "X", tRegistryView::process), 0U);
+    char buffer[256];
+    const std::uint32_t error = key.enumKey(0, buffer, sizeof buffer);
+    EXPECT_EQ(error, length < sizeof buffer ? 0 : static_cast<std::uint32_t>(E2BIG)) << length;
+    EXPECT_TRUE(error != 0 || buffer == name);
+    EXPECT_EQ(open(("X\\" + name).c_str()), 0U) << "a name of any length is found";
+  }
+}
+
+}  // namespace
+
+}  // namespace varmex
