@@ -1,84 +1,295 @@
-// What only a POSIX system lets a test bring about.
+// What only a POSIX system lets a test bring about: links, mounts, limits.
 
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <thread>
+#include <cerrno>
+#include <fstream>
 
-#include "tests/support/model.h"
+#include "tests/support/posix/child.h"
+#include "tests/support/wait.h"
 
 namespace test {
 
 namespace {
 
-using tPosixWait = tModel;
+namespace fs = std::filesystem;
+
+class tPosixWait : public tWaiting {
+ protected:
+  fs::path base() const { return machine_.folder().parent_path().parent_path(); }
+
+  // Rests on the system's error `code`.
+  void expectFault(varmex_WaitResult result, int code) {
+    EXPECT_EQ(result, varmex_waitFailed);
+    EXPECT_EQ(status_.code(), ostrelerr_osFault) << status_.text();
+    const auto json = nlohmann::json::parse(status_.text());
+    EXPECT_EQ(json["internal_error"]["api"], "posix");
+    EXPECT_EQ(json["internal_error"]["code"], code) << status_.text();
+    varmex_releaseStatus(status_);
+  }
+};
+
+// A description file whose time tells it from others with another `hour`.
+void writeOf(int hour, const fs::path& path) {
+  tTestMachine::write(path, kOneChassis);
+  const timespec times[] = {{hour * 3600, 0}, {hour * 3600, 0}};
+  utimensat(AT_FDCWD, path.c_str(), times, 0);
+}
+
+void relink(const fs::path& link, const fs::path& target) {
+  const fs::path fresh = link.string() + ".new";
+  fs::create_symlink(target, fresh);
+  fs::rename(fresh, link);
+}
+
+void exchange(const fs::path& a, const fs::path& b) {
+  ASSERT_EQ(renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE), 0);
+}
+
+// The root of the library is `root` below a folder of each case's own; "one" and "two" are roots
+// with files of different times, "twin" one with the time of "one".
+struct tWay {
+  const char* name;
+  void (*prepare)(const fs::path& place);
+  void (*change)(const fs::path& place);
+};
+
+constexpr const char* kFile = "etc/pxi/pxisys.ini";
+
+const tWay kWays[] = {
+    {"the root is a link and switched", [](const fs::path& p) { relink(p / "root", "one"); },
+     [](const fs::path& p) { relink(p / "root", p / "two"); }},
+    {"the folder is a link and switched",
+     [](const fs::path& p) {
+       fs::create_directories(p / "root/etc");
+       relink(p / "root/etc/pxi", "../../one/../one/etc/pxi");
+     },
+     [](const fs::path& p) { relink(p / "root/etc/pxi", "../../two/etc/pxi"); }},
+    {"a link behind the link is switched",
+     [](const fs::path& p) {
+       relink(p / "middle", p / "one");
+       relink(p / "root", "middle");
+     },
+     [](const fs::path& p) { relink(p / "middle", "two"); }},
+    {"the file is a link and its target is written",
+     [](const fs::path& p) {
+       fs::create_directories(p / "root/etc/pxi");
+       relink(p / "root" / kFile, p / "one" / kFile);
+     },
+     [](const fs::path& p) { std::ofstream(p / "one" / kFile, std::ios::app) << "; more\n"; }},
+    {"the file is a link and its target is renamed over",
+     [](const fs::path& p) {
+       fs::create_directories(p / "root/etc/pxi");
+       relink(p / "root" / kFile, p / "one" / kFile);
+     },
+     [](const fs::path& p) { fs::rename(p / "two" / kFile, p / "one" / kFile); }},
+    {"the file is a dangling link and its target appears",
+     [](const fs::path& p) {
+       fs::create_directories(p / "root/etc/pxi");
+       relink(p / "root" / kFile, p / "later/file");
+     },
+     [](const fs::path& p) {
+       fs::create_directories(p / "later");
+       writeOf(1, p / "later/file");
+     }},
+    {"the file has another name by which it is written",
+     [](const fs::path& p) {
+       fs::rename(p / "one", p / "root");
+       fs::create_hard_link(p / "root" / kFile, p / "name");
+     },
+     [](const fs::path& p) { std::ofstream(p / "name", std::ios::app) << "; more\n"; }},
+    {"a parent folder is replaced", [](const fs::path& p) { fs::rename(p / "one", p / "root"); },
+     [](const fs::path& p) { exchange(p / "root/etc", p / "two/etc"); }},
+    {"the folder is replaced while something stands in it",
+     [](const fs::path& p) {
+       fs::create_directories(p / "root/etc/pxi");
+       // Until the end of the program.
+       EXPECT_GE(open((p / "root/etc/pxi").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), 0);
+     },
+     [](const fs::path& p) { fs::rename(p / "two/etc/pxi", p / "root/etc/pxi"); }},
+    {"a switch that changes nothing, and a change behind it",
+     [](const fs::path& p) { relink(p / "root", "one"); },
+     [](const fs::path& p) {
+       relink(p / "root", "twin");
+       std::this_thread::sleep_for(std::chrono::milliseconds(100));
+       writeOf(3, p / "twin" / kFile);
+     }},
+};
+
+TEST_F(tPosixWait, seesAllThatDecidesWhatThePathsStandFor) {
+  int number = 0;
+  for (const tWay& way : kWays) {
+    const fs::path place = base() / ("way" + std::to_string(number++));
+    writeOf(1, place / "one" / kFile);
+    writeOf(1, place / "twin" / kFile);
+    writeOf(2, place / "two" / kFile);
+    way.prepare(place);
+    setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
+    session_.reset(varmex_openPXISession(0, status_));
+    ASSERT_TRUE(session_) << way.name << ' ' << status_.text();
+    // What a session waits for does not depend on where another would look.
+    setenv("VARMEX_FSROOT", "/nonexistent", 1);
+    EXPECT_EQ(wait(0), varmex_waitTimedOut) << way.name;
+    EXPECT_EQ(waitDuring([&] { way.change(place); }), varmex_waitChanged)
+        << way.name << ' ' << status_.text();
+  }
+}
+
+TEST_F(tPosixWait, seesMountsOverTheFolder) {
+  inChild([this] {
+    if (unshare(CLONE_NEWNS) != 0 || mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) != 0) {
+      std::puts("no right to mount: not tested");
+      return;
+    }
+    describe(kOneChassis, "");
+    const auto mountOver = [this] {
+      EXPECT_EQ(mount("none", machine_.folder().c_str(), "tmpfs", 0, nullptr), 0);
+    };
+    EXPECT_EQ(waitDuring(mountOver), varmex_waitChanged) << status_.text();
+    session_.reset(varmex_openPXISession(0, status_));
+    const auto unmount = [this] { EXPECT_EQ(umount2(machine_.folder().c_str(), MNT_DETACH), 0); };
+    EXPECT_EQ(waitDuring(unmount), varmex_waitChanged) << status_.text();
+  });
+}
+
+TEST_F(tPosixWait, aFolderThatGoesEndsTheWait) {
+  describe(kOneChassis, "");
+  const fs::path away = base() / "away";
+  const auto goes = [&] { fs::rename(machine_.folder(), away); };
+  expectFault(waitDuring(goes), ENOENT);
+  // A first wait or cancel can't even begin: the session stays uncancelled.
+  setenv("VARMEX_FSROOT", base().c_str(), 1);
+  fs::create_directories(machine_.folder());
+  const tItem other(varmex_openPXISession(0, status_));
+  fs::remove(machine_.folder());
+  varmex_cancelWaitForInvalidation(other.get());
+  expectFault(varmex_waitForSessionInvalidation(other.get(), kLongWait, status_), ENOENT);
+  // The folder comes back as a link, and with it the same files.
+  relink(machine_.folder(), away);
+  EXPECT_EQ(wait(50), varmex_waitTimedOut);
+  const auto writes = [&] { tTestMachine::write(away / "pxiesys.ini", "x"); };
+  EXPECT_EQ(waitDuring(writes), varmex_waitChanged) << status_.text();
+  varmex_cancelWaitForInvalidation(other.get());
+  EXPECT_EQ(varmex_waitForSessionInvalidation(other.get(), kLongWait, status_),
+            varmex_waitCancelled);
+}
 
 // Lets the process open no file more than it has.
 class tFileLimit {
  public:
-  explicit tFileLimit(rlim_t files) {
+  tFileLimit() {
     getrlimit(RLIMIT_NOFILE, &before_);
-    const rlimit limit{files, before_.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &limit);
-  }
-  ~tFileLimit() { lift(); }
-  tFileLimit(const tFileLimit&) = delete;
-  tFileLimit& operator=(const tFileLimit&) = delete;
-
-  void lift() { setrlimit(RLIMIT_NOFILE, &before_); }
-
-  static rlim_t usedNow() {
     const int next = dup(0);
     close(next);
-    return static_cast<rlim_t>(next);
+    const rlimit limit{static_cast<rlim_t>(next), before_.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &limit);
   }
+  ~tFileLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
+  tFileLimit(const tFileLimit&) = delete;
+  tFileLimit& operator=(const tFileLimit&) = delete;
 
  private:
   rlimit before_{};
 };
 
-TEST_F(tPosixWait, aFolderThatGoesEndsTheWait) {
-  describe("[System]\nChassisList=\"\"\n", "");
-  varmex_WaitResult result = 9;
-  std::thread waiter(
-      [&] { result = varmex_waitForSessionInvalidation(session_.get(), 20000, status_); });
-  std::this_thread::sleep_for(std::chrono::milliseconds(60));
-  const auto away = machine_.folder().parent_path() / "away";
-  std::filesystem::rename(machine_.folder(), away);
-  waiter.join();
-  EXPECT_EQ(result, varmex_waitFailed);
-  EXPECT_EQ(status_.code(), ostrelerr_osFault) << status_.text();
-  const auto json = nlohmann::json::parse(status_.text());
-  EXPECT_EQ(json["internal_error"]["api"], "posix");
-  varmex_releaseStatus(status_);
-  // The folder comes back, and with it the same files.
-  std::filesystem::rename(away, machine_.folder());
-  EXPECT_EQ(varmex_waitForSessionInvalidation(session_.get(), 50, status_), varmex_waitTimedOut);
-  std::thread again(
-      [&] { result = varmex_waitForSessionInvalidation(session_.get(), 20000, status_); });
-  std::this_thread::sleep_for(std::chrono::milliseconds(60));
-  machine_.writePxieSys("x");
-  again.join();
-  EXPECT_EQ(result, varmex_waitChanged) << status_.text();
+TEST_F(tPosixWait, limitsOnDescriptorsAreFaults) {
+  describe(kOneChassis, "");
+  const int before = openDescriptors();
+  {
+    // The wait needs four at most; with each less it fails and keeps none.
+    std::vector<int> taken;
+    const tFileLimit limit;
+    expectFault(wait(0), EMFILE);
+    varmex_cancelWaitForInvalidation(session_.get());
+  }
+  for (int spare = 1; spare < 4; ++spare) {
+    std::vector<int> reserve;
+    for (int n = 0; n < spare; ++n) reserve.push_back(dup(0));
+    const tFileLimit limit;
+    for (const int number : reserve) close(number);
+    expectFault(wait(0), EMFILE);
+  }
+  EXPECT_EQ(openDescriptors(), before) << "a watch that fails keeps nothing open";
+  EXPECT_EQ(wait(0), varmex_waitTimedOut) << "the cancel could not begin to watch";
+  EXPECT_EQ(openDescriptors(), before + 4);
+  session_.reset();
+  EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(tPosixWait, limitsOnHandlesAreFaults) {
-  describe("", "");
-  tFileLimit limit(tFileLimit::usedNow());
-  EXPECT_EQ(varmex_waitForSessionInvalidation(session_.get(), 0, status_), varmex_waitFailed);
-  EXPECT_EQ(status_.code(), ostrelerr_osFault) << status_.text();
-  limit.lift();
-  const rlim_t before = tFileLimit::usedNow();
-  const auto away = machine_.folder().parent_path() / "away";
-  std::filesystem::rename(machine_.folder(), away);
-  for (int round = 0; round < 10; ++round) {
-    EXPECT_EQ(varmex_waitForSessionInvalidation(session_.get(), 0, nullptr), varmex_waitFailed);
+// The limits of one user, which a namespace of its own has for itself.
+TEST_F(tPosixWait, limitsOnWatchesAreFaults) {
+  const std::pair<const char*, int> limits[] = {{"max_inotify_instances", EMFILE},
+                                                {"max_inotify_watches", ENOSPC}};
+  for (const auto& [name, code] : limits) {
+    inChild([&, &file = name, &reason = code] {
+      const bool isAlone = unshare(CLONE_NEWUSER) == 0;
+      std::ofstream limit(std::string("/proc/sys/user/") + file);
+      if (!isAlone || !(limit << "2\n").flush()) {
+        std::puts("no right to limit watches: not tested");
+        return;
+      }
+      if (reason == EMFILE)
+        limit.close(), std::ofstream(std::string("/proc/sys/user/") + file) << "0\n";
+      describe(kOneChassis, "");
+      expectFault(wait(kLongWait), reason);
+      varmex_cancelWaitForInvalidation(session_.get());
+      std::ofstream(std::string("/proc/sys/user/") + file) << "1000\n";
+      EXPECT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
+      EXPECT_EQ(waitDuring([this] { machine_.writePxieSys("x"); }), varmex_waitChanged);
+    });
   }
-  std::filesystem::rename(away, machine_.folder());
-  EXPECT_EQ(tFileLimit::usedNow(), before) << "a watch that fails keeps nothing open";
-  varmex_releaseStatus(status_);
-  EXPECT_EQ(varmex_waitForSessionInvalidation(session_.get(), 0, status_), varmex_waitTimedOut);
+}
+
+// Of all inotify instances of the process.
+std::size_t watchesInUse() {
+  std::size_t count = 0;
+  for (int number = 0; number < 100; ++number) {
+    std::ifstream info("/proc/self/fdinfo/" + std::to_string(number));
+    for (std::string line; std::getline(info, line);) count += line.starts_with("inotify");
+  }
+  return count;
+}
+
+TEST_F(tPosixWait, watchesNothingButTheWay) {
+  const fs::path place = base() / "switched";
+  writeOf(1, place / "one" / kFile);
+  writeOf(1, place / "twin" / kFile);
+  relink(place / "root", "one");
+  setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
+  session_.reset(varmex_openPXISession(0, status_));
+  const tItem other(varmex_openPXISession(0, status_));
+  ASSERT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
+  const std::size_t before = watchesInUse();
+  for (const char* target : {"twin", "one"}) {
+    relink(place / "root", target);
+    EXPECT_EQ(wait(20), varmex_waitTimedOut);
+    EXPECT_EQ(varmex_waitForSessionInvalidation(other.get(), 0, status_), varmex_waitTimedOut);
+    EXPECT_EQ(watchesInUse(), before);
+  }
+}
+
+// Events get lost while nobody waits; among them the one that a link was switched.
+TEST_F(tPosixWait, aQueueThatRunsOverIsALookAtEverything) {
+  const fs::path place = base() / "overflow";
+  writeOf(1, place / "one" / kFile);
+  writeOf(1, place / "twin" / kFile);
+  relink(place / "root", "one");
+  setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
+  session_.reset(varmex_openPXISession(0, status_));
+  ASSERT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
+  std::size_t longest = 0;
+  std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> longest;
+  for (std::size_t n = 0; n <= longest; ++n) {
+    const timespec times[] = {{3600, 0}, {3600, 0}};
+    utimensat(AT_FDCWD, (place / "one" / (n % 2 ? "etc/pxi" : kFile)).c_str(), times, 0);
+  }
+  relink(place / "root", "twin");
+  EXPECT_EQ(waitDuring([&] { writeOf(2, place / "twin" / kFile); }), varmex_waitChanged);
 }
 
 }  // namespace

@@ -1,9 +1,6 @@
-#include <chrono>
-#include <cstdlib>
 #include <random>
-#include <thread>
 
-#include "tests/support/model.h"
+#include "tests/support/wait.h"
 
 namespace test {
 
@@ -12,24 +9,7 @@ namespace {
 using namespace std::chrono_literals;
 using tClock = std::chrono::steady_clock;
 
-constexpr const char* kOneChassis = "[System]\nChassisList=1\n[Chassis1]\nSlotList=\"\"\n";
-
-class tWait : public tModel {
- protected:
-  varmex_WaitResult wait(std::uint32_t timeout) {
-    return varmex_waitForSessionInvalidation(session_.get(), timeout, status_);
-  }
-  // The result of a wait that another thread makes while `act` runs.
-  template <class Act>
-  varmex_WaitResult waitDuring(Act act, std::uint32_t timeout = 20000) {
-    varmex_WaitResult result = 0;
-    std::thread waiter([&] { result = wait(timeout); });
-    std::this_thread::sleep_for(60ms);
-    act();
-    waiter.join();
-    return result;
-  }
-};
+using tWait = tWaiting;
 
 TEST_F(tWait, runsOutOfTime) {
   describe(kOneChassis, "");

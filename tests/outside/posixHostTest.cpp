@@ -1,0 +1,293 @@
+// Waits in hosts that fork, close descriptors, cancel threads, end while others wait.
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/inotify.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <ctime>
+
+#include "tests/support/posix/child.h"
+#include "tests/support/wait.h"
+
+namespace test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class tHost : public tWaiting {
+ protected:
+  // A thread that waits for the session for ever.
+  std::thread waiter(varmex_WaitResult& result, std::uint32_t timeout = 0xFFFFFFFF) {
+    return std::thread([this, &result, timeout] {
+      tStatus status;
+      result = varmex_waitForSessionInvalidation(session_.get(), timeout, status);
+      if (result == varmex_waitFailed) {
+        EXPECT_EQ(status.code(), ostrelerr_osFault) << status.text();
+      }
+    });
+  }
+};
+
+TEST_F(tHost, manySessionsWaitAtOnce) {
+  inChild([this] {
+    constexpr std::size_t kSessions = 1000;
+    const rlimit usual{1024, 1024};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+    describe(kOneChassis, "");
+    std::vector<tItem> sessions;
+    for (std::size_t n = 0; n < kSessions; ++n) {
+      sessions.emplace_back(varmex_openPXISession(0, status_));
+    }
+    ASSERT_EQ(status_.code(), 0) << status_.text();
+    std::vector<varmex_WaitResult> results(kSessions);
+    std::vector<std::thread> waiters;
+    for (std::size_t n = 0; n < kSessions; ++n) {
+      waiters.emplace_back([&, n] {
+        results[n] = varmex_waitForSessionInvalidation(sessions[n].get(), 0xFFFFFFFF, nullptr);
+      });
+    }
+    settle();
+    varmex_cancelWaitForInvalidation(sessions[0].get());
+    waiters[0].join();
+    EXPECT_EQ(results[0], varmex_waitCancelled);
+    machine_.writePxieSys("x");
+    for (std::size_t n = 1; n < kSessions; ++n) {
+      waiters[n].join();
+      EXPECT_EQ(results[n], varmex_waitChanged) << n;
+    }
+  });
+}
+
+TEST_F(tHost, aForkedChildIsOnItsOwn) {
+  describe(kOneChassis, "");
+  varmex_WaitResult results[2] = {9, 9};
+  std::thread waiters[] = {waiter(results[0]), waiter(results[1])};
+  settle();
+  const int before = openDescriptors();
+  inChild([&] {
+    EXPECT_EQ(openDescriptors(), before - 4) << "the child closes what was the parent's";
+    EXPECT_EQ(wait(50), varmex_waitTimedOut) << status_.text();
+    // A description of the child's own.
+    const fs::path root = machine_.folder().parent_path().parent_path() / "child";
+    tTestMachine::write(root / "etc/pxi/pxisys.ini", kOneChassis);
+    setenv("VARMEX_FSROOT", root.c_str(), 1);
+    const tItem parents = std::move(session_);
+    session_.reset(varmex_openPXISession(0, status_));
+    const auto writes = [&] { tTestMachine::write(root / "etc/pxi/pxiesys.ini", "x"); };
+    EXPECT_EQ(waitDuring(writes), varmex_waitChanged) << status_.text();
+    varmex_cancelWaitForInvalidation(parents.get());
+    EXPECT_EQ(varmex_waitForSessionInvalidation(parents.get(), kLongWait, status_),
+              varmex_waitCancelled);
+  });
+  // A child of a child, with the description changing under all three. The wait of the first child
+  // goes on over the fork.
+  inChild([&] {
+    varmex_WaitResult result = 9;
+    std::thread own = waiter(result, kLongWait);
+    settle();
+    inChild([&] { EXPECT_EQ(wait(50), varmex_waitTimedOut) << status_.text(); });
+    EXPECT_EQ(result, 9U);
+    varmex_cancelWaitForInvalidation(session_.get());
+    own.join();
+    EXPECT_EQ(result, varmex_waitCancelled);
+  });
+  EXPECT_EQ(results[0], 9U) << "the parent sleeps on";
+  machine_.writePxieSys("x");
+  for (std::thread& thread : waiters) thread.join();
+  for (const varmex_WaitResult result : results) EXPECT_EQ(result, varmex_waitChanged);
+}
+
+// Files of the host's own, of the kinds that the library has, under the numbers that it had.
+class tOwnFiles {
+ public:
+  tOwnFiles() {
+    for (int n = 0; n < 4; ++n) {
+      const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+      inotify_add_watch(watch, "/tmp", IN_CREATE);
+      numbers_.push_back(watch);
+    }
+    int pair[2];
+    EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, pair), 0);
+    EXPECT_EQ(send(pair[0], "x", 1, 0), 1);
+    EXPECT_EQ(send(pair[1], "x", 1, 0), 1);
+    numbers_.insert(numbers_.end(), pair, pair + 2);
+    fs::create_directories("/tmp/varmex-own-files");
+    fs::remove("/tmp/varmex-own-files");
+  }
+
+  void expectUntouched() const {
+    char buffer[4096];
+    for (const int number : numbers_) EXPECT_GT(read(number, buffer, sizeof buffer), 0) << number;
+  }
+
+ private:
+  std::vector<int> numbers_;
+};
+
+double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+
+TEST_F(tHost, closesDescriptorsBehindTheWait) {
+  for (const bool isAsleep : {false, true}) {
+    inChild([&, this] {
+      describe(kOneChassis, "");
+      EXPECT_EQ(wait(0), varmex_waitTimedOut);
+      varmex_WaitResult results[2] = {9, 9};
+      std::vector<std::thread> waiters;
+      if (isAsleep) {
+        for (varmex_WaitResult& result : results) waiters.push_back(waiter(result));
+        settle();
+      }
+      closefrom(3);
+      const tOwnFiles own;
+      settle();
+      // Neither spins, and the time-out is kept.
+      const double before = processorSeconds();
+      EXPECT_EQ(wait(400), varmex_waitTimedOut) << status_.text();
+      EXPECT_LT(processorSeconds() - before, 0.3);
+      for (const varmex_WaitResult result : results) EXPECT_EQ(result, 9U);
+      if (isAsleep) {
+        machine_.writePxieSys("x");
+        for (std::thread& thread : waiters) thread.join();
+        for (const varmex_WaitResult result : results) EXPECT_EQ(result, varmex_waitChanged);
+      } else {
+        EXPECT_EQ(waitDuring([this] { machine_.writePxieSys("x"); }), varmex_waitChanged);
+      }
+      session_.reset();
+      own.expectUntouched();
+    });
+  }
+}
+
+TEST_F(tHost, cancelsAWaitThatLostItsDescriptors) {
+  inChild([this] {
+    describe(kOneChassis, "");
+    const auto closes = [this] {
+      closefrom(3);
+      varmex_cancelWaitForInvalidation(session_.get());
+    };
+    EXPECT_EQ(waitDuring(closes, 0xFFFFFFFF), varmex_waitCancelled) << status_.text();
+  });
+}
+
+TEST_F(tHost, leavesNoDescriptorsForTheWait) {
+  inChild([this] {
+    describe(kOneChassis, "");
+    varmex_WaitResult results[3] = {9, 9, 9};
+    std::vector<std::thread> waiters;
+    for (varmex_WaitResult& result : results) waiters.push_back(waiter(result));
+    settle();
+    const rlimit none{3, 1024};
+    setrlimit(RLIMIT_NOFILE, &none);
+    closefrom(3);
+    for (std::thread& thread : waiters) thread.join();
+    for (const varmex_WaitResult result : results) EXPECT_EQ(result, varmex_waitFailed);
+  });
+}
+
+using tConcurrencyOfHosts = tHost;
+
+struct tCancelled {
+  varmex_Item* session;
+  varmex_WaitResult result;
+};
+
+void* waitForEver(void* argument) {
+  tCancelled& own = *static_cast<tCancelled*>(argument);
+  own.result = varmex_waitForSessionInvalidation(own.session, 0xFFFFFFFF, nullptr);
+  return nullptr;
+}
+
+// Whoever of them it was that slept for the system.
+TEST_F(tConcurrencyOfHosts, cancelledWaitersLeaveTheOthersWhole) {
+  describe(kOneChassis, "");
+  const tItem other(varmex_openPXISession(0, status_));
+  std::vector<tCancelled> calls(6);
+  std::vector<pthread_t> threads(calls.size());
+  for (std::size_t n = 0; n < calls.size(); ++n) {
+    calls[n] = {n % 2 ? other.get() : session_.get(), 9};
+    ASSERT_EQ(pthread_create(&threads[n], nullptr, waitForEver, &calls[n]), 0);
+    if (n < 2) settle();
+  }
+  settle();
+  for (const std::size_t victim : {0U, 3U, 1U, 2U}) {
+    pthread_cancel(threads[victim]);
+    void* end = nullptr;
+    pthread_join(threads[victim], &end);
+    EXPECT_EQ(end, PTHREAD_CANCELED);
+    EXPECT_EQ(calls[victim].result, 9U);
+  }
+  machine_.writePxieSys("x");
+  for (const std::size_t survivor : {4U, 5U}) {
+    pthread_join(threads[survivor], nullptr);
+    EXPECT_EQ(calls[survivor].result, varmex_waitChanged);
+  }
+}
+
+TEST_F(tHost, asksNotToBeCancelled) {
+  describe(kOneChassis, "");
+  varmex_WaitResult result = 9;
+  std::thread protectedWaiter([&] {
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+    result = varmex_waitForSessionInvalidation(session_.get(), 0xFFFFFFFF, nullptr);
+  });
+  settle();
+  pthread_cancel(protectedWaiter.native_handle());
+  settle();
+  EXPECT_EQ(result, 9U);
+  machine_.writePxieSys("x");
+  protectedWaiter.join();
+  EXPECT_EQ(result, varmex_waitChanged);
+}
+
+TEST_F(tHost, endsWhileThreadsWait) {
+  describe(kOneChassis, "");
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(120);
+    static varmex_WaitResult results[3] = {9, 9, 9};
+    for (varmex_WaitResult& result : results) waiter(result).detach();
+    settle();
+    machine_.writePxieSys("x");
+    std::exit(0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+}
+
+// A library that is loaded a second time, under another name, is one of its own.
+TEST_F(tHost, unloadsTheLibrary) {
+  describe(kOneChassis, "");
+  Dl_info library{};
+  ASSERT_NE(dladdr(reinterpret_cast<const void*>(&varmex_close), &library), 0);
+  const fs::path copy = machine_.folder() / "copy.so";
+  fs::copy_file(library.dli_fname, copy);
+  const int before = openDescriptors();
+  for (int round = 0; round < 3; ++round) {
+    void* const loaded = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_TRUE(loaded) << dlerror();
+    const auto open =
+        reinterpret_cast<decltype(&varmex_openPXISession)>(dlsym(loaded, "varmex_openPXISession"));
+    const auto waits = reinterpret_cast<decltype(&varmex_waitForSessionInvalidation)>(
+        dlsym(loaded, "varmex_waitForSessionInvalidation"));
+    const auto close = reinterpret_cast<decltype(&varmex_close)>(dlsym(loaded, "varmex_close"));
+    ASSERT_NE(open, &varmex_openPXISession);
+    varmex_Item* const session = open(0, status_);
+    EXPECT_EQ(waits(session, 0, status_), varmex_waitTimedOut) << status_.text();
+    EXPECT_EQ(wait(0), varmex_waitTimedOut) << "two in one process";
+    close(session);
+    dlclose(loaded);
+    inChild([this] { EXPECT_EQ(wait(0), varmex_waitTimedOut); });
+  }
+  session_.reset();
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+}  // namespace
+
+}  // namespace test

@@ -1,0 +1,39 @@
+#ifndef TESTS_SUPPORT_WAIT_H
+#define TESTS_SUPPORT_WAIT_H
+
+#include <chrono>
+#include <thread>
+
+#include "tests/support/model.h"
+
+namespace test {
+
+constexpr const char* kOneChassis = "[System]\nChassisList=1\n[Chassis1]\nSlotList=\"\"\n";
+
+// Longer than any test goes on: a wait that gets there has missed something.
+constexpr std::uint32_t kLongWait = 20000;
+
+class tWaiting : public tModel {
+ protected:
+  // Long enough for a thread to fall asleep.
+  static void settle() { std::this_thread::sleep_for(std::chrono::milliseconds(60)); }
+
+  varmex_WaitResult wait(std::uint32_t timeout) {
+    return varmex_waitForSessionInvalidation(session_.get(), timeout, status_);
+  }
+
+  // The result of a wait that another thread makes while `act` runs.
+  template <class Act>
+  varmex_WaitResult waitDuring(Act act, std::uint32_t timeout = kLongWait) {
+    varmex_WaitResult result = 0;
+    std::thread waiter([&] { result = wait(timeout); });
+    settle();
+    act();
+    waiter.join();
+    return result;
+  }
+};
+
+}  // namespace test
+
+#endif
