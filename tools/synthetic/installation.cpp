@@ -4,8 +4,10 @@
 #include <fstream>
 #include <iterator>
 #include <numeric>
+#include <set>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "tools/synthetic/layout.h"
 
@@ -14,7 +16,6 @@ namespace synthetic {
 namespace {
 
 constexpr std::uint32_t kTriggerLines = 8;
-constexpr std::uint32_t kFirstBus = 2;
 
 std::string decimal(std::uint32_t number) { return std::to_string(number); }
 
@@ -51,6 +52,34 @@ class tDescription {
   }
 
   std::string text_;
+};
+
+struct tAddress {
+  std::uint32_t bus;
+  std::uint32_t device;
+};
+
+// Hands out the PCI addresses of a machine: a bus for each module as long as they last, then the
+// same buses again, each time with another device number.
+class tNumbering {
+ public:
+  // `preferred` is the device number, or one behind it where the bus has that already.
+  tAddress take(std::uint32_t preferred) {
+    if (taken_.size() == std::size_t{kBuses} * kDevices) {
+      throw std::invalid_argument("the modules are more than a machine has PCI addresses for");
+    }
+    const std::uint32_t bus = kFirstBus + static_cast<std::uint32_t>(taken_.size()) % kBuses;
+    std::uint32_t device = preferred;
+    while (!taken_.emplace(bus, device).second) device = (device + 1) % kDevices;
+    return {bus, device};
+  }
+
+ private:
+  static constexpr std::uint32_t kFirstBus = 2;  // those below are the controller's own
+  static constexpr std::uint32_t kBuses = 256 - kFirstBus;
+  static constexpr std::uint32_t kDevices = 32;
+
+  std::set<std::pair<std::uint32_t, std::uint32_t>> taken_;
 };
 
 struct tProduct {
@@ -224,7 +253,9 @@ class tMaker {
 
   void addExpressModule(std::uint32_t slot) {
     const tProduct& product = kProducts[(slot + number_) % std::size(kProducts)];
-    const std::string device = "PXI0::" + decimal(takeBus()) + "-0.";
+    const tAddress address = numbering_.take(0);
+    const std::string device =
+        "PXI0::" + decimal(address.bus) + '-' + decimal(address.device) + '.';
     const bool isWide = layout_.module(slot) == tModule::wideExpress;
     pxieSys_.addText("Vendor", product.vendor);
     pxieSys_.addText("Model", product.model);
@@ -257,38 +288,37 @@ class tMaker {
     pxiSys_.addText("PCIDeviceNumber", "None");
   }
 
-  void addAddress(const std::string& section, std::uint32_t bus, std::uint32_t device) {
+  void addFunction(const std::string& section, const tAddress& address) {
     pxiSys_.addSection(section);
-    pxiSys_.addNumber("PCIBusNumber", bus);
-    pxiSys_.addNumber("PCIDeviceNumber", device);
+    pxiSys_.addNumber("PCIBusNumber", address.bus);
+    pxiSys_.addNumber("PCIDeviceNumber", address.device);
   }
 
   void addClassicModule(const std::string& key, std::uint32_t device) {
-    const std::uint32_t bus = takeBus();
+    const tAddress address = numbering_.take(device);
     pxiSys_.addText("FunctionList", "0,1");
-    addAddress(key + "Function0", bus, device);
-    addAddress(key + "Function1", bus, device);
+    addFunction(key + "Function0", address);
+    addFunction(key + "Function1", address);
   }
 
   // A module whose two functions lie behind a PCI bridge of its own.
   void addClassicBridge(const std::string& key, std::uint32_t device) {
     pxiSys_.addText("FunctionList", "0");
-    addAddress(key + "Function0", takeBus(), device);
-    pxiSys_.addText("DeviceList", "4");
-    pxiSys_.addSection(key + "Function0Device4");
+    addFunction(key + "Function0", numbering_.take(device));
+    const tAddress behind = numbering_.take(4);
+    const std::string bridge = key + "Function0Device" + decimal(behind.device);
+    pxiSys_.addText("DeviceList", decimal(behind.device));
+    pxiSys_.addSection(bridge);
     pxiSys_.addText("FunctionList", "0,1");
-    const std::uint32_t bus = takeBus();
-    addAddress(key + "Function0Device4Function0", bus, 4);
-    addAddress(key + "Function0Device4Function1", bus, 4);
+    addFunction(bridge + "Function0", behind);
+    addFunction(bridge + "Function1", behind);
   }
-
-  std::uint32_t takeBus() { return nextBus_++; }
 
   tDescription pxiSys_;
   tDescription pxieSys_;
   tLayout layout_{tPlan()};   // of the chassis that is being added
   std::uint32_t number_ = 0;  // its number
-  std::uint32_t nextBus_ = kFirstBus;
+  tNumbering numbering_;
 };
 
 void writeFile(const std::string& path, const std::string& content) {
