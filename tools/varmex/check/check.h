@@ -1,19 +1,23 @@
 #ifndef TOOLS_VARMEX_CHECK_CHECK_H
 #define TOOLS_VARMEX_CHECK_CHECK_H
 
+#include <functional>
 #include <ostream>
 
-#include "tools/varmex/describe/installation.h"
+#include "tools/varmex/check/findings.h"
 #include "tools/varmex/describe/json.h"
+#include "varmex/varmex.hpp"
 
 namespace tool {
 
-// Everything that is wrong or doubtful with the description of an installation, as objects with
-// "id", "severity" ("wrong", "doubtful"), "file", "line", "section", "item", "message" and
-// "answer". Throws std::runtime_error when there is no description or it can't be read.
-tJson checkDescription(const tInstallation& installation);
+// What is wrong or doubtful with a description: findings by file and line, each with the text of
+// its line. `open` is how the library reads it. Throws std::runtime_error when there is none or a
+// file of it can't be read.
+std::vector<tFinding> checkDescription(const std::function<varmex::Session()>& open);
 
-void showFindings(const tJson& findings, std::ostream& out);
+// For a program, and for a person.
+tJson findingsJson(const std::vector<tFinding>& findings);
+void showFindings(const std::vector<tFinding>& findings, std::ostream& out);
 
 }  // namespace tool
 

@@ -1,9 +1,11 @@
 #include "tools/varmex/check/checkedFile.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <string_view>
 
 #include "corpxiTools/iniLine.h"
 
@@ -11,34 +13,101 @@ namespace tool {
 
 namespace {
 
+using varmex::tIniLineContent;
 using varmex::tIniLineKind;
+using namespace std::string_view_literals;
 
 std::string readBytes(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-bool isBlank(const varmex::tIniLine& line) {
-  return std::string(line.begin, line.end).find_first_not_of(" \t\r\n\v\f") == std::string::npos;
+tIniLineContent parse(std::string_view text) {
+  auto* const begin = const_cast<char*>(text.data());  // which the parser does not write to
+  char* const end = begin + text.size();
+  char* const equals = std::find(begin, end, '=');
+  return varmex::parseIniLine({begin, end, equals == end ? nullptr : equals});
 }
 
-const char* reasonOf(const varmex::tIniLine& line) {
-  const std::string text(line.begin, line.end);
-  if (text[text.find_first_not_of(" \t\v\f")] == '[') return "a section header without a name";
-  if (!line.equals) return "neither a section header nor an item nor a comment";
-  return "an item without a name or without a value";
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && varmex::isWhiteSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && varmex::isWhiteSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+// The name of an item that has one and no value; else empty.
+std::string_view valuelessName(std::string_view line) {
+  line = trimmed(line);
+  const bool isItem = line.ends_with('=') && line.find('=') + 1 == line.size();
+  return isItem && !line.starts_with('[') ? trimmed(line.substr(0, line.size() - 1)) : ""sv;
+}
+
+// The marks that the library refuses, the longer ones first.
+const char* refusedEncoding(std::string_view bytes) {
+  if (bytes.starts_with("\xFF\xFE\0\0"sv) || bytes.starts_with("\0\0\xFE\xFF"sv)) return "UTF-32";
+  if (bytes.starts_with("\xFF\xFE"sv) || bytes.starts_with("\xFE\xFF"sv)) return "UTF-16";
+  return nullptr;
+}
+
+// Without a mark, every other byte of plain text is a NUL.
+bool looksLikeUtf16(std::string_view bytes) {
+  const auto zeros = std::count(bytes.begin(), bytes.end(), '\0');
+  return bytes.size() >= 8 && static_cast<std::size_t>(zeros) > bytes.size() / 3;
 }
 
 }  // namespace
 
 tCheckedFile::tCheckedFile(const char* name, std::string path)
     : name_(name), path_(std::move(path)), exists_(std::filesystem::exists(path_)) {
-  if (!exists_) return;
+  if (exists_) load();
+}
+
+void tCheckedFile::load() {
   try {
     if (!ini_.read(path_)) throw std::runtime_error("can't read " + path_);
   } catch (const varmex::tIniException& error) {
-    throw std::runtime_error("can't read " + path_ + ": " + error.what());
+    refusal_ = readerRefusal(error.what());
   }
+  bytes_ = readBytes(path_);
+  if (refusal_.empty()) takeLines();
+}
+
+void tCheckedFile::takeLines() {
+  const std::string original = bytes_;
+  const char end = original.find('\n') != std::string::npos ? '\n' : '\r';
+  const std::size_t size = bytes_.size();
+  bytes_.append(varmex::tIniLineReader::kPadding, '\0');
+  const std::size_t mark = original.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  varmex::tIniLineReader reader(bytes_.data() + mark, bytes_.data() + size);
+  std::size_t counted = 0;
+  std::uint32_t number = 1;
+  std::string section;
+  for (varmex::tIniLine line; reader.next(line);) {
+    const auto begin = static_cast<std::size_t>(line.begin - bytes_.data());
+    const auto from = original.begin() + static_cast<std::ptrdiff_t>(counted);
+    const auto to = original.begin() + static_cast<std::ptrdiff_t>(begin);
+    number += static_cast<std::uint32_t>(std::count(from, to, end));
+    counted = begin;
+    lines_.push_back({begin, static_cast<std::size_t>(line.end - bytes_.data()), number});
+    const std::string_view text(line.begin, static_cast<std::size_t>(line.end - line.begin));
+    const tIniLineContent content = varmex::parseIniLine(line);
+    if (content.kind == tIniLineKind::header) section.assign(content.name, content.nameEnd);
+    if (content.kind != tIniLineKind::unreadable) continue;
+    const std::string name(valuelessName(text));
+    if (!name.empty()) valueless_.emplace(std::pair(section, name), number);
+  }
+}
+
+std::uint32_t tCheckedFile::editorLine(std::uint32_t readerLine) const {
+  return readerLine - 1 < lines_.size() ? lines_[readerLine - 1].number : 1;
+}
+
+std::string_view tCheckedFile::lineText(std::uint32_t number) const {
+  const auto found = std::lower_bound(
+      lines_.begin(), lines_.end(), number,
+      [](const tSourceLine& line, std::uint32_t wanted) { return line.number < wanted; });
+  if (found == lines_.end() || found->number != number) return {};
+  return std::string_view(bytes_).substr(found->begin, found->end - found->begin);
 }
 
 std::optional<std::string> tCheckedFile::text(const std::string& section,
@@ -47,25 +116,60 @@ std::optional<std::string> tCheckedFile::text(const std::string& section,
   return value ? std::optional<std::string>(value) : std::nullopt;
 }
 
-std::optional<std::int64_t> tCheckedFile::number(const std::string& section,
-                                                 const std::string& item) const try {
-  return ini_.getNumber(section, item);
-} catch (const varmex::tIniException&) {
-  return std::nullopt;
+template <class Read>
+auto tCheckedFile::readAs(const char* id, const char* complaint, const std::string& section,
+                          const std::string& item, Read read) const {
+  tReading<decltype(read())> reading;
+  try {
+    reading.value = read();
+  } catch (const varmex::tIniException& error) {
+    const auto value = text(section, item);
+    reading.id = value ? id : "missing-item";
+    reading.refusal = readerRefusal(error.what());
+    if (value) {
+      reading.message = '"' + *value + "\" is " + complaint;
+    } else if (valueless_.contains({section, item})) {
+      reading.message = item + " is missing: the line gives it no value";
+    } else {
+      reading.message = item + " is missing";
+    }
+  }
+  return reading;
 }
 
-std::optional<tNumbers> tCheckedFile::list(const std::string& section,
-                                           const std::string& item) const try {
-  return ini_.getNumberList(section, item);
-} catch (const varmex::tIniException&) {
-  return std::nullopt;
+tReading<std::int32_t> tCheckedFile::number(const std::string& section,
+                                            const std::string& item) const {
+  return readAs("bad-number", "no decimal number of 32 bits", section, item,
+                [&] { return ini_.getNumber(section, item); });
+}
+
+tReading<std::uint32_t> tCheckedFile::unsignedNumber(const std::string& section,
+                                                     const std::string& item) const {
+  return readAs("bad-number",
+                "no number of 32 bits in decimal, behind 0x in hexadecimal or behind 0 in octal",
+                section, item, [&] { return ini_.getUnsigned(section, item); });
+}
+
+tReading<tNumbers> tCheckedFile::list(const std::string& section, const std::string& item) const {
+  return readAs("bad-list", "no list of numbers between commas", section, item,
+                [&] { return ini_.getNumberList(section, item); });
 }
 
 tPosition tCheckedFile::at(const std::string& section, const std::string& item) const {
-  const varmex::tIniSection* const foundSection = ini_.store().findSection(section);
-  const varmex::tIniItem* const foundItem = ini_.store().findItem(section, item);
-  const std::uint32_t line = foundItem ? foundItem->line : foundSection ? foundSection->line : 0;
-  return {name_, line, section, item};
+  return at(section, item, {name_, 1, "", ""});
+}
+
+tPosition tCheckedFile::at(const std::string& section, const std::string& item,
+                           const tPosition& otherwise) const {
+  if (const varmex::tIniItem* const found = ini_.store().findItem(section, item)) {
+    return {name_, editorLine(found->line), section, item};
+  }
+  const auto valueless = valueless_.find({section, item});
+  if (valueless != valueless_.end()) return {name_, valueless->second, section, item};
+  if (const varmex::tIniSection* const found = ini_.store().findSection(section)) {
+    return {name_, editorLine(found->line), section, item};
+  }
+  return {otherwise.file, otherwise.line, section, item};
 }
 
 std::vector<std::string> tCheckedFile::sections() const {
@@ -76,40 +180,75 @@ std::vector<std::string> tCheckedFile::sections() const {
   return names;
 }
 
-void tCheckedFile::checkLines(tFindings& findings) const {
-  if (exists_) checkContent(readBytes(path_), findings);
+bool tCheckedFile::checkEncoding(tFindings& findings) const {
+  if (!refusal_.empty()) {
+    const char* const encoding = refusedEncoding(bytes_);
+    findings.addRefused("wrong-encoding", at(""),
+                        std::string("the file is in ") +
+                            (encoding ? encoding : "a strange encoding") +
+                            "; the library reads UTF-8 or the bytes of a code page",
+                        aboutSession(), refusal_);
+    return false;
+  }
+  if (!looksLikeUtf16(bytes_)) return true;
+  findings.add(
+      tSeverity::doubtful, "wrong-encoding", at(""),
+      "the file looks like UTF-16 without a mark; the library reads UTF-8 or the bytes of a "
+      "code page",
+      "as if the file were empty");
+  return false;
 }
 
-void tCheckedFile::checkContent(const std::string& text, tFindings& findings) const {
-  std::string bytes = text + std::string(varmex::tIniLineReader::kPadding, '\0');
-  const std::size_t mark = text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
-  varmex::tIniLineReader reader(bytes.data() + mark, bytes.data() + text.size());
+void tCheckedFile::checkLines(tFindings& findings) const {
+  if (!exists_ || !checkEncoding(findings)) return;
   std::set<std::string> sections;
   std::set<std::pair<std::string, std::string>> items;
   std::string section;
-  for (varmex::tIniLine line; reader.next(line) && !findings.isFull();) {
-    const varmex::tIniLineContent content = varmex::parseIniLine(line);
-    const auto name = [&] { return std::string(content.name, content.nameEnd); };
-    tPosition position{name_, reader.lineNumber(), section, ""};
-    if (content.kind == tIniLineKind::unreadable && !isBlank(line)) {
-      findings.add(tSeverity::wrong, "line-passed-over", position, reasonOf(line),
-                   [] { return "as without the line"; });
-    } else if (content.kind == tIniLineKind::header) {
-      position.section = section = name();
-      if (!sections.insert(section).second) {
-        findings.add(tSeverity::doubtful, "repeated-section", position,
-                     "the section has begun before",
-                     [] { return "what either place holds, as the reader merges them or not"; });
-      }
-    } else if (content.kind == tIniLineKind::item && sections.empty()) {
-      position.item = name();
-      findings.add(tSeverity::wrong, "item-without-section", position,
-                   "an item ahead of the first section", [] { return "as without the line"; });
-    } else if (content.kind == tIniLineKind::item && !items.emplace(section, name()).second) {
-      position.item = name();
-      findings.add(tSeverity::doubtful, "repeated-item", position,
-                   "the section has the item already",
-                   [&] { return "\"" + this->text(section, name()).value_or("") + '"'; });
+  for (const tSourceLine& line : lines_) {
+    if (findings.isFull()) return;
+    const std::string_view text(bytes_.data() + line.begin, line.end - line.begin);
+    const tIniLineContent content = parse(text);
+    const std::string name(
+        content.name ? content.name : "",
+        content.name ? static_cast<std::size_t>(content.nameEnd - content.name) : 0);
+    tPosition position{name_, line.number, section, ""};
+    const auto doubt = [&](const char* id, const char* message, const std::string& answer) {
+      findings.add(tSeverity::doubtful, id, position, message, answer);
+    };
+    switch (content.kind) {
+      case tIniLineKind::comment: break;
+      case tIniLineKind::unreadable:
+        if (trimmed(text).empty()) break;
+        position.item = valuelessName(text);
+        if (trimmed(text).starts_with('[')) {
+          doubt("line-passed-over", "a section header without a name or without its ]",
+                section.empty() ? "as without the items below it"
+                                : "as if the items below it stood in [" + section + ']');
+        } else if (text.find('=') == std::string_view::npos) {
+          doubt("line-passed-over", "neither a section header nor an item nor a comment",
+                "as without the line");
+        } else {
+          doubt("line-passed-over", "an item without a name or without a value",
+                "as without the line");
+        }
+        break;
+      case tIniLineKind::header:
+        position.section = section = name;
+        if (!sections.insert(section).second) {
+          doubt("repeated-section", "the section has begun before",
+                "what either place holds, as the reader merges them or not");
+        }
+        break;
+      case tIniLineKind::item:
+        position.item = name;
+        if (sections.empty()) {
+          doubt("item-without-section", "an item ahead of the first section",
+                "as without the line");
+        } else if (!items.emplace(section, name).second) {
+          doubt("repeated-item", "the section has the item already",
+                '"' + this->text(section, name).value_or("") + '"');
+        }
+        break;
     }
   }
 }

@@ -1,14 +1,34 @@
 #ifndef TOOLS_VARMEX_CHECK_CHECKEDFILE_H
 #define TOOLS_VARMEX_CHECK_CHECKEDFILE_H
 
-#include <set>
+#include <map>
 
 #include "corpxiTools/iniFile.h"
 #include "tools/varmex/check/findings.h"
+#include "tools/varmex/check/refusals.h"
 
 namespace tool {
 
 using tNumbers = std::vector<std::uint32_t>;
+
+// What a reader of the library makes of an item: a value, or what is wrong with it.
+template <class Value>
+struct tReading {
+  std::optional<Value> value;
+  const char* id = nullptr;  // of the finding
+  std::string message;
+  std::string refusal;  // the library's words
+
+  explicit operator bool() const { return value.has_value(); }
+  const Value& operator*() const { return *value; }
+};
+
+// A line of a file, by where its bytes lie.
+struct tSourceLine {
+  std::size_t begin;
+  std::size_t end;
+  std::uint32_t number;  // as an editor counts, from 1
+};
 
 // A description file under check: the library's own reading of it, with positions.
 class tCheckedFile {
@@ -22,27 +42,46 @@ class tCheckedFile {
   bool hasItem(const std::string& section, const std::string& item) const {
     return ini_.hasItem(section, item);
   }
-  // The value's text; nothing without the item.
-  std::optional<std::string> text(const std::string& section, const std::string& item) const;
-  // Nothing without the item or when the library would refuse the value.
-  std::optional<std::int64_t> number(const std::string& section, const std::string& item) const;
-  std::optional<tNumbers> list(const std::string& section, const std::string& item) const;
-
-  // Where an item is, or its section if it has none, or the file.
-  tPosition at(const std::string& section, const std::string& item = "") const;
-
   std::vector<std::string> sections() const;
 
-  // What the reader passes over, drops or merges on its way through the lines.
+  // The value's text; nothing without the item.
+  std::optional<std::string> text(const std::string& section, const std::string& item) const;
+
+  // As the library reads them: a signed decimal number, an unsigned one in base 0, a list.
+  tReading<std::int32_t> number(const std::string& section, const std::string& item) const;
+  tReading<std::uint32_t> unsignedNumber(const std::string& section, const std::string& item) const;
+  tReading<tNumbers> list(const std::string& section, const std::string& item) const;
+
+  // Where an item is, or the line that gives it no value, or its section, or `otherwise`, which is
+  // what needs it.
+  tPosition at(const std::string& section, const std::string& item = "") const;
+  tPosition at(const std::string& section, const std::string& item,
+               const tPosition& otherwise) const;
+
+  // What the reader refuses, passes over, drops or merges on its way through the lines.
   void checkLines(tFindings& findings) const;
 
+  // The bytes of a line by its number; empty without such a line.
+  std::string_view lineText(std::uint32_t number) const;
+
  private:
-  void checkContent(const std::string& text, tFindings& findings) const;
+  void load();
+  void takeLines();
+  void checkLine(const tSourceLine& line, tFindings& findings) const;
+  bool checkEncoding(tFindings& findings) const;
+  std::uint32_t editorLine(std::uint32_t readerLine) const;
+  template <class Read>
+  auto readAs(const char* id, const char* complaint, const std::string& section,
+              const std::string& item, Read read) const;
 
   const char* name_;
   std::string path_;
   bool exists_;
+  std::string bytes_;
   varmex::tIniFile ini_;
+  std::string refusal_;  // of the whole file
+  std::vector<tSourceLine> lines_;
+  std::map<std::pair<std::string, std::string>, std::uint32_t> valueless_;  // to the line
 };
 
 }  // namespace tool

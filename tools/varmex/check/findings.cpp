@@ -5,12 +5,56 @@
 
 namespace tool {
 
+namespace {
+
+tQuestion questionAbout(std::uint32_t chassis, std::string text, const std::string& attribute) {
+  if (!attribute.empty()) text += ", " + attribute;
+  return {std::move(text), chassis};
+}
+
+std::string refusalKey(const std::optional<std::uint32_t>& chassis, const std::string& refusal) {
+  return (chassis ? std::to_string(*chassis) : "session") + '\n' + refusal;
+}
+
+}  // namespace
+
+tQuestion aboutSession() { return {"session", std::nullopt}; }
+
+tQuestion aboutChassis(std::uint32_t chassis, const std::string& attribute) {
+  return questionAbout(chassis, "chassis " + std::to_string(chassis), attribute);
+}
+
+tQuestion aboutSlot(std::uint32_t chassis, std::uint32_t slot, const std::string& attribute) {
+  return questionAbout(chassis, "slot " + std::to_string(chassis) + '/' + std::to_string(slot),
+                       attribute);
+}
+
+tQuestion aboutBridge(std::uint32_t chassis, std::uint32_t bridge, const std::string& attribute) {
+  return questionAbout(chassis, "bridge " + std::to_string(chassis) + '/' + std::to_string(bridge),
+                       attribute);
+}
+
+void tFindings::addRefused(const char* id, const tPosition& position, const std::string& message,
+                           const tQuestion& question, const std::string& refusal) {
+  alsoRefused(question, refusal);
+  add(tSeverity::wrong, id, position, message, question.text + " fails with " + refusal);
+}
+
 void tFindings::add(tSeverity severity, const char* id, const tPosition& position,
-                    const std::string& message, const std::function<std::string()>& answer) {
+                    const std::string& message, const std::string& answer) {
   if (isFull()) return;
   const std::string place = position.file + ':' + std::to_string(position.line);
   if (!known_.insert(place + '\n' + position.item + '\n' + id + '\n' + message).second) return;
-  list_.push_back({id, severity, position, message, answer()});
+  list_.push_back({id, severity, position, message, answer, {}});
+}
+
+void tFindings::alsoRefused(const tQuestion& question, const std::string& refusal) {
+  refusals_.insert(refusalKey(question.chassis, refusal));
+}
+
+bool tFindings::explain(const std::optional<std::uint32_t>& chassis,
+                        const std::string& refusal) const {
+  return refusals_.contains(refusalKey(chassis, refusal));
 }
 
 std::vector<tFinding> tFindings::sorted() const {

@@ -2,7 +2,6 @@
 #define TOOLS_VARMEX_CHECK_FINDINGS_H
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -10,14 +9,16 @@
 
 namespace tool {
 
-// A place in the description. Line 0 stands for none.
+// A place in the description.
 struct tPosition {
   std::string file;
-  std::uint32_t line = 0;
+  std::uint32_t line = 0;  // as an editor counts, from 1
   std::string section;
   std::string item;
 };
 
+// Wrong: the library refuses something because of it, or gives an answer that is no true one.
+// Doubtful: it answers, but maybe not what the writer meant.
 enum class tSeverity { wrong, doubtful };
 
 struct tFinding {
@@ -26,25 +27,50 @@ struct tFinding {
   tPosition position;
   std::string message;
   std::string answer;  // what the library answers because of it
+  std::string source;  // the text of the line
 };
+
+// Something that the library can be asked, in words. Of what belongs to no chassis, the session is
+// asked.
+struct tQuestion {
+  std::string text;
+  std::optional<std::uint32_t> chassis;
+};
+
+tQuestion aboutSession();
+tQuestion aboutChassis(std::uint32_t chassis, const std::string& attribute = "");
+tQuestion aboutSlot(std::uint32_t chassis, std::uint32_t slot, const std::string& attribute = "");
+tQuestion aboutBridge(std::uint32_t chassis, std::uint32_t bridge,
+                      const std::string& attribute = "");
 
 // Collects findings, each once, up to a number that nobody reads through.
 class tFindings {
  public:
   static constexpr std::size_t kMost = 1000;
 
-  // `answer` is asked for only if the finding is kept.
+  // The library refuses the question in these words (varmex::Error::what) because of it.
+  void addRefused(const char* id, const tPosition& position, const std::string& message,
+                  const tQuestion& question, const std::string& refusal);
+
+  // The library does not refuse anything.
   void add(tSeverity severity, const char* id, const tPosition& position,
-           const std::string& message, const std::function<std::string()>& answer);
+           const std::string& message, const std::string& answer);
+
+  // The library refuses this, too, because of a finding that is there already.
+  void alsoRefused(const tQuestion& question, const std::string& refusal);
+
+  // Whether a finding tells why the library refuses something about that chassis in these words.
+  bool explain(const std::optional<std::uint32_t>& chassis, const std::string& refusal) const;
 
   bool isFull() const { return list_.size() >= kMost; }
-  std::size_t size() const { return list_.size(); }
+  bool empty() const { return list_.empty(); }
   // By file and line.
   std::vector<tFinding> sorted() const;
 
  private:
   std::vector<tFinding> list_;
   std::set<std::string> known_;
+  std::set<std::string> refusals_;
 };
 
 }  // namespace tool

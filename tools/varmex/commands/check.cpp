@@ -20,9 +20,9 @@ class tCheck : public tCommand {
   // The exit status tells findings from a description that can't be read.
   tExitStatus run() override {
     try {
-      const tJson findings = checkDescription(installation_);
+      const auto findings = checkDescription([this] { return installation_.open(); });
       if (asJson_) {
-        printJson(findings);
+        printJson(findingsJson(findings));
       } else {
         showFindings(findings, std::cout);
       }

@@ -1,0 +1,168 @@
+#include "tools/varmex/check/library.h"
+
+#include <iterator>
+
+namespace tool {
+
+namespace {
+
+struct tRange {
+  std::uint32_t first;
+  std::uint32_t last;
+};
+
+constexpr tRange kNone{1, 0};
+constexpr tRange kChassisTexts{varmex_str_ChassisVendor, varmex_str_ChassisTriggerBusList};
+constexpr tRange kSlotNumbers{varmex_u32_SlotType, varmex_u32_OccupyingModuleSlot};
+constexpr tRange kSlotTexts{varmex_str_PCISlotPath, varmex_str_LocalBusRight};
+constexpr tRange kDeviceNumbers{varmex_u32_DeviceBus, varmex_u32_DeviceIsExpress};
+constexpr tRange kDeviceTexts{varmex_str_DeviceInstanceName, varmex_str_DeviceName};
+constexpr tRange kBridgeNumbers{varmex_u32_BridgeNumber, varmex_u32_BridgeLineMapping7};
+
+// Items of a slot that a description need not have.
+constexpr const char* kOptionalItems[] = {"PeripheralSlotLinkWidth1",
+                                          "PeripheralSlotLinkWidth2",
+                                          "SystemSlotLinkOrigin1",
+                                          "SystemSlotLinkOrigin2",
+                                          "PCISlotPath",
+                                          "PCISlotPathRootBus",
+                                          "LocalBusLeft",
+                                          "LocalBusRight",
+                                          "Vendor",
+                                          "Model",
+                                          "InstanceName",
+                                          "AddressInfo",
+                                          "PeripheralModuleOccupiedSlotList",
+                                          "PeripheralModuleLinkWidthMax",
+                                          "PeripheralModuleLinkWidthNegotiated"};
+
+// Codes for what an item plainly does not have.
+bool meansAbsence(std::int32_t code) {
+  return varmex::meansNothing(code) && code != varmex_errorInformationNotAvailable;
+}
+
+class tAsker {
+ public:
+  tAsker(tRules& rules, const tChassisPlan& chassis) : rules_(rules), chassis_(chassis) {}
+
+  void run(const varmex::Session& session) {
+    ask(aboutChassis(chassis_.number), [&] {
+      const varmex::Chassis chassis = session.chassis(chassis_.number);
+      askChassis(chassis);
+      for (const auto& [number, namedBy] : chassis_.slots) {
+        if (rules_.findings.isFull()) return;
+        ask(aboutSlot(chassis_.number, number), [&] { askSlot(chassis.slot(number)); });
+      }
+      ask(aboutChassis(chassis_.number, "slots"), [&] { chassis.slots(); });
+      ask(aboutChassis(chassis_.number, "trigger bridges"), [&] { askBridges(chassis); });
+    });
+  }
+
+ private:
+  template <class Ask>
+  void ask(const tQuestion& question, Ask answer) {
+    try {
+      answer();
+    } catch (const varmex::Error& error) {
+      if (!meansAbsence(error.code())) take(question, error.what());
+    } catch (const std::out_of_range& error) {
+      take(question, outOfRange());
+    }
+  }
+
+  void askAll(const varmex::ItemBase& item, const tQuestion& about, tRange numbers, tRange texts) {
+    const auto attribute = [&](const char* kind, std::uint32_t number) {
+      return tQuestion{about.text + ", " + kind + " attribute " + std::to_string(number),
+                       about.chassis};
+    };
+    for (std::uint32_t number = numbers.first; number <= numbers.last; ++number) {
+      ask(attribute("number", number), [&] {
+        varmex::Status status;
+        varmex_getU32Attribute(item.handle(), number, status);
+        if (!meansAbsence(status.code())) status.check();
+      });
+    }
+    for (std::uint32_t number = texts.first; number <= texts.last; ++number) {
+      ask(attribute("text", number), [&] {
+        varmex::Status status;
+        varmex_getStringAttribute(item.handle(), number, status);
+        if (!meansAbsence(status.code())) status.check();
+      });
+    }
+  }
+
+  // Whether a trigger manager is native is a matter of the service library, but for one answer.
+  void askChassis(const varmex::Chassis& chassis) {
+    askAll(chassis, aboutChassis(chassis_.number), kNone, kChassisTexts);
+    varmex::Status status;
+    varmex_getU32Attribute(chassis.handle(), varmex_u32_IsTriggerManagerNative, status);
+    if (status.code() != varmex_errorInformationConflict) return;
+    take(aboutChassis(chassis_.number, "IsTriggerManagerNative"), status.error().what());
+  }
+
+  void askSlot(const varmex::Slot& slot) {
+    section_ = chassis_.slotSection(slot.number());
+    const tQuestion question = aboutSlot(chassis_.number, slot.number());
+    askAll(slot, question, kSlotNumbers, kSlotTexts);
+    for (const varmex::Device& device : slot.devices()) {
+      askAll(device, {question.text + ", device", question.chassis}, kDeviceNumbers, kDeviceTexts);
+    }
+    section_.clear();
+  }
+
+  void askBridges(const varmex::Chassis& chassis) {
+    for (const varmex::TriggerBridge& bridge : chassis.triggerBridges()) {
+      askAll(bridge, aboutBridge(chassis_.number, bridge.number()), kBridgeNumbers, kNone);
+    }
+  }
+
+  void take(const tQuestion& question, const std::string& refusal) {
+    if (rules_.findings.explain(chassis_.number, refusal) || isOrdinary(refusal)) return;
+    const std::string& section = section_.empty() ? chassis_.section : section_;
+    const tCheckedFile* const file = rules_.firstWith(section);
+    rules_.findings.addRefused("unexplained-failure", (file ? *file : rules_.classic).at(section),
+                               "the library refuses something for a reason that the check does not "
+                               "know",
+                               question, refusal);
+  }
+
+  // Nothing that is there is at fault: something that may be absent is.
+  bool isOrdinary(const std::string& refusal) const {
+    for (const char* item : kOptionalItems) {
+      if (refusal == itemNotFound(section_, item) && !isBlank(item)) return true;
+    }
+    for (const char* item : {"TriggerManager", "TriggerBusList"}) {
+      if (refusal == notAvailable({{"itemName", item}, {"sectionName_", chassis_.section}})) {
+        return true;
+      }
+    }
+    return refusal == notAvailable({{"message", "There is no device occupying this slot"}}) ||
+           refusal ==
+               notAvailable({{"attribute", std::to_string(varmex_str_ChassisDescriptionFile)}});
+  }
+
+  // A number item without a number counts as absent, and yet is a fault.
+  bool isBlank(const char* item) const {
+    return std::string_view(item).find("Link") != std::string_view::npos &&
+           rules_.express.hasItem(section_, item);
+  }
+
+  tRules& rules_;
+  const tChassisPlan& chassis_;
+  std::string section_;  // of the slot that is being asked
+};
+
+}  // namespace
+
+void checkAnswers(tRules& rules, const tPlan& plan, const varmex::Session& session) {
+  for (const auto& [number, chassis] : plan.chassis) tAsker(rules, chassis).run(session);
+}
+
+void checkFailure(tRules& rules, const varmex::Error& failure) {
+  if (rules.findings.explain(std::nullopt, failure.what())) return;
+  const tCheckedFile& file = rules.classic.exists() ? rules.classic : rules.express;
+  rules.findings.addRefused("session-fails", file.at(""), "the session does not open",
+                            aboutSession(), failure.what());
+}
+
+}  // namespace tool

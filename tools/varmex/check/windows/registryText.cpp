@@ -1,0 +1,7 @@
+#include "tools/varmex/check/registryText.h"
+
+namespace tool {
+
+std::string registryTextPath() { return {}; }
+
+}  // namespace tool
