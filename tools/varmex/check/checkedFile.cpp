@@ -69,6 +69,7 @@ void tCheckedFile::load() {
     refusal_ = readerRefusal(error.what());
   }
   bytes_ = readBytes(path_);
+  looksLikeUtf16_ = looksLikeUtf16(bytes_);
   if (refusal_.empty()) takeLines();
 }
 
@@ -190,7 +191,7 @@ bool tCheckedFile::checkEncoding(tFindings& findings) const {
                         aboutSession(), refusal_);
     return false;
   }
-  if (!looksLikeUtf16(bytes_)) return true;
+  if (!looksLikeUtf16_) return true;
   findings.add(
       tSeverity::doubtful, "wrong-encoding", at(""),
       "the file looks like UTF-16 without a mark; the library reads UTF-8 or the bytes of a "

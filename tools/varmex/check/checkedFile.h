@@ -77,7 +77,8 @@ class tCheckedFile {
   const char* name_;
   std::string path_;
   bool exists_;
-  std::string bytes_;
+  std::string bytes_;  // of the lines, cut as the library cuts them
+  bool looksLikeUtf16_ = false;
   varmex::tIniFile ini_;
   std::string refusal_;  // of the whole file
   std::vector<tSourceLine> lines_;

@@ -1,0 +1,270 @@
+// varmex_agreement [COUNT [FIRST [FOLDER]]] : whether `varmex check` and the library agree.
+//
+// Makes COUNT descriptions with faults, by numbers from FIRST on, and compares both ways: whatever
+// the library refuses for what the files say has a finding with its place, and whatever a finding
+// calls wrong is refused in the very words that it gives, unless another finding's fault comes
+// first. A fault that keeps the session from opening must hide none of the others.
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <set>
+
+#include "corpxiTools/iniFile.h"
+#include "tests/agreement/mutations.h"
+#include "tests/agreement/questions.h"
+#include "tools/varmex/check/check.h"
+
+namespace agreement {
+
+namespace {
+
+namespace fs = std::filesystem;
+using tFindings = std::vector<tool::tFinding>;
+
+constexpr const char* kFails = " fails with ";
+
+const char* const kFileNames[] = {"pxisys.ini", "pxiesys.ini"};
+
+// Each finding that can be wrong; a long run must have met them all.
+const std::set<std::string> kWrong = {"bad-list",          "bad-number",
+                                      "bad-slot-path",     "bridge-not-in-pxisys",
+                                      "duplicate-address", "empty-trigger-manager",
+                                      "files-disagree",    "line-map-out-of-range",
+                                      "missing-item",      "missing-section",
+                                      "unknown-slot-type", "wrong-encoding"};
+
+const char* const kOptionalItems[] = {"PeripheralSlotLinkWidth1",
+                                      "PeripheralSlotLinkWidth2",
+                                      "SystemSlotLinkOrigin1",
+                                      "SystemSlotLinkOrigin2",
+                                      "PeripheralModuleLinkWidthMax",
+                                      "PeripheralModuleLinkWidthNegotiated",
+                                      "PCISlotPath",
+                                      "PCISlotPathRootBus",
+                                      "LocalBusLeft",
+                                      "LocalBusRight",
+                                      "Vendor",
+                                      "Model",
+                                      "InstanceName",
+                                      "AddressInfo",
+                                      "PeripheralModuleOccupiedSlotList"};
+
+std::string refusalOf(const tool::tFinding& finding) {
+  const std::size_t place = finding.answer.find(kFails);
+  return place == std::string::npos ? ""
+                                    : finding.answer.substr(place + std::string(kFails).size());
+}
+
+std::string questionOf(const tool::tFinding& finding) {
+  return finding.answer.substr(0, finding.answer.find(kFails));
+}
+
+// All eight lines of a map that isn't there are one finding.
+std::string withoutLine(std::string words) {
+  const std::size_t place = words.find("itemName: PXI_TRIG");
+  if (place != std::string::npos) words[place + std::string("itemName: PXI_TRIG").size()] = '0';
+  return words;
+}
+
+class tCase {
+ public:
+  tCase(const fs::path& folder, std::uint32_t number) : folder_(folder), random_(number) {
+    description_ = makeRight(random_);
+    const std::uint32_t count = number % 10 == 0 ? 0 : number % 2 == 0 ? 1 : 1 + random_() % 4;
+    for (std::uint32_t n = 0; n < count; ++n) changes_.push_back(mutate(description_, random_));
+  }
+
+  // Whether check and library agree; tells of what they do not.
+  bool run(std::set<std::string>& met) {
+    write();
+    const tFindings findings = check();
+    if (changes_.empty() && !findings.empty())
+      complain("a right installation", findings.front().answer);
+    for (const tool::tFinding& finding : findings) {
+      checkPlace(finding);
+      if (finding.severity != tool::tSeverity::wrong) continue;
+      words_.insert(withoutLine(refusalOf(finding)));
+      met.insert(finding.id);
+    }
+    checkSound(findings);
+    const auto refusals = askEverything();
+    checkComplete(refusals);
+    if (refusals.empty() || refusals.front().question != "session") checkWithoutSession(findings);
+    return isRight_;
+  }
+
+ private:
+  fs::path pathOf(int file) const { return folder_ / "etc" / "pxi" / kFileNames[file]; }
+
+  void write() const {
+    for (const int file : {0, 1}) {
+      std::ofstream(pathOf(file), std::ios::binary | std::ios::trunc) << description_.text(file);
+    }
+  }
+
+  static tFindings check() {
+    return tool::checkDescription([] { return varmex::Session(); });
+  }
+
+  void complain(const std::string& what, const std::string& detail) {
+    if (isRight_) {
+      for (const std::string& change : changes_) std::cout << "  " << change << '\n';
+    }
+    isRight_ = false;
+    std::cout << "  " << what << ": " << detail << '\n';
+  }
+
+  void checkPlace(const tool::tFinding& finding) {
+    const tool::tPosition& position = finding.position;
+    const std::string text = finding.id + " at " + position.file + ':' +
+                             std::to_string(position.line) + ": " + finding.answer;
+    if (finding.id == "unexplained-failure" || finding.id == "session-fails") {
+      complain("no rule", text);
+    }
+    const bool isFile = position.file == kFileNames[0] || position.file == kFileNames[1];
+    if (!isFile || position.line == 0) complain("no place", text);
+    const bool isValue = finding.id == "bad-list" || finding.id == "bad-number" ||
+                         finding.id == "files-disagree" || finding.id == "unknown-slot-type";
+    if (isValue && finding.source.find(position.item) == std::string::npos) {
+      complain("another line", text + " in " + finding.source);
+    }
+  }
+
+  // Where another fault comes first, that one must have a finding too.
+  void checkSound(const tFindings& findings) {
+    for (const tool::tFinding& finding : findings) {
+      if (finding.severity != tool::tSeverity::wrong) continue;
+      const std::string expected = refusalOf(finding);
+      const std::string words = askAgain(questionOf(finding));
+      if (expected.empty() || words.empty()) {
+        complain("not refused", finding.id + ": " + finding.answer);
+      } else if (words != expected && !words_.contains(withoutLine(words))) {
+        complain("refused otherwise", finding.answer + " but with " + words);
+      } else if (words != expected && findings.size() == 1) {
+        complain("another answer", finding.answer + " but with " + words);
+      }
+    }
+  }
+
+  void checkComplete(const std::vector<tRefusal>& refusals) {
+    varmex::tIniFile files[2];
+    for (const int file : {0, 1}) {
+      try {
+        files[file].read(pathOf(file).string());
+      } catch (const varmex::tIniException&) {
+        // and then the session does not open
+      }
+    }
+    for (const tRefusal& refusal : refusals) {
+      if (isAbsence(refusal.words, files)) continue;
+      if (words_.contains(withoutLine(refusal.words))) continue;
+      complain("no finding", refusal.question + kFails + refusal.words);
+    }
+  }
+
+  // Nothing in the files is at fault. Link numbers count as absent where they are blank, too.
+  static bool isAbsence(const std::string& words, const varmex::tIniFile (&files)[2]) {
+    const auto holds = [&words](const std::string& text) {
+      return words.find(text) != std::string::npos;
+    };
+    if (holds("There is no device occupying this slot")) return true;
+    for (std::uint32_t chassis = 0; chassis < 10; ++chassis) {
+      const std::string section = "Chassis" + std::to_string(chassis);
+      for (const char* item : {"TriggerManager", "TriggerBusList"}) {
+        if (words == "varmex_errorInformationNotAvailable (-380757): itemName: " +
+                         std::string(item) + ", sectionName_: " + section) {
+          return true;
+        }
+      }
+    }
+    if (holds("attribute: 4102")) return true;  // of a relative path, without a registry
+    const std::size_t place = words.find("Section Chassis");
+    const std::size_t end = words.find(" item: ");
+    if (place == std::string::npos || end == std::string::npos || !holds(" not found")) {
+      return false;
+    }
+    const std::string section = words.substr(place + 8, end - place - 8);
+    if (section.find("Slot") == std::string::npos) return false;
+    for (const std::string item : kOptionalItems) {
+      if (!words.ends_with(" item: " + item + " not found")) continue;
+      return item.find("Link") == std::string::npos || !files[1].hasItem(section, item);
+    }
+    return false;
+  }
+
+  // One more chassis in the list, without a section.
+  void checkWithoutSession(const tFindings& before) {
+    for (std::string& line : description_.files[0]) {
+      const std::size_t last = line.find_last_of("0123456789");
+      if (line.starts_with("ChassisList = ") && last != std::string::npos) {
+        line.insert(last + 1, ",9");
+      }
+    }
+    write();
+    if (askAgain("session").empty()) return;
+    std::set<std::string> after;
+    for (const tool::tFinding& finding : check()) after.insert(asText(finding));
+    for (const tool::tFinding& finding : before) {
+      const bool isWrong = finding.severity == tool::tSeverity::wrong;
+      if (isWrong && !after.contains(asText(finding))) complain("hidden", asText(finding));
+    }
+  }
+
+  static std::string asText(const tool::tFinding& finding) {
+    return finding.position.file + ':' + std::to_string(finding.position.line) + ' ' + finding.id +
+           ' ' + finding.position.item + ": " + finding.answer;
+  }
+
+  fs::path folder_;
+  tRandom random_;
+  tDescription description_;
+  std::vector<std::string> changes_;
+  std::set<std::string> words_;  // in which findings say that the library refuses something
+  bool isRight_ = true;
+};
+
+fs::path makeFolder(const char* wanted) {
+  const fs::path folder =
+      wanted ? fs::path(wanted)
+             : fs::temp_directory_path() / ("varmex-agreement-" + std::to_string(::getpid()));
+  fs::create_directories(folder / "etc" / "pxi");
+  fs::create_directories(folder / "var" / "lib" / "PXISA");
+  ::setenv("VARMEX_FSROOT", folder.c_str(), 1);
+  return folder;
+}
+
+int compare(std::uint32_t count, std::uint32_t first, const char* wantedFolder) {
+  const fs::path folder = makeFolder(wantedFolder);
+  std::set<std::string> met;
+  std::uint32_t passed = 0;
+  for (std::uint32_t number = first; number < first + count; ++number) {
+    const bool isRight = tCase(folder, number).run(met);
+    if (!isRight) std::cout << "in case " << number << '\n';
+    passed += isRight ? 1 : 0;
+  }
+  constexpr std::uint32_t kLong = 1000;
+  std::uint32_t failed = count - passed;
+  for (const std::string& id : kWrong) {
+    if (count < kLong || met.contains(id)) continue;
+    std::cout << "never met: " << id << '\n';
+    ++failed;
+  }
+  if (!wantedFolder) fs::remove_all(folder);
+  std::cout << passed << " passed, " << failed << " failed\n";
+  return failed == 0 ? 0 : 1;
+}
+
+}  // namespace
+
+}  // namespace agreement
+
+int main(int argc, char** argv) {
+  const auto number = [&](int n, const char* otherwise) {
+    return static_cast<std::uint32_t>(std::atol(argc > n ? argv[n] : otherwise));
+  };
+  return agreement::compare(number(1, "1000"), number(2, "1"), argc > 3 ? argv[3] : nullptr);
+}

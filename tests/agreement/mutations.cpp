@@ -1,0 +1,237 @@
+#include "tests/agreement/mutations.h"
+
+#include <algorithm>
+#include <map>
+#include <sstream>
+
+#include "tools/synthetic/installation.h"
+
+namespace agreement {
+
+namespace {
+
+using tLines = std::vector<std::string>;
+
+std::size_t below(std::size_t limit, tRandom& random) {
+  return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random);
+}
+
+template <class List>
+const auto& oneOf(const List& list, tRandom& random) {
+  return *std::next(std::begin(list), static_cast<std::ptrdiff_t>(below(std::size(list), random)));
+}
+
+tLines split(const std::string& text) {
+  tLines lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+bool isHeader(const std::string& line) { return line.starts_with('['); }
+bool isItem(const std::string& line) { return line.find(" = ") != std::string::npos; }
+std::string nameOf(const std::string& line) { return line.substr(0, line.find(" = ")); }
+std::string valueOf(const std::string& line) { return line.substr(line.find(" = ") + 3); }
+
+// The name without the numbers in it, so that rare kinds of items come as often as common ones.
+std::string kindOf(std::string line) {
+  line = nameOf(line);
+  std::erase_if(line, [](char byte) { return byte >= '0' && byte <= '9'; });
+  return line;
+}
+
+// A line of a kind that is chosen first; the end of the file when there is none.
+template <class Accept>
+std::size_t chooseLine(const tLines& lines, tRandom& random, Accept accept) {
+  std::map<std::string, std::vector<std::size_t>> kinds;
+  for (std::size_t n = 0; n < lines.size(); ++n) {
+    if (accept(lines[n])) kinds[kindOf(lines[n])].push_back(n);
+  }
+  return kinds.empty() ? lines.size() : oneOf(oneOf(kinds, random).second, random);
+}
+
+std::size_t sectionEnd(const tLines& lines, std::size_t header) {
+  const auto begin = lines.begin() + static_cast<std::ptrdiff_t>(header) + 1;
+  return static_cast<std::size_t>(std::find_if(begin, lines.end(), isHeader) - lines.begin());
+}
+
+tLines slice(const tLines& lines, std::size_t begin, std::size_t end) {
+  return {lines.begin() + static_cast<std::ptrdiff_t>(begin),
+          lines.begin() + static_cast<std::ptrdiff_t>(end)};
+}
+
+void erase(tLines& lines, std::size_t begin, std::size_t end) {
+  lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(begin),
+              lines.begin() + static_cast<std::ptrdiff_t>(end));
+}
+
+void insert(tLines& lines, std::size_t place, const tLines& more) {
+  lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(place), more.begin(), more.end());
+}
+
+const char* const kValues[] = {"",
+                               "\"\"",
+                               "\" \"",
+                               "x",
+                               "-1",
+                               "0",
+                               "1",
+                               "2",
+                               "3",
+                               "0x2",
+                               "0x1F",
+                               "012",
+                               "08",
+                               "+ 5",
+                               "+3",
+                               "12abc",
+                               "\"8\"",
+                               "\"9\"",
+                               "\"0,8\"",
+                               "\"1,,2\"",
+                               "\"1,2,\"",
+                               "\"1,1\"",
+                               "\"1 ,2\"",
+                               "\"x,1\"",
+                               "99",
+                               "2147483648",
+                               "4294967295",
+                               "4294967296",
+                               "None",
+                               "none",
+                               "\"1,99\"",
+                               "\"-3\"",
+                               "300",
+                               "\"a\"",
+                               "\"a,b\"",
+                               "PXI-1Slot",
+                               "PXIeSystemSlot2Link",
+                               "PXIePeripheralSlot",
+                               "pxieperipheralslot",
+                               "PXI0::4-0.0::INSTR",
+                               "PXI4::0::1::INSTR",
+                               "PXI0::4-0::INSTR",
+                               "\"\\\"\"",
+                               "M\xFCller"};
+
+std::string changedValue(const tLines& lines, const std::string& line, tRandom& random) {
+  switch (below(4, random)) {
+    case 0: {  // that of another item of its kind
+      const auto isAlike = [&](const std::string& other) {
+        return isItem(other) && kindOf(other) == kindOf(line);
+      };
+      return valueOf(lines[chooseLine(lines, random, isAlike)]);
+    }
+    case 1: {  // one byte less or other
+      std::string value = valueOf(line);
+      if (value.empty()) return "1";
+      const std::size_t place = below(value.size(), random);
+      if (below(2, random) != 0) return value.erase(place, 1);
+      value[place] = "019,x;\"- "[below(9, random)];
+      return value;
+    }
+    default: return oneOf(kValues, random);
+  }
+}
+
+// Names that stand for each other, and numbers in names.
+std::string renamed(std::string name, tRandom& random) {
+  const std::size_t set = name.find("SystemTiming");
+  if (set != std::string::npos && below(3, random) != 0) {
+    const bool hasStar = set >= 4 && name.compare(set - 4, 4, "Star") == 0;
+    return hasStar ? name.erase(set - 4, 4) : name.insert(set, "Star");
+  }
+  const std::size_t sets = name.find("Sets");
+  if (sets != std::string::npos && below(2, random) != 0) return name.erase(sets + 3, 1);
+  const std::size_t digit = name.find_last_of("0123456789");
+  if (digit != std::string::npos && below(2, random) != 0) {
+    name[digit] = "0123456789"[below(10, random)];
+    return name;
+  }
+  name[below(name.size(), random)] = 'Q';
+  return name;
+}
+
+const char* const kGarbage[] = {"garbage",          "[Chassis1Slot2", "[]",         "=5",
+                                "; comment",        "Key =",          "[Chassis1]", "[Chassis7]",
+                                "[Chassis1Slot19]", "[Chassis07]"};
+
+tLines strangeSection(tRandom& random) {
+  static const tLines kSections[] = {
+      {"[Chassis1Slot19]", "SlotType = PXIePeripheralSlot", "PeripheralSlotLinkWidth1 = x"},
+      {"[Chassis1Slot20]", "SlotType = PXIe", "PCIBusNumber = 5"},
+      {"[Chassis1Slot19]", "PCISlotPathRootBus = 09", "FunctionList = x"},
+      {"[Chassis7]", "Vendor = V", "Model = M", "SerialNumber = S", "SlotList = 1",
+       "TriggerBusList = 1", "[Chassis7Slot1]", "SlotType = PXIeHybridSlot",
+       "AddressInfo = PXI0::250-31.0::INSTR", "PeripheralModuleLinkWidthMax = z"},
+      {"[Chassis8]", "Vendor = V", "Model = M", "SlotList = \"1,x\""},
+      {"[Chassis8]", "Vendor = V", "Model = M", "SerialNumber = 9", "SlotList = 1",
+       "TriggerBridgeList = 1", "[Chassis8Slot1]", "SlotType = PXIeSystemSlot2Link"},
+  };
+  return oneOf(kSections, random);
+}
+
+}  // namespace
+
+std::string tDescription::text(int file) const {
+  std::string text = encodings[file];
+  for (const std::string& line : files[file]) text += line + lineEnd;
+  return text;
+}
+
+tDescription makeRight(tRandom& random) {
+  std::vector<synthetic::tPlan> plans(1 + below(3, random));
+  for (synthetic::tPlan& plan : plans) {
+    plan.kind =
+        below(3, random) == 0 ? synthetic::tChassisKind::classic : synthetic::tChassisKind::express;
+    plan.slots = static_cast<std::uint32_t>(2 + below(17, random));
+    plan.modules = static_cast<std::uint32_t>(below(19, random));
+  }
+  const synthetic::tTexts texts = synthetic::makeInstallation(plans);
+  return {{split(texts.pxiSys), split(texts.pxieSys)}, {}, "\n"};
+}
+
+std::string mutate(tDescription& description, tRandom& random) {
+  int file = static_cast<int>(below(2, random));
+  if (description.files[file].empty()) file = 0;
+  tLines& lines = description.files[file];
+  tLines& others = description.files[1 - file];
+  const std::string where = (file == 0 ? "pxisys.ini: " : "pxiesys.ini: ");
+  const std::size_t item = chooseLine(lines, random, isItem);
+  const std::size_t header = chooseLine(lines, random, isHeader);
+  if (item == lines.size() || header == lines.size()) return where + "nothing left";
+  const std::string line = lines[item];
+  const std::string section = lines[header];
+  const std::size_t end = sectionEnd(lines, header);
+  switch (below(20, random)) {
+    case 0: erase(lines, item, item + 1); return where + "without " + line;
+    case 1: insert(lines, below(lines.size() + 1, random), {line}); return where + "again " + line;
+    case 2: erase(lines, header, end); return where + "without section " + section;
+    case 3:
+      insert(others, others.size(), slice(lines, header, end));
+      return where + "copied " + section;
+    case 4:
+      lines[header] = '[' + renamed(section.substr(1, section.size() - 2), random) + ']';
+      return where + section + " is " + lines[header];
+    case 5:
+    case 6:
+      lines[item] = renamed(nameOf(line), random) + " = " + valueOf(line);
+      return where + line + " is " + lines[item];
+    case 7:
+      insert(lines, below(lines.size() + 1, random), {oneOf(kGarbage, random)});
+      return where + "garbage";
+    case 8: insert(lines, lines.size(), strangeSection(random)); return where + "strange section";
+    case 9: {
+      static const std::string kEncodings[] = {"\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF", "\n"};
+      if (below(4, random) != 0) break;
+      description.encodings[file] = oneOf(kEncodings, random);
+      return where + "encoding";
+    }
+    case 10: description.lineEnd = below(2, random) ? "\r\n" : "\r"; return "line ends";
+    default: break;
+  }
+  lines[item] = nameOf(line) + " = " + changedValue(lines, line, random);
+  return where + line + " is " + lines[item];
+}
+
+}  // namespace agreement
