@@ -106,7 +106,21 @@ finds 'slot-without-bus: .Chassis1Slot11.$' pxiesys.ini 's/"7,8,9,10,11,12"/"7,8
 finds 'slot-on-two-buses: .Chassis1TriggerBus2. SlotList' pxiesys.ini 's/"7,8,9,/"6,7,8,9,/'
 finds 'bridge-to-missing-bus: .Chassis1TriggerBridge1. DestinationTriggerBus' pxisys.ini '27s/=.*/= 9/'
 finds 'line-map-out-of-range: .Chassis1LineMappingSpec1. PXI_TRIG3' pxisys.ini '49s/=.*/= "9"/'
-finds '^pxisys.ini:50: wrong: line-passed-over: .Chassis1LineMappingSpec1.$' pxisys.ini '50s/=//'
+finds '^pxisys.ini:50: doubtful: line-passed-over: .Chassis1LineMappingSpec1.$' pxisys.ini '50s/=//'
+finds '^  68 \| PCIBusNumber = ü$' pxisys.ini '68s/=.*/= ü/'
+finds '^     \| ~~~~~~~~~~~~   \^$' pxisys.ini '68s/=.*/= ü/'
+finds '^     \|  \^~~~~~~~~~~~~~~~~~~~~~~~$' pxisys.ini '50s/=//'
+finds '^pxisys.ini:14: wrong: missing-item: .Chassis1. SlotList$' pxisys.ini '14s/=.*/=/'
+finds 'line gives it no value' pxisys.ini '14s/=.*/=/'
+finds '^pxiesys.ini:51: doubtful: spelled-twice' pxiesys.ini '50s/$/\nSystemTimingSet1 = 7/'
+finds '^pxisys.ini:1: wrong: wrong-encoding$' pxisys.ini '1s/^/\xff\xfe/'
+finds '^pxisys.ini:1: doubtful: wrong-encoding$' pxisys.ini 's/./&\x00/g'
+finds '^registry.reg:1: wrong: registry-not-read$' registry.reg 1d
+finds 'an export of version 4$' registry.reg '1s/.*/REGEDIT4/'
+finds 'in UTF-16 without its mark$' registry.reg 's/./&\x00/g'
+finds 'high byte first$' registry.reg '1s/^/\xfe\xff/'
+finds '^pxiesys.ini:.* wrong: code-page-identifier: .Chassis2. TriggerManager$' pxiesys.ini \
+  's/^TriggerManager = "Tessmere"/TriggerManager = "T\xfc"/'
 finds 'unreferenced-section: .Orphan.$' pxisys.ini '$a [Orphan]'
 finds 'repeated-section: .Chassis1.$' pxisys.ini '$a [Chassis1]'
 finds '^pxisys.ini:.* repeated-item: .System. ChassisList' pxisys.ini '5s/$/\nChassisList = 1/'
@@ -116,8 +130,17 @@ finds 'slot-covered-twice: .Chassis1Slot3. Perip' pxiesys.ini '150s/$/\nAddressI
 VARMEX_FSROOT=$(mktemp -d)
 expect 2 'neither pxisys.ini nor pxiesys.ini' check
 mkdir -p "$VARMEX_FSROOT/etc/pxi"
-printf '\xff\xfe[\0' >"$VARMEX_FSROOT/etc/pxi/pxisys.ini"
+mkdir "$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 expect 2 "can't read" check
+rm -r "$VARMEX_FSROOT"
+VARMEX_FSROOT=$(mktemp -d)
+expect 0 '' make "$VARMEX_FSROOT" {express,classic}:{2..18}:{0,3,18}
+expect 0 '^No findings\.$' check
+for kind in express classic; do
+  rm -r "$VARMEX_FSROOT"
+  expect 0 '' make "$VARMEX_FSROOT" "$kind:18x255"
+  expect 0 '^No findings\.$' check
+done
 rm -r "$VARMEX_FSROOT"
 VARMEX_FSROOT=$(mktemp -d)
 expect 0 '' make "$VARMEX_FSROOT" express:4 classic:8:2x2 express:18:0
