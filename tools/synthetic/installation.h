@@ -32,10 +32,10 @@ struct tTexts {
 // The description of an installation that does not exist, in the form and with the line lengths
 // that a resource manager writes: modules in most slots, trigger buses of at most eight slots,
 // bridges between them, a star trigger, and dstar sets in PXI Express chassis. The chassis are
-// numbered from 1 on. The same plans give the same texts. All PCI addresses lie within the 256 buses
-// of 32 devices of a machine: each module has a bus to itself as long as there are enough, and in a
-// larger installation modules share them. Throws std::invalid_argument for a number of chassis or
-// slots outside the ranges above, and for more modules than there are addresses.
+// numbered from 1 on. The same plans give the same texts. All PCI addresses lie within the 256
+// buses of 32 devices of a machine: each module has a bus to itself as long as there are enough,
+// and in a larger installation modules share them. Throws std::invalid_argument for a number of
+// chassis or slots outside the ranges above, and for more modules than there are addresses.
 tTexts makeInstallation(const std::vector<tPlan>& plans);
 
 // Writes both files, an empty one for an empty text. Throws std::runtime_error, with the path in
