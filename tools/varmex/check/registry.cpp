@@ -77,12 +77,15 @@ void checkIdentifiers(tRules& rules, const tPlan& plan) {
 }  // namespace
 
 void checkRegistry(tRules& rules, const tPlan& plan) {
-  const std::string path = registryTextPath();
+  const std::filesystem::path path = registryTextPath();
   if (path.empty() || !std::filesystem::exists(path)) return;
-  std::ifstream file(path, std::ios::binary);
   bool isUnicode = true;
-  std::string reason = "there is no right to read the file";
-  if (file) {
+  std::string reason;
+  if (!std::filesystem::is_regular_file(path)) {
+    reason = "it is no regular file";
+  } else if (std::ifstream file(path, std::ios::binary); !file) {
+    reason = "there is no right to read it";
+  } else {
     const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     reason = reasonNotRead(bytes, isUnicode);
   }
