@@ -1,67 +1,78 @@
 #!/usr/bin/env bash
 # Builds and runs every test: natively, under ASan and UBSan, under TSan what is concurrent, and the
-# Windows build under Wine. Ends with the number of tests that passed and failed, over all of them.
+# Windows build under Wine. Tests run beside each other and beside the builds that follow. Ends with
+# the number of tests that passed and failed, over all of them.
 source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" g++-mingw-w64-x86-64-posix wine64 wine binutils libxml2-utils \
   dpkg-dev file pkg-config unzip
 
-passed=0
-failed=0
+results=$(mktemp -d)
+trap 'rm -rf "$results"' EXIT
 
-# run NAME COMMAND... : a GoogleTest program or a script that ends with "N passed, N failed".
+# start NAME COMMAND... : once a place is free, in the background, a GoogleTest program or a script
+# that ends with "N passed, N failed".
+start() {
+  while [ "$(jobs -rp | wc -l)" -gt "$(nproc)" ]; do wait -n || true; done
+  begin "$1"
+  run "$@" &
+}
+
 run() {
   local name=$1 log result=0
   shift
-  log=$(mktemp)
-  begin "$name"
-  "$@" >"$log" 2>&1 </dev/null || result=$?
+  log=$(mktemp -p "$results")
+  timeout 1200 "$@" >"$log" 2>&1 </dev/null || result=$?
   local good bad
-  good=$(sed -nE 's/^\[  PASSED  \] ([0-9]+) tests?\..*/\1/p; s/^([0-9]+) passed, .*/\1/p' "$log")
-  bad=$(sed -nE 's/^\[  FAILED  \] ([0-9]+) tests?, .*/\1/p; s/.* passed, ([0-9]+) failed$/\1/p' "$log")
+  good=$(sum '^\[  PASSED  \] ([0-9]+) tests?\..*|^([0-9]+) passed, .*' "$log")
+  bad=$(sum '^\[  FAILED  \] ([0-9]+) tests?, .*|.* passed, ([0-9]+) failed$' "$log")
   # A program that ended badly counts as a failure, whatever it printed; so does one that ran nothing.
-  if [ "$result" -ne 0 ] && [ "${bad:-0}" -eq 0 ]; then bad=1; fi
-  if [ "${good:-0}" -eq 0 ] && [ "${bad:-0}" -eq 0 ]; then bad=1; fi
-  passed=$((passed + ${good:-0}))
-  failed=$((failed + ${bad:-0}))
-  if [ "${bad:-0}" -ne 0 ]; then cat "$log"; else echo "${good:-0} passed"; fi
-  rm -f "$log"
+  if [ "$result" -ne 0 ] && [ "$bad" -eq 0 ]; then bad=1; fi
+  if [ "$good" -eq 0 ] && [ "$bad" -eq 0 ]; then bad=1; fi
+  [ "$bad" -eq 0 ] || cat "$log"
+  echo "$name: $good passed, $bad failed" | tee "$log.result"
 }
 
+# sum PATTERN FILE : of the numbers that the pattern's two groups take out of the lines.
+sum() { sed -nE "s/$1/\1\2/p" "$2" | awk '{ n += $1 } END { print n + 0 }'; }
+
+# suites BUILD : its GoogleTest programs.
 suites() {
-  local name=$1
-  shift
-  for suite in outside inside injection; do
-    run "$name: $suite" "$@" "build/$name/bin/varmex_${suite}_tests"
-  done
+  start "$1: outside" tests/sharded.sh 4 "build/$1/bin/varmex_outside_tests"
+  start "$1: inside" "build/$1/bin/varmex_inside_tests"
+  start "$1: injection" "build/$1/bin/varmex_injection_tests"
 }
-
-concurrent='tConcurrency*:*Threads*'
 
 build linux
 suites linux
-run 'linux: exports' tests/checkExports.sh build/linux/lib/libvarmex.so
-run 'linux: command' tests/commandTest.sh build/linux/bin/varmex
-run 'linux: draw' tests/drawTest.sh build/linux/bin/varmex
-run 'linux: install' tests/installTest.sh build/linux
+start 'linux: exports' tests/checkExports.sh build/linux/lib/libvarmex.so
+start 'linux: command' tests/commandTest.sh build/linux/bin/varmex
+start 'linux: draw' tests/drawTest.sh build/linux/bin/varmex
+start 'linux: install' tests/installTest.sh build/linux
 
 build linux-asan
 VARMEX_TEST_ROUNDS=500 suites linux-asan
-run 'linux-asan: hostile' tests/hostileTest.sh build/linux-asan/bin/varmex
+start 'linux-asan: hostile' tests/hostileTest.sh build/linux-asan/bin/varmex
 
-build linux-tsan varmex_outside_tests varmex_writer
-TSAN_OPTIONS=suppressions=$PWD/tests/tsan.supp VARMEX_TEST_ROUNDS=300 run 'linux-tsan: outside' \
-  build/linux-tsan/bin/varmex_outside_tests "--gtest_filter=$concurrent"
+build linux-tsan varmex_outside_tests
+TSAN_OPTIONS=suppressions=$PWD/tests/tsan.supp VARMEX_TEST_ROUNDS=300 start 'linux-tsan: outside' \
+  tests/sharded.sh 2 build/linux-tsan/bin/varmex_outside_tests \
+  '--gtest_filter=tConcurrency*:*Threads*'
 
 build windows
 export WINEPREFIX=$PWD/build/windows/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
 begin 'setting up Wine'
-quietly wineboot -i
-for suite in outside inside injection; do
-  VARMEX_TEST_ROUNDS=300 run "windows: $suite" wine "build/windows/bin/varmex_${suite}_tests.exe"
+quietly wineboot -u
+quietly wineserver -w
+export VARMEX_TEST_ROUNDS=300
+start 'windows: outside' tests/sharded.sh 4 tests/inWine.sh \
+  wine build/windows/bin/varmex_outside_tests.exe
+for suite in inside injection; do
+  start "windows: $suite" tests/inWine.sh wine "build/windows/bin/varmex_${suite}_tests.exe"
 done
-run 'windows: exports' tests/checkExports.sh build/windows/bin/varmex.dll
-run 'windows: install' tests/installTest.sh build/windows
-wineserver -k || true
+start 'windows: exports' tests/checkExports.sh build/windows/bin/varmex.dll
+start 'windows: install' tests/inWine.sh tests/installTest.sh build/windows
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+wait
+cat "$results"/*.result | awk -F': ' '
+  { split($NF, words, /[ ,]+/); passed += words[1]; failed += words[3] }
+  END { print passed + 0 " passed, " failed + 0 " failed"; exit failed > 0 }'

@@ -1,5 +1,7 @@
 // The routing functions with every allocation failing in turn.
 
+#include <nlohmann/json.hpp>
+
 #include "tests/injection/allocation.h"
 #include "tests/support/model.h"
 #include "tests/support/routing.h"
@@ -32,7 +34,7 @@ class tRoutingInjection : public tModel {
       EXPECT_TRUE(code == 0 ||
                   (failed && (code == ostrelerr_memoryFull || code == varmex_errorMemoryFull)))
           << name << ", allocation " << n << ": " << code << ' ' << status.text();
-      EXPECT_TRUE(nlohmann::json::accept(status.text())) << status.text();
+      EXPECT_TRUE(isWellFormed(status.text())) << status.text();
       if (!failed || HasFailure()) return;
     }
   }

@@ -1,3 +1,5 @@
+#include <nlohmann/json.hpp>
+
 #include "sevrin/iDataTreeManager.h"
 #include "tests/support/status.h"
 #include "tests/support/testMachine.h"

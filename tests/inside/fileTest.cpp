@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <nlohmann/json.hpp>
 
 #include "corpxiTools/fileSystem/utils.h"
 #include "halden/internal/FileLockImpl.h"

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <nlohmann/json.hpp>
 #include <random>
 #include <set>
 #include <thread>

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <fstream>
+#include <nlohmann/json.hpp>
 
 #include "tests/support/posix/child.h"
 #include "tests/support/wait.h"

@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 
 #include "tests/support/model.h"
 #include "tests/support/routing.h"

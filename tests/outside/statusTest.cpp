@@ -1,4 +1,5 @@
 #include <cstring>
+#include <nlohmann/json.hpp>
 
 #include "tests/support/model.h"
 

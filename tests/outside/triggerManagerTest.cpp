@@ -1,3 +1,5 @@
+#include <nlohmann/json.hpp>
+
 #include "tests/support/model.h"
 #include "tests/support/serviceLibrary.h"
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/support/testMachine.h"
+#include "tests/support/testPlace.h"
 
 namespace test {
 
@@ -14,46 +15,43 @@ namespace test {
 // "without..." one of its functions.
 class tInstalledServiceLibrary {
  public:
-  explicit tInstalledServiceLibrary(const std::string& variant, const std::string& control = "") {
-    std::filesystem::create_directories(file().parent_path());
-    std::filesystem::copy_file(folder() / variant / VARMEX_SERVICE_FILE, file(),
-                               std::filesystem::copy_options::overwrite_existing);
-    std::filesystem::remove(folder() / "service.log");
-    tell(control);
+  explicit tInstalledServiceLibrary(const std::string& variant, const std::string& answers = "") {
+    std::filesystem::copy_file(
+        std::filesystem::path(VARMEX_SERVICE_VARIANTS) / variant / VARMEX_SERVICE_FILE, file(),
+        std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::remove(log());
+    tell(answers);
   }
   ~tInstalledServiceLibrary() {
     std::filesystem::remove(file());
-    std::filesystem::remove(folder() / "service.control");
+    std::filesystem::remove(control());
   }
   tInstalledServiceLibrary(const tInstalledServiceLibrary&) = delete;
   tInstalledServiceLibrary& operator=(const tInstalledServiceLibrary&) = delete;
 
   // What its functions answer: "initialize", "open" and "modeStatus" a status code, "mode" the
   // mode, each with its number behind a blank.
-  static void tell(const std::string& control) {
-    tTestMachine::write(folder() / "service.control", control);
-  }
+  static void tell(const std::string& text) { tTestMachine::write(control(), text); }
 
   // The calls since the last look, each in angle brackets.
   static std::string takeCalls() {
     std::string calls;
     {
-      std::ifstream log(folder() / "service.log");
-      for (std::string line; std::getline(log, line);) {
+      std::ifstream file(log());
+      for (std::string line; std::getline(file, line);) {
         if (line.ends_with('\r')) line.pop_back();
         calls += '<' + line + '>';
       }
     }
-    std::filesystem::remove(folder() / "service.log");
+    std::filesystem::remove(log());
     return calls;
   }
 
-  static std::filesystem::path file() {
-    return std::filesystem::path(VARMEX_SERVICE_INSTALLED) / VARMEX_SERVICE_FILE;
-  }
+  static std::filesystem::path file() { return tTestPlace::libraries() / VARMEX_SERVICE_FILE; }
 
  private:
-  static std::filesystem::path folder() { return VARMEX_SERVICE_FOLDER; }
+  static std::filesystem::path log() { return tTestPlace::folder() / "service.log"; }
+  static std::filesystem::path control() { return tTestPlace::folder() / "service.control"; }
 };
 
 }  // namespace test

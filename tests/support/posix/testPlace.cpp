@@ -1,0 +1,48 @@
+#include "tests/support/testPlace.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+namespace test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kVariable = "VARMEX_TEST_PLACE";
+
+void addLibraryPath(const std::string& folder) {
+  const char* const others = std::getenv("LD_LIBRARY_PATH");
+  const std::string path = others && *others ? folder + ':' + others : folder;
+  setenv("LD_LIBRARY_PATH", path.c_str(), 1);
+}
+
+}  // namespace
+
+// A process keeps its number when it starts a program in its own place; a child has another.
+tTestPlace::tTestPlace(char** arguments) {
+  const fs::path own =
+      fs::temp_directory_path() / ("varmex-test-place-" + std::to_string(getpid()));
+  const char* const known = std::getenv(kVariable);
+  if (known && known == own) return;
+  fs::remove_all(own);
+  fs::create_directories(own);
+  setenv(kVariable, own.c_str(), 1);
+  addLibraryPath(own.string());
+  execv("/proc/self/exe", arguments);
+  throw std::runtime_error("cannot start again");
+}
+
+tTestPlace::~tTestPlace() {
+  std::error_code ignored;
+  fs::remove_all(folder(), ignored);
+}
+
+fs::path tTestPlace::folder() { return std::getenv(kVariable); }
+
+fs::path tTestPlace::libraries() { return folder(); }
+
+}  // namespace test

@@ -1,0 +1,27 @@
+#ifndef TESTS_SUPPORT_TESTPLACE_H
+#define TESTS_SUPPORT_TESTPLACE_H
+
+#include <filesystem>
+
+namespace test {
+
+// A folder that this process alone has, as long as it lives, so that test programs can run side by
+// side. On Linux `main` must make it ahead of all else: the system is told where libraries are only
+// when a program starts, so the program starts a second time. VARMEX_TEST_PLACE names the folder to
+// whatever is loaded.
+class tTestPlace {
+ public:
+  explicit tTestPlace(char** arguments);
+  ~tTestPlace();
+  tTestPlace(const tTestPlace&) = delete;
+  tTestPlace& operator=(const tTestPlace&) = delete;
+
+  static std::filesystem::path folder();
+  // Where the system finds a library by its bare name. Under Wine it is the prefix's own: there
+  // programs that run at once need a prefix each.
+  static std::filesystem::path libraries();
+};
+
+}  // namespace test
+
+#endif

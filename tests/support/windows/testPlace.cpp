@@ -1,0 +1,39 @@
+#include "tests/support/testPlace.h"
+
+#include <windows.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kVariable = "VARMEX_TEST_PLACE";
+
+}  // namespace
+
+tTestPlace::tTestPlace(char**) {
+  const fs::path own =
+      fs::temp_directory_path() / ("varmex-test-place-" + std::to_string(GetCurrentProcessId()));
+  fs::remove_all(own);
+  fs::create_directories(own);
+  _putenv_s(kVariable, own.string().c_str());
+}
+
+tTestPlace::~tTestPlace() {
+  std::error_code ignored;
+  fs::remove_all(folder(), ignored);
+}
+
+fs::path tTestPlace::folder() { return std::getenv(kVariable); }
+
+fs::path tTestPlace::libraries() {
+  char folder[MAX_PATH] = {};
+  GetSystemDirectoryA(folder, sizeof folder);
+  return folder;
+}
+
+}  // namespace test
