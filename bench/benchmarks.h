@@ -3,12 +3,16 @@
 
 namespace bench {
 
-// Each registers its benchmarks. Their names are paths: what/file or '-'/chassis/who.
+// Each registers its benchmarks. Their names are paths: what/file or kind or '-'/chassis/who.
 void registerLoads();
 void registerLookUps();
 void registerSessions();
+void registerRefusals();
 void registerModel();
+void registerWalks();
+void registerCommands();
 void registerRouting();
+void registerGrowth();
 
 }  // namespace bench
 

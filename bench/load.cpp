@@ -2,18 +2,16 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstring>
 
 #include "bench/benchmarks.h"
 #include "bench/machine.h"
 #include "bench/peers.h"
+#include "bench/timing.h"
 
 namespace bench {
 
 namespace {
-
-using tClock = std::chrono::steady_clock;
 
 void reportBytes(benchmark::State& state, std::size_t size) {
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(size));
@@ -21,10 +19,10 @@ void reportBytes(benchmark::State& state, std::size_t size) {
 
 // The time of the load alone: what the store costs to take down is not the load's.
 void timeLoad(benchmark::State& state, const tReader& reader, const std::string& path) {
+  tTimedPart part(state);
   for (auto _ : state) {
-    const tClock::time_point start = tClock::now();
-    const auto store = reader.load(path.c_str());
-    state.SetIterationTime(std::chrono::duration<double>(tClock::now() - start).count());
+    std::unique_ptr<iStore> store;
+    part.run([&] { store = reader.load(path.c_str()); });
     benchmark::DoNotOptimize(store.get());
   }
   reportBytes(state, readText(path).size());
@@ -34,14 +32,15 @@ void timeLoad(benchmark::State& state, const tReader& reader, const std::string&
 void timeLineEnds(benchmark::State& state, const std::string& path) {
   const std::string text = readText(path);
   const char* const end = text.data() + text.size();
+  tTimedPart part(state);
   for (auto _ : state) {
-    const tClock::time_point start = tClock::now();
     std::size_t lines = 0;
-    for (const char* position = text.data(); position != end; ++position, ++lines) {
-      position = static_cast<const char*>(
-          std::memchr(position, '\n', static_cast<std::size_t>(end - position)));
-    }
-    state.SetIterationTime(std::chrono::duration<double>(tClock::now() - start).count());
+    part.run([&] {
+      for (const char* position = text.data(); position != end; ++position, ++lines) {
+        position = static_cast<const char*>(
+            std::memchr(position, '\n', static_cast<std::size_t>(end - position)));
+      }
+    });
     benchmark::DoNotOptimize(lines);
   }
   reportBytes(state, text.size());

@@ -8,8 +8,6 @@
 #include <map>
 #include <stdexcept>
 
-#include "tools/synthetic/installation.h"
-
 namespace bench {
 
 namespace {
@@ -22,11 +20,17 @@ std::string makeTemporaryFolder() {
 
 }  // namespace
 
-tMachine::tMachine(std::uint32_t chassis) : root_(makeTemporaryFolder()) {
+synthetic::tTexts describe(std::uint32_t chassis, const std::string& remark) {
+  auto texts = synthetic::makeInstallation(std::vector<synthetic::tPlan>(chassis));
+  texts.pxiSys += "; " + remark + '\n';
+  texts.pxieSys += "; " + remark + '\n';
+  return texts;
+}
+
+tMachine::tMachine(const synthetic::tTexts& texts) : root_(makeTemporaryFolder()) {
   std::filesystem::create_directories(root_ + "/etc/pxi");
   std::filesystem::create_directories(root_ + "/var/lib/PXISA");
-  const std::vector<synthetic::tPlan> plans(chassis);
-  synthetic::writeInstallation(synthetic::makeInstallation(plans), pxiSysPath(), pxieSysPath());
+  synthetic::writeInstallation(texts, pxiSysPath(), pxieSysPath());
   std::ofstream(configurationPath()) << "; locked\n";
 }
 
@@ -35,9 +39,16 @@ tMachine::~tMachine() {
   std::filesystem::remove_all(root_, ignored);
 }
 
+void tMachine::use() const { setenv("VARMEX_FSROOT", root_.c_str(), 1); }
+
 const tMachine& machineOf(std::uint32_t chassis) {
   static std::map<std::uint32_t, tMachine> machines;
-  return machines.try_emplace(chassis, chassis).first->second;
+  return machines.try_emplace(chassis, describe(chassis, "one of several")).first->second;
+}
+
+const tMachine& aloneMachineOf(std::uint32_t chassis) {
+  static std::map<std::uint32_t, tMachine> machines;
+  return machines.try_emplace(chassis, describe(chassis, "on its own")).first->second;
 }
 
 std::string readText(const std::string& path) {

@@ -10,8 +10,12 @@ int main(int count, char** arguments) {
     bench::registerLoads();
     bench::registerLookUps();
     bench::registerSessions();
+    bench::registerRefusals();
     bench::registerModel();
+    bench::registerWalks();
+    bench::registerCommands();
     bench::registerRouting();
+    bench::registerGrowth();
     benchmark::Initialize(&count, arguments);
     if (benchmark::ReportUnrecognizedArguments(count, arguments)) return 2;
     benchmark::RunSpecifiedBenchmarks();

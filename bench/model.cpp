@@ -25,7 +25,7 @@ void require(const tStatusRecord& status) {
 }
 
 tItem openSession(std::uint32_t chassis) {
-  setenv("VARMEX_FSROOT", machineOf(chassis).root().c_str(), 1);
+  machineOf(chassis).use();
   tStatusRecord status = varmex_makeStatus();
   tItem session(varmex_openPXISession(0, &status), tCloser());
   require(status);

@@ -1,154 +1,241 @@
-"""Prints the ratios of a run of varmex_bench, given its JSON output, beside their goals."""
+"""Holds the measurements of a folder against their goals, as ratios.
+
+    report.py FOLDER              prints every ratio beside its goal
+    report.py --unsettled FOLDER  prints a filter of the benchmarks that are to be run again, nothing
+                                  when all ratios are settled
+
+The folder has the outputs of varmex_bench, round-1.json and so on, and values.txt with lines of a
+name and a value. Of every case the best repetition counts, which other work on the machine
+disturbed least, and of those that run on one thread the processor's time. A ratio is settled when the even and the odd rounds, each taken alone, agree.
+"""
 
 import json
+import pathlib
+import re
 import sys
 
-LOAD_GOAL, LOAD_AIM = 3.0, 6.0
-LOOK_UP_GOAL = 0.5
-SESSION_GOAL, SESSION_AIM = 3.0, 1.5
-DEVICE_MAP_GOAL = 1.5
-PEERS = ("SimpleIni", "inih", "GLib", "Boost")
+AGREEMENT = 0.08
+FEWEST_ROUNDS = 4
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+PEERS = ("SimpleIni", "inih", "GLib", "Boost")
+SIZES = (1, 16, 255)
 
 
-def read_times(path):
-    """The best repetition, which other work on the machine disturbed least:
-    (what, file, chassis, who) to (nanoseconds, bytes/second)."""
-    with open(path, encoding="utf-8") as file:
-        runs = json.load(file)["benchmarks"]
-    best = {}
-    for run in runs:
-        if run["run_type"] == "iteration":
-            what, description, chassis, who = run["run_name"].split("/")[:4]
-            key = what, description, int(chassis), who
-            sample = run["real_time"] * NANOSECONDS[run["time_unit"]], run.get("bytes_per_second")
-            best[key] = min(sample, best.get(key, sample))
-    return best
+class Goal:
+    """A ratio that must stay below one bound and aims to stay below another; each may be None.
+    `ours` and `against` are given a function from the name of a case to its time."""
+
+    def __init__(self, title, ours, against, must=None, aim=None):
+        self.title, self.ours, self.against, self.must, self.aim = title, ours, against, must, aim
 
 
-def read_rates(path):
-    """The best repetition's items/second, of the benchmarks that count items."""
-    with open(path, encoding="utf-8") as file:
-        runs = json.load(file)["benchmarks"]
-    best = {}
-    for run in runs:
-        if run["run_type"] == "iteration" and "items_per_second" in run:
-            what, description, chassis, who = run["run_name"].split("/")[:4]
-            key = what, description, int(chassis), who
-            best[key] = max(run["items_per_second"], best.get(key, 0))
-    return best
+def load_goals():
+    for file in ("pxiesys", "pxisys"):
+        for size in SIZES:
+            at = f"load/{file}/{size}/"
+            yield Goal(f"{file}.ini of {size}: ours to the fastest peer",
+                       lambda t, at=at: t(at + "varmex"),
+                       lambda t, at=at: min(t(at + peer) for peer in PEERS), 1 / 3, 1 / 6)
+            yield Goal(f"{file}.ini of {size}: ours to finding the line ends",
+                       lambda t, at=at: t(at + "varmex"), lambda t, at=at: t(at + "lineEnds"))
 
 
-def sizes(times, what, description):
-    return sorted({key[2] for key in times if key[:2] == (what, description)})
+def look_up_goals():
+    for size in SIZES:
+        at = f"lookUp/pxiesys/{size}/"
+        yield Goal(f"an item of {size}: ours to SimpleIni", lambda t, at=at: t(at + "varmex"),
+                   lambda t, at=at: t(at + "SimpleIni"), 0.5)
 
 
-def verdict(reached):
-    return "reached" if reached else "MISSED"
+def loads(size):
+    return lambda t: t(f"load/pxiesys/{size}/varmex") + t(f"load/pxisys/{size}/varmex")
 
 
-def report_loads(times):
-    print(f"\nLoad of a description file, MB/s. Ours to the fastest peer: goal {LOAD_GOAL}, "
-          f"aim {LOAD_AIM}.\nTo own: ours to our speed at the smallest size, not below 1.")
-    columns = ("varmex",) + PEERS + ("lineEnds",)
-    heads = " ".join(f"{name:>9}" for name in columns)
-    print(f"{'file':8} {'chassis':>7} {heads}   ratio to own")
-    for description in ("pxiesys", "pxisys"):
-        smallest = None
-        for chassis in sizes(times, "load", description):
-            speed = {who: times["load", description, chassis, who][1] / 1e6 for who in columns}
-            smallest = smallest or speed["varmex"]
-            ratio = speed["varmex"] / max(speed[peer] for peer in PEERS)
-            cells = " ".join(f"{speed[who]:9.1f}" for who in columns)
-            print(f"{description:8} {chassis:7} {cells} {ratio:7.2f} "
-                  f"{speed['varmex'] / smallest:6.2f}  "
-                  f"goal {verdict(ratio >= LOAD_GOAL)}, aim {verdict(ratio >= LOAD_AIM)}")
+def session_goals():
+    bounds = {("first", 1): (1.5, 1.3), ("later", 1): (1.3, 1.15), ("later", 255): (2, 1.3)}
+    for who, title in (("first", "the only session"), ("later", "a session beside another")):
+        for size in SIZES:
+            at = f"session/both/{size}/"
+            yield Goal(f"{title}, {size}: to its system calls",
+                       lambda t, name=at + who: t(name), lambda t, at=at: t(at + "floor"),
+                       *bounds.get((who, size), ()))
+    for size in SIZES:
+        yield Goal(f"the only session, {size}: opened to both files loaded",
+                   lambda t, size=size: t(f"session/both/{size}/open"), loads(size),
+                   *((1.25, 1.1) if size == 255 else ()))
 
 
-def report_look_ups(times):
-    print(f"\nLook-up of an item of pxiesys.ini, ns; ours to SimpleIni's: goal {LOOK_UP_GOAL}")
-    for chassis in sizes(times, "lookUp", "pxiesys"):
-        ours = times["lookUp", "pxiesys", chassis, "varmex"][0]
-        theirs = times["lookUp", "pxiesys", chassis, "SimpleIni"][0]
-        print(f"chassis {chassis:3}  varmex {ours:7.1f}  SimpleIni {theirs:7.1f}  "
-              f"ratio {ours / theirs:5.2f}  {verdict(ours / theirs <= LOOK_UP_GOAL)}")
+def refusal_goals():
+    for kind in ("notApplicable", "wrongSlotType", "notConnected", "itemMissing"):
+        for who, must, aim in (("record", 0.5, 0.2), ("null", 0.3, 0.05)):
+            yield Goal(f"{kind}, {who}: to throwing an int",
+                       lambda t, name=f"refusal/{kind}/1/{who}": t(name),
+                       lambda t: t("refusal/throw/1/int"), must, aim)
 
 
-def report_sessions(times):
-    print("\nSession opened and closed, us, to the bare system calls: at 1 chassis goal "
-          f"{SESSION_GOAL}, aim {SESSION_AIM}.\nSession opened to both files loaded: at 255 "
-          f"chassis goal {DEVICE_MAP_GOAL}.")
-    for chassis in sizes(times, "session", "both"):
-        session, opened, floor = (times["session", "both", chassis, who][0] / 1e3
-                                  for who in ("varmex", "open", "floor"))
-        loads = sum(times["load", file, chassis, "varmex"][0] / 1e3
-                    for file in ("pxiesys", "pxisys"))
-        print(f"chassis {chassis:3}  session {session:8.1f}  floor {floor:6.1f}  "
-              f"ratio {session / floor:5.2f}  opened {opened:8.1f}  loads {loads:8.1f}  "
-              f"ratio {opened / loads:5.2f}"
-              + session_verdict(chassis, session / floor, opened / loads))
+def attribute_goals():
+    for kind in ("slotText", "triggerRecord", "deviceNumber"):
+        for size in (1, 255):
+            at = f"attribute/{kind}/{size}/"
+            yield Goal(f"{kind} of {size}: to a look-up of SimpleIni",
+                       lambda t, at=at: t(at + "varmex"), lambda t, at=at: t(at + "SimpleIni"), 1)
 
 
-def session_verdict(chassis, to_floor, to_loads):
-    if chassis == 1:
-        return (f"  goal {verdict(to_floor <= SESSION_GOAL)}, "
-                f"aim {verdict(to_floor <= SESSION_AIM)}")
-    return f"  goal {verdict(to_loads <= DEVICE_MAP_GOAL)}" if chassis == 255 else ""
-
-
-def report_attributes(times):
-    print("\nAttributes on an open item, ns; ours to one SimpleIni look-up: goal 1.0")
-    for what, description, chassis, who in sorted(times):
-        if what == "attribute" and who == "varmex":
-            ours = times[what, description, chassis, who][0]
-            theirs = times[what, description, chassis, "SimpleIni"][0]
-            print(f"chassis {chassis:3}  {description:14} varmex {ours:7.1f}  SimpleIni "
-                  f"{theirs:7.1f}  ratio {ours / theirs:5.2f}  {verdict(ours <= theirs)}")
-
-
-def report_containers(times, rates):
-    print("\nContainers made and destroyed, ns an item; the slowest size to the fastest: goal 1.5")
+def model_goals():
     for kind in ("slots", "devices"):
-        each = {chassis: 1e9 / rates["container", kind, chassis, "varmex"]
-                for chassis in sizes(times, "container", kind)}
-        ratio = max(each.values()) / min(each.values())
-        cells = "  ".join(f"{chassis} chassis {time:7.1f}" for chassis, time in each.items())
-        print(f"{kind:8} {cells}  ratio {ratio:5.2f}  {verdict(ratio <= 1.5)}")
-    one, many = (times["byAddress", "-", chassis, "varmex"][0] for chassis in (1, 255))
-    print(f"Device by address, ns: 1 chassis {one:.1f}, 255 chassis {many:.1f}, "
-          f"ratio {many / one:.2f}  {verdict(many <= 2 * one)} (goal 2)")
-
-
-def report_threads(rates):
-    print("\nTwo threads to one, work done in the same time: goal 1.8")
+        def each(t, kind=kind):
+            return [t(f"container/{kind}/{size}/varmex") for size in SIZES]
+        yield Goal(f"an item of a list of {kind}: the slowest size to the fastest",
+                   lambda t, each=each: max(each(t)), lambda t, each=each: min(each(t)), 1.5)
+    yield Goal("a device by its address: 255 to 1", lambda t: t("byAddress/-/255/varmex"),
+               lambda t: t("byAddress/-/1/varmex"), 2)
+    yield Goal("everything that 255 answer: to before", lambda t: t("walk/all/255/varmex"),
+               lambda t: t("walk/all/255/before"), 1 / 5, 1 / 10)
     for what in ("oneSession", "twoSessions", "devices"):
-        one, two = (rates["threads", what, count, "varmex"] for count in (1, 2))
-        print(f"{what:12} ratio {two / one:5.2f}  {verdict(two >= 1.8 * one)}")
+        yield Goal(f"two threads, {what}: time for the same work, to one",
+                   lambda t, what=what: t(f"threads/{what}/2/varmex"),
+                   lambda t, what=what: t(f"threads/{what}/1/varmex"), 1 / 1.8)
 
 
-def report_routing(times):
-    print("\ncalculateRoute, us; ours to the fastest peer: goal below 1 for 1 and 8, 2 for 1024")
-    for count in sizes(times, "calculate", "-"):
-        cost = {who: times["calculate", "-", count, who][0] / 1e3
-                for who in ("varmex", "nlohmann", "RapidJSON", "simdjson")}
-        ratio = cost["varmex"] / min(cost[who] for who in cost if who != "varmex")
-        cells = "  ".join(f"{who} {time:.2f}" for who, time in cost.items())
-        print(f"{count:5}  {cells}  ratio {ratio:5.2f}  {verdict(ratio <= (2 if count > 8 else 1))}")
-    costs = "  ".join(f"{live} live {times['reserve', '-', live, 'varmex'][0]:.0f} ns"
-                      for live in sizes(times, "reserve", "-"))
-    print(f"reserve and unreserve: {costs}")
+def command_goals():
+    for what, title, must, aim in (("showJson/255", "show --json of 255", 1 / 4, 1 / 8),
+                                   ("hostile/1", "show of a hostile 2.7 MB", 1 / 8, 1 / 30)):
+        yield Goal(f"{title}: to before", lambda t, what=what: t(f"command/{what}/varmex"),
+                   lambda t, what=what: t(f"command/{what}/before"), must, aim)
+
+
+def routing_goals():
+    for count in (1, 8, 1024):
+        at = f"calculate/-/{count}/"
+        yield Goal(f"{count} routes: to the fastest peer", lambda t, at=at: t(at + "varmex"),
+                   lambda t, at=at: min(t(at + peer)
+                                        for peer in ("nlohmann", "RapidJSON", "simdjson")),
+                   2 if count > 8 else 1)
+    yield Goal("a route reserved: 1024 live ones to 1", lambda t: t("reserve/-/1024/varmex"),
+               lambda t: t("reserve/-/1/varmex"))
+
+
+def memory_goals():
+    for size in SIZES:
+        yield Goal(f"the peak of a load, {size}: to the file",
+                   lambda t, size=size: t(f"peak/pxiesys/{size}/varmex"),
+                   lambda t, size=size: t(f"size/pxiesys/{size}/file"), 3)
+    yield Goal("100 sessions on 255 chassis: to one", lambda t: t("sessions/both/100/varmex"),
+               lambda t: t("sessions/both/1/varmex"), 1.3, 1.1)
+    yield Goal("one session on 255 chassis: to its files", lambda t: t("sessions/both/1/varmex"),
+               lambda t: t("size/both/255/file"))
+    yield Goal("blocks allocated in all look-ups of 255: to one",
+               lambda t: t("allocations/lookUp/255/varmex"), lambda t: 1, 0)
+
+
+def latency_goals():
+    for what in ("median", "99th"):
+        yield Goal(f"from a change to the wake-up, {what}: to the bare notification",
+                   lambda t, what=what: t(f"latency/{what}/1/varmex"),
+                   lambda t, what=what: t(f"latency/{what}/1/bare"))
+
+
+GROUPS = (("Loading a file", load_goals), ("Looking up", look_up_goals),
+          ("Opening", session_goals), ("Refusing", refusal_goals),
+          ("Answering", attribute_goals), ("The model", model_goals),
+          ("The command", command_goals), ("Routing", routing_goals), ("Memory", memory_goals),
+          ("Waiting", latency_goals))
+
+
+class Samples:
+    """The best time of each case in some of the rounds; values that are none of a round count in
+    all. Of benchmarks that count items the time is that of one."""
+
+    def __init__(self, folder, takes):
+        self.best = {}
+        for path in folder.glob("round-*.json"):
+            if takes(int(path.stem.split("-")[1])):
+                self.add_round(json.loads(path.read_text(encoding="utf-8"))["benchmarks"])
+        values = folder / "values.txt"
+        for line in values.read_text(encoding="utf-8").splitlines() if values.exists() else ():
+            name, value = line.split()
+            self.best[name] = float(value)
+
+    def add_round(self, runs):
+        for run in runs:
+            if run["run_type"] != "iteration":
+                continue
+            name = "/".join(run["run_name"].split("/")[:4])
+            clock = "real_time" if "_time" in run["run_name"] else "cpu_time"
+            time = run[clock] * NANOSECONDS[run["time_unit"]]
+            if "items_per_second" in run:
+                time = 1e9 / run["items_per_second"]
+            self.best[name] = min(time, self.best.get(name, time))
+
+    def ratio(self, goal):
+        """None when a case is missing."""
+        try:
+            return goal.ours(self.best.__getitem__) / goal.against(self.best.__getitem__)
+        except KeyError:
+            return None
+
+
+def cases(goal):
+    """The names of the benchmarks that a goal takes its times from."""
+    names = []
+
+    def note(name):
+        names.append(name)
+        return 1.0
+    goal.ours(note)
+    goal.against(note)
+    return names
+
+
+def disagreement(goal, halves):
+    """How far the two halves of the rounds are apart, None when one of them has no ratio."""
+    one, other = (half.ratio(goal) for half in halves)
+    if one is None or other is None:
+        return None
+    return abs(one - other) / max(one, other) if max(one, other) > 0 else 0.0
+
+
+def verdict(ratio, bound, reached, missed):
+    return "" if bound is None else f"{bound:.3g} {reached if ratio <= bound else missed}"
+
+
+def report(everything, halves):
+    missed = 0
+    print("\nRatios: smaller is better. `apart`: how far the even rounds alone are from the odd ones.")
+    for title, goals in GROUPS:
+        print(f"\n{title:66} {'ratio':>8} {'apart':>6}  {'must':14} aim")
+        for goal in goals():
+            ratio = everything.ratio(goal)
+            if ratio is None:
+                print(f"  {goal.title:64} {'-':>8}         not measured")
+                continue
+            apart = disagreement(goal, halves)
+            missed += goal.must is not None and ratio > goal.must
+            print(f"  {goal.title:64} {ratio:8.3f} {apart:6.0%}  "
+                  f"{verdict(ratio, goal.must, 'kept', 'MISSED'):14} "
+                  f"{verdict(ratio, goal.aim, 'reached', 'not reached')}".rstrip())
+    print(f"\nGoals missed: {missed}")
+
+
+def unsettled(folder, halves):
+    if len(list(folder.glob("round-*.json"))) < FEWEST_ROUNDS:
+        return "."
+    names = set()
+    for _, goals in GROUPS:
+        for goal in goals():
+            apart = disagreement(goal, halves)
+            if apart is not None and apart > AGREEMENT:
+                names.update(cases(goal))
+    return "|".join(f"^{re.escape(name)}(/|$)" for name in sorted(names))
 
 
 def main():
-    times = read_times(sys.argv[1])
-    report_loads(times)
-    report_look_ups(times)
-    report_sessions(times)
-    rates = read_rates(sys.argv[1])
-    report_attributes(times)
-    report_containers(times, rates)
-    report_threads(rates)
-    report_routing(times)
+    folder = pathlib.Path(sys.argv[-1])
+    halves = [Samples(folder, lambda number, odd=odd: number % 2 == odd) for odd in (0, 1)]
+    if sys.argv[1] == "--unsettled":
+        print(unsettled(folder, halves))
+    else:
+        report(Samples(folder, lambda number: True), halves)
 
 
 main()

@@ -6,7 +6,6 @@
 #include <rapidjson/writer.h>
 #include <simdjson.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -14,6 +13,7 @@
 
 #include "bench/benchmarks.h"
 #include "bench/machine.h"
+#include "bench/timing.h"
 #include "varmex/telmar_ra_varmex.h"
 #include "varmex/varmex.h"
 
@@ -21,7 +21,6 @@ namespace bench {
 
 namespace {
 
-using tClock = std::chrono::steady_clock;
 using tSession = std::shared_ptr<telmar_ra_Session>;
 
 void require(const tStatusRecord& status) {
@@ -30,7 +29,7 @@ void require(const tStatusRecord& status) {
 
 // The device name of the n-th device of the installation, with its trigger bus.
 std::string deviceName(std::uint64_t number) {
-  setenv("VARMEX_FSROOT", machineOf(1).root().c_str(), 1);
+  machineOf(1).use();
   tStatusRecord status = varmex_makeStatus();
   varmex_Item* const session = varmex_openPXISession(0, &status);
   varmex_ItemContainer* const list =
@@ -83,11 +82,12 @@ void timeOurs(benchmark::State& state, const tTexts& texts, int count) {
   char* reply = nullptr;
   std::uint32_t ticket = 1;
   tStatusRecord status = varmex_makeStatus();
+  tTimedPart part(state);
   for (auto _ : state) {
-    const auto start = tClock::now();
-    telmar_ra_varmex_calculateRoute(session.get(), texts.seeds.c_str(), texts.destinations.c_str(),
-                                    nullptr, &reply, &status);
-    state.SetIterationTime(std::chrono::duration<double>(tClock::now() - start).count());
+    part.run([&] {
+      telmar_ra_varmex_calculateRoute(session.get(), texts.seeds.c_str(),
+                                      texts.destinations.c_str(), nullptr, &reply, &status);
+    });
     for (int route = 0; route < count; ++route) {
       telmar_ra_varmex_destroyRoute(session.get(), ticket);
       ticket = ticket % 1024 + 1;
@@ -99,11 +99,8 @@ void timeOurs(benchmark::State& state, const tTexts& texts, int count) {
 
 template <class Work>
 void timePeer(benchmark::State& state, Work work) {
-  for (auto _ : state) {
-    const auto start = tClock::now();
-    work();
-    state.SetIterationTime(std::chrono::duration<double>(tClock::now() - start).count());
-  }
+  tTimedPart part(state);
+  for (auto _ : state) part.run(work);
 }
 
 void timeNlohmann(benchmark::State& state, const tTexts& texts) {

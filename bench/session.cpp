@@ -6,20 +6,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <cstdlib>
 #include <stdexcept>
 #include <vector>
 
 #include "bench/benchmarks.h"
 #include "bench/machine.h"
+#include "bench/timing.h"
 #include "varmex/varmex.h"
 
 namespace bench {
 
 namespace {
-
-using tClock = std::chrono::steady_clock;
 
 varmex_Item* openSession() {
   tStatusRecord status = varmex_makeStatus();
@@ -29,17 +26,24 @@ varmex_Item* openSession() {
 }
 
 void timeSession(benchmark::State& state, const tMachine& machine) {
-  setenv("VARMEX_FSROOT", machine.root().c_str(), 1);
+  machine.use();
   for (auto _ : state) varmex_close(openSession());
+}
+
+void timeLaterSession(benchmark::State& state, const tMachine& machine) {
+  machine.use();
+  varmex_Item* const first = openSession();
+  for (auto _ : state) varmex_close(openSession());
+  varmex_close(first);
 }
 
 // Without the close, to be held against loads, which are timed without taking the store down.
 void timeOpen(benchmark::State& state, const tMachine& machine) {
-  setenv("VARMEX_FSROOT", machine.root().c_str(), 1);
+  machine.use();
+  tTimedPart part(state);
   for (auto _ : state) {
-    const tClock::time_point start = tClock::now();
-    varmex_Item* const session = openSession();
-    state.SetIterationTime(std::chrono::duration<double>(tClock::now() - start).count());
+    varmex_Item* session = nullptr;
+    part.run([&] { session = openSession(); });
     varmex_close(session);
   }
 }
@@ -49,16 +53,21 @@ void touch(const std::string& path) {
   if (stat(path.c_str(), &answer) != 0) throw std::runtime_error("can't find " + path);
 }
 
+// A regular file: nothing is done to what is none, and what is opened is none other.
 int openFile(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY);
+  touch(path);
+  const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   struct stat answer {};
   if (file < 0 || fstat(file, &answer) != 0) throw std::runtime_error("can't open " + path);
   return file;
 }
 
+// Its size is asked for, which may have changed.
 void readWhole(const std::string& path, std::vector<char>& buffer) {
   touch(path);
   const int file = openFile(path);
+  struct stat answer {};
+  fstat(file, &answer);
   while (read(file, buffer.data(), buffer.size()) > 0) {
   }
   close(file);
@@ -74,7 +83,7 @@ void timeFloor(benchmark::State& state, const tMachine& machine) {
     touch(pxiSys);
     touch(pxieSys);
     touch(configuration);
-    const int lock = open(configuration.c_str(), O_RDONLY);
+    const int lock = openFile(configuration);
     flock(lock, LOCK_SH | LOCK_NB);
     readWhole(pxiSys, buffer);
     readWhole(pxieSys, buffer);
@@ -89,13 +98,16 @@ void timeFloor(benchmark::State& state, const tMachine& machine) {
 void registerSessions() {
   for (const std::uint32_t chassis : kSizes) {
     const std::string prefix = "session/both/" + std::to_string(chassis) + "/";
-    const tMachine& machine = machineOf(chassis);
-    const auto session = [&machine](benchmark::State& state) { timeSession(state, machine); };
-    const auto open = [&machine](benchmark::State& state) { timeOpen(state, machine); };
-    const auto floor = [&machine](benchmark::State& state) { timeFloor(state, machine); };
-    benchmark::RegisterBenchmark((prefix + "varmex").c_str(), session);
-    benchmark::RegisterBenchmark((prefix + "open").c_str(), open)->UseManualTime();
-    benchmark::RegisterBenchmark((prefix + "floor").c_str(), floor);
+    const tMachine& machine = aloneMachineOf(chassis);
+    const auto add = [&](const char* who, auto time) {
+      return benchmark::RegisterBenchmark(
+          (prefix + who).c_str(),
+          [time, &machine](benchmark::State& state) { time(state, machine); });
+    };
+    add("first", timeSession);
+    add("later", timeLaterSession);
+    add("open", timeOpen)->UseManualTime();
+    add("floor", timeFloor);
   }
 }
 

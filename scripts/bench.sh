@@ -1,26 +1,64 @@
 #!/usr/bin/env bash
-# Runs the benchmarks and prints their ratios. With arguments it runs the benchmark program alone,
-# which they are passed to (`bench.sh --benchmark_filter=lookUp`), and prints times.
+# Runs the benchmarks and prints their ratios beside the goals, in less than eight minutes once
+# built. The cases of a round stand in random order, and rounds are repeated until the ratios of the
+# even and of the odd ones agree, so that a disturbed machine comes to the same.
+#   bench.sh           all of it
+#   bench.sh --plot    draws docs/pictures/costs.svg: costs against the size of the installation
+#   bench.sh ARGUMENTS runs the benchmark program alone with these (--benchmark_filter=lookUp)
 source "$(dirname "$0")/common.sh"
-install "${build_tools[@]}" pkg-config python3 libbenchmark-dev libsimpleini-dev libinih-dev \
+install "${build_tools[@]}" git pkg-config python3 libbenchmark-dev libsimpleini-dev libinih-dev \
   libglib2.0-dev rapidjson-dev libsimdjson-dev
 
-build_in build/bench linux -DVARMEX_BENCH=ON -DVARMEX_TESTS=OFF \
-  varmex_bench varmex_bench_check varmex_bench_latency varmex_bench_memory
+time_for_rounds=330 # seconds
+results=build/bench/results
 programs=build/bench/bin
 
+# What today's costs are held against, built from the history.
+before=0ac7ea7
+build_before() {
+  local folder=build/bench/before
+  if [ ! -x $folder/bin/varmex ]; then
+    git cat-file -e "$before^{commit}" 2>/dev/null || return 0
+    rm -rf $folder && mkdir -p $folder/source
+    git archive $before | tar -x -C $folder/source
+    (cd $folder/source && cmake --preset linux -B .. -DVARMEX_TESTS=OFF >/dev/null)
+    cmake --build $folder --target varmex varmex_tool -- --quiet
+  fi
+  export VARMEX_BENCH_BEFORE=$PWD/$folder
+}
+
+# run_round NUMBER FILTER
+run_round() {
+  "$programs/varmex_bench" --benchmark_filter="$2" --benchmark_repetitions=3 \
+    --benchmark_min_time=0.02 --benchmark_enable_random_interleaving=true \
+    --benchmark_out_format=json --benchmark_out="$results/round-$1.json" >"$results/output.txt" 2>&1
+}
+
+cmake --preset linux -B build/bench -DVARMEX_BENCH=ON -DVARMEX_TESTS=OFF >/dev/null
+cmake --build build/bench --target \
+  varmex_bench varmex_bench_check varmex_bench_latency varmex_bench_memory -- --quiet
+build_before
+
+if [ "${1:-}" = --plot ]; then
+  rm -rf $results && mkdir -p $results
+  run_round 1 '^growth/'
+  exec python3 bench/plot.py "$results/round-1.json" docs/pictures/costs.svg
+fi
 if [ $# -gt 0 ]; then
   exec "$programs/varmex_bench" "$@"
 fi
 
-begin 'checking that all readers find the same'
 "$programs/varmex_bench_check"
-begin 'timing'
-"$programs/varmex_bench" --benchmark_repetitions=9 --benchmark_min_time=0.05 \
-  --benchmark_enable_random_interleaving=true --benchmark_out_format=json \
-  --benchmark_out=build/bench/results.json >build/bench/results.txt 2>&1
-begin 'measuring memory'
-"$programs/varmex_bench_memory"
-python3 bench/report.py build/bench/results.json
-begin 'measuring wake-ups'
-"$programs/varmex_bench_latency"
+rm -rf $results && mkdir -p $results
+"$programs/varmex_bench_memory" >"$results/values.txt"
+"$programs/varmex_bench_latency" >>"$results/values.txt"
+round=0
+while [ $((SECONDS - started)) -lt $time_for_rounds ]; do
+  filter=$(python3 bench/report.py --unsettled $results)
+  [ -n "$filter" ] || break
+  [ "$filter" != . ] || filter=-^growth/
+  round=$((round + 1))
+  run_round $round "$filter"
+done
+echo "Rounds: $round, $((SECONDS - started)) s"
+python3 bench/report.py $results

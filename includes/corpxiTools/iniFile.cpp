@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "ostrel/quarks/numbers.h"
 
@@ -129,13 +130,13 @@ bool isLoaded(int result) {
 
 }  // namespace
 
-bool readIniText(const std::string& path, tIniText& text, std::string_view expected) {
+bool readIniText(const std::string& path, tIniText& text, const tContentDigest* expected) {
   return isLoaded(text.read(path.c_str(), expected));
 }
 
 bool tIniFile::read(const std::string& path) { return isLoaded(store_.load(path.c_str())); }
 
-void tIniFile::read(const tIniText& text) { isLoaded(store_.load(text)); }
+void tIniFile::load(tIniText text) { isLoaded(store_.load(std::move(text))); }
 
 bool tIniFile::hasSection(std::string_view section) const {
   return findSection(section) != nullptr;

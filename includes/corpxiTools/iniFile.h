@@ -11,9 +11,9 @@
 
 namespace varmex::inline nCORPXITOOLS000 {
 
-// Reads a description file as tIniFile::read does, with the same failures, for a load later on.
-// What is expected may spare it the memory.
-bool readIniText(const std::string& path, tIniText& text, std::string_view expected);
+// Reads a description file as tIniFile::read does, with the same failures, for a load later on that
+// may turn out to be needless.
+bool readIniText(const std::string& path, tIniText& text, const tContentDigest* expected);
 
 // A description file, looked up by section and item. Names compare byte for byte.
 //
@@ -25,8 +25,8 @@ class tIniFile {
   // encoding other than bytes or UTF-8; std::bad_alloc.
   bool read(const std::string& path);
 
-  // Replaces the content by what the text says; std::bad_alloc.
-  void read(const tIniText& text);
+  // Replaces the content by that of a file which has been read; std::bad_alloc.
+  void load(tIniText text);
 
   bool hasSection(std::string_view section) const;
   bool hasItem(std::string_view section, std::string_view item) const;

@@ -365,21 +365,14 @@ int tIniStore::load(const char* path) {
   clear();
   tIniText text;
   const int result = text.read(path);
-  return result < 0 ? result : take(text.takePadded());
+  return result < 0 ? result : load(std::move(text));
 }
 
-int tIniStore::load(const tIniText& text) {
+int tIniStore::load(tIniText text) {
   clear();
+  if (text.bytes().empty()) return kIniLoaded;
   try {
-    return take(copyPadded(text.bytes()));
-  } catch (const std::bad_alloc&) {
-    return kIniOutOfMemory;
-  }
-}
-
-int tIniStore::take(tFileBytes text) {
-  try {
-    tLoad(*this, std::move(text)).run();
+    tLoad(*this, text.takeBytes()).run();
     return kIniLoaded;
   } catch (const std::bad_alloc&) {
     clear();

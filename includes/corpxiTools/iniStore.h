@@ -57,8 +57,8 @@ class tIniStore {
   // Replaces the content by that of the file. On failure the store is empty.
   int load(const char* path);
 
-  // The same for a text that was read; the text stays as it is.
-  int load(const tIniText& text);
+  // The same for a file that has been read.
+  int load(tIniText text);
 
   const tIniSection* findSection(std::string_view name) const;
 
@@ -76,7 +76,6 @@ class tIniStore {
  private:
   class tLoad;
 
-  int take(tFileBytes text);
   void clear();
 
   std::unique_ptr<char[]> text_;

@@ -1,7 +1,6 @@
 #include "corpxiTools/iniText.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -11,8 +10,8 @@ namespace varmex::inline nCORPXITOOLS000 {
 
 namespace {
 
-// What is held against the expected bytes at once stays in the processor's cache.
-constexpr std::size_t kShare = 64 * 1024;
+// What is read at once for the digest stays in the processor's cache.
+constexpr std::size_t kShare = 64 * tContentDigester::kBlock;
 
 bool hasUnsupportedMark(std::string_view bytes) {
   using namespace std::string_view_literals;
@@ -22,76 +21,56 @@ bool hasUnsupportedMark(std::string_view bytes) {
 
 }  // namespace
 
-tFileBytes copyPadded(std::string_view text) {
-  constexpr std::size_t kPadding = tIniLineReader::kPadding;
-  tFileBytes copy{std::make_unique_for_overwrite<char[]>(text.size() + kPadding), text.size()};
-  std::copy(text.begin(), text.end(), copy.bytes.get());
-  std::fill_n(copy.bytes.get() + text.size(), kPadding, '\0');
-  return copy;
-}
-
-int tIniText::read(const char* path, std::string_view expected) {
+int tIniText::read(const char* path, const tContentDigest* expected) {
   clear();
-  tInputFile file(path);
-  if (!file.isOpen()) return kIniNotOpened;
   int result = kIniOutOfMemory;
   try {
-    result = readFrom(file, expected);
+    result = readFile(path, expected);
   } catch (const std::bad_alloc&) {
   }
-  if (result >= 0 && hasUnsupportedMark(bytes_)) result = kIniUnsupportedEncoding;
+  if (result >= 0 && hasUnsupportedMark(bytes())) result = kIniUnsupportedEncoding;
   if (result < 0) clear();
   return result;
 }
 
-int tIniText::readFrom(tInputFile& file, std::string_view expected) {
-  if (expected.empty() || file.size() != expected.size()) {
-    return readOwn(file, {}, {});
-  }
-  const std::size_t share = std::min(kShare, expected.size() + 1);
+int tIniText::readFile(const char* path, const tContentDigest* expected) {
+  tInputFile file(path);
+  if (!file.isOpen()) return kIniNotOpened;
+  if (!expected || expected->size == 0 || file.size() != expected->size) return readBytes(file);
+  const int result = compare(file, *expected);
+  return result < 0 || isExpected_ ? result : readFile(path, nullptr);
+}
+
+int tIniText::readBytes(tInputFile& file) {
+  return readWholeFile(file, tIniLineReader::kPadding, content_) ? kIniLoaded : kIniReadFailed;
+}
+
+int tIniText::compare(tInputFile& file, const tContentDigest& expected) {
+  const auto size = static_cast<std::size_t>(expected.size);
+  const std::size_t share = std::min(kShare, size + 1);
   const auto part = std::make_unique_for_overwrite<char[]>(share);
-  std::size_t same = 0;
-  while (true) {
-    const std::int64_t count = file.read(part.get(), share);
+  tContentDigester digester;
+  std::int64_t count = 0;
+  do {
+    count = file.read(part.get(), share);
     if (count < 0) return kIniReadFailed;
-    const std::string_view read(part.get(), static_cast<std::size_t>(count));
-    const std::string_view left = expected.substr(same);
-    const bool isLast = read.size() < share;
-    if (isLast ? read != left : !left.starts_with(read)) {
-      return readOwn(file, expected.substr(0, same), read);
-    }
-    if (isLast) break;
-    same += read.size();
-  }
-  bytes_ = expected;
+    digester.add({part.get(), static_cast<std::size_t>(count)});
+  } while (static_cast<std::size_t>(count) == share && digester.digest().size <= size);
+  isExpected_ = digester.digest() == expected;
   return kIniLoaded;
 }
 
-// The rest of a file behind what has been read.
-int tIniText::readOwn(tInputFile& file, std::string_view known, std::string_view further) {
-  own_.size = known.size() + further.size();
-  if (own_.size > 0) own_.bytes = std::make_unique_for_overwrite<char[]>(own_.size);
-  std::copy(further.begin(), further.end(),
-            std::copy(known.begin(), known.end(), own_.bytes.get()));
-  if (!readWholeFile(file, tIniLineReader::kPadding, own_)) return kIniReadFailed;
-  bytes_ = {own_.bytes.get(), own_.size};
-  return kIniLoaded;
+tContentDigest tIniText::digest() const {
+  tContentDigester digester;
+  digester.add(bytes());
+  return digester.digest();
 }
 
-void tIniText::makeOwn() {
-  if (own_.bytes || bytes_.empty()) return;
-  own_ = copyPadded(bytes_);
-  bytes_ = {own_.bytes.get(), own_.size};
-}
-
-tFileBytes tIniText::takePadded() {
-  bytes_ = {};
-  return std::move(own_);
-}
+tFileBytes tIniText::takeBytes() { return std::exchange(content_, {}); }
 
 void tIniText::clear() {
-  own_ = {};
-  bytes_ = {};
+  content_ = {};
+  isExpected_ = false;
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000

@@ -1,10 +1,10 @@
 #ifndef CORPXITOOLS_INITEXT_H
 #define CORPXITOOLS_INITEXT_H
 
-#include <cstddef>
 #include <string_view>
 
 #include "corpxiTools/fileSystem/fileBytes.h"
+#include "ostrel/quarks/contentDigest.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
 
@@ -17,33 +17,35 @@ enum tIniResult : int {
   kIniReadFailed = -5002,
 };
 
-// A text with the padding behind it that the line reader needs.
-tFileBytes copyPadded(std::string_view text);
-
 // The bytes of a description file as they stand on the disk.
 class tIniText {
  public:
-  // Replaces the content by that of the file; on failure nothing is left. For a file that holds
-  // what is `expected` no memory is kept: the bytes are then the expected ones themselves, which
-  // have to outlive the content.
-  int read(const char* path, std::string_view expected = {});
+  // Replaces the content by that of the file; on failure nothing is left. A file whose digest is as
+  // expected, if anything is, is read once and not kept. One of the same size and another digest is
+  // read again.
+  int read(const char* path, const tContentDigest* expected = nullptr);
 
-  std::string_view bytes() const { return bytes_; }
+  // Whether the content is the expected one. It has no bytes then, as has one that was never read.
+  bool is(const tContentDigest& expected) const {
+    return isExpected_ || (bytes().empty() && expected.size == 0);
+  }
 
-  // Keeps bytes that are as expected in memory of its own, so that they may outlive those.
-  void makeOwn();
+  std::string_view bytes() const { return {content_.bytes.get(), content_.size}; }
 
-  // The text's own memory, padded, for a reader that cuts it up; the text is empty afterwards. Not
-  // for one that was as expected.
-  tFileBytes takePadded();
+  // Only while tContentDigester::isReady().
+  tContentDigest digest() const;
+
+  // The bytes, padded as the line reader needs it. The text is empty afterwards.
+  tFileBytes takeBytes();
 
  private:
-  int readFrom(tInputFile& file, std::string_view expected);
-  int readOwn(tInputFile& file, std::string_view known, std::string_view further);
+  int readFile(const char* path, const tContentDigest* expected);
+  int readBytes(tInputFile& file);
+  int compare(tInputFile& file, const tContentDigest& expected);
   void clear();
 
-  tFileBytes own_;
-  std::string_view bytes_;
+  tFileBytes content_;
+  bool isExpected_ = false;
 };
 
 }  // namespace varmex::inline nCORPXITOOLS000

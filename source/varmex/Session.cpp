@@ -47,7 +47,7 @@ boost::shared_ptr<const halden::tFileTimeStamp> takeStamp(const std::string& pat
   tFailure(kDescriptionTimeout, position).debug().text("path", path).raise();
 }
 
-void readFile(tIniText& text, const std::string& path, std::string_view expected) {
+void readFile(tIniText& text, const std::string& path, const tContentDigest* expected) {
   if (!existsOrThrow(path)) return;
   if (!retryFor10s([&] { return readIniText(path, text, expected); })) {
     raiseInaccessible(path, OSTREL_HERE);
@@ -60,8 +60,9 @@ Session::Session() {
   findPaths();
   pxiSysTime_ = takeStamp(pxiSysPath_);
   pxieSysTime_ = takeStamp(pxieSysPath_);
-  const tDescriptionUse likely = tDescriptionUse::ofLatest();
-  description_ = tDescriptionUse::of(readTexts(likely ? &likely->texts : nullptr));
+  tDescriptionUse likely = tDescriptionUse::ofLatest();
+  auto texts = readTexts(likely ? &likely->key : nullptr);
+  description_ = texts ? tDescriptionUse::of(*std::move(texts)) : std::move(likely);
 }
 
 void Session::findPaths() {
@@ -71,11 +72,11 @@ void Session::findPaths() {
   configurationPath_ = getConfigurationPath(status);
 }
 
-tDescriptionTexts Session::readTexts(const tDescriptionTexts* expected) const {
+std::optional<tDescriptionTexts> Session::readTexts(const tDescriptionKey* expected) const {
   return existsOrThrow(configurationPath_) ? readUnderLock(expected) : readFiles(expected);
 }
 
-tDescriptionTexts Session::readUnderLock(const tDescriptionTexts* expected) const {
+std::optional<tDescriptionTexts> Session::readUnderLock(const tDescriptionKey* expected) const {
   tFile file;
   const bool isOpen = retryFor10s([&] {
     file.reset(openInputStream(configurationPath_.c_str()));
@@ -90,10 +91,16 @@ tDescriptionTexts Session::readUnderLock(const tDescriptionTexts* expected) cons
   return readFiles(expected);
 }
 
-tDescriptionTexts Session::readFiles(const tDescriptionTexts* expected) const {
+std::optional<tDescriptionTexts> Session::readFiles(const tDescriptionKey* expected) const {
   tDescriptionTexts texts;
-  readFile(texts.pxiSys, pxiSysPath_, expected ? expected->pxiSys.bytes() : "");
-  readFile(texts.pxieSys, pxieSysPath_, expected ? expected->pxieSys.bytes() : "");
+  readFile(texts.pxiSys, pxiSysPath_, expected ? &expected->pxiSys : nullptr);
+  readFile(texts.pxieSys, pxieSysPath_, expected ? &expected->pxieSys : nullptr);
+  if (!expected) return texts;
+  const bool isSame[] = {texts.pxiSys.is(expected->pxiSys), texts.pxieSys.is(expected->pxieSys)};
+  if (isSame[0] && isSame[1]) return std::nullopt;
+  // Of one file alone, what was as expected is needed after all.
+  if (isSame[0]) readFile(texts.pxiSys, pxiSysPath_, nullptr);
+  if (isSame[1]) readFile(texts.pxieSys, pxieSysPath_, nullptr);
   return texts;
 }
 

@@ -43,10 +43,10 @@ class Session : public Item {
  private:
   void findPaths();
 
-  // The files as they are. Those that hold what is expected, if anything is, share its memory.
-  tDescriptionTexts readTexts(const tDescriptionTexts* expected) const;
-  tDescriptionTexts readUnderLock(const tDescriptionTexts* expected) const;
-  tDescriptionTexts readFiles(const tDescriptionTexts* expected) const;
+  // Both files; nothing when they are what is expected, if anything is.
+  std::optional<tDescriptionTexts> readTexts(const tDescriptionKey* expected) const;
+  std::optional<tDescriptionTexts> readUnderLock(const tDescriptionKey* expected) const;
+  std::optional<tDescriptionTexts> readFiles(const tDescriptionKey* expected) const;
 
   bool isCurrent() const;
   SystemChangeObserver& observer() const;

@@ -18,17 +18,12 @@ constexpr std::int32_t kChanging = -1;  // one thread fills or empties the place
 constinit tDescriptionPlace places[tDescriptionUse::kMostShared];
 constinit std::atomic<tDescriptionPlace*> latest{nullptr};
 
-bool areSame(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && (a.data() == b.data() || a == b);
-}
-
 }  // namespace
 
-tLoadedDescription::tLoadedDescription(tDescriptionTexts read) : texts(std::move(read)) {
-  texts.pxiSys.makeOwn();
-  texts.pxieSys.makeOwn();
-  files.pxiSys.read(texts.pxiSys);
-  files.pxieSys.read(texts.pxieSys);
+tLoadedDescription::tLoadedDescription(tDescriptionTexts texts, const tDescriptionKey& digests)
+    : key(digests) {
+  files.pxiSys.load(std::move(texts.pxiSys));
+  files.pxieSys.load(std::move(texts.pxieSys));
   devices.enterClassic(files.pxiSys, files.pxiSysChassisNumbers());
   devices.enterExpress(files.pxieSys, files.pxieSysChassisNumbers());
 }
@@ -39,21 +34,24 @@ tDescriptionUse tDescriptionUse::ofLatest() {
 }
 
 tDescriptionUse tDescriptionUse::of(tDescriptionTexts texts) {
-  if (tDescriptionUse found = find(texts)) return found;
-  tDescriptionUse made(new tLoadedDescription(std::move(texts)), nullptr);
+  const bool isShared = tContentDigester::isReady();
+  tDescriptionKey key;
+  if (isShared) {
+    key = {texts.pxiSys.digest(), texts.pxieSys.digest()};
+    if (tDescriptionUse found = find(key)) return found;
+  }
+  tDescriptionUse made(new tLoadedDescription(std::move(texts), key), nullptr);
+  if (!isShared) return made;
   // Threads that open at once have all found nothing.
-  if (tDescriptionUse found = find(made->texts)) return found;
+  if (tDescriptionUse found = find(key)) return found;
   made.publish();
   return made;
 }
 
-tDescriptionUse tDescriptionUse::find(const tDescriptionTexts& texts) {
+tDescriptionUse tDescriptionUse::find(const tDescriptionKey& key) {
   for (tDescriptionPlace& place : places) {
     tDescriptionUse use = join(place);
-    if (!use || !areSame(use->texts.pxiSys.bytes(), texts.pxiSys.bytes()) ||
-        !areSame(use->texts.pxieSys.bytes(), texts.pxieSys.bytes())) {
-      continue;
-    }
+    if (!use || use->key != key) continue;
     latest.store(&place, std::memory_order_relaxed);
     return use;
   }

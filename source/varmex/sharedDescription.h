@@ -14,11 +14,19 @@ struct tDescriptionTexts {
   tIniText pxieSys;
 };
 
+// What tells descriptions apart.
+struct tDescriptionKey {
+  tContentDigest pxiSys;
+  tContentDigest pxieSys;
+
+  bool operator==(const tDescriptionKey&) const = default;
+};
+
 // All that is worked out of the two files at once. Raises what the device map raises.
 struct tLoadedDescription {
-  explicit tLoadedDescription(tDescriptionTexts read);
+  tLoadedDescription(tDescriptionTexts texts, const tDescriptionKey& digests);
 
-  tDescriptionTexts texts;  // what other sessions are held against
+  const tDescriptionKey key;
   tDescription files;
   DeviceMap devices;
 };
@@ -26,8 +34,7 @@ struct tLoadedDescription {
 struct tDescriptionPlace;
 
 // A use of a loaded description, which lives until its last use ends. Sessions of a process that
-// read the same bytes use the same one; the bytes are compared, so no other description can pass
-// for it.
+// read the same bytes use the same one.
 //
 // There is no lock: what the process shares stands in a table of fixed size whose places are taken
 // and given up by single atomic steps. So a child made by fork in the middle of another thread's
@@ -48,7 +55,7 @@ class tDescriptionUse {
   // The description that a session opened now will probably use, none if there is none.
   static tDescriptionUse ofLatest();
 
-  // The description of these bytes, loaded if none is in use. Raises as its constructor does.
+  // The description that the texts say, loaded if none is in use. Raises what a load raises.
   static tDescriptionUse of(tDescriptionTexts texts);
 
   explicit operator bool() const { return loaded_ != nullptr; }
@@ -58,7 +65,7 @@ class tDescriptionUse {
   tDescriptionUse(const tLoadedDescription* loaded, tDescriptionPlace* place)
       : loaded_(loaded), place_(place) {}
 
-  static tDescriptionUse find(const tDescriptionTexts& texts);
+  static tDescriptionUse find(const tDescriptionKey& key);
   static tDescriptionUse join(tDescriptionPlace& place);
 
   void publish();

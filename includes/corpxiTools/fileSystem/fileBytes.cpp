@@ -20,9 +20,10 @@ void enlarge(tFileBytes& content, std::size_t capacity) {
 }  // namespace
 
 bool readWholeFile(tInputFile& file, std::size_t padding, tFileBytes& content) {
+  content.size = 0;
   // One byte more than there is, so that the end is seen without another allocation.
   const std::uint64_t told = file.size();
-  std::uint64_t capacity = std::max<std::uint64_t>(told > 0 ? told : kFirstGuess, content.size) + 1;
+  std::uint64_t capacity = (told > 0 ? told : kFirstGuess) + 1;
   while (true) {
     enlarge(content, capacity + padding);
     const std::int64_t count =

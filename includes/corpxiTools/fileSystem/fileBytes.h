@@ -13,10 +13,9 @@ struct tFileBytes {
   std::size_t size = 0;
 };
 
-// Reads a file on to its end, wherever that is by then, behind the bytes that `content` has of it,
-// which are none for a file that was opened just now. Takes no more memory than twice the file's
-// size and the padding; a file that does not tell its size may have 16 MB. False, with `errno` set,
-// when it can't be read. Throws std::bad_alloc.
+// Reads a file that was opened just now, to its end, wherever that is by then. Takes no more memory
+// than twice the file's size and the padding; a file that does not tell its size may have 16 MB.
+// False, with `errno` set, when it can't be read. Throws std::bad_alloc.
 bool readWholeFile(tInputFile& file, std::size_t padding, tFileBytes& content);
 
 }  // namespace varmex::inline nCORPXITOOLS000
