@@ -40,7 +40,7 @@ if(WIN32)
 endif()
 
 # varmex_component(NAME SOURCES file... PLATFORM file... NEIGHBOURS target...)
-# A room of the house as a static library. PLATFORM files are named below the folder that differs by
+# A component as a static library. PLATFORM files are named below the folder that differs by
 # platform with @ in the place of its name; NEIGHBOURS is all that the component may include from.
 function(varmex_component name)
   cmake_parse_arguments(arg "" "" "SOURCES;PLATFORM;NEIGHBOURS" ${ARGN})
