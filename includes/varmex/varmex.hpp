@@ -8,6 +8,11 @@
 // nothing where the item has no such thing (varmex::meansNothing) and throws any other failure.
 // What an attribute means and when it fails is told in varmex.h, under the attribute's name there.
 //
+// A list opens everything on its way down to what it lists and fails as a whole with the first
+// fault: session.devices() because of one chassis without a model, chassis.slots() because of a
+// slot or a bridge that can't be opened. Who wants the rest all the same takes eachChassis() and
+// eachSlot(), which go on behind what can't be opened, and asks below for one item at a time.
+//
 // Threads: as in varmex.h. Any number of threads may use one object, which must not be moved or
 // destroyed meanwhile.
 #ifndef VARMEX_VARMEX_HPP
@@ -361,6 +366,69 @@ List<Type> ItemBase::list(std::uint32_t container) const {
   return List<Type>(handle, session(), status);
 }
 
+// One of a list that goes on behind what can't be opened: the item, or why there is none.
+template <class Type>
+struct Attempt {
+  std::uint32_t number = 0;  // of the chassis or slot
+  std::optional<Type> item;
+  std::optional<Error> error;
+};
+
+namespace detail {
+
+// The list; if it fails, what opens by the numbers that `getNumbers(failure)` answers.
+template <class Type, class GetList, class GetNumbers, class Open>
+std::vector<Attempt<Type>> openEach(GetList getList, GetNumbers getNumbers, Open open) {
+  std::vector<Attempt<Type>> attempts;
+  std::vector<std::uint32_t> numbers;
+  try {
+    for (Type item : getList()) {
+      const std::uint32_t number = item.number();
+      attempts.push_back({number, std::move(item), std::nullopt});
+    }
+    return attempts;
+  } catch (const Error& failure) {
+    attempts.clear();
+    numbers = getNumbers(failure);
+  }
+  for (const std::uint32_t number : numbers) {
+    try {
+      attempts.push_back({number, open(number), std::nullopt});
+    } catch (const Error& error) {
+      attempts.push_back({number, std::nullopt, error});
+    }
+  }
+  return attempts;
+}
+
+// The same where nobody knows the numbers: all that exist up to 255, and the one that the failure
+// names under `key`, whether it exists or not.
+template <class Type, class GetList, class Open>
+std::vector<Attempt<Type>> openEachUpTo255(GetList getList, const char* key, Open open) {
+  std::vector<std::uint32_t> named;
+  const auto getNumbers = [&](const Error& failure) {
+    for (const JsonPair& pair : flattenJson(failure.json())) {
+      if (pair.key != key) continue;
+      named = {static_cast<std::uint32_t>(std::strtoul(pair.value.c_str(), nullptr, 10))};
+    }
+    std::vector<std::uint32_t> numbers(256);
+    for (std::uint32_t number = 0; number < 256; ++number) numbers[number] = number;
+    if (!named.empty() && named.front() > 255) numbers.push_back(named.front());
+    return numbers;
+  };
+  std::vector<Attempt<Type>> attempts = openEach<Type>(getList, getNumbers, open);
+  std::vector<Attempt<Type>> known;
+  for (Attempt<Type>& attempt : attempts) {
+    const bool isNamed = !named.empty() && named.front() == attempt.number;
+    if (isNamed || !attempt.error || attempt.error->code() != varmex_errorUnknownItem) {
+      known.push_back(std::move(attempt));
+    }
+  }
+  return known;
+}
+
+}  // namespace detail
+
 // A typed attribute and its variant that answers nothing where there is none.
 #define VARMEX_U32_ATTRIBUTE(name, attribute)                        \
   std::uint32_t name() const { return u32(varmex_u32_##attribute); } \
@@ -380,8 +448,15 @@ class TriggerBridge : public ItemBase {
   VARMEX_U32_ATTRIBUTE(sourceTriggerBus, BridgeSourceTriggerBus)
   VARMEX_U32_ATTRIBUTE(destinationTriggerBus, BridgeDestinationTriggerBus)
 
-  // The destination lines of a source line 0 to 7, bit n for line n.
+  // The destination lines of a source line 0 to 7, bit n for line n. Throws Error with
+  // varmex_errorInvalidParameter for another source line, and std::out_of_range where the
+  // description names a destination line 8.
   std::uint32_t lineMapping(std::uint32_t sourceLine) const {
+    if (sourceLine > 7) {
+      throw Error(varmex_errorInvalidParameter,
+                  "{\"error_constant\":\"varmex_errorInvalidParameter\",\"varmex_debug\":"
+                  "{\"message\":\"a bridge has the source lines 0 to 7\"}}");
+    }
     return u32(varmex_u32_BridgeLineMapping0 + sourceLine);
   }
 
@@ -474,11 +549,27 @@ class Chassis : public ItemBase {
     status.check();
     return item;
   }
+  // The three lists of a chassis fail when any slot or bridge that it lists can't be opened.
   List<Slot> slots() const { return list<Slot>(varmex_container_Slots); }
   List<TriggerBridge> triggerBridges() const {
     return list<TriggerBridge>(varmex_container_TriggerBridges);
   }
   List<Device> devices() const { return list<Device>(varmex_container_Devices); }
+
+  // The slots, each for itself: slots() unless that fails. Then the slots that have a section, up
+  // to number 255 and whether they are listed or not, and the one at which slots() failed; so a
+  // second slot that is listed and has no section is not among them. Who knows the numbers hands
+  // them over: `numbers(failure)` answers which to open, and each of these is in the result.
+  // Bridges can't be opened one by one.
+  std::vector<Attempt<Slot>> eachSlot() const {
+    return detail::openEachUpTo255<Slot>([this] { return slots(); }, "slotNum",
+                                         [this](std::uint32_t n) { return slot(n); });
+  }
+  template <class Numbers>
+  std::vector<Attempt<Slot>> eachSlot(Numbers numbers) const {
+    return detail::openEach<Slot>([this] { return slots(); }, numbers,
+                                  [this](std::uint32_t n) { return slot(n); });
+  }
 };
 
 inline Chassis TriggerBridge::chassis() const {
@@ -524,12 +615,27 @@ class Session : public ItemBase {
     status.check();
     return item;
   }
+  // The four lists of a session fail when any chassis can't be opened; all but the first when any
+  // slot or bridge of any chassis can't.
   List<Chassis> chassis() const { return list<Chassis>(varmex_container_Chassis); }
   List<Slot> slots() const { return list<Slot>(varmex_container_Slots); }
   List<TriggerBridge> triggerBridges() const {
     return list<TriggerBridge>(varmex_container_TriggerBridges);
   }
   List<Device> devices() const { return list<Device>(varmex_container_Devices); }
+
+  // The chassis, each for itself: chassis() unless that fails. Then the chassis that have a
+  // section, up to number 255 and whether they are listed or not; or those of the numbers that
+  // `numbers(failure)` answers, each of which is in the result.
+  std::vector<Attempt<Chassis>> eachChassis() const {
+    return detail::openEachUpTo255<Chassis>([this] { return chassis(); }, "chassisNumber",
+                                            [this](std::uint32_t n) { return chassis(n); });
+  }
+  template <class Numbers>
+  std::vector<Attempt<Chassis>> eachChassis(Numbers numbers) const {
+    return detail::openEach<Chassis>([this] { return chassis(); }, numbers,
+                                     [this](std::uint32_t n) { return chassis(n); });
+  }
 
   // Blocks until the description changed or the time ran out; without an argument, without limit.
   WaitResult wait(std::chrono::milliseconds timeout) const {

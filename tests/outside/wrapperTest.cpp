@@ -158,6 +158,43 @@ TEST_F(tWrapper, routes) {
             varmex_errorNotConnected);
 }
 
+// Two listed slots without a section, a chassis without a
+// model: the lists fail, and everything else is still there.
+TEST_F(tWrapper, goesOnBehindWhatCannotBeOpened) {
+  machine_.writePxiSys("");
+  machine_.writePxieSys(
+      "[System]\nChassisList=1,2,300\n"
+      "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=3,290,4,291\n"
+      "[Chassis1Slot3]\nSlotType=PXIePeripheralSlot\n[Chassis1Slot4]\nSlotType=PXI-1Slot\n"
+      "[Chassis2]\nVendor=V\nSerialNumber=S\nSlotList=\"\"\n"
+      "[Chassis300]\nVendor=V\nModel=M\nSerialNumber=T\nSlotList=1\n"
+      "[Chassis300Slot1]\nSlotType=PXI-1Slot\n");
+  const varmex::Session session;
+  const auto numbersOf = [](const auto& attempts) {
+    std::string text;
+    for (const auto& attempt : attempts) {
+      text += std::to_string(attempt.number) + (attempt.item ? " " : "! ");
+      EXPECT_NE(attempt.item.has_value(), attempt.error.has_value());
+    }
+    return text;
+  };
+  EXPECT_EQ(numbersOf(session.eachChassis()), "1 2! ");
+  const auto known = [](const varmex::Error&) { return std::vector<std::uint32_t>{300, 2, 9}; };
+  EXPECT_EQ(numbersOf(session.eachChassis(known)), "300 2! 9! ");
+  EXPECT_EQ(numbersOf(session.chassis(1).eachSlot()), "3 4 290! ");
+  EXPECT_EQ(numbersOf(session.chassis(1).eachSlot(known)), "300! 2! 9! ");
+  EXPECT_EQ(numbersOf(session.chassis(300).eachSlot(known)), "1 ");
+}
+
+TEST_F(tWrapper, refusesSourceLinesThatNoBridgeHas) {
+  const varmex::TriggerBridge bridge = varmex::Session().chassis(1).triggerBridges()[0];
+  EXPECT_EQ(bridge.lineMapping(0), 6U);
+  EXPECT_EQ(thrownBy([&] { bridge.lineMapping(7); })->code(), varmex_errorInformationNotAvailable);
+  const auto refused = thrownBy([&] { bridge.lineMapping(8); });
+  EXPECT_EQ(refused->code(), varmex_errorInvalidParameter);
+  EXPECT_EQ(refused->constant(), "varmex_errorInvalidParameter");
+}
+
 }  // namespace
 
 }  // namespace test
