@@ -4,7 +4,7 @@
 # the number of tests that passed and failed, over all of them.
 source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" g++-mingw-w64-x86-64-posix wine64 wine binutils libxml2-utils \
-  dpkg-dev file pkg-config unzip
+  dpkg-dev file pkg-config python3-jsonschema unzip
 
 results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
@@ -46,6 +46,7 @@ build linux
 suites linux
 start 'linux: exports' tests/checkExports.sh build/linux/lib/libvarmex.so
 start 'linux: command' tests/commandTest.sh build/linux/bin/varmex
+start 'linux: describe' tests/describeTest.py build/linux/bin/varmex
 start 'linux: draw' tests/drawTest.sh build/linux/bin/varmex
 start 'linux: install' tests/installTest.sh build/linux
 

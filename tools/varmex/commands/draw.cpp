@@ -1,7 +1,9 @@
+#include <iostream>
 #include <sstream>
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/describe.h"
+#include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/picture/picture.h"
 #include "tools/varmex/text/output.h"
@@ -20,18 +22,15 @@ class tDraw : public tCommand {
   }
 
   tExitStatus run() override {
-    const varmex::Session session = installation_.open();
-    tJson chassis = tJson::array();
-    if (chassis_) {
-      chassis.push_back(describe(session.chassis(*chassis_)));
-    } else {
-      chassis = describe(session)["Chassis"];
-    }
+    tJson description = describe(installation_.open(), {chassis_, std::nullopt});
+    const tJson& chassis = description["Chassis"];
     if (chassis.empty()) throw std::runtime_error("no chassis to draw");
+    markFaults(description);
     std::ostringstream picture;
     drawChassis({chassis.begin(), chassis.end()}, picture);
     save(picture.str(), output_);
-    return kDone;
+    showFaults(description, std::cerr);
+    return description["failureCount"] == 0 ? kDone : kFailed;
   }
 
  private:

@@ -2,11 +2,12 @@
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/describe.h"
+#include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/describe/place.h"
 #include "tools/varmex/describe/words.h"
-#include "tools/varmex/text/output.h"
+#include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/table.h"
 
 namespace tool {
@@ -43,39 +44,50 @@ void showSlots(const tJson& slots, std::ostream& out) {
   showTable({"Slot", "Type", "Module", "PCI", "Link", "Bus", "Star", "DStar"}, rows, out);
 }
 
+std::string busOf(const tJson& bridge, const char* name) {
+  const std::string mark = markOf(bridge, "opening");
+  return mark.empty() ? "bus " + textOf(bridge, name) : mark;
+}
+
 void showBridges(const tJson& bridges, std::ostream& out) {
   if (bridges.empty()) return;
   std::vector<tRow> rows;
   for (const tJson& bridge : bridges) {
-    rows.push_back({textOf(bridge, "BridgeNumber"),
-                    "bus " + textOf(bridge, "BridgeSourceTriggerBus"),
-                    "bus " + textOf(bridge, "BridgeDestinationTriggerBus"), lineMapOf(bridge)});
+    rows.push_back({textOf(bridge, "BridgeNumber"), busOf(bridge, "BridgeSourceTriggerBus"),
+                    busOf(bridge, "BridgeDestinationTriggerBus"), lineMapOf(bridge)});
   }
   out << '\n';
   showTable({"Bridge", "From", "To", "Lines"}, rows, out);
 }
 
 void showChassis(const tJson& chassis, std::ostream& out) {
-  out << "Chassis " << textOf(chassis, "ChassisNumber") << ": "
-      << joined({textOf(chassis, "ChassisVendor"), textOf(chassis, "ChassisModel")}, " ") << '\n';
+  out << "Chassis " << textOf(chassis, "ChassisNumber") << ": ";
+  if (const std::string mark = markOf(chassis, "opening"); !mark.empty()) {
+    out << mark << " can't be read\n";
+    return;
+  }
+  out << joined({textOf(chassis, "ChassisVendor"), textOf(chassis, "ChassisModel")}, " ") << '\n';
   showLine("serial number", textOf(chassis, "ChassisSerialNumber"), out);
   showLine("identity", textOf(chassis, "ChassisIdentity"), out);
   showLine("described in", textOf(chassis, "ChassisDescriptionFile"), out);
   showLine("trigger buses", textOf(chassis, "ChassisTriggerBusList"), out);
   showTriggerManager(chassis, out);
+  showLine("slots", markOf(chassis, "Slots"), out);
+  showLine("bridges", markOf(chassis, "TriggerBridges"), out);
   showSlots(chassis["Slots"], out);
   showBridges(chassis["TriggerBridges"], out);
 }
 
-void showSession(const tJson& session, std::ostream& out) {
+void showSession(const tJson& description, std::ostream& out) {
+  const tJson& session = description["machine"];
   out << "varmex " << textOf(session, "Version") << '\n';
   showLine("pxisys.ini", textOf(session, "PxiSysPath"), out);
   showLine("pxiesys.ini", textOf(session, "PxieSysPath"), out);
   showLine("configuration.ini", textOf(session, "ConfigurationPath"), out);
   showLine("description",
            numberOf(session, "SessionIsCurrent").value_or(0) ? "current" : "changed since", out);
-  if (session["Chassis"].empty()) out << "\nNo chassis.\n";
-  for (const tJson& chassis : session["Chassis"]) {
+  if (description["Chassis"].empty()) out << "\nNo chassis.\n";
+  for (const tJson& chassis : description["Chassis"]) {
     out << '\n';
     showChassis(chassis, out);
   }
@@ -104,32 +116,52 @@ class tShow : public tCommand {
 
   void addOptions(CLI::App& line) override {
     line.add_option("place", place_, "What to show: CHASSIS or CHASSIS/SLOT");
-    line.add_flag("--json", asJson_, "For a program");
+    CLI::Option* const json = line.add_flag("--json", asJson_, "For a program");
+    line.add_flag("--why", isWhyAsked_, "With the reason for each absent attribute")->needs(json);
     installation_.addSync(line);
   }
 
   tExitStatus run() override {
     const tPlace place = parsePlace(place_);
-    const varmex::Session session = installation_.open();
-    if (!place.chassis) return print(describe(session), showSession);
-    const varmex::Chassis chassis = session.chassis(*place.chassis);
-    if (!place.slot) return print(describe(chassis), showChassis);
-    return print(describe(chassis.slot(*place.slot)), showSlot);
+    const std::optional<varmex::Session> session = open();
+    if (!session) return kFailed;
+    if (asJson_) {
+      tJsonWriter json;
+      return describe(*session, place, isWhyAsked_, json) == 0 ? kDone : kFailed;
+    }
+    tJson description = describe(*session, place);
+    markFaults(description);
+    showPlace(description, place);
+    showFaults(description, std::cout);
+    return description["failureCount"] == 0 ? kDone : kFailed;
   }
 
  private:
-  tExitStatus print(const tJson& item, void (*show)(const tJson&, std::ostream&)) const {
-    if (asJson_) {
-      printJson(item);
-    } else {
-      show(item, std::cout);
+  // Nothing once the failure has been told.
+  std::optional<varmex::Session> open() const {
+    try {
+      return installation_.open();
+    } catch (const std::exception& failure) {
+      if (asJson_) {
+        tJsonWriter json;
+        describeUnreadable(failure, json);
+      }
+      tellFailure(failure);
+      return std::nullopt;
     }
-    return kDone;
+  }
+
+  static void showPlace(const tJson& description, const tPlace& place) {
+    if (!place.chassis) return showSession(description, std::cout);
+    const tJson& chassis = description["Chassis"].front();
+    if (!place.slot) return showChassis(chassis, std::cout);
+    showSlot(chassis["Slots"].front(), std::cout);
   }
 
   tInstallation installation_;
   std::string place_;
   bool asJson_ = false;
+  bool isWhyAsked_ = false;
 };
 
 }  // namespace

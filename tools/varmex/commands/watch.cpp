@@ -1,4 +1,5 @@
 #include <chrono>
+#include <ctime>
 #include <iostream>
 #include <thread>
 
@@ -6,6 +7,8 @@
 #include "tools/varmex/describe/compare.h"
 #include "tools/varmex/describe/describe.h"
 #include "tools/varmex/describe/installation.h"
+#include "tools/varmex/describe/reason.h"
+#include "tools/varmex/text/failures.h"
 
 namespace tool {
 
@@ -14,14 +17,17 @@ namespace {
 using tClock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kRetryPause{200};
 
-// One wait on a session; nothing when the time of the whole watch is over.
-bool waitForChange(const varmex::Session& session, std::optional<tClock::time_point> end) {
-  const auto left = end ? std::chrono::ceil<std::chrono::milliseconds>(*end - tClock::now())
-                        : std::chrono::milliseconds::zero();
-  return (end ? session.wait(left) : session.wait()) == varmex::WaitResult::changed;
+std::string localTime(const char* form) {
+  const std::time_t now = std::time(nullptr);
+  char text[64];
+  return {text, std::strftime(text, sizeof text, form, std::localtime(&now))};
 }
 
-bool isOver(std::optional<tClock::time_point> end) { return end && tClock::now() >= *end; }
+// "2026-11-21T14:31:07+01:00"
+std::string localTimeForPrograms() {
+  std::string text = localTime("%Y-%m-%dT%H:%M:%S%z");
+  return text.insert(text.size() - 2, ":");
+}
 
 class tWatch : public tCommand {
  public:
@@ -31,62 +37,91 @@ class tWatch : public tCommand {
     line.add_flag("--once", once_, "End after the first change");
     line.add_option("--timeout", seconds_, "End after that many seconds")
         ->check(CLI::Range(0.0, 4e6));
+    line.add_flag("--json", asJson_, "For a program: one object a line");
   }
 
   tExitStatus run() override {
-    std::optional<tClock::time_point> end;
     if (seconds_) {
-      end = tClock::now() + std::chrono::milliseconds(static_cast<std::int64_t>(*seconds_ * 1000));
+      end_ = tClock::now() + std::chrono::milliseconds(static_cast<std::int64_t>(*seconds_ * 1000));
     }
-    const bool changed = watch(end);
-    // Who asked for one change and saw none wants to know.
-    return once_ && !changed ? kFailed : kDone;
+    std::optional<varmex::Session> session;
+    bool anyChange = false;
+    do {
+      session = open();
+      if (session && tellChanges(describe(*session))) anyChange = true;
+      // Who asked for one change and saw none wants to know.
+      if (once_ && anyChange) return kDone;
+    } while (waitForChange(session));
+    return once_ && !anyChange ? kFailed : kDone;
   }
 
  private:
-  // Tells of changes until the time is over or, if asked, after the first. False when there was
-  // none.
-  bool watch(std::optional<tClock::time_point> end) const {
-    bool anyChange = false;
-    std::optional<varmex::Session> session = openSoon(end);
-    while (session) {
-      const tJson before = describe(*session);
-      if (!waitForChange(*session, end)) break;
-      anyChange = true;
-      std::cout << "The description changed.\n";
-      session = openSoon(end);
-      if (session) {
-        for (const std::string& line : compareSessions(before, describe(*session))) {
-          std::cout << "  " << line << '\n';
-        }
+  // A session of the description as it is now. What keeps it from being read is told once.
+  std::optional<varmex::Session> open() {
+    try {
+      std::optional<varmex::Session> session = installation_.open();
+      if (!trouble_.empty()) tell("The description can be read.", {{"event", "readable"}});
+      trouble_.clear();
+      return session;
+    } catch (const std::exception& failure) {
+      const tReason reason = reasonOf(failure);
+      const std::string text = failureText(reason.constant, reason.code, reason.detail);
+      if (text != trouble_) {
+        tell("The description can't be read: " + text, {{"event", "unreadable"},
+                                                        {"code", reason.code},
+                                                        {"constant", reason.constant},
+                                                        {"detail", reason.detail}});
       }
-      std::cout.flush();
-      if (once_) break;
+      trouble_ = text;
+      // What is there later is news, all of it, to who has seen nothing yet.
+      if (known_.is_null()) known_ = {{"Chassis", tJson::array()}};
+      return std::nullopt;
     }
-    return anyChange;
   }
 
-  // A session of the description as it is now; while there is none, its faults are told of, each
-  // kind once.
-  std::optional<varmex::Session> openSoon(std::optional<tClock::time_point> end) const {
-    std::string told;
-    while (true) {
-      try {
-        varmex::Session session = installation_.open();
-        describe(session);
-        return session;
-      } catch (const varmex::Error& error) {
-        if (told != error.what()) std::cerr << "broken: " << error.what() << '\n';
-        told = error.what();
-      }
-      if (isOver(end)) return std::nullopt;
-      std::this_thread::sleep_for(kRetryPause);
+  // What is different from what was known; false when nothing is.
+  bool tellChanges(tJson now) {
+    const tJson before = std::exchange(known_, std::move(now));
+    if (before.is_null()) return false;
+    const std::vector<tChange> changes = compare(before, known_);
+    for (const tChange& change : changes) tell(lineOf(change), jsonOf(change));
+    return !changes.empty();
+  }
+
+  void tell(const std::string& line, const tJson& event) const {
+    if (asJson_) {
+      tJson json = {{"schemaVersion", kSchemaVersion}, {"time", localTimeForPrograms()}};
+      json.update(event);
+      std::cout << json.dump(-1, ' ', false, tJson::error_handler_t::replace) << '\n';
+    } else {
+      std::cout << localTime("%Y-%m-%d %H:%M:%S  ") << line << '\n';
     }
+    if (!std::cout.flush()) throw std::runtime_error("can't write the standard output");
+  }
+
+  // False when the time of the whole watch is over. Without a session, and where a wait is not
+  // possible, it is time to look again after a while.
+  bool waitForChange(const std::optional<varmex::Session>& session) const {
+    try {
+      if (session && !end_) return session->wait(), true;
+      if (session) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*end_ - tClock::now());
+        return session->wait(left) == varmex::WaitResult::changed;
+      }
+    } catch (const varmex::Error&) {
+      // Told of, if it lasts, by the session that can't be opened.
+    }
+    std::this_thread::sleep_for(kRetryPause);
+    return !end_ || tClock::now() < *end_;
   }
 
   tInstallation installation_;
   bool once_ = false;
+  bool asJson_ = false;
   std::optional<double> seconds_;
+  std::optional<tClock::time_point> end_;
+  std::string trouble_;  // why the description can't be read, as told
+  tJson known_;          // the last description that could be read; null ahead of the first
 };
 
 }  // namespace

@@ -1,60 +1,412 @@
 #include "tools/varmex/describe/compare.h"
 
+#include <deque>
+#include <functional>
 #include <map>
+#include <optional>
 
+#include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
+#include "tools/varmex/describe/words.h"
 
 namespace tool {
 
 namespace {
 
-// By what a person calls them, everything that is to be told of: a chassis by its own attributes, a
-// module by those of its slot and its devices.
-std::map<std::string, tJson> partsOf(const tJson& session) {
-  std::map<std::string, tJson> parts;
-  for (const tJson& chassis : session["Chassis"]) {
-    const std::string number = textOf(chassis, "ChassisNumber");
-    tJson own = chassis;
-    for (const tJson& slot : chassis["Slots"]) {
-      if (!slot["Devices"].empty()) {
-        parts["module in slot " + number + '/' + textOf(slot, "SlotNumber")] = slot;
-      }
-    }
-    own.erase("Slots");
-    parts["chassis " + number] = std::move(own);
-  }
-  return parts;
+// What is told of an item, by a person's name for it.
+struct tFact {
+  const char* label;
+  std::string value;
+};
+using tFacts = std::vector<tFact>;
+
+struct tLabel {
+  const char* label;
+  const char* attribute;
+};
+
+// What is made from others is left out: identity, names of modules and of trigger lines.
+constexpr tLabel kChassisLabels[] = {{"vendor", "ChassisVendor"},
+                                     {"model", "ChassisModel"},
+                                     {"serial number", "ChassisSerialNumber"},
+                                     {"description file", "ChassisDescriptionFile"},
+                                     {"trigger buses", "ChassisTriggerBusList"},
+                                     {"trigger manager", "ChassisTriggerManagerIdentifier"},
+                                     {"trigger manager library", "ChassisTriggerManagerLibrary"},
+                                     {"native trigger manager", "IsTriggerManagerNative"}};
+
+constexpr tLabel kSlotLabels[] = {{"slot link width 1", "PeripheralSlotLinkWidth1"},
+                                  {"slot link width 2", "PeripheralSlotLinkWidth2"},
+                                  {"link origin 1", "SystemSlotLinkOrigin1"},
+                                  {"link origin 2", "SystemSlotLinkOrigin2"},
+                                  {"slot path", "PCISlotPath"},
+                                  {"root bus", "PCISlotPathRootBus"},
+                                  {"left local bus", "LocalBusLeft"},
+                                  {"right local bus", "LocalBusRight"},
+                                  {"trigger bus", "TriggerBusNumber"}};
+
+constexpr const char* kUnreadable = "(can't be read)";
+
+bool isUnreadable(const tJson& item, const char* name) { return !markOf(item, name).empty(); }
+
+std::string valueOf(const tJson& item, const char* name) {
+  return isUnreadable(item, name) ? kUnreadable : textOf(item, name);
 }
 
-std::string titleOf(const tJson& part) {
-  const tJson& named =
-      part.contains("Devices") && !part["Devices"].empty() ? part["Devices"].front() : part;
-  for (const char* kind : {"Chassis", "Device"}) {
-    const std::string vendor = textOf(named, (std::string(kind) + "Vendor").c_str());
-    const std::string model = textOf(named, (std::string(kind) + "Model").c_str());
-    if (!vendor.empty()) return " (" + vendor + ' ' + model + ')';
+// "x4"
+std::string widthOf(const tJson& item, const char* name) {
+  const std::string width = valueOf(item, name);
+  return numberOf(item, name) ? 'x' + width : width;
+}
+
+tFacts factsOfChassis(const tJson& chassis) {
+  tFacts facts;
+  for (const auto& [label, attribute] : kChassisLabels) {
+    facts.push_back({label, valueOf(chassis, attribute)});
   }
-  return {};
+  facts.push_back({"list of slots", isUnreadable(chassis, "Slots") ? kUnreadable : ""});
+  facts.push_back({"list of bridges", isUnreadable(chassis, "TriggerBridges") ? kUnreadable : ""});
+  return facts;
+}
+
+std::string triggerValueOf(const tJson& slot, const char* number, const char* line,
+                           const char* controller) {
+  return isUnreadable(slot, number) ? kUnreadable : triggerOf(slot, number, line, controller);
+}
+
+tFacts factsOfSlot(const tJson& slot) {
+  tFacts facts = {{"type", isUnreadable(slot, "SlotType") ? kUnreadable : slotTypeName(slot)},
+                  {"star line", triggerValueOf(slot, "StarTriggerNumber", "StarTriggerLine",
+                                               "StarTriggerControllerName")},
+                  {"dstar set", triggerValueOf(slot, "DStarTriggerNumber", "DStarTriggerSet",
+                                               "DStarTriggerControllerName")},
+                  {"list of devices", isUnreadable(slot, "Devices") ? kUnreadable : ""}};
+  for (const auto& [label, attribute] : kSlotLabels) {
+    facts.push_back({label, valueOf(slot, attribute)});
+  }
+  return facts;
+}
+
+tFacts factsOfBridge(const tJson& bridge) {
+  return {{"source bus", valueOf(bridge, "BridgeSourceTriggerBus")},
+          {"destination bus", valueOf(bridge, "BridgeDestinationTriggerBus")},
+          {"lines", lineMapOf(bridge)}};
+}
+
+// A chassis, slot, module or bridge with what tells it from others of its kind.
+struct tPart {
+  const tJson* json;
+  std::string chassis;  // in the numbering of the later description
+  std::string number;   // within its chassis; empty for a chassis
+  std::string shown;    // its place in its own description
+  std::string kind;     // vendor and model; of a chassis, its identity
+  std::string name;
+  std::string title;
+  tFacts facts;
+  bool isPair = false;
+};
+using tParts = std::vector<tPart>;
+
+using tPairs = std::vector<std::pair<tPart*, tPart*>>;
+using tKey = std::function<std::optional<std::string>(const tPart&)>;
+
+// Makes pairs of what has the same key on both sides and is in no pair yet, in order.
+void pairUp(tParts& before, tParts& after, const tKey& key, tPairs& pairs) {
+  std::map<std::string, std::deque<tPart*>> waiting;
+  for (tPart& part : after) {
+    if (part.isPair) continue;
+    if (const auto text = key(part)) waiting[*text].push_back(&part);
+  }
+  for (tPart& part : before) {
+    const auto text = part.isPair ? std::nullopt : key(part);
+    const auto found = text ? waiting.find(*text) : waiting.end();
+    if (found == waiting.end() || found->second.empty()) continue;
+    pairs.emplace_back(&part, found->second.front());
+    part.isPair = found->second.front()->isPair = true;
+    found->second.pop_front();
+  }
+}
+
+std::string placeOf(const tPart& part) { return part.chassis + '/' + part.number; }
+
+std::string keyOf(const std::string& a, const std::string& b, const std::string& c = {}) {
+  return a + '\n' + b + '\n' + c;
+}
+
+class tComparison {
+ public:
+  std::vector<tChange> run(const tJson& before, const tJson& after) {
+    tParts oldChassis = chassisOf(before);
+    tParts newChassis = chassisOf(after);
+    compareChassis(oldChassis, newChassis);
+    // A chassis that is gone keeps its number, marked so that it meets no other.
+    tParts oldModules;
+    tParts newModules;
+    for (tPart& chassis : oldChassis) addModules(chassis, oldModules);
+    for (tPart& chassis : newChassis) addModules(chassis, newModules);
+    compareModules(oldModules, newModules);
+    tParts oldRest;
+    tParts newRest;
+    for (const tPart& chassis : oldChassis) addRest(chassis, oldRest);
+    for (const tPart& chassis : newChassis) addRest(chassis, newRest);
+    compareRest(oldRest, newRest);
+    return std::move(changes_);
+  }
+
+ private:
+  static tParts chassisOf(const tJson& description) {
+    tParts parts;
+    for (const tJson& chassis : description["Chassis"]) {
+      const std::string number = textOf(chassis, "ChassisNumber");
+      parts.push_back(
+          {&chassis,
+           number,
+           {},
+           number,
+           textOf(chassis, "ChassisIdentity"),
+           {},
+           joined({textOf(chassis, "ChassisVendor"), textOf(chassis, "ChassisModel")}, " "),
+           factsOfChassis(chassis)});
+    }
+    return parts;
+  }
+
+  void compareChassis(tParts& before, tParts& after) {
+    tPairs pairs;
+    pairUp(
+        before, after, [](const tPart& c) { return keyOf(c.kind, c.chassis); }, pairs);
+    pairUp(
+        before, after,
+        [](const tPart& c) { return c.kind.empty() ? std::nullopt : std::optional(c.kind); },
+        pairs);
+    pairUp(
+        before, after, [](const tPart& c) { return c.chassis; }, pairs);
+    for (const auto& [old, now] : pairs) {
+      if (old->shown != now->shown) addMove("chassis", *old, *now);
+      compareFacts("chassis", *old, *now);
+      old->chassis = now->chassis;
+    }
+    for (tPart& part : before) {
+      if (part.isPair) continue;
+      add(tChange::isGone, "chassis", &part, nullptr);
+      part.chassis += " before";
+    }
+    for (const tPart& part : after) {
+      if (!part.isPair) add(tChange::isNew, "chassis", nullptr, &part);
+    }
+  }
+
+  static void addModules(const tPart& chassis, tParts& modules) {
+    for (const tJson& slot : (*chassis.json)["Slots"]) {
+      const tJson& devices = slot["Devices"];
+      const bool isSystem = slot.contains("SystemSlotModel");
+      if (devices.empty() && !isSystem) continue;
+      const tJson& source = isSystem ? slot : devices.front();
+      const std::string prefix = isSystem ? "SystemSlot" : "Device";
+      const auto text = [&](const char* name) { return textOf(source, (prefix + name).c_str()); };
+      const std::string vendor = text("Vendor");
+      const std::string model = text("Model");
+      const std::string name = text("InstanceName");
+      const tJson& module = devices.empty() ? slot : devices.front();
+      const std::string number = textOf(slot, "SlotNumber");
+      modules.push_back({&slot,
+                         chassis.chassis,
+                         number,
+                         chassis.shown + '/' + number,
+                         vendor.empty() && model.empty() ? "" : keyOf(vendor, model),
+                         name,
+                         moduleOf(slot),
+                         {{"vendor", vendor},
+                          {"model", model},
+                          {"name", name},
+                          {"link width", widthOf(module, "PeripheralModuleLinkWidthNegotiated")},
+                          {"widest link", widthOf(module, "PeripheralModuleLinkWidthMax")},
+                          {"covered slots", valueOf(module, "PeripheralModuleOccupiedSlotList")},
+                          {"PCI addresses", addressesOf(slot)}}});
+    }
+  }
+
+  void compareModules(tParts& before, tParts& after) {
+    tPairs pairs;
+    const auto hasName = [](const tPart& m) { return !m.name.empty(); };
+    pairUp(
+        before, after, [](const tPart& m) { return keyOf(placeOf(m), m.kind, m.name); }, pairs);
+    pairUp(
+        before, after,
+        [&](const tPart& m) {
+          return hasName(m) ? std::optional(keyOf(m.kind, m.name)) : std::nullopt;
+        },
+        pairs);
+    pairUp(
+        before, after, [](const tPart& m) { return keyOf(placeOf(m), m.kind); }, pairs);
+    pairUp(
+        before, after,
+        [&](const tPart& m) {
+          return hasName(m) || m.kind.empty() ? std::nullopt : std::optional(m.kind);
+        },
+        pairs);
+    for (const auto& [old, now] : pairs) {
+      const bool moved = placeOf(*old) != placeOf(*now);
+      if (moved) {
+        addMove("module", *old, *now);
+        old->facts.back().value = now->facts.back().value;
+      }
+      compareFacts("module", *old, *now);
+    }
+    tPairs replaced;
+    pairUp(before, after, placeOf, replaced);
+    for (const auto& [old, now] : replaced) {
+      changes_.push_back({tChange::hasChanged,
+                          "slot",
+                          old->shown,
+                          now->shown,
+                          {},
+                          "module",
+                          old->title,
+                          now->title});
+    }
+    addRemaining("module", before, after);
+  }
+
+  static void addRest(const tPart& chassis, tParts& rest) {
+    for (const tJson& slot : (*chassis.json)["Slots"]) {
+      const std::string number = textOf(slot, "SlotNumber");
+      rest.push_back({&slot,
+                      chassis.chassis,
+                      number,
+                      chassis.shown + '/' + number,
+                      "slot",
+                      {},
+                      {},
+                      factsOfSlot(slot)});
+    }
+    for (const tJson& bridge : (*chassis.json)["TriggerBridges"]) {
+      const std::string number = textOf(bridge, "BridgeNumber");
+      rest.push_back({&bridge,
+                      chassis.chassis,
+                      number,
+                      chassis.shown + '/' + number,
+                      "bridge",
+                      {},
+                      {},
+                      factsOfBridge(bridge)});
+    }
+  }
+
+  void compareRest(tParts& before, tParts& after) {
+    tPairs pairs;
+    pairUp(
+        before, after, [](const tPart& p) { return keyOf(p.kind, placeOf(p)); }, pairs);
+    for (const auto& [old, now] : pairs) compareFacts(old->kind, *old, *now);
+    for (const char* const item : {"slot", "bridge"}) {
+      tParts oldOnes;
+      tParts newOnes;
+      for (const tPart& part : before) {
+        if (part.kind == item && !isOfModule(part)) oldOnes.push_back(part);
+      }
+      for (const tPart& part : after) {
+        if (part.kind == item && !isOfModule(part)) newOnes.push_back(part);
+      }
+      addRemaining(item, oldOnes, newOnes);
+    }
+  }
+
+  static bool isOfModule(const tPart& part) {
+    return part.kind == "slot" &&
+           (!(*part.json)["Devices"].empty() || part.json->contains("SystemSlotModel"));
+  }
+
+  // What came or went with its chassis is told with that.
+  void addRemaining(const char* item, const tParts& before, const tParts& after) {
+    for (const tPart& part : before) {
+      if (!part.isPair && !isGone_[part.chassis]) add(tChange::isGone, item, &part, nullptr);
+    }
+    for (const tPart& part : after) {
+      if (!part.isPair && !isNew_[part.chassis]) add(tChange::isNew, item, nullptr, &part);
+    }
+  }
+
+  void add(tChange::tKind kind, const char* item, const tPart* old, const tPart* now) {
+    const tPart& part = old ? *old : *now;
+    if (part.number.empty())
+      (old ? isGone_[part.chassis + " before"] : isNew_[part.chassis]) = true;
+    changes_.push_back(
+        {kind, item, old ? old->shown : "", now ? now->shown : "", part.title, {}, {}, {}});
+  }
+
+  void addMove(const char* item, const tPart& old, const tPart& now) {
+    changes_.push_back({tChange::hasMoved, item, old.shown, now.shown, now.title, {}, {}, {}});
+  }
+
+  void compareFacts(const std::string& item, const tPart& old, const tPart& now) {
+    const auto addFact = [&](const char* label, const std::string& from, const std::string& to) {
+      if (from == to) return;
+      changes_.push_back(
+          {tChange::hasChanged, item, old.shown, now.shown, now.title, label, from, to});
+    };
+    // Of an item that can't be opened nothing else is known.
+    const bool couldOpen = !isUnreadable(*old.json, "opening");
+    const bool canOpen = !isUnreadable(*now.json, "opening");
+    if (!couldOpen || !canOpen) {
+      // Nor of what is in it: that neither came nor went.
+      (canOpen ? isNew_ : isGone_)[now.chassis] |= item == "chassis";
+      addFact("state", couldOpen ? "readable" : kUnreadable, canOpen ? "readable" : kUnreadable);
+      return;
+    }
+    for (std::size_t n = 0; n < now.facts.size(); ++n) {
+      addFact(now.facts[n].label, old.facts[n].value, now.facts[n].value);
+    }
+  }
+
+  std::vector<tChange> changes_;
+  std::map<std::string, bool> isGone_;
+  std::map<std::string, bool> isNew_;
+};
+
+std::string quotedTitle(const std::string& title) { return title.empty() ? title : ": " + title; }
+
+std::string orNone(const std::string& value) { return value.empty() ? "(none)" : value; }
+
+// "chassis 1", "slot 1/9", "module in slot 1/9", "bridge 1/2".
+std::string placeInWords(const std::string& item, const std::string& place) {
+  return (item == "module" ? "module in slot " : item + ' ') + place;
 }
 
 }  // namespace
 
-std::vector<std::string> compareSessions(const tJson& before, const tJson& after) {
-  const auto old = partsOf(before);
-  const auto now = partsOf(after);
-  std::vector<std::string> lines;
-  for (const auto& [name, part] : old) {
-    const auto found = now.find(name);
-    if (found == now.end()) {
-      lines.push_back("gone     " + name + titleOf(part));
-    } else if (found->second != part) {
-      lines.push_back("changed  " + name + titleOf(found->second));
-    }
+std::vector<tChange> compare(const tJson& before, const tJson& after) {
+  return tComparison().run(before, after);
+}
+
+std::string lineOf(const tChange& change) {
+  const std::string titled = change.title.empty() ? "" : " (" + change.title + ')';
+  switch (change.kind) {
+    case tChange::isNew:
+      return "new " + placeInWords(change.item, change.after) + quotedTitle(change.title);
+    case tChange::isGone:
+      return "gone " + placeInWords(change.item, change.before) + quotedTitle(change.title);
+    case tChange::hasMoved:
+      return "moved " + placeInWords(change.item, change.before) + " -> " + change.after +
+             quotedTitle(change.title);
+    default:
+      return placeInWords(change.item, change.after) + titled + ": " + change.attribute + ' ' +
+             orNone(change.from) + " -> " + orNone(change.to);
   }
-  for (const auto& [name, part] : now) {
-    if (!old.contains(name)) lines.push_back("new      " + name + titleOf(part));
-  }
-  return lines;
+}
+
+tJson jsonOf(const tChange& change) {
+  constexpr const char* kNames[] = {"new", "gone", "moved", "changed"};
+  tJson json = {{"event", kNames[change.kind]}, {"item", change.item}};
+  const auto add = [&](const char* name, const std::string& value) {
+    if (!value.empty()) json[name] = value;
+  };
+  add("before", change.before);
+  add("after", change.after);
+  add("title", change.title);
+  add("attribute", change.attribute);
+  add("from", change.from);
+  add("to", change.to);
+  return json;
 }
 
 }  // namespace tool

@@ -1,143 +1,272 @@
 #include "tools/varmex/describe/describe.h"
 
+#include <optional>
+#include <utility>
+
+#include "tools/varmex/describe/attributes.h"
+#include "tools/varmex/describe/listing.h"
+#include "tools/varmex/describe/reason.h"
+
 namespace tool {
 
 namespace {
 
-struct tAttribute {
-  const char* name;
-  std::uint32_t number;
-  bool isText;
-};
+// What has no answer, by the attribute's name; "opening" for the item itself.
+using tNotes = std::vector<std::pair<const char*, tReason>>;
 
-#define VARMEX_TEXT(name) \
-  { #name, varmex_str_##name, true }
-#define VARMEX_NUMBER(name) \
-  { #name, varmex_u32_##name, false }
-
-const std::vector<tAttribute> kSessionAttributes = {
-    VARMEX_TEXT(Version), VARMEX_NUMBER(SessionIsCurrent), VARMEX_TEXT(PxiSysPath),
-    VARMEX_TEXT(PxieSysPath), VARMEX_TEXT(ConfigurationPath)};
-
-const std::vector<tAttribute> kChassisAttributes = {VARMEX_NUMBER(ChassisNumber),
-                                                    VARMEX_TEXT(ChassisVendor),
-                                                    VARMEX_TEXT(ChassisModel),
-                                                    VARMEX_TEXT(ChassisSerialNumber),
-                                                    VARMEX_TEXT(ChassisIdentity),
-                                                    VARMEX_TEXT(ChassisDescriptionFile),
-                                                    VARMEX_TEXT(ChassisTriggerBusList),
-                                                    VARMEX_TEXT(ChassisTriggerManagerIdentifier),
-                                                    VARMEX_TEXT(ChassisTriggerManagerLibrary),
-                                                    VARMEX_NUMBER(IsTriggerManagerNative)};
-
-const std::vector<tAttribute> kSlotAttributes = {VARMEX_NUMBER(ChassisNumber),
-                                                 VARMEX_NUMBER(SlotNumber),
-                                                 VARMEX_NUMBER(SlotType),
-                                                 VARMEX_NUMBER(OccupyingModuleSlot),
-                                                 VARMEX_NUMBER(PeripheralSlotLinkWidth1),
-                                                 VARMEX_NUMBER(PeripheralSlotLinkWidth2),
-                                                 VARMEX_NUMBER(SystemSlotLinkOrigin1),
-                                                 VARMEX_NUMBER(SystemSlotLinkOrigin2),
-                                                 VARMEX_NUMBER(SystemSlotLinkCount),
-                                                 VARMEX_TEXT(SystemSlotVendor),
-                                                 VARMEX_TEXT(SystemSlotModel),
-                                                 VARMEX_TEXT(SystemSlotInstanceName),
-                                                 VARMEX_TEXT(SystemSlotAddressInfo),
-                                                 VARMEX_TEXT(PCISlotPath),
-                                                 VARMEX_NUMBER(PCISlotPathRootBus),
-                                                 VARMEX_TEXT(LocalBusLeft),
-                                                 VARMEX_TEXT(LocalBusRight),
-                                                 VARMEX_NUMBER(TriggerBusNumber),
-                                                 VARMEX_TEXT(TriggerBusName),
-                                                 VARMEX_TEXT(TriggerBusStableName),
-                                                 VARMEX_NUMBER(StarTriggerNumber),
-                                                 VARMEX_NUMBER(StarTriggerLine),
-                                                 VARMEX_TEXT(StarTriggerLineName),
-                                                 VARMEX_TEXT(StarTriggerControllerName),
-                                                 VARMEX_NUMBER(DStarTriggerNumber),
-                                                 VARMEX_NUMBER(DStarTriggerSet),
-                                                 VARMEX_TEXT(DStarTriggerSetName),
-                                                 VARMEX_TEXT(DStarTriggerControllerName)};
-
-const std::vector<tAttribute> kDeviceAttributes = {
-    VARMEX_TEXT(DeviceName),
-    VARMEX_NUMBER(ChassisNumber),
-    VARMEX_NUMBER(SlotNumber),
-    VARMEX_NUMBER(DeviceBus),
-    VARMEX_NUMBER(DeviceNumber),
-    VARMEX_NUMBER(DeviceFunction),
-    VARMEX_NUMBER(DeviceIsExpress),
-    VARMEX_TEXT(DeviceVendor),
-    VARMEX_TEXT(DeviceModel),
-    VARMEX_TEXT(DeviceInstanceName),
-    VARMEX_TEXT(DeviceAddressInfo),
-    VARMEX_TEXT(PeripheralModuleOccupiedSlotList),
-    VARMEX_NUMBER(PeripheralModuleLinkWidthMax),
-    VARMEX_NUMBER(PeripheralModuleLinkWidthNegotiated)};
-
-const std::vector<tAttribute> kBridgeAttributes = {
-    VARMEX_NUMBER(ChassisNumber),          VARMEX_NUMBER(BridgeNumber),
-    VARMEX_NUMBER(BridgeSourceTriggerBus), VARMEX_NUMBER(BridgeDestinationTriggerBus),
-    VARMEX_NUMBER(BridgeLineMapping0),     VARMEX_NUMBER(BridgeLineMapping1),
-    VARMEX_NUMBER(BridgeLineMapping2),     VARMEX_NUMBER(BridgeLineMapping3),
-    VARMEX_NUMBER(BridgeLineMapping4),     VARMEX_NUMBER(BridgeLineMapping5),
-    VARMEX_NUMBER(BridgeLineMapping6),     VARMEX_NUMBER(BridgeLineMapping7)};
-
-#undef VARMEX_TEXT
-#undef VARMEX_NUMBER
-
-struct tBelow {
-  const char* name;
-  std::uint32_t container;
-};
-
-const std::vector<tAttribute>& attributesOf(varmex::Kind kind) {
-  switch (kind) {
-    case varmex::Kind::session: return kSessionAttributes;
-    case varmex::Kind::chassis: return kChassisAttributes;
-    case varmex::Kind::slot: return kSlotAttributes;
-    case varmex::Kind::device: return kDeviceAttributes;
-    default: return kBridgeAttributes;
+void tellNotes(const char* name, const tNotes& notes, tSink& sink) {
+  if (notes.empty()) return;
+  sink.beginObject(name);
+  for (const auto& [about, reason] : notes) {
+    sink.beginObject(about);
+    sink.number("code", reason.code);
+    sink.text("constant", reason.constant);
+    sink.text("detail", reason.detail);
+    sink.endObject();
   }
+  sink.endObject();
 }
 
-std::vector<tBelow> belowOf(varmex::Kind kind) {
-  switch (kind) {
-    case varmex::Kind::session: return {tBelow{"Chassis", varmex_container_Chassis}};
-    case varmex::Kind::chassis:
-      return {tBelow{"Slots", varmex_container_Slots},
-              tBelow{"TriggerBridges", varmex_container_TriggerBridges}};
-    case varmex::Kind::slot: return {tBelow{"Devices", varmex_container_Devices}};
-    default: return {};
+void tellUnits(tSink& sink) {
+  sink.beginObject("units");
+  for (const tAttributes* const attributes :
+       {&kSlotAttributes, &kDeviceAttributes, &kBridgeAttributes}) {
+    for (const tAttribute& attribute : *attributes) {
+      if (attribute.unit) sink.text(attribute.name, attribute.unit);
+    }
   }
+  sink.endObject();
 }
+
+class tDescriber {
+ public:
+  tDescriber(const varmex::Session& session, bool isWhyAsked, tSink& sink)
+      : session_(session), isWhyAsked_(isWhyAsked), sink_(sink) {}
+
+  std::size_t run(const tPlace& place) {
+    std::optional<varmex::Chassis> chassis;
+    std::optional<varmex::Slot> slot;
+    if (place.chassis) chassis = session_.chassis(*place.chassis);
+    if (place.slot) slot = chassis->slot(*place.slot);
+    sink_.beginObject(nullptr);
+    sink_.number("schemaVersion", kSchemaVersion);
+    tellMachine();
+    tellUnits(sink_);
+    tNotes failures;
+    sink_.beginList("Chassis");
+    if (chassis) {
+      tellChassis(*chassis, slot ? &*slot : nullptr);
+    } else {
+      tellAllChassis(failures);
+    }
+    sink_.endList();
+    tellFailures(failures);
+    sink_.number("failureCount", static_cast<std::int64_t>(failureCount_));
+    sink_.endObject();
+    return failureCount_;
+  }
+
+ private:
+  void tellMachine() {
+    tNotes failures;
+    sink_.beginObject("machine");
+    tellAttributes(session_, kSessionAttributes, failures);
+    endItem(failures);
+  }
+
+  void tellAllChassis(tNotes& failures) {
+    tryTo("Chassis", failures, [&] {
+      const auto numbers = [&](const varmex::Error&) { return listing().chassis(); };
+      for (const auto& attempt : session_.eachChassis(numbers)) {
+        if (attempt.item) {
+          tellChassis(*attempt.item, nullptr);
+        } else {
+          tellUnopened({{"ChassisNumber", attempt.number}}, {"Slots", "TriggerBridges"},
+                       reasonOf(*attempt.error));
+        }
+      }
+    });
+  }
+
+  // A chassis with all that is below it, or with one slot alone.
+  void tellChassis(const varmex::Chassis& chassis, const varmex::Slot* slot) {
+    tNotes failures;
+    sink_.beginObject(nullptr);
+    tellAttributes(chassis, kChassisAttributes, failures);
+    sink_.beginList("Slots");
+    bool isListed = true;
+    if (slot) {
+      tellSlot(*slot);
+    } else {
+      tryTo("Slots", failures, [&] { isListed = tellSlots(chassis); });
+    }
+    sink_.endList();
+    if (!slot) {
+      sink_.beginList("TriggerBridges");
+      tryTo("TriggerBridges", failures, [&] { tellBridges(chassis, isListed); });
+      sink_.endList();
+    }
+    endItem(failures);
+  }
+
+  // False when the library's list fails.
+  bool tellSlots(const varmex::Chassis& chassis) {
+    bool isListed = true;
+    const std::uint32_t number = chassis.number();
+    const auto numbers = [&](const varmex::Error&) {
+      isListed = false;
+      return listing().slots(number);
+    };
+    for (const auto& attempt : chassis.eachSlot(numbers)) {
+      if (attempt.item) {
+        tellSlot(*attempt.item);
+      } else {
+        tellUnopened({{"ChassisNumber", number}, {"SlotNumber", attempt.number}}, {"Devices"},
+                     reasonOf(*attempt.error));
+      }
+    }
+    return isListed;
+  }
+
+  void tellSlot(const varmex::Slot& slot) {
+    tNotes failures;
+    sink_.beginObject(nullptr);
+    tellAttributes(slot, kSlotAttributes, failures);
+    sink_.beginList("Devices");
+    tryTo("Devices", failures, [&] {
+      for (const varmex::Device& device : slot.devices()) tellItem(device, kDeviceAttributes);
+    });
+    sink_.endList();
+    endItem(failures);
+  }
+
+  void tellBridges(const varmex::Chassis& chassis, bool isListed) {
+    if (isListed) {
+      for (const varmex::TriggerBridge& bridge : chassis.triggerBridges()) {
+        tellItem(bridge, kBridgeAttributes);
+      }
+      return;
+    }
+    const std::uint32_t number = chassis.number();
+    for (const std::uint32_t bridge : listing().bridges(number)) tellReadBridge(number, bridge);
+  }
+
+  // A bridge in a chassis whose lists fail.
+  void tellReadBridge(std::uint32_t chassis, std::uint32_t number) {
+    std::optional<tListing::tBridge> bridge;
+    try {
+      bridge = listing().openBridge(chassis, number);
+    } catch (const std::exception& failure) {
+      return tellUnopened({{"ChassisNumber", chassis}, {"BridgeNumber", number}}, {},
+                          reasonOf(failure));
+    }
+    tNotes failures;
+    sink_.beginObject(nullptr);
+    for (const tAttribute& attribute : kBridgeAttributes) {
+      tryTo(attribute.name, failures,
+            [&] { sink_.number(attribute.name, bridge->u32(attribute.number)); });
+    }
+    endItem(failures);
+  }
+
+  void tellItem(const varmex::ItemBase& item, const tAttributes& attributes) {
+    tNotes failures;
+    sink_.beginObject(nullptr);
+    tellAttributes(item, attributes, failures);
+    endItem(failures);
+  }
+
+  // An item of which nothing but its place is known.
+  void tellUnopened(std::initializer_list<std::pair<const char*, std::uint32_t>> place,
+                    std::initializer_list<const char*> lists, const tReason& reason) {
+    sink_.beginObject(nullptr);
+    for (const auto& [name, number] : place) sink_.number(name, number);
+    for (const char* const list : lists) {
+      sink_.beginList(list);
+      sink_.endList();
+    }
+    endItem({{"opening", reason}});
+  }
+
+  void tellAttributes(const varmex::ItemBase& item, const tAttributes& attributes,
+                      tNotes& failures) {
+    absent_.clear();
+    for (const tAttribute& attribute : attributes) {
+      tryTo(attribute.name, failures, [&] { tellAttribute(item, attribute, failures); });
+    }
+    tellNotes("absent", absent_, sink_);
+  }
+
+  void tellAttribute(const varmex::ItemBase& item, const tAttribute& attribute, tNotes& failures) {
+    varmex::Status status;
+    if (attribute.isText) {
+      const char* const text = varmex_getStringAttribute(item.handle(), attribute.number, status);
+      if (status.code() >= 0) return sink_.text(attribute.name, text);
+    } else {
+      const std::uint32_t number = varmex_getU32Attribute(item.handle(), attribute.number, status);
+      if (status.code() >= 0) return sink_.number(attribute.name, number);
+    }
+    if (!isAbsence(status, attribute)) {
+      failures.emplace_back(attribute.name, reasonOf(status.error()));
+    } else if (isWhyAsked_) {
+      absent_.emplace_back(attribute.name, reasonOf(status.error()));
+    }
+  }
+
+  template <class Work>
+  void tryTo(const char* name, tNotes& failures, Work work) {
+    try {
+      work();
+    } catch (const std::exception& failure) {
+      failures.emplace_back(name, reasonOf(failure));
+    }
+  }
+
+  void endItem(const tNotes& failures) {
+    tellFailures(failures);
+    sink_.endObject();
+  }
+
+  void tellFailures(const tNotes& failures) {
+    failureCount_ += failures.size();
+    tellNotes("failures", failures, sink_);
+  }
+
+  // The description is read at the first need, which a healthy one never has.
+  const tListing& listing() {
+    if (!listing_) listing_.emplace(session_);
+    return *listing_;
+  }
+
+  const varmex::Session& session_;
+  bool isWhyAsked_;
+  tSink& sink_;
+  tNotes absent_;
+  std::size_t failureCount_ = 0;
+  std::optional<tListing> listing_;
+};
 
 }  // namespace
 
-tJson describeAttributes(const varmex::ItemBase& item) {
-  tJson json = tJson::object();
-  for (const tAttribute& attribute : attributesOf(item.kind())) {
-    try {
-      if (attribute.isText) {
-        if (const auto text = item.textIfAny(attribute.number)) json[attribute.name] = *text;
-      } else {
-        if (const auto number = item.u32IfAny(attribute.number)) json[attribute.name] = *number;
-      }
-    } catch (const varmex::Error& error) {
-      json[attribute.name] = {{"error", error.code()}};
-    }
-  }
-  return json;
+std::size_t describe(const varmex::Session& session, const tPlace& place, bool isWhyAsked,
+                     tSink& sink) {
+  return tDescriber(session, isWhyAsked, sink).run(place);
 }
 
-tJson describe(const varmex::ItemBase& item) {
-  tJson json = describeAttributes(item);
-  for (const tBelow& below : belowOf(item.kind())) {
-    tJson list = tJson::array();
-    for (const varmex::Item& child : item.list(below.container)) list.push_back(describe(child));
-    json[below.name] = std::move(list);
-  }
-  return json;
+void describeUnreadable(const std::exception& failure, tSink& sink) {
+  sink.beginObject(nullptr);
+  sink.number("schemaVersion", kSchemaVersion);
+  sink.beginList("Chassis");
+  sink.endList();
+  tellNotes("failures", {{"opening", reasonOf(failure)}}, sink);
+  sink.number("failureCount", 1);
+  sink.endObject();
+}
+
+tJson describe(const varmex::Session& session, const tPlace& place) {
+  tTreeMaker tree;
+  describe(session, place, false, tree);
+  return tree.takeTree();
 }
 
 }  // namespace tool

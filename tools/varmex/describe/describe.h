@@ -1,18 +1,27 @@
 #ifndef TOOLS_VARMEX_DESCRIBE_DESCRIBE_H
 #define TOOLS_VARMEX_DESCRIBE_DESCRIBE_H
 
-#include "tools/varmex/describe/json.h"
+#include "tools/varmex/describe/place.h"
+#include "tools/varmex/describe/sink.h"
 #include "varmex/varmex.hpp"
 
 namespace tool {
 
-// An item with every attribute that applies to it, by the attribute's name without its prefix, and
-// with all that is below it: "Chassis" of a session, "Slots" and "TriggerBridges" of a chassis,
-// "Devices" of a slot.
-tJson describe(const varmex::ItemBase& item);
+inline constexpr int kSchemaVersion = 1;
 
-// Its own attributes alone.
-tJson describeAttributes(const varmex::ItemBase& item);
+// Tells what the library answers about an installation, or about one chassis or slot of it, as a
+// document by docs/varmex.schema.json. What can't be answered stands in "failures" of its item and
+// hides nothing else; `isWhyAsked` adds in "absent" what does not apply or is not there. Answers
+// the number of failures. Throws varmex::Error, and tells nothing, when the chassis or slot that
+// was asked for can't be opened.
+std::size_t describe(const varmex::Session& session, const tPlace& place, bool isWhyAsked,
+                     tSink& sink);
+
+// The same document for an installation that can't be read at all.
+void describeUnreadable(const std::exception& failure, tSink& sink);
+
+// The document as a tree.
+tJson describe(const varmex::Session& session, const tPlace& place = {});
 
 }  // namespace tool
 

@@ -1,11 +1,12 @@
 #include "tools/varmex/describe/fields.h"
 
+#include "tools/varmex/describe/faults.h"
+
 namespace tool {
 
 std::string textOf(const tJson& item, const char* name) {
   const auto found = item.find(name);
-  if (found == item.end()) return {};
-  if (found->is_object()) return "error " + found->at("error").dump();
+  if (found == item.end()) return markOf(item, name);
   return found->is_string() ? found->get<std::string>() : found->dump();
 }
 

@@ -11,7 +11,7 @@ namespace tool {
 
 // What `describe` tells of an item, by the attribute's name.
 
-// In words: empty without the attribute, "error CODE" where its query failed.
+// In words: empty without the attribute, a mark where its query failed.
 std::string textOf(const tJson& item, const char* name);
 
 std::optional<std::uint32_t> numberOf(const tJson& item, const char* name);

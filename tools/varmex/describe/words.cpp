@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
 
 namespace tool {
@@ -29,7 +30,9 @@ std::string linesOf(std::uint32_t mask) {
 }  // namespace
 
 std::string slotTypeName(const tJson& slot) {
-  if (!has(slot, "SlotType")) return "unknown";
+  if (const std::string mark = markOf(slot, "opening"); !mark.empty())
+    return mark + " can't be read";
+  if (!has(slot, "SlotType")) return joined({textOf(slot, "SlotType"), "unknown"}, " ");
   const std::uint32_t type = numberOf(slot, "SlotType").value_or(0);
   if (type & varmex_slotType_PXIeSystem) {
     const std::string links = textOf(slot, "SystemSlotLinkCount");
@@ -64,6 +67,9 @@ std::string moduleOf(const tJson& slot) {
                                       " ");
     return module.empty() ? textOf(first, "DeviceName") : module;
   }
+  for (const char* const name : {"Devices", "OccupyingModuleSlot"}) {
+    if (const std::string mark = markOf(slot, name); !mark.empty()) return mark;
+  }
   const std::string anchor = textOf(slot, "OccupyingModuleSlot");
   const bool isCovered = !anchor.empty() && anchor != textOf(slot, "SlotNumber");
   return isCovered ? "(module of slot " + anchor + ')' : "-";
@@ -71,7 +77,7 @@ std::string moduleOf(const tJson& slot) {
 
 std::string linkOf(const tJson& slot) {
   const tJson& devices = slot["Devices"];
-  if (devices.empty() || !has(devices.front(), "PeripheralModuleLinkWidthMax")) {
+  if (devices.empty() || textOf(devices.front(), "PeripheralModuleLinkWidthMax").empty()) {
     const std::string width = textOf(slot, "PeripheralSlotLinkWidth1");
     return width.empty() ? width : 'x' + width;
   }
@@ -83,7 +89,7 @@ std::string linkOf(const tJson& slot) {
 
 std::string triggerOf(const tJson& slot, const char* number, const char* lineName,
                       const char* controllerName) {
-  if (!has(slot, number)) return {};
+  if (!has(slot, number)) return markOf(slot, number);
   const std::string place = joined({textOf(slot, number), textOf(slot, lineName)}, ".");
   return has(slot, controllerName) ? place + " controller" : place;
 }
@@ -92,7 +98,9 @@ std::string lineMapOf(const tJson& bridge) {
   std::vector<std::string> lines;
   for (int source = 0; source < 8; ++source) {
     const std::string name = "BridgeLineMapping" + std::to_string(source);
-    const std::string destinations = linesOf(numberOf(bridge, name.c_str()).value_or(0));
+    const std::string mark = markOf(bridge, name.c_str());
+    const std::string destinations =
+        mark.empty() ? linesOf(numberOf(bridge, name.c_str()).value_or(0)) : mark;
     if (!destinations.empty()) lines.push_back(std::to_string(source) + '>' + destinations);
   }
   return joined(lines, " ");

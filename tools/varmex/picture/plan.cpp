@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
 
 namespace tool {
@@ -10,6 +11,7 @@ namespace {
 
 // More than any real chassis has; slots beyond are counted in a note.
 constexpr std::size_t kMostStrips = 4;
+constexpr std::size_t kMostFaults = 6;
 
 using tSlots = std::vector<const tJson*>;
 
@@ -157,7 +159,7 @@ void addBridges(tStrip& strip, const tJson& bridges) {
 
 tStrip makeStrip(const tJson& chassis, const tSlots& slots) {
   tStrip strip;
-  strip.title = "Chassis " + textOf(chassis, "ChassisNumber") + ": " +
+  strip.title = "Chassis " + textOf(chassis, "ChassisNumber") + ": " + markOf(chassis, "opening") +
                 joined({textOf(chassis, "ChassisVendor"), textOf(chassis, "ChassisModel")}, " ");
   const std::string serial = textOf(chassis, "ChassisSerialNumber");
   strip.subtitle = serial.empty() ? "no serial number" : "serial number " + serial;
@@ -170,6 +172,14 @@ tStrip makeStrip(const tJson& chassis, const tSlots& slots) {
   if (slots.empty()) strip.notes.emplace_back("No slots");
   addBridges(strip, chassis["TriggerBridges"]);
   return strip;
+}
+
+void addFaults(tStrip& strip, const tJson& chassis) {
+  const std::vector<tFault> faults = faultsOf(chassis);
+  for (std::size_t n = 0; n < faults.size() && n < kMostFaults; ++n) {
+    strip.notes.push_back(lineOf(faults[n]));
+  }
+  if (!faults.empty()) strip.notes.push_back(summaryOf(faults));
 }
 
 }  // namespace
@@ -190,6 +200,7 @@ std::vector<tStrip> planStrips(const tJson& chassis) {
     strips.back().notes.push_back("And " + std::to_string(all.size() - drawn) + " more slots, to " +
                                   textOf(all.back(), "SlotNumber"));
   }
+  addFaults(strips.back(), chassis);
   return strips;
 }
 

@@ -12,6 +12,12 @@ void tellStatus(const char* severity, const varmex::Error& error) {
   if (!error.detail().empty()) std::cerr << "  " << error.detail() << '\n';
 }
 
+// What the library passes on from its reader of files is a sentence of its own.
+std::string plainDetail(const std::string& detail) {
+  const std::string mark = "wrappedMessage: ";
+  return detail.starts_with(mark) ? detail.substr(mark.size()) : detail;
+}
+
 }  // namespace
 
 void tellFailure(const std::exception& failure) {
@@ -20,6 +26,12 @@ void tellFailure(const std::exception& failure) {
   } else {
     std::cerr << "varmex: " << failure.what() << '\n';
   }
+}
+
+std::string failureText(const std::string& constant, std::int32_t code, const std::string& detail) {
+  const std::string name = constant.empty() ? "unnamed" : constant;
+  const std::string kind = code == 0 ? name : name + ' ' + std::to_string(code);
+  return detail.empty() ? kind : plainDetail(detail) + " (" + kind + ')';
 }
 
 void tellWarning(const varmex::Error& warning) { tellStatus("warning", warning); }

@@ -1,0 +1,286 @@
+#!/usr/bin/env python3
+"""describeTest.py VARMEX : what the command tells of broken installations, as text, JSON and events."""
+
+import copy
+import json
+import os
+import queue
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import threading
+from pathlib import Path
+
+import jsonschema
+
+VARMEX = os.path.abspath(sys.argv[1])
+TOP = Path(__file__).resolve().parent.parent
+DEADLINE = 60
+passed = failed = 0
+
+
+def check(holds, what):
+    global passed, failed
+    passed += bool(holds)
+    failed += not holds
+    if not holds:
+        print(f"FAILED: {what}")
+
+
+def strict(schema):
+    """The schema without room for keys that it does not tell of."""
+    if isinstance(schema, dict):
+        if "properties" in schema and schema.get("type") == "object":
+            schema.setdefault("additionalProperties", False)
+        for part in schema.values():
+            strict(part)
+    elif isinstance(schema, list):
+        for part in schema:
+            strict(part)
+    return schema
+
+
+SCHEMA = json.loads((TOP / "docs/varmex.schema.json").read_text())
+jsonschema.Draft202012Validator.check_schema(SCHEMA)
+STRICT = strict(copy.deepcopy(SCHEMA))
+
+
+def conforms(document, kind, what):
+    part = {"$ref": f"#/$defs/{kind}", "$defs": STRICT["$defs"]}
+    errors = [error.message[:200] for error in jsonschema.Draft202012Validator(part).iter_errors(document)]
+    check(not errors, f"{what} against the schema: {errors[:3]}")
+
+
+class Root:
+    """An installation below a folder of its own."""
+
+    def __init__(self, chassis=None):
+        self.folder = Path(tempfile.mkdtemp())
+        if chassis:
+            subprocess.run([VARMEX, "make", self.folder, *chassis], check=True)
+        else:
+            shutil.copytree(TOP / "samples", self.folder, dirs_exist_ok=True)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        shutil.rmtree(self.folder)
+
+    def file(self, name):
+        return self.folder / "etc/pxi" / name
+
+    def edit(self, name, pattern, text):
+        old = self.file(name).read_text(encoding="latin-1")
+        new = re.sub(pattern, text, old, count=1, flags=re.M | re.S)
+        assert new != old, (name, pattern)
+        beside = self.file(name + ".new")
+        beside.write_text(new, encoding="latin-1")
+        beside.replace(self.file(name))
+
+    def environment(self):
+        return dict(os.environ, VARMEX_FSROOT=str(self.folder), TZ="UTC")
+
+    def run(self, *arguments):
+        return subprocess.run([VARMEX, *arguments], env=self.environment(), capture_output=True,
+                              text=True, errors="replace", timeout=DEADLINE)
+
+    def show(self, *arguments):
+        return json.loads(self.run("show", "--json", *arguments).stdout)
+
+
+def flatten(document):
+    """Every answer by its place, and every failure."""
+    answers, failures = {}, set()
+
+    def visit(item, place):
+        for name, value in item.items():
+            if name == "failures":
+                failures.update(f"{place} {about}" for about in value)
+            elif isinstance(value, list):
+                for number, below in enumerate(value):
+                    key = {"Chassis": "ChassisNumber", "Slots": "SlotNumber",
+                           "TriggerBridges": "BridgeNumber"}.get(name)
+                    visit(below, f"{place}/{name[0]}{below[key] if key else number}")
+            elif name not in ("absent", "machine", "units", "failureCount"):
+                answers[f"{place} {name}"] = value
+
+    visit(document, "")
+    return answers, failures
+
+
+def without(name, value):
+    if isinstance(value, list):
+        return [without(name, one) for one in value]
+    if not isinstance(value, dict):
+        return value
+    return {key: without(name, one) for key, one in value.items() if key != name}
+
+
+I, E = "pxisys.ini", "pxiesys.ini"
+# What is broken: edits; the failures that this makes; what else is lost with it, as a pattern of
+# places. All other answers are the same as in the sample.
+BROKEN = [
+    ("slots without a section", [(E, '18"', '18,19,21"')],
+     ["/C1/S19 opening", "/C1/S21 opening"], None),
+    ("a destination line 8", [(I, r"^(PXI_TRIG3) =[^\n]*", r"\1 = 8")],
+     ["/C1/T1 BridgeLineMapping3", "/C1/T2 BridgeLineMapping3"], None),
+    ("a width that is no number", [(E, r"^(PeripheralSlotLinkWidth1) =[^\n]*", r"\1 = x")],
+     ["/C1/S2 PeripheralSlotLinkWidth1"], None),
+    ("a chassis without a model", [(I, r"^Model", "No"), (E, r"^Model", "No")],
+     ["/C1 opening"], r"/C1[/ ]"),
+    ("a chassis whose files disagree", [(I, r"^(Model) =[^\n]*", r"\1 = X")],
+     ["/C1 opening"], r"/C1[/ ]"),
+    ("a bridge without a line map", [(I, r"^LineMappingSpec[^\n]*", "")],
+     ["/C1/T1 opening"], r"/C1/T1 "),
+    ("a bridge without a section", [(I, r"^(TriggerBridgeList = \"1,2,3,4)", r"\1,9")],
+     ["/C1/T9 opening"], None),
+    ("a bridge to no number, beside a missing slot",
+     [(I, r"^DestinationTriggerBus =[^\n]*", "DestinationTriggerBus = z"), (E, '18"', '18,19"')],
+     ["/C1/T1 BridgeDestinationTriggerBus", "/C1/S19 opening"], None),
+    ("a list of bridges that is none", [(I, r"^(TriggerBridgeList) =[^\n]*", r"\1 = 1,,2")],
+     ["/C1 TriggerBridges"], r"/C1/T"),
+    ("an unknown slot type", [(E, r"^SlotType = \"?PXIePeripheralSlot\"?", "SlotType = Odd")],
+     ["/C1/S2 SlotType"], r"/C1/S2 (Periph|System|Local)"),
+    ("a list of modules' functions that is none",
+     [(I, r"(\[Chassis1Slot5\]\n)(.*?PCIBusNumber) =[^\n]*", r"\1\2 = None")], [], r"/C1/S5/"),
+]
+
+
+def testBroken():
+    with Root() as root:
+        healthy, none = flatten(root.show())
+        check(not none, "the sample has no failures")
+    for what, edits, failures, lost in BROKEN:
+        with Root() as root:
+            for edit in edits:
+                root.edit(*edit)
+            document = root.show()
+            conforms(document, "installation", what)
+            answers, found = flatten(document)
+            check(found == set(failures), f"{what}: failures {found}")
+            check(document["failureCount"] == len(failures), f"{what}: count")
+            gone = {place for place in healthy if healthy[place] != answers.get(place)}
+            known = set(failures)
+            gone = {p for p in gone if p not in known and not (lost and re.match(lost, p))}
+            check(not gone, f"{what} hides {sorted(gone)[:5]}")
+            status = int(bool(failures))
+            text = root.run("show")
+            marks = set(re.findall(r"!\d+", text.stdout))
+            check(text.returncode == status, f"{what}: status of show")
+            check(bool(marks) == bool(failures), f"{what}: marks {marks}")
+            check(('Run "varmex check"' in text.stdout) == bool(failures), f"{what}: the last line")
+            check("Chassis 3: Havrel" in text.stdout, f"{what}: the last chassis")
+            check(root.run("show", "2").returncode == 0, f"{what}: show 2")
+            picture = root.run("draw", "-o", "-")
+            check(picture.returncode == status, f"{what}: status of draw")
+            check(all(f"{mark} " in picture.stdout for mark in marks), f"{what}: marks in the picture")
+
+
+def testDocuments():
+    with Root() as root:
+        for arguments in ([], ["1"], ["1/10"], ["--why"], ["3/2", "--why"]):
+            conforms(root.show(*arguments), "installation", f"show {arguments}")
+        one = root.show("1/10")["Chassis"]
+        check(len(one) == 1 and len(one[0]["Slots"]) == 1, "show 1/10 tells of one slot")
+        whole = root.show()
+        check(whole == without("absent", root.show("--why")), "--why adds reasons and nothing else")
+        why = root.show("1/10", "--why")["Chassis"][0]["Slots"][0]["absent"]
+        check(why["StarTriggerLine"]["constant"] == "varmex_errorStarController", "the reason")
+        conforms(json.loads(root.run("check", "--json").stdout), "findings", "check")
+        conforms(json.loads(root.run("terminals", "5.0.0", "--json").stdout), "terminals", "terminals")
+        conforms(json.loads(root.run("route", "5.0.0", "PXI_Trig3", "--json").stdout), "route", "route")
+        root.edit(E, r"ORX", "O")
+        conforms(json.loads(root.run("check", "--json").stdout), "findings", "check of a broken one")
+        root.edit(E, r"^ChassisList =[^\n]*", "ChassisList = x")
+        broken = root.run("show", "--json")
+        check(broken.returncode == 1 and "ChassisList" in broken.stderr, "an unreadable description")
+        conforms(json.loads(broken.stdout), "installation", "an unreadable description")
+    for chassis in (["express:18x3", "classic:8"], ["classic:2:0"]):
+        with Root(chassis) as root:
+            conforms(root.show(), "installation", f"make {chassis}")
+
+
+class Watch:
+    """A running watch, line by line."""
+
+    def __init__(self, root, *arguments):
+        self.process = subprocess.Popen([VARMEX, "watch", *arguments], env=root.environment(),
+                                        stdout=subprocess.PIPE, text=True)
+        self.lines = queue.Queue()
+        threading.Thread(target=self.read, daemon=True).start()
+
+    def read(self):
+        for line in self.process.stdout:
+            self.lines.put(line.rstrip("\n"))
+
+    def take(self, count):
+        taken = []
+        try:
+            while len(taken) < count:
+                taken.append(self.lines.get(timeout=DEADLINE))
+        except queue.Empty:
+            pass
+        return taken
+
+    def end(self):
+        self.process.kill()
+        self.process.wait()
+
+
+DIGITIZER = 'Orlindt Instruments, Inc. ORX-5105 Digitizer "DIGITIZER-A"'
+# Edits one after the other, and all that is told of each.
+WATCHED = [
+    ([(E, "0A41F27C", "NEW")],
+     ["chassis 1 (Orlindt Instruments, Inc. ORX-1820): serial number 0A41F27C -> NEW"]),
+    ([(E, r"(\[Chassis1Slot2\].*?Negotiated) = 4", r"\1 = 1")],
+     [f"module in slot 1/2 ({DIGITIZER}): link width x4 -> x1"]),
+    ([(E, "$", "\n; nothing new")], []),
+    ([(E, "DIGITIZER-A", "FRONT")],
+     ['module in slot 1/2 (Orlindt Instruments, Inc. ORX-5105 Digitizer "FRONT"): '
+      "name DIGITIZER-A -> FRONT"]),
+    ([(E, r"\[Chassis1Slot9\]", "[Chassis1Slot19]"), (E, '18"', '18,19"')],
+     ['moved module in slot 1/9 -> 1/19: Orlindt Instruments, Inc. ORX-4081 Multimeter "DMM"',
+      "slot 1/9: state readable -> (can't be read)"]),
+    ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1,,2")],
+     ["The description can't be read: The number list in section System item ChassisList is "
+      "invalid. (varmex_errorInformationNotAvailable -380757)"]),
+    ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1")],
+     ["The description can be read.", "gone chassis 2: Tessmere Labs TLX-80"]),
+]
+
+
+def testWatch():
+    with Root() as root:
+        watch, lines = Watch(root), Watch(root, "--json")
+        # Begun when the first change is told; until then the file is written again.
+        root.run("watch", "--timeout", "0.5")
+        for edits, wanted in WATCHED:
+            beside = root.file(E + ".next")
+            shutil.copy(root.file(E), beside)
+            text = beside.read_text(encoding="latin-1")
+            for _, pattern, by in edits:
+                text = re.sub(pattern, by, text, count=1, flags=re.M | re.S)
+            beside.write_text(text, encoding="latin-1")
+            beside.replace(root.file(E))
+            told = watch.take(len(wanted))
+            check([line[21:] for line in told] == wanted, f"watch: {told}, wanted {wanted}")
+            check(all(re.match(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  ", line) for line in told), "the time")
+            for line in lines.take(len(wanted)):
+                conforms(json.loads(line), "event", line)
+        folder = root.file("")
+        shutil.move(folder, str(folder) + ".away")
+        check("can't be read" in "".join(watch.take(1)), "watch: the folder is gone")
+        shutil.move(str(folder) + ".away", folder)
+        check("can be read." in "".join(watch.take(1)), "watch: the folder is back")
+        check(watch.process.poll() is None, "watch goes on")
+        watch.end()
+        lines.end()
+
+
+for test in (testDocuments, testBroken, testWatch):
+    test()
+print(f"{passed} passed, {failed} failed")
+sys.exit(failed != 0)

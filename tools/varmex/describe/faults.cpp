@@ -1,0 +1,118 @@
+#include "tools/varmex/describe/faults.h"
+
+#include <map>
+
+#include "tools/varmex/describe/fields.h"
+#include "tools/varmex/text/failures.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t kMostShown = 20;
+constexpr std::size_t kLongestReason = 400;  // in bytes
+
+std::string nameOf(const tJson& item) {
+  const std::string chassis = textOf(item, "ChassisNumber");
+  const std::string slot = chassis + '/' + textOf(item, "SlotNumber");
+  if (item.contains("BridgeNumber")) {
+    return "bridge " + textOf(item, "BridgeNumber") + " of chassis " + chassis;
+  }
+  if (item.contains("DeviceName")) return "module in slot " + slot;
+  if (item.contains("SlotNumber")) return "slot " + slot;
+  return chassis.empty() ? "description" : "chassis " + chassis;
+}
+
+// Every failure of an item and of all below it, in the order in which they are told.
+template <class Json, class Visit>
+void visitFailures(Json& item, const Visit& visit) {
+  if (item.contains("machine")) visitFailures(item["machine"], visit);
+  if (item.contains("failures")) {
+    for (auto& [about, failure] : item["failures"].items()) visit(item, about, failure);
+  }
+  for (const char* const list : {"Chassis", "Slots", "Devices", "TriggerBridges"}) {
+    if (!item.contains(list)) continue;
+    for (Json& below : item[list]) visitFailures(below, visit);
+  }
+}
+
+std::string whereOf(const tJson& item, const std::string& about) {
+  return about == "opening" ? nameOf(item) : nameOf(item) + ", " + about;
+}
+
+std::string shortened(std::string text) {
+  if (text.size() <= kLongestReason) return text;
+  std::size_t end = kLongestReason;
+  while (end > 0 && (text[end] & 0xC0) == 0x80) --end;
+  return text.substr(0, end) + "...";
+}
+
+std::string sentenceOf(const tJson& failure) {
+  // The one exception of another kind that answers end with.
+  if (failure["constant"] == "std::out_of_range") {
+    return "the destination line 8 is named, and lines are 0 to 7 (std::out_of_range)";
+  }
+  return failureText(failure["constant"].get<std::string>(), failure["code"].get<std::int32_t>(),
+                     failure["detail"].get<std::string>());
+}
+
+}  // namespace
+
+void markFaults(tJson& description) {
+  std::map<std::string, std::string> marks;
+  visitFailures(description, [&](const tJson& item, const std::string& about, tJson& failure) {
+    std::string reason = sentenceOf(failure);
+    // An exception of another kind doesn't say where it comes from.
+    if (failure["code"] == 0) reason += whereOf(item, about);
+    failure["mark"] =
+        marks.try_emplace(reason, '!' + std::to_string(marks.size() + 1)).first->second;
+  });
+}
+
+std::vector<tFault> faultsOf(const tJson& part) {
+  std::vector<tFault> faults;
+  std::map<std::string, std::size_t> places;
+  visitFailures(part, [&](const tJson& item, const std::string& about, const tJson& failure) {
+    const std::string mark = failure["mark"].get<std::string>();
+    const auto [place, isNew] = places.try_emplace(mark, faults.size());
+    if (isNew) faults.push_back({mark, whereOf(item, about), 0, sentenceOf(failure)});
+    ++faults[place->second].answers;
+  });
+  return faults;
+}
+
+std::string markOf(const tJson& item, const char* name) {
+  const auto failures = item.find("failures");
+  if (failures == item.end()) return {};
+  const auto failure = failures->find(name);
+  return failure == failures->end() ? "" : failure->value("mark", "!");
+}
+
+std::string lineOf(const tFault& fault) {
+  const std::string more =
+      fault.answers > 1 ? " and " + std::to_string(fault.answers - 1) + " more" : "";
+  return fault.mark + "  " + fault.where + more + ": " + shortened(fault.reason);
+}
+
+std::string summaryOf(const std::vector<tFault>& faults) {
+  if (faults.empty()) return {};
+  std::size_t answers = 0;
+  for (const tFault& fault : faults) answers += fault.answers;
+  return std::to_string(faults.size()) + (faults.size() == 1 ? " fault hides " : " faults hide ") +
+         std::to_string(answers) + (answers == 1 ? " answer" : " answers") +
+         ". Run \"varmex check\" to see what to mend.";
+}
+
+void showFaults(const tJson& description, std::ostream& out) {
+  const std::vector<tFault> faults = faultsOf(description);
+  if (faults.empty()) return;
+  out << '\n';
+  for (std::size_t n = 0; n < faults.size() && n < kMostShown; ++n)
+    out << lineOf(faults[n]) << '\n';
+  if (faults.size() > kMostShown) {
+    out << "and " << faults.size() - kMostShown << " more faults\n";
+  }
+  out << summaryOf(faults) << '\n';
+}
+
+}  // namespace tool

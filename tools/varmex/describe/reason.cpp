@@ -1,0 +1,39 @@
+#include "tools/varmex/describe/reason.h"
+
+#include <string_view>
+
+#include "corpxiTools/iniException.h"
+
+namespace tool {
+
+tReason reasonOf(const varmex::Error& error) {
+  return {error.code(), error.constant(), error.detail()};
+}
+
+tReason reasonOf(const std::exception& exception) {
+  if (const auto* const error = dynamic_cast<const varmex::Error*>(&exception)) {
+    return reasonOf(*error);
+  }
+  if (dynamic_cast<const varmex::tIniException*>(&exception)) {
+    return {varmex_errorInformationNotAvailable, "varmex_errorInformationNotAvailable",
+            std::string("wrappedMessage: ") + exception.what()};
+  }
+  const bool isRange = dynamic_cast<const std::out_of_range*>(&exception);
+  return {0, isRange ? "std::out_of_range" : "std::exception", exception.what()};
+}
+
+// The code for "not available" stands both for an item that is not there and for one that can't be
+// read; the text tells them apart.
+bool isAbsence(varmex::Status& status, const tAttribute& attribute) {
+  if (!varmex::meansNothing(status.code())) return false;
+  if (status.code() != varmex_errorInformationNotAvailable) return true;
+  const std::string_view json = varmex_statusText(status);
+  // A slot type that nobody knows is a fault of the type, once, not of all that depends on it.
+  if (json.find("\"bad_slot_type\"") != std::string_view::npos) {
+    return attribute.isText || attribute.number != varmex_u32_SlotType;
+  }
+  const bool isReaders = json.find("\"wrappedMessage\"") != std::string_view::npos;
+  return !isReaders || json.find(" not found\"") != std::string_view::npos;
+}
+
+}  // namespace tool

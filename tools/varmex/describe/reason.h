@@ -1,0 +1,29 @@
+#ifndef TOOLS_VARMEX_DESCRIBE_REASON_H
+#define TOOLS_VARMEX_DESCRIBE_REASON_H
+
+#include <cstdint>
+#include <exception>
+#include <string>
+
+#include "tools/varmex/describe/attributes.h"
+#include "varmex/varmex.hpp"
+
+namespace tool {
+
+// Why there is no answer.
+struct tReason {
+  std::int32_t code;     // 0 for an exception that is none of the library's
+  std::string constant;  // that of the code, or the exception's type
+  std::string detail;
+};
+
+tReason reasonOf(const varmex::Error& error);
+tReason reasonOf(const std::exception& exception);
+
+// Of a query that failed: whether the description says nothing about the attribute, or the item is
+// of another kind; anything else is a fault.
+bool isAbsence(varmex::Status& status, const tAttribute& attribute);
+
+}  // namespace tool
+
+#endif
