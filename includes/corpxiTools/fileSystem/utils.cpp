@@ -1,9 +1,6 @@
 #include "corpxiTools/fileSystem/utils.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
-
+#include "corpxiTools/fileSystem/fileStatus.h"
 #include "corpxiTools/fileSystem/folders.h"
 #include "ostrel/quarks/failure.h"
 
@@ -12,14 +9,6 @@ namespace varmex::inline nCORPXITOOLS000 {
 namespace {
 
 constexpr tErrorCode kFolderNotFound{-50202, "(-202 + -50000)"};
-
-std::int32_t codeOfFileError(int error) {
-  switch (error) {
-    case EACCES: return -50207;
-    case EINVAL: return -52005;
-    default: return -50202;
-  }
-}
 
 }  // namespace
 
@@ -39,10 +28,9 @@ std::string getConfigurationPath(tStatusRecord& status) {
 }
 
 bool fileExists(const std::string& path, std::int32_t& status) {
-  struct stat answer {};
-  if (stat(path.c_str(), &answer) == 0) return status >= 0;
-  if (errno == ENOENT) return false;
-  const std::int32_t code = codeOfFileError(errno);
+  const std::int32_t code = queryFileStatus(path.c_str());
+  if (code == 0) return status >= 0;
+  if (code == kFileNotFound) return false;
   if (replacesStatus(status, code)) status = code;
   return false;
 }

@@ -1,10 +1,12 @@
 #ifndef OSTREL_QUARKS_SYNCHRONIZATION_H
 #define OSTREL_QUARKS_SYNCHRONIZATION_H
 
+#include <atomic>
 #include <mutex>
 #include <new>
 #include <optional>
 #include <system_error>
+#include <thread>
 
 #include "ostrel/quarks/fixedStatus.h"
 
@@ -22,6 +24,32 @@ void prepareLock(Lock& lock) {
   }
 }
 
+// A lock that its holder may take again. The standard one of some systems takes memory at its first
+// use that it never gives back.
+class tRecursiveLock {
+ public:
+  void lock() {
+    const auto self = std::this_thread::get_id();
+    // Only this thread itself can have put its own name there.
+    if (owner_.load(std::memory_order_relaxed) != self) {
+      lock_.lock();
+      owner_.store(self, std::memory_order_relaxed);
+    }
+    ++depth_;
+  }
+
+  void unlock() {
+    if (--depth_ > 0) return;
+    owner_.store({}, std::memory_order_relaxed);
+    lock_.unlock();
+  }
+
+ private:
+  std::mutex lock_;
+  std::atomic<std::thread::id> owner_{};
+  std::uint32_t depth_ = 0;
+};
+
 // A recursive lock that reports its own construction: with an error already in `status` it stays
 // uninitialised, and a failure to set the lock up puts one there. Only an initialised one may be
 // locked.
@@ -34,7 +62,7 @@ class tCriticalSection {
   bool isInitialized() const { return lock_.has_value(); }
 
  private:
-  std::optional<std::recursive_mutex> lock_;
+  std::optional<tRecursiveLock> lock_;
 };
 
 }  // namespace varmex::inline nOSTRELS100

@@ -7,7 +7,8 @@
 
 namespace varmex::inline nCORPXITOOLS000 {
 
-tInputFile::tInputFile(const char* path) : descriptor_(_open(path, _O_RDONLY | _O_BINARY)) {}
+tInputFile::tInputFile(const char* path)
+    : descriptor_(_open(path, _O_RDONLY | _O_BINARY | _O_NOINHERIT)) {}
 
 tInputFile::~tInputFile() {
   if (isOpen()) _close(descriptor_);

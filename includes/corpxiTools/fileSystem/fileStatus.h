@@ -1,0 +1,18 @@
+#ifndef CORPXITOOLS_FILESYSTEM_FILESTATUS_H
+#define CORPXITOOLS_FILESYSTEM_FILESTATUS_H
+
+#include <cstdint>
+
+namespace varmex::inline nCORPXITOOLS000 {
+
+inline constexpr std::int32_t kFileNotFound = -50204;
+inline constexpr std::int32_t kFileAccessDenied = -50207;
+inline constexpr std::int32_t kFilePathInvalid = -52005;
+inline constexpr std::int32_t kFileStatusFault = -50202;  // any other failure
+
+// Asks the system about a file: 0 when it is there, else one of the codes above.
+std::int32_t queryFileStatus(const char* path);
+
+}  // namespace varmex::inline nCORPXITOOLS000
+
+#endif

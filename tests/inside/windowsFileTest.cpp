@@ -1,0 +1,74 @@
+#include <gtest/gtest.h>
+#include <io.h>
+#include <windows.h>
+
+#include "corpxiTools/fileSystem/inputFile.h"
+#include "corpxiTools/fileSystem/utils.h"
+#include "ostrel/quarks/dynamicLibrary.h"
+#include "tests/support/testMachine.h"
+
+namespace varmex {
+
+namespace {
+
+using test::tTestMachine;
+
+bool isInherited(int descriptor) {
+  DWORD flags = 0;
+  const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+  EXPECT_TRUE(GetHandleInformation(handle, &flags)) << descriptor;
+  return (flags & HANDLE_FLAG_INHERIT) != 0;
+}
+
+TEST(FileExists, answersByTheSystemsError) {
+  const tTestMachine machine;
+  const std::string folder = machine.folder().string();
+  const std::pair<std::string, std::int32_t> cases[] = {{folder + "\\none", 0},
+                                                        {folder + "\\none\\none", 0},
+                                                        {"Q:\\none", 0},
+                                                        {folder + "\\a|b", -52005},
+                                                        {folder + "\\a\"b", -52005}};
+  for (const auto& [path, expected] : cases) {
+    std::int32_t status = 0;
+    EXPECT_FALSE(fileExists(path, status)) << path;
+    EXPECT_EQ(status, expected) << path;
+  }
+  std::int32_t status = 0;
+  EXPECT_TRUE(fileExists(folder, status));
+}
+
+TEST(InputFile, isNotInherited) {
+  tTestMachine machine;
+  machine.writePxiSys("x");
+  const std::string path = machine.pxiSys().string();
+  // Both take the lowest descriptor that is free.
+  const int expected = _open(path.c_str(), 0);
+  _close(expected);
+  {
+    const tInputFile file(path.c_str());
+    ASSERT_TRUE(file.isOpen());
+    EXPECT_FALSE(isInherited(expected));
+  }
+  std::FILE* const stream = openInputStream(path.c_str());
+  ASSERT_NE(stream, nullptr);
+  EXPECT_FALSE(isInherited(_fileno(stream)));
+  std::fclose(stream);
+}
+
+TEST(DynamicLibrary, isLoadedWithoutMessageBoxes) {
+  DWORD before = 0;
+  SetThreadErrorMode(SEM_NOGPFAULTERRORBOX, &before);
+  void* const module = loadDynamicLibrary("varmex_error_mode");
+  EXPECT_EQ(GetThreadErrorMode(), DWORD{SEM_NOGPFAULTERRORBOX});
+  SetThreadErrorMode(before, nullptr);
+  ASSERT_NE(module, nullptr);
+  const auto mode = reinterpret_cast<DWORD (*)()>(findFunction(module, "errorModeAtLoad"));
+  ASSERT_NE(mode, nullptr);
+  constexpr DWORD kSilent = SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX;
+  EXPECT_EQ(mode() & kSilent, kSilent);
+  freeDynamicLibrary(module);
+}
+
+}  // namespace
+
+}  // namespace varmex

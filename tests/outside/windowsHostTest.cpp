@@ -1,0 +1,164 @@
+#include <windows.h>
+
+#include <filesystem>
+#include <ostream>
+#include <semaphore>
+#include <thread>
+#include <vector>
+
+#include "tests/support/model.h"
+
+namespace test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// What a process has few of, or what grows.
+struct tHolding {
+  std::size_t freeThreadIndexes;
+  std::size_t freeFibreIndexes;
+  std::uintptr_t nextHandle;  // the system hands out the lowest that is free
+  std::size_t memory;         // bytes in blocks of all heaps
+
+  bool operator==(const tHolding&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& stream, const tHolding& holding) {
+  return stream << holding.freeThreadIndexes << " thread indexes and " << holding.freeFibreIndexes
+                << " fibre indexes free, next handle " << holding.nextHandle << ", "
+                << holding.memory << " bytes";
+}
+
+template <class Take, class GiveBack>
+std::size_t countFree(Take take, GiveBack giveBack) {
+  std::vector<DWORD> taken;
+  taken.reserve(10'000);
+  for (DWORD index = take(); index != TLS_OUT_OF_INDEXES; index = take()) taken.push_back(index);
+  for (const DWORD index : taken) giveBack(index);
+  return taken.size();
+}
+
+std::size_t memoryInUse() {
+  HANDLE heaps[64] = {};
+  const DWORD count = std::min<DWORD>(GetProcessHeaps(64, heaps), 64);
+  std::size_t total = 0;
+  for (DWORD i = 0; i < count; ++i) {
+    PROCESS_HEAP_ENTRY entry{};
+    HeapLock(heaps[i]);
+    while (HeapWalk(heaps[i], &entry)) {
+      if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) total += entry.cbData;
+    }
+    HeapUnlock(heaps[i]);
+  }
+  return total;
+}
+
+tHolding takeStock() {
+  tHolding holding{};
+  holding.freeThreadIndexes = countFree(TlsAlloc, TlsFree);
+  holding.freeFibreIndexes = countFree([] { return FlsAlloc(nullptr); }, FlsFree);
+  const HANDLE next = CreateEventA(nullptr, FALSE, FALSE, nullptr);
+  holding.nextHandle = reinterpret_cast<std::uintptr_t>(next);
+  CloseHandle(next);
+  holding.memory = memoryInUse();
+  return holding;
+}
+
+// The library once more, under a name of its own: that which the tests are linked to stays loaded.
+class tLoadedLibrary {
+ public:
+  explicit tLoadedLibrary(const fs::path& path) : module_(LoadLibraryW(path.c_str())) {
+    find(openSession_, "varmex_openPXISession");
+    find(getU32_, "varmex_getU32Attribute");
+    find(close_, "varmex_close");
+  }
+  ~tLoadedLibrary() { FreeLibrary(module_); }
+  tLoadedLibrary(const tLoadedLibrary&) = delete;
+  tLoadedLibrary& operator=(const tLoadedLibrary&) = delete;
+
+  // The null handle fails by an exception within the library.
+  std::int32_t fail() const {
+    tStatus status;
+    getU32_(nullptr, 0, status);
+    return status.code();
+  }
+
+  bool useSession() const {
+    tStatus status;
+    varmex_Item* const session = openSession_(0, status);
+    if (!session) return false;
+    getU32_(session, 99, status);
+    close_(session);
+    return status.code() == varmex_errorAttributeNotApplicable;
+  }
+
+ private:
+  template <class Function>
+  void find(Function*& function, const char* name) {
+    function = reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
+  }
+
+  HMODULE module_;
+  decltype(varmex_openPXISession)* openSession_ = nullptr;
+  decltype(varmex_getU32Attribute)* getU32_ = nullptr;
+  decltype(varmex_close)* close_ = nullptr;
+};
+
+// A thread that outlives the library, again and again.
+class tLastingThread {
+ public:
+  ~tLastingThread() {
+    library_ = nullptr;
+    turn_.release();
+    thread_.join();
+  }
+
+  std::int32_t fail(const tLoadedLibrary& library) {
+    library_ = &library;
+    turn_.release();
+    done_.acquire();
+    return code_;
+  }
+
+ private:
+  void run() {
+    for (turn_.acquire(); library_; turn_.acquire()) {
+      code_ = library_->fail();
+      done_.release();
+    }
+  }
+
+  const tLoadedLibrary* library_ = nullptr;
+  std::int32_t code_ = 0;
+  std::binary_semaphore turn_{0};
+  std::binary_semaphore done_{0};
+  std::thread thread_{[this] { run(); }};
+};
+
+TEST(WindowsHost, canLoadAndFreeTheLibraryForEver) {
+  const tTestMachine machine;
+  const fs::path copy = fs::path(VARMEX_TEST_PROGRAMS) / "varmex_loaded.dll";
+  fs::copy_file(fs::path(VARMEX_TEST_PROGRAMS) / "varmex.dll", copy,
+                fs::copy_options::overwrite_existing);
+  tLastingThread lasting;
+  const auto cycle = [&] {
+    const tLoadedLibrary library(copy);
+    ASSERT_EQ(library.fail(), varmex_errorInvalidHandle);
+    ASSERT_EQ(lasting.fail(library), varmex_errorInvalidHandle);
+    std::int32_t code = 0;
+    std::thread([&] { code = library.fail(); }).join();
+    ASSERT_EQ(code, varmex_errorInvalidHandle);
+    ASSERT_TRUE(library.useSession());
+  };
+  // What the system itself keeps of a first loading is there behind some.
+  for (int i = 0; i < 10; ++i) cycle();
+  const tHolding before = takeStock();
+  for (int i = 0; i < 40; ++i) cycle();
+  EXPECT_EQ(takeStock(), before);
+  fs::remove(copy);
+}
+
+}  // namespace
+
+}  // namespace test
