@@ -1,36 +1,12 @@
-// Sessions on the same bytes share what they read: a text that two of them answer stands at one
-// place in memory.
+#include "tests/support/sharing.h"
 
-#include "tests/support/model.h"
+#include <thread>
 
 namespace test {
 
 namespace {
 
-class tSharing : public tModel {
- protected:
-  tItem open() { return tItem(varmex_openPXISession(0, status_)); }
-
-  // What the left local bus of slot 2 is called.
-  const char* busName(const tItem& session) {
-    const tItem item(varmex_openChassisByNumber(session.get(), 1, status_));
-    const tItem place(varmex_openSlotByNumber(item.get(), 2, status_));
-    const char* const text =
-        varmex_getStringAttribute(place.get(), varmex_str_LocalBusLeft, status_);
-    EXPECT_TRUE(text) << status_.text();
-    return text ? text : "";
-  }
-
-  void write(const std::string& name) {
-    machine_.writePxieSys(described(name));
-    machine_.writePxiSys("; classic\n");
-  }
-  static std::string described(const std::string& name) {
-    return "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=2\n"
-           "[Chassis1Slot2]\nSlotType=PXIePeripheralSlot\nLocalBusLeft=" +
-           name + "\n";
-  }
-};
+using tSharingThreads = tSharing;
 
 TEST_F(tSharing, theSameBytesAreInMemoryOnce) {
   write("one");
@@ -100,8 +76,27 @@ TEST_F(tSharing, anyNumberOfDescriptionsAreKeptApart) {
     const bool isShared = busName(sessions[at]) == busName(sessions[at + kMany]);
     EXPECT_EQ(isShared, n < 64) << n;
   }
-  // What frees a place lets others share.
+  // What was given up lets others share.
   sessions.clear();
+  const tItem first = open();
+  EXPECT_EQ(busName(first), busName(open()));
+}
+
+// Descriptions come and go while others look for them.
+TEST_F(tSharingThreads, openAndCloseAtOnce) {
+  write("one");
+  std::vector<std::thread> threads;
+  for (int n = 0; n < 4; ++n) {
+    threads.emplace_back([] {
+      for (int round = 0; round < 200; ++round) {
+        const tItem first = open();
+        const tItem second = open();
+        EXPECT_STREQ(busName(first), "one");
+        EXPECT_STREQ(busName(second), "one");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
   const tItem first = open();
   EXPECT_EQ(busName(first), busName(open()));
 }
