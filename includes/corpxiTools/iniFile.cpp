@@ -146,6 +146,11 @@ const tIniSection* tIniFile::findSection(std::string_view section) const {
   return store_.findSection(section);
 }
 
+const tIniSection* tIniFile::findSectionBehind(const tIniSection* earlier,
+                                               std::string_view section) const {
+  return store_.findSectionBehind(earlier, section);
+}
+
 bool tIniFile::hasItem(std::string_view section, std::string_view item) const {
   return store_.findItem(section, item) != nullptr;
 }

@@ -34,6 +34,9 @@ class tIniFile {
   // Null when there is none. The section lives as long as the content.
   const tIniSection* findSection(std::string_view section) const;
 
+  // The same, at less cost for a section that stands just behind an earlier one, if there is one.
+  const tIniSection* findSectionBehind(const tIniSection* earlier, std::string_view section) const;
+
   // The stored text, null when there is none.
   const char* findValueText(std::string_view section, std::string_view item) const;
   static const char* findValueText(const tIniSection& section, std::string_view item);

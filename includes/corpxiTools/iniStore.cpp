@@ -214,6 +214,8 @@ class tIniStore::tLoad {
       if (!slot) {
         slot = static_cast<std::uint32_t>(store_.sections_.size());
         if (++indexed_ * 2 > store_.index_.size()) growIndex();
+      } else {
+        store_.hasTwins_ = true;
       }
     }
     section->line = line;
@@ -359,6 +361,7 @@ void tIniStore::clear() {
   items_.reset();
   text_.reset();
   firstBadLine_ = -1;
+  hasTwins_ = false;
 }
 
 int tIniStore::load(const char* path) {
@@ -384,6 +387,20 @@ const tIniSection* tIniStore::findSection(std::string_view name) const {
   if (index_.empty()) return nullptr;
   const std::size_t slot = findSlot(index_, sections_, name, hashName(name, hashSeed_));
   return index_[slot] ? &sections_[index_[slot] - 1] : nullptr;
+}
+
+const tIniSection* tIniStore::findSectionBehind(const tIniSection* earlier,
+                                                std::string_view name) const {
+  constexpr std::ptrdiff_t kMostLooks = 6;
+  if (earlier && !hasTwins_) {
+    const tIniSection* const behind = earlier + 1;
+    const tIniSection* const end = sections_.data() + sections_.size();
+    const tIniSection* const stop = behind + std::min(kMostLooks, end - behind);
+    for (const tIniSection* section = behind; section != stop; ++section) {
+      if (section->nameView() == name) return section;
+    }
+  }
+  return findSection(name);
 }
 
 const tIniItem* tIniStore::findItem(std::string_view section, std::string_view item) const {

@@ -62,6 +62,9 @@ class tIniStore {
 
   const tIniSection* findSection(std::string_view name) const;
 
+  // The same, at less cost for a section that stands just behind an earlier one, if there is one.
+  const tIniSection* findSectionBehind(const tIniSection* earlier, std::string_view name) const;
+
   // Null when there is no such section or item.
   const tIniItem* findItem(std::string_view section, std::string_view item) const;
   static const tIniItem* findItem(const tIniSection& section, std::string_view item);
@@ -85,6 +88,7 @@ class tIniStore {
   std::vector<std::uint32_t> index_;  // by hash: section number plus 1, 0 for none
   tHashSeed hashSeed_{this};
   int firstBadLine_ = -1;
+  bool hasTwins_ = false;  // sections of one name, of which the index has the first
 };
 
 }  // namespace varmex::inline nCORPXITOOLS000

@@ -10,14 +10,18 @@ namespace varmex {
 namespace {
 
 // Calls `take(section, chassis, slot)` for each slot that the chassis list and that has a section.
+// Slots mostly stand in the order of their list.
 template <class Take>
 void forEachSlot(const tIniFile& file, const std::vector<std::uint32_t>& chassisNumbers,
                  Take take) {
+  const tIniSection* section = nullptr;  // the last that was found
   for (const std::uint32_t chassis : withoutRepeats(chassisNumbers)) {
     const std::string owner = chassisKey(chassis);
     for (const std::uint32_t slot : withoutRepeats(file.getNumberList(owner, "SlotList"))) {
-      const tIniSection* const section = file.findSection(slotKey(chassis, slot));
-      if (section) take(*section, chassis, slot);
+      const auto* const found = file.findSectionBehind(section, slotKey(chassis, slot));
+      if (!found) continue;
+      section = found;
+      take(*section, chassis, slot);
     }
   }
 }

@@ -80,6 +80,22 @@ TEST_F(tIni, readsATextThatIsOrIsNotAsExpected) {
   }
 }
 
+// Whatever stands ahead of it, a name leads to the first section that has it.
+TEST_F(tIni, findsSectionsBehindOthers) {
+  for (const char* text : {"[A]\nK=1\n[B]\nK=2\n[C]\nK=3\n[D]\nK=4\n",
+                           "[C]\nK=3\n[B]\nK=2\n[A]\nK=1\n[D]\nK=4\n[C]\nK=9\n[B]\nK=9\n"}) {
+    ASSERT_TRUE(load(text));
+    const auto& sections = file_.store().sections();
+    for (const char* name : {"A", "B", "C", "D", "E"}) {
+      const tIniSection* const expected = file_.findSection(name);
+      EXPECT_EQ(file_.findSectionBehind(nullptr, name), expected);
+      for (const tIniSection& earlier : sections) {
+        EXPECT_EQ(file_.findSectionBehind(&earlier, name), expected) << text << name;
+      }
+    }
+  }
+}
+
 TEST_F(tIni, classifiesLines) {
   EXPECT_EQ(value("K=0\n[S]\nK=1"), "1");
   EXPECT_EQ(value("[ S ] trailing\n \t K \t=\v 1 ; two \f\n"), "1 ; two");
