@@ -18,6 +18,14 @@ std::string makeTemporaryFolder() {
   return name;
 }
 
+using tMachines = std::map<std::uint32_t, tMachine>;
+
+const tMachine& findOrMake(tMachines& machines, std::uint32_t chassis, const char* remark) {
+  const auto found = machines.find(chassis);
+  if (found != machines.end()) return found->second;
+  return machines.try_emplace(chassis, describe(chassis, remark)).first->second;
+}
+
 }  // namespace
 
 synthetic::tTexts describe(std::uint32_t chassis, const std::string& remark) {
@@ -42,13 +50,13 @@ tMachine::~tMachine() {
 void tMachine::use() const { setenv("VARMEX_FSROOT", root_.c_str(), 1); }
 
 const tMachine& machineOf(std::uint32_t chassis) {
-  static std::map<std::uint32_t, tMachine> machines;
-  return machines.try_emplace(chassis, describe(chassis, "one of several")).first->second;
+  static tMachines machines;
+  return findOrMake(machines, chassis, "one of several");
 }
 
 const tMachine& aloneMachineOf(std::uint32_t chassis) {
-  static std::map<std::uint32_t, tMachine> machines;
-  return machines.try_emplace(chassis, describe(chassis, "on its own")).first->second;
+  static tMachines machines;
+  return findOrMake(machines, chassis, "on its own");
 }
 
 std::string readText(const std::string& path) {
