@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <sstream>
+#include <utility>
 
 namespace agreement {
 
@@ -16,9 +17,12 @@ using varmex::Session;
 constexpr std::uint32_t kLastChassis = 9;
 constexpr std::uint32_t kLastSlot = 21;
 
-// Attribute numbers of all kinds of items, with those around them.
-constexpr std::uint32_t kAttributes[][2] = {
-    {4094, 4106}, {8190, 8208}, {12286, 12296}, {16382, 16397}};
+// Where the attribute numbers of each kind of item begin and end.
+using tRanges = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
+const tRanges kChassisRanges = {{4096, 4104}};
+const tRanges kSlotRanges = {{4096, 4096}, {8192, 8206}};
+const tRanges kDeviceRanges = {{4096, 4097}, {12288, 12294}};
+const tRanges kBridgeRanges = {{4096, 4096}, {16384, 16395}};
 
 std::string wordsOf(const std::function<void()>& ask) {
   try {
@@ -66,8 +70,8 @@ class tAsker {
     });
   }
 
-  void askAttributes(const std::string& about, const ItemBase& item) {
-    for (const auto& [first, last] : kAttributes) {
+  void askAttributes(const std::string& about, const ItemBase& item, const tRanges& ranges) {
+    for (const auto& [first, last] : ranges) {
       for (std::uint32_t number = first; number <= last; ++number) {
         const std::string name = about + ", attribute " + std::to_string(number);
         ask(name, [&] {
@@ -86,7 +90,7 @@ class tAsker {
 
   void askChassis(const Chassis& chassis) {
     const std::string number = std::to_string(chassis.number());
-    askAttributes("chassis " + number, chassis);
+    askAttributes("chassis " + number, chassis, kChassisRanges);
     for (std::uint32_t slot = 0; slot <= kLastSlot; ++slot) {
       const std::string name = "slot " + number + '/' + std::to_string(slot);
       askIfThere(name, [&] { askSlot(name, chassis.slot(slot)); });
@@ -94,15 +98,17 @@ class tAsker {
     ask("chassis " + number + ", slots", [&] { chassis.slots(); });
     ask("chassis " + number + ", trigger bridges", [&] {
       for (const varmex::TriggerBridge& bridge : chassis.triggerBridges()) {
-        askAttributes("bridge " + number + '/' + std::to_string(bridge.number()), bridge);
+        askAttributes("bridge " + number + '/' + std::to_string(bridge.number()), bridge,
+                      kBridgeRanges);
       }
     });
   }
 
   void askSlot(const std::string& name, const varmex::Slot& slot) {
-    askAttributes(name, slot);
+    askAttributes(name, slot, kSlotRanges);
     ask(name + ", devices", [&] {
-      for (const varmex::Device& device : slot.devices()) askAttributes(name + ", device", device);
+      for (const varmex::Device& device : slot.devices())
+        askAttributes(name + ", device", device, kDeviceRanges);
     });
   }
 
