@@ -161,15 +161,141 @@ tLines strangeSection(tRandom& random) {
       {"[Chassis1Slot19]", "SlotType = PXIePeripheralSlot", "PeripheralSlotLinkWidth1 = x"},
       {"[Chassis1Slot20]", "SlotType = PXIe", "PCIBusNumber = 5"},
       {"[Chassis1Slot19]", "PCISlotPathRootBus = 09", "FunctionList = x"},
+      {"[Chassis1Slot19]", "SlotType = PXIeSystemTimingSlot", "AddressInfo = PXI0::5",
+       "PeripheralModuleLinkWidthMax = z"},
       {"[Chassis7]", "Vendor = V", "Model = M", "SerialNumber = S", "SlotList = 1",
        "TriggerBusList = 1", "[Chassis7Slot1]", "SlotType = PXIeHybridSlot",
        "AddressInfo = PXI0::250-31.0::INSTR", "PeripheralModuleLinkWidthMax = z"},
+      {"[Chassis8]", "Vendor = V", "Model = M", "TriggerManager = \"\"", "[Chassis8Slot2]",
+       "PCISlotPath = \"a,b\"", "PCISlotPathRootBus = +31", "LocalBusLeft = x"},
+      {"[Chassis8]", "Vendor = V", "Model = M", "[Chassis8Slot2]", "PCISlotPath = ab"},
       {"[Chassis8]", "Vendor = V", "Model = M", "SlotList = \"1,x\""},
       {"[Chassis8]", "Vendor = V", "Model = M", "SerialNumber = 9", "SlotList = 1",
        "TriggerBridgeList = 1", "[Chassis8Slot1]", "SlotType = PXIeSystemSlot2Link"},
   };
   return oneOf(kSections, random);
 }
+
+// What a mutation may take apart: a file, an item of it and the header of a section of it.
+struct tTarget {
+  tDescription& description;
+  int file;
+  std::size_t item;
+  std::size_t header;
+  tRandom& random;
+
+  tLines& lines() const { return description.files[file]; }
+  tLines& otherLines() const { return description.files[1 - file]; }
+  std::string& itemLine() const { return lines()[item]; }
+  std::string& headerLine() const { return lines()[header]; }
+  std::size_t anywhere() const { return below(lines().size() + 1, random); }
+};
+
+std::string dropItem(const tTarget& target) {
+  const std::string line = target.itemLine();
+  erase(target.lines(), target.item, target.item + 1);
+  return "without " + line;
+}
+
+std::string repeatItem(const tTarget& target) {
+  const std::string line = target.itemLine();
+  insert(target.lines(), target.anywhere(), {line});
+  return "again " + line;
+}
+
+std::string dropSection(const tTarget& target) {
+  const std::string line = target.headerLine();
+  erase(target.lines(), target.header, sectionEnd(target.lines(), target.header));
+  return "without section " + line;
+}
+
+std::string copySection(const tTarget& target) {
+  const std::size_t end = sectionEnd(target.lines(), target.header);
+  insert(target.otherLines(), target.otherLines().size(),
+         slice(target.lines(), target.header, end));
+  return "copied to the other " + target.headerLine();
+}
+
+std::string renameSection(const tTarget& target) {
+  const std::string line = target.headerLine();
+  target.headerLine() = '[' + renamed(line.substr(1, line.size() - 2), target.random) + ']';
+  return line + " is " + target.headerLine();
+}
+
+std::string renameItem(const tTarget& target) {
+  const std::string line = target.itemLine();
+  target.itemLine() = renamed(nameOf(line), target.random) + " = " + valueOf(line);
+  return line + " is " + target.itemLine();
+}
+
+std::string changeValue(const tTarget& target) {
+  const std::string line = target.itemLine();
+  target.itemLine() = nameOf(line) + " = " + changedValue(target.lines(), line, target.random);
+  return line + " is " + target.itemLine();
+}
+
+std::string addGarbage(const tTarget& target) {
+  const std::string line = oneOf(kGarbage, target.random);
+  insert(target.lines(), target.anywhere(), {line});
+  return "garbage " + line;
+}
+
+std::string addSection(const tTarget& target) {
+  const tLines section = strangeSection(target.random);
+  insert(target.lines(), target.lines().size(), section);
+  return "another " + section[0];
+}
+
+std::string changeEncoding(const tTarget& target) {
+  static const std::string kEncodings[] = {"\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF", "\n"};
+  target.description.encodings[target.file] = oneOf(kEncodings, target.random);
+  return "encoding";
+}
+
+std::string changeLineEnds(const tTarget& target) {
+  target.description.lineEnd = below(2, target.random) != 0 ? "\r\n" : "\r";
+  return "line ends";
+}
+
+// A number that is none, where the library may or may not read it.
+std::string addStrangeNumber(const tTarget& target) {
+  static const char* const kItems[] = {"PeripheralSlotLinkWidth1",         "SystemSlotLinkOrigin2",
+                                       "PeripheralModuleLinkWidthMax",     "PCISlotPathRootBus",
+                                       "PeripheralModuleOccupiedSlotList", "PCIBusNumber"};
+  tLines& lines = target.lines();
+  const std::size_t slot = chooseLine(lines, target.random, [](const std::string& line) {
+    return isHeader(line) && line.find("Slot") != std::string::npos;
+  });
+  if (slot == lines.size()) return "no slot";
+  insert(lines, slot + 1, {std::string(oneOf(kItems, target.random)) + " = x"});
+  return lines[slot] + " has " + lines[slot + 1];
+}
+
+// The device of one slot in another one as well, of either file.
+std::string claimTwice(const tTarget& target) {
+  tRandom& random = target.random;
+  const auto isNames = [](const std::string& line) { return line.starts_with("AddressInfo = "); };
+  const auto isBus = [](const std::string& line) { return line.starts_with("PCIBusNumber = "); };
+  auto& [classic, express] = target.description.files;
+  const std::size_t names = chooseLine(express, random, isNames);
+  const std::size_t bus = chooseLine(classic, random, isBus);
+  if (bus + 1 < classic.size() && below(2, random) != 0) {
+    classic[bus] = "PCIBusNumber = 4";
+    classic[bus + 1] = "PCIDeviceNumber = 0";
+    return "pxisys.ini: another device 4.0";
+  }
+  if (names == express.size()) return "no device to claim";
+  express[names] = express[chooseLine(express, random, isNames)];
+  return "pxiesys.ini: another " + express[names];
+}
+
+// A value is what is wrong most often.
+using tMutation = std::string (*)(const tTarget&);
+constexpr tMutation kMutations[] = {
+    changeValue, changeValue, changeValue, changeValue,    changeValue,   changeValue,
+    changeValue, dropItem,    repeatItem,  dropSection,    copySection,   renameSection,
+    renameItem,  renameItem,  addGarbage,  addSection,     addSection,    addStrangeNumber,
+    claimTwice,  changeValue, dropItem,    changeEncoding, changeLineEnds};
 
 }  // namespace
 
@@ -192,46 +318,12 @@ tDescription makeRight(tRandom& random) {
 }
 
 std::string mutate(tDescription& description, tRandom& random) {
-  int file = static_cast<int>(below(2, random));
-  if (description.files[file].empty()) file = 0;
-  tLines& lines = description.files[file];
-  tLines& others = description.files[1 - file];
-  const std::string where = (file == 0 ? "pxisys.ini: " : "pxiesys.ini: ");
-  const std::size_t item = chooseLine(lines, random, isItem);
-  const std::size_t header = chooseLine(lines, random, isHeader);
-  if (item == lines.size() || header == lines.size()) return where + "nothing left";
-  const std::string line = lines[item];
-  const std::string section = lines[header];
-  const std::size_t end = sectionEnd(lines, header);
-  switch (below(20, random)) {
-    case 0: erase(lines, item, item + 1); return where + "without " + line;
-    case 1: insert(lines, below(lines.size() + 1, random), {line}); return where + "again " + line;
-    case 2: erase(lines, header, end); return where + "without section " + section;
-    case 3:
-      insert(others, others.size(), slice(lines, header, end));
-      return where + "copied " + section;
-    case 4:
-      lines[header] = '[' + renamed(section.substr(1, section.size() - 2), random) + ']';
-      return where + section + " is " + lines[header];
-    case 5:
-    case 6:
-      lines[item] = renamed(nameOf(line), random) + " = " + valueOf(line);
-      return where + line + " is " + lines[item];
-    case 7:
-      insert(lines, below(lines.size() + 1, random), {oneOf(kGarbage, random)});
-      return where + "garbage";
-    case 8: insert(lines, lines.size(), strangeSection(random)); return where + "strange section";
-    case 9: {
-      static const std::string kEncodings[] = {"\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF", "\n"};
-      if (below(4, random) != 0) break;
-      description.encodings[file] = oneOf(kEncodings, random);
-      return where + "encoding";
-    }
-    case 10: description.lineEnd = below(2, random) ? "\r\n" : "\r"; return "line ends";
-    default: break;
-  }
-  lines[item] = nameOf(line) + " = " + changedValue(lines, line, random);
-  return where + line + " is " + lines[item];
+  tTarget target{description, static_cast<int>(below(2, random)), 0, 0, random};
+  if (target.lines().empty()) target.file = 0;
+  target.item = chooseLine(target.lines(), random, isItem);
+  target.header = chooseLine(target.lines(), random, isHeader);
+  if (std::max(target.item, target.header) == target.lines().size()) return "nothing left";
+  return (target.file == 0 ? "pxisys.ini: " : "pxiesys.ini: ") + oneOf(kMutations, random)(target);
 }
 
 }  // namespace agreement

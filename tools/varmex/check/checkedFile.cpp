@@ -42,6 +42,12 @@ std::string_view valuelessName(std::string_view line) {
   return isItem && !line.starts_with('[') ? trimmed(line.substr(0, line.size() - 1)) : ""sv;
 }
 
+// Whether an editor begins a line behind that byte.
+bool endsLine(std::string_view text, std::size_t place) {
+  if (text[place] == '\n') return true;
+  return text[place] == '\r' && (place + 1 == text.size() || text[place + 1] != '\n');
+}
+
 // The marks that the library refuses, the longer ones first.
 const char* refusedEncoding(std::string_view bytes) {
   if (bytes.starts_with("\xFF\xFE\0\0"sv) || bytes.starts_with("\0\0\xFE\xFF"sv)) return "UTF-32";
@@ -75,7 +81,6 @@ void tCheckedFile::load() {
 
 void tCheckedFile::takeLines() {
   const std::string original = bytes_;
-  const char end = original.find('\n') != std::string::npos ? '\n' : '\r';
   const std::size_t size = bytes_.size();
   bytes_.append(varmex::tIniLineReader::kPadding, '\0');
   const std::size_t mark = original.starts_with("\xEF\xBB\xBF") ? 3 : 0;
@@ -85,10 +90,7 @@ void tCheckedFile::takeLines() {
   std::string section;
   for (varmex::tIniLine line; reader.next(line);) {
     const auto begin = static_cast<std::size_t>(line.begin - bytes_.data());
-    const auto from = original.begin() + static_cast<std::ptrdiff_t>(counted);
-    const auto to = original.begin() + static_cast<std::ptrdiff_t>(begin);
-    number += static_cast<std::uint32_t>(std::count(from, to, end));
-    counted = begin;
+    for (; counted < begin; ++counted) number += endsLine(original, counted) ? 1 : 0;
     lines_.push_back({begin, static_cast<std::size_t>(line.end - bytes_.data()), number});
     const std::string_view text(line.begin, static_cast<std::size_t>(line.end - line.begin));
     const tIniLineContent content = varmex::parseIniLine(line);
