@@ -48,6 +48,7 @@ start 'linux: exports' tests/checkExports.sh build/linux/lib/libvarmex.so
 start 'linux: command' tests/commandTest.sh build/linux/bin/varmex
 start 'linux: describe' tests/describeTest.py build/linux/bin/varmex
 start 'linux: draw' tests/drawTest.sh build/linux/bin/varmex
+start 'linux: check and library' build/linux/bin/varmex_agreement 1000
 start 'linux: install' tests/installTest.sh build/linux
 
 build linux-asan
