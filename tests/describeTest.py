@@ -81,7 +81,7 @@ class Root:
         beside.replace(self.file(name))
 
     def environment(self):
-        return dict(os.environ, VARMEX_FSROOT=str(self.folder), TZ="UTC")
+        return dict(os.environ, VARMEX_FSROOT=str(self.folder), TZ="IST-5:30")
 
     def run(self, *arguments):
         return subprocess.run([VARMEX, *arguments], env=self.environment(), capture_output=True,
@@ -270,6 +270,7 @@ def testWatch():
             check(all(re.match(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  ", line) for line in told), "the time")
             for line in lines.take(len(wanted)):
                 conforms(json.loads(line), "event", line)
+                check(json.loads(line)["time"].endswith("+05:30"), "local time")
         folder = root.file("")
         shutil.move(folder, str(folder) + ".away")
         check("can't be read" in "".join(watch.take(1)), "watch: the folder is gone")

@@ -1,7 +1,9 @@
 #include <chrono>
+#include <cstdlib>
 #include <ctime>
 #include <iostream>
 #include <thread>
+#include <utility>
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/compare.h"
@@ -23,10 +25,23 @@ std::string localTime(const char* form) {
   return {text, std::strftime(text, sizeof text, form, std::localtime(&now))};
 }
 
+// How far local time is ahead of UTC. The form "%z" says it in words on some systems.
+int minutesAhead() {
+  const std::time_t now = std::time(nullptr);
+  const std::tm local = *std::localtime(&now);
+  const std::tm utc = *std::gmtime(&now);
+  const int years = local.tm_year - utc.tm_year;
+  const int days = years != 0 ? years : local.tm_yday - utc.tm_yday;
+  return (days * 24 + local.tm_hour - utc.tm_hour) * 60 + local.tm_min - utc.tm_min;
+}
+
 // "2026-11-21T14:31:07+01:00"
 std::string localTimeForPrograms() {
-  std::string text = localTime("%Y-%m-%dT%H:%M:%S%z");
-  return text.insert(text.size() - 2, ":");
+  const int ahead = minutesAhead();
+  const int minutes = std::abs(ahead);
+  const auto twoDigits = [](int number) { return std::to_string(100 + number).substr(1); };
+  return localTime("%Y-%m-%dT%H:%M:%S") + (ahead < 0 ? '-' : '+') + twoDigits(minutes / 60) + ':' +
+         twoDigits(minutes % 60);
 }
 
 class tWatch : public tCommand {
