@@ -1,5 +1,6 @@
 // Reads keys out of the input as a registry editor's export.
 
+#include <algorithm>
 #include <string>
 
 #include "corpxiTools/fileSystem/posix/registryText.h"
@@ -29,7 +30,7 @@ void look(const tRegistryText& text, const std::string& path, int depth) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   tFileBytes content{std::make_unique_for_overwrite<char[]>(size), size};
-  std::copy_n(data, size, content.bytes.get());
+  std::copy(data, data + size, content.bytes.get());
   const tRegistryText text(std::move(content));
   for (const char* root : {"HKEY_LOCAL_MACHINE", "HKEY_CLASSES_ROOT"}) look(text, root, 4);
   return 0;

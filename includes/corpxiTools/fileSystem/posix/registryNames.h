@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <compare>
+#include <cstring>
 #include <string_view>
 
 namespace varmex::inline nCORPXITOOLS000 {
@@ -13,13 +14,23 @@ constexpr char lowerCase(char byte) {
   return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
 }
 
+// How many bytes two texts have in common ahead of the first that differs.
+inline std::size_t commonBytes(std::string_view a, std::string_view b) {
+  const std::size_t size = std::min(a.size(), b.size());
+  std::size_t n = 0;
+  while (n + 8 <= size && std::memcmp(a.data() + n, b.data() + n, 8) == 0) n += 8;
+  while (n < size && a[n] == b[n]) ++n;
+  return n;
+}
+
 // The order of names and of paths: a path comes directly ahead of those below it.
 inline std::strong_ordering compareRegistryNames(std::string_view a, std::string_view b) {
   const auto rank = [](char byte) {
     return byte == '\\' ? -1 : static_cast<unsigned char>(lowerCase(byte));
   };
+  const std::size_t common = commonBytes(a, b);
   return std::lexicographical_compare_three_way(
-      a.begin(), a.end(), b.begin(), b.end(),
+      a.begin() + common, a.end(), b.begin() + common, b.end(),
       [rank](char x, char y) { return rank(x) <=> rank(y); });
 }
 

@@ -53,8 +53,9 @@ class tDeletedKeys {
   std::vector<tDeletedKey> keys_;
 };
 
-// Of a section whose key is taken away later the keys above that one remain.
-void applyDeletions(tSections& sections) {
+// Of a section whose key is taken away later the keys above that one remain. False when there are
+// no deletions.
+bool applyDeletions(tSections& sections) {
   tDeletedKeys deleted;
   for (auto begin = sections.begin(); begin != sections.end();) {
     const auto end = endOfPath(sections, begin);
@@ -71,7 +72,7 @@ void applyDeletions(tSections& sections) {
     }
     begin = end;
   }
-  std::erase_if(sections, [](const tRegistrySection& section) { return section.isDeletion; });
+  return std::erase_if(sections, [](const auto& section) { return section.isDeletion; }) > 0;
 }
 
 // Of the values of one name, which come by name and then in the order of the text, one remains at
@@ -105,8 +106,7 @@ const tRegistryTextValue* tRegistryTextKey::find(std::string_view name) const {
 tRegistryText::tRegistryText(tFileBytes content) : content_(std::move(content)) {
   tRegistryEntries entries = readRegistryEntries(content_);
   sortByPath(entries.sections);
-  applyDeletions(entries.sections);
-  sortByPath(entries.sections);
+  if (applyDeletions(entries.sections)) sortByPath(entries.sections);
   values_.reserve(entries.values.size());
   byName_.reserve(entries.values.size());
   for (auto begin = entries.sections.begin(); begin != entries.sections.end();) {
