@@ -16,9 +16,11 @@ constexpr tAttribute<std::string> kTexts[] = {
     {"name", &TerminalRecord::name},
     {"visibility", &TerminalRecord::visibility},
     {"busType", &TerminalRecord::busType},
-    {"busName", &TerminalRecord::busName},
     {"canonicalName", &TerminalRecord::canonicalName},
 };
+
+constexpr tAttribute<tReplaceableName> kReplaceableNames[] = {
+    {"busName", &TerminalRecord::busName}};
 
 constexpr tAttribute<bool> kFlags[] = {
     {"isExternal", &TerminalRecord::isExternal},
@@ -40,8 +42,10 @@ Value TerminalRecord::*fieldOf(const tAttribute<Value> (&attributes)[Size], cons
 }  // namespace
 
 const char* TerminalIterator::getStringAttribute(const char* name) const {
-  const auto field = fieldOf(kTexts, name);
-  return field && !isEnd() ? (current().*field).c_str() : nullptr;
+  if (isEnd()) return nullptr;
+  if (const auto field = fieldOf(kTexts, name)) return (current().*field).c_str();
+  const auto replaceable = fieldOf(kReplaceableNames, name);
+  return replaceable ? (current().*replaceable).c_str() : nullptr;
 }
 
 bool TerminalIterator::getBoolAttribute(const char* name) const {

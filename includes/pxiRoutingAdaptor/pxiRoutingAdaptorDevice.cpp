@@ -1,5 +1,7 @@
 #include "pxiRoutingAdaptor/pxiRoutingAdaptorDevice.h"
 
+#include <span>
+
 #include "telmar/TelmarUtils.h"
 #include "varmex/varmex.h"
 
@@ -8,18 +10,22 @@ namespace varmex::nCorPxiRoutingAdaptor {
 namespace {
 
 struct tLineGroup {
-  const char* busType;
-  std::vector<const char*> names;
+  std::string_view busType;
+  std::span<const char* const> names;
+};
+
+constexpr const char* kTriggerNames[] = {"PXI_Trig0", "PXI_Trig1", "PXI_Trig2", "PXI_Trig3",
+                                         "PXI_Trig4", "PXI_Trig5", "PXI_Trig6", "PXI_Trig7"};
+constexpr const char* kStarNames[] = {"PXI_Star"};
+constexpr const char* kDStarNames[] = {"PXIe_DStarA", "PXIe_DStarB", "PXIe_DStarC"};
+
+constexpr tLineGroup kGroups[] = {
+    {"PXI_Trig", kTriggerNames},
+    {"PXI_Star", kStarNames},
+    {"PXIe_DStar", kDStarNames},
 };
 
 const tLineGroup& groupOf(const std::string& busType) {
-  static const tLineGroup kGroups[] = {
-      {"PXI_Trig",
-       {"PXI_Trig0", "PXI_Trig1", "PXI_Trig2", "PXI_Trig3", "PXI_Trig4", "PXI_Trig5", "PXI_Trig6",
-        "PXI_Trig7"}},
-      {"PXI_Star", {"PXI_Star"}},
-      {"PXIe_DStar", {"PXIe_DStarA", "PXIe_DStarB", "PXIe_DStarC"}},
-  };
   for (const tLineGroup& group : kGroups) {
     if (group.busType == busType) return group;
   }
@@ -52,16 +58,24 @@ void pxiRoutingAdaptorDevice::releaseTerminal(const pxiRoutingAdaptorSession* se
 
 void pxiRoutingAdaptorDevice::addBusTerminals(const std::string& busName,
                                               const std::string& busType) {
+  const tLineGroup& group = groupOf(busType);
+  const tReplaceableName sharedName(busNames_.emplace_back(busName));
   std::uint32_t line = 0;
-  for (const char* name : groupOf(busType).names) {
+  for (const char* name : group.names) {
     names_.add(name);
-    TerminalRecord& record = terminals_.emplace_back();
-    record.name = name;
-    record.quotedName = telmar::quote(name);
-    record.busType = busType;
-    record.busLine = line++;
-    record.busName = busName;
-    record.canonicalName = name;
+    terminals_.push_back({.name = name,
+                          .quotedName = telmar::quote(name),
+                          .busType = busType,
+                          .busLine = line++,
+                          .busName = sharedName,
+                          .canonicalName = name});
+  }
+}
+
+void pxiRoutingAdaptorDevice::takeBusNames(const pxiRoutingAdaptorDevice& other) {
+  if (other.terminals_.size() != terminals_.size()) return;
+  for (std::size_t row = 0; row < terminals_.size(); ++row) {
+    terminals_[row].busName.replace(busNames_.emplace_back(other.terminals_[row].busName.c_str()));
   }
 }
 

@@ -1,7 +1,9 @@
 #ifndef PXIROUTINGADAPTOR_PXIROUTINGADAPTORDEVICE_H
 #define PXIROUTINGADAPTOR_PXIROUTINGADAPTORDEVICE_H
 
+#include <atomic>
 #include <cstdint>
+#include <deque>
 #include <mutex>
 #include <set>
 #include <string>
@@ -16,8 +18,22 @@ namespace varmex::nCorPxiRoutingAdaptor {
 
 class pxiRoutingAdaptorSession;
 
-// A trigger line that a module can reach. All but the last two fields are constant once the table
-// stands.
+// A name that another may take the place of while threads read it. The texts are the device's.
+class tReplaceableName {
+ public:
+  explicit tReplaceableName(const std::string& name) : name_(&name) {}
+  tReplaceableName(const tReplaceableName& other) : name_(other.name_.load()) {}
+  tReplaceableName& operator=(const tReplaceableName&) = delete;
+
+  const char* c_str() const { return name_.load()->c_str(); }
+  void replace(const std::string& name) { name_ = &name; }
+
+ private:
+  std::atomic<const std::string*> name_;
+};
+
+// A trigger line that a module can reach. All but the name of its bus and the last two fields are
+// constant once the table stands.
 struct TerminalRecord {
   std::string name;
   std::string quotedName;  // as a JSON string
@@ -26,13 +42,13 @@ struct TerminalRecord {
   std::string visibility = "public";
   std::string busType;
   std::uint32_t busLine = 0;  // position in its group
-  std::string busName;
+  tReplaceableName busName;
   bool isAlias = false;
   std::string canonicalName;
   bool isMaskedOut = false;
   // Who holds it. The pointers are keys only and never followed: a dead session stays among them.
-  std::set<const pxiRoutingAdaptorSession*> owners;
-  std::string ownerToken;  // empty when free
+  std::set<const pxiRoutingAdaptorSession*> owners{};
+  std::string ownerToken{};  // empty when free
 };
 
 // One module's terminals and their holders, shared by all sessions of the process that name it.
@@ -45,6 +61,10 @@ class pxiRoutingAdaptorDevice {
 
   // Fills the table; called once, before anybody else knows the device.
   virtual void loadTerminals(const std::string& deviceName) = 0;
+
+  // Takes the names of the buses from a device of the same table. Texts that were given out live
+  // on.
+  void takeBusNames(const pxiRoutingAdaptorDevice& other);
 
   const std::vector<TerminalRecord>& terminals() const { return terminals_; }
   const telmar::TerminalNames& names() const { return names_; }
@@ -71,6 +91,7 @@ class pxiRoutingAdaptorDevice {
 
  private:
   std::vector<TerminalRecord> terminals_;
+  std::deque<std::string> busNames_;
   telmar::TerminalNames names_;
   mutable std::mutex lock_;  // of owners and ownerToken
 };
@@ -78,7 +99,8 @@ class pxiRoutingAdaptorDevice {
 inline constexpr tErrorCode kRoutingFault{-313328, "(-313300-28)"};
 
 // The device of that name ("BUS.DEVICE.FUNCTION:MASK"), made at its first use. It lives as long as
-// the library.
+// the library. If the registry could not be read just then, the next use looks for the names of its
+// buses again.
 pxiRoutingAdaptorDevice* getRoutingDevice(const std::string& deviceName);
 
 }  // namespace varmex::nCorPxiRoutingAdaptor

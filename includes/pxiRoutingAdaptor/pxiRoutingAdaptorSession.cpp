@@ -24,6 +24,14 @@ void requireArguments(std::initializer_list<const void*> arguments,
   }
 }
 
+// Empties a list for the next calculation. Memory for an exceptional number is not kept.
+template <class Entry>
+void forget(std::vector<Entry>& entries) {
+  constexpr std::size_t kMostKept = 256;
+  if (entries.capacity() > kMostKept) std::vector<Entry>().swap(entries);
+  entries.clear();
+}
+
 void raiseUnknownTerminal() { tFailure(kRoutingFault, OSTREL_HERE).raise(); }
 
 }  // namespace
@@ -48,6 +56,7 @@ std::int32_t pxiRoutingAdaptorSession::calculateRoute(const char* seedsJson,
                                                       char** routesOut) {
   requireArguments({seedsJson, destinationsJson, routesOut}, OSTREL_HERE);
   const tGuard held(lock_);
+  const tCalculation calculation(*this);
   telmar::parseSeedList(seedsJson, device_->names(), raiseUnknownTerminal, seeds_);
   telmar::parseTerminalList(destinationsJson, device_->names(), destinations_);
   matchDestinations();
@@ -60,18 +69,13 @@ std::int32_t pxiRoutingAdaptorSession::calculateRoute(const char* seedsJson,
   // Until the delivery is done no route exists; behind it nothing fails.
   deliver(reply, routesOut);
   adopt(routes);
-  forgetCalculation();
   return 0;
 }
 
-// The seeds refer to a text that is gone soon. Memory for an exceptional number of them is not
-// kept.
-void pxiRoutingAdaptorSession::forgetCalculation() {
-  constexpr std::size_t kMostKept = 4096;
-  seeds_.clear();
-  destinations_.clear();
-  if (seeds_.capacity() > kMostKept) seeds_ = {};
-  if (destinations_.capacity() > kMostKept) destinations_ = {};
+// The seeds refer to a text that is gone soon.
+pxiRoutingAdaptorSession::tCalculation::~tCalculation() {
+  forget(session_.seeds_);
+  forget(session_.destinations_);
 }
 
 // A destination is reached from the first seed that stands on it, and from no other. The rest are
@@ -98,6 +102,7 @@ pxiRoutingAdaptorSession::tRoutes pxiRoutingAdaptorSession::makeRoutes() {
   auto route = routes.begin();
   for (const std::uint32_t terminal : destinations_) {
     route->ticket = allocateTicket();
+    if (route->ticket >= tickets_.size()) tickets_.resize(route->ticket + 1);
     route->terminal = terminal;
     route->seedIndex = firstSeeds_[terminal];
     route->token = seeds_[route->seedIndex].token;
@@ -122,7 +127,7 @@ std::uint32_t pxiRoutingAdaptorSession::allocateTicket() {
 }
 
 bool pxiRoutingAdaptorSession::isTicketUsed(std::uint32_t ticket) const {
-  return tickets_[ticket].uses > 0;
+  return ticket < tickets_.size() && tickets_[ticket].uses > 0;
 }
 
 void pxiRoutingAdaptorSession::adopt(tRoutes& routes) {
@@ -218,8 +223,7 @@ void* pxiRoutingAdaptorSession::calculateResetTerminal(void*, void*) { raiseFeat
 
 pxiRoutingAdaptorSession::tRoutes::iterator pxiRoutingAdaptorSession::findRoute(
     std::uint32_t ticket) {
-  const bool isLive = ticket < tickets_.size() && tickets_[ticket].uses > 0;
-  return isLive ? tickets_[ticket].first : routes_.end();
+  return isTicketUsed(ticket) ? tickets_[ticket].first : routes_.end();
 }
 
 const pxiRoutingAdaptorSession::RouteRecord& pxiRoutingAdaptorSession::requireRoute(

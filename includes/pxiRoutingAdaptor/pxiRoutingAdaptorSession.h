@@ -4,6 +4,7 @@
 #include <array>
 #include <list>
 #include <set>
+#include <vector>
 
 #include "ostrel/quarks/synchronization.h"
 #include "pxiRoutingAdaptor/pxiRoutingAdaptorDevice.h"
@@ -55,6 +56,18 @@ class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
   };
   using tReservations = std::list<ReservationRecord>;
 
+  // Gives back what a calculation took, however it ends.
+  class tCalculation {
+   public:
+    explicit tCalculation(pxiRoutingAdaptorSession& session) : session_(session) {}
+    tCalculation(const tCalculation&) = delete;
+    tCalculation& operator=(const tCalculation&) = delete;
+    ~tCalculation();
+
+   private:
+    pxiRoutingAdaptorSession& session_;
+  };
+
   void matchDestinations();
   tRoutes makeRoutes();
   std::uint32_t allocateTicket();
@@ -63,7 +76,6 @@ class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
   const RouteRecord& requireRoute(std::uint32_t ticket);
   tReservations::iterator findReservation(std::uint32_t ticket);
   void adopt(tRoutes& routes);
-  void forgetCalculation();
   void deliver(std::string_view text, std::size_t bufferSize, char** out) const;
   void deliver(const telmar::Reply& reply, char** out) const;
   [[noreturn]] void raiseConflict(const ReservationRecord& holder, char** conflictsOut) const;
@@ -77,13 +89,13 @@ class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
   std::vector<telmar::Seed> seeds_;
   std::vector<std::uint32_t> destinations_;
   std::vector<std::uint32_t> firstSeeds_;
-  // Of each ticket how many live routes have it, and the first of them: a ticket is looked up at
-  // once, however many routes there are.
+  // Of each ticket up to the highest so far how many live routes have it, and the first of them: a
+  // ticket is looked up at once, however many routes there are.
   struct tTicket {
     std::uint32_t uses = 0;
     tRoutes::iterator first;
   };
-  std::array<tTicket, kLastTicket + 2> tickets_{};
+  std::vector<tTicket> tickets_;
   std::uint32_t nextTicket_ = 1;
   tCriticalSection lock_;  // of all the above but the device; destroyRoute enters it twice
   tReallocFunc reallocFunc_;

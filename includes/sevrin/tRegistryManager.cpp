@@ -96,12 +96,12 @@ class tRegistryManager::tRegHandlerRegistration : public iHandlerRegistration {
   tRegistryView view_;
 };
 
-tRegistryManager::tRegHandlerRegistration tRegistryManager::ownView_("reg://",
-                                                                     tRegistryView::process);
-tRegistryManager::tRegHandlerRegistration tRegistryManager::view32_("reg32://",
-                                                                    tRegistryView::bits32);
-tRegistryManager::tRegHandlerRegistration tRegistryManager::view64_("reg64://",
-                                                                    tRegistryView::bits64);
+tUntilUnload<tRegistryManager::tRegHandlerRegistration> tRegistryManager::ownView_(
+    "reg://", tRegistryView::process);
+tUntilUnload<tRegistryManager::tRegHandlerRegistration> tRegistryManager::view32_(
+    "reg32://", tRegistryView::bits32);
+tUntilUnload<tRegistryManager::tRegHandlerRegistration> tRegistryManager::view64_(
+    "reg64://", tRegistryView::bits64);
 
 tDataTreeManagerPtr tRegistryManager::create(const std::string& path, tRegistryView view,
                                              tStatusRecord& status) {

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "corpxiTools/fileSystem/registryKey.h"
+#include "ostrel/quarks/untilUnload.h"
 #include "sevrin/iDataTreeManager.h"
 
 namespace varmex::inline nSEVRIN000 {
@@ -39,7 +40,7 @@ class tRegistryManager : public iDataTreeManager {
   std::map<std::string, tDataTreeAttribute> attributes_;
   tRegistryView view_;
 
-  static tRegHandlerRegistration ownView_, view32_, view64_;
+  static tUntilUnload<tRegHandlerRegistration> ownView_, view32_, view64_;
 };
 
 }  // namespace varmex::inline nSEVRIN000

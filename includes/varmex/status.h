@@ -16,11 +16,20 @@ extern "C" {
 /* One record belongs to one call at a time; threads use one each.
  *
  * `text`, when not null, is a NUL-terminated JSON object in a buffer of `capacity` bytes; all bytes
- * behind the terminator are NUL but for the last one of the buffer, which is 'J'. The library asks
- * for buffer space through `reallocate` alone. `reallocate(record, newCapacity)` provides at least
- * `newCapacity` bytes, keeps the text, stores `text` and `capacity` and answers true, or changes
- * nothing and answers false; `reallocate(record, 0)` frees the buffer. With a null `reallocate` the
- * record carries its code and no text.
+ * behind the terminator are NUL but for the last one of the buffer, which is 'J'. The library
+ * brings every buffer that it is given into this form.
+ *
+ * The library asks for buffer space through `reallocate` alone. `reallocate(record, newCapacity)`
+ * must do one of these:
+ * - newCapacity is 0: free the buffer, set `text` to null and `capacity` to 0, answer true;
+ * - provide a buffer of at least newCapacity bytes that begins with the text of the old one, with
+ * its terminator, store it in `text` and its size in `capacity`, and answer true. A first buffer
+ * and the bytes behind the text may hold anything, so that realloc will do;
+ * - change nothing and answer false. Less of the text is told then; the code stands.
+ * It is called any number of times during a call, on the calling thread. It leaves `code` and
+ * `reallocate` alone, calls no function with the same record, and neither throws nor jumps out.
+ * `capacity` must never exceed what `text` points to: this alone the library can't see. With a null
+ * `reallocate` the record carries its code, and a text only if it fits what is there.
  *
  * The library never clears a code. An error stands until the owner resets the record; an error
  * replaces a warning; a later warning replaces nothing. */
@@ -79,7 +88,7 @@ static inline tStatusRecord varmex_makeStatus(void) {
 
 /* The JSON text of the record, "{}" when it has none. It lives until the record changes. */
 static inline const char* varmex_statusText(const tStatusRecord* record) {
-  return record->text ? record->text : "{}";
+  return record->text && record->capacity > 0 ? record->text : "{}";
 }
 
 /* Frees the text and clears the code, so that the record may serve again. */

@@ -10,6 +10,10 @@
  * those of the query functions that createSession calls. JSON texts
  * come in as NUL-terminated bytes and nest at most 4096 deep.
  *
+ * Holds. What is held is one line of one module under one text of the device name, within one
+ * process, and not the physical line: two modules on one bus, "5.0.0:1" and "5.0.0:3", or two
+ * processes do not exclude each other.
+ *
  * Replies. A text that goes out through a `char**` slot is written into the buffer that the
  * session's telmar_ra_ReallocFunc returns, which replaces what the slot holds and belongs to the
  * caller. It is called with the session locked: it must not wait for another thread that uses the

@@ -5,10 +5,13 @@
 #include <boost/shared_ptr.hpp>
 #include <map>
 #include <memory>
+#include <new>
 
 #include "ostrel/quarks/numbers.h"
 #include "ostrel/quarks/synchronization.h"
 #include "ostrel/quarks/throwingStatus.h"
+#include "ostrel/quarks/transientFailures.h"
+#include "ostrel/quarks/untilUnload.h"
 #include "pxiRoutingAdaptor/pxiRoutingAdaptorDevice.h"
 #include "varmex/varmex.h"
 
@@ -97,27 +100,54 @@ void varmexRoutingAdaptorDevice::loadTerminals(const std::string& deviceName) {
   }
 }
 
+using tDevicePtr = boost::shared_ptr<nCorPxiRoutingAdaptor::pxiRoutingAdaptorDevice>;
+
+struct tKnownDevice {
+  tDevicePtr device;
+  bool isNamedForNow;  // by a look that could not see all there is
+};
+
 // All devices of the process by name, and the lock under which they are made.
 struct tDeviceRegistry {
   tFixedStatus lockStatus;
   tCriticalSection lock{lockStatus};
-  std::map<std::string, boost::shared_ptr<nCorPxiRoutingAdaptor::pxiRoutingAdaptorDevice>> devices;
+  std::map<std::string, tKnownDevice> devices;
 };
 
-tDeviceRegistry registry;
+tUntilUnload<tDeviceRegistry> registry;
+
+tKnownDevice makeDevice(const std::string& deviceName) {
+  const std::uint64_t failures = transientFailures;
+  const auto device = boost::make_shared<varmexRoutingAdaptorDevice>();
+  device->loadTerminals(deviceName);
+  return {device, transientFailures != failures};
+}
+
+// The device is there: a failure of this further look changes nothing.
+void renameBuses(tKnownDevice& known, const std::string& deviceName) {
+  try {
+    const tKnownDevice now = makeDevice(deviceName);
+    if (now.isNamedForNow) return;
+    known.device->takeBusNames(*now.device);
+    known.isNamedForNow = false;
+  } catch (const corerr::ExceptionBase&) {
+  } catch (const std::bad_alloc&) {
+  }
+}
 
 }  // namespace
 
 nCorPxiRoutingAdaptor::pxiRoutingAdaptorDevice* nCorPxiRoutingAdaptor::getRoutingDevice(
     const std::string& deviceName) {
-  if (registry.lockStatus.code < 0) tFailure(kRoutingFault, OSTREL_HERE).raise();
-  const std::lock_guard<tCriticalSection> held(registry.lock);
-  const auto known = registry.devices.find(deviceName);
-  if (known != registry.devices.end()) return known->second.get();
-  const auto device = boost::make_shared<varmexRoutingAdaptorDevice>();
-  device->loadTerminals(deviceName);
-  registry.devices.emplace(deviceName, device);
-  return device.get();
+  if (registry->lockStatus.code < 0) tFailure(kRoutingFault, OSTREL_HERE).raise();
+  const std::lock_guard<tCriticalSection> held(registry->lock);
+  auto known = registry->devices.find(deviceName);
+  if (known == registry->devices.end()) {
+    known = registry->devices.emplace(deviceName, makeDevice(deviceName)).first;
+  } else if (known->second.isNamedForNow) {
+    renameBuses(known->second, deviceName);
+  }
+  return known->second.device.get();
 }
 
 }  // namespace varmex

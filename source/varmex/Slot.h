@@ -4,8 +4,10 @@
 #include <atomic>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "ostrel/quarks/synchronization.h"
+#include "ostrel/quarks/transientFailures.h"
 #include "source/varmex/Item.h"
 #include "source/varmex/description.h"
 #include "source/varmex/slotTriggers.h"
@@ -29,6 +31,8 @@ class Slot : public Item {
 
  private:
   // A record that is made at first need and never replaced. The pointer is read without the lock.
+  // One that was made without the registry because of a failure of the moment stays, as texts of it
+  // may be in use, but the next need makes another.
   template <class Record>
   class tCache {
    public:
@@ -37,14 +41,25 @@ class Slot : public Item {
       if (const Record* record = ready_.load(std::memory_order_acquire)) return *record;
       const std::lock_guard<tCriticalSection> held(lock);
       if (!owned_) {
-        owned_ = find();
+        const std::uint64_t failures = transientFailures;
+        auto found = find();
+        if (transientFailures != failures) return answerForNow(std::move(found));
+        owned_ = std::move(found);
         ready_.store(owned_.get(), std::memory_order_release);
       }
       return *owned_;
     }
 
    private:
+    const Record& answerForNow(std::unique_ptr<const Record> found) {
+      for (const auto& known : forNow_) {
+        if (*known == *found) return *known;
+      }
+      return *forNow_.emplace_back(std::move(found));
+    }
+
     std::unique_ptr<const Record> owned_;
+    std::vector<std::unique_ptr<const Record>> forNow_;  // each content once
     std::atomic<const Record*> ready_{nullptr};
   };
 

@@ -9,9 +9,6 @@ namespace {
 
 constexpr const char* kServiceLibraryName = "dunmorsvc";
 
-// Made once, when the library is loaded: copies share its text and allocate nothing.
-const std::runtime_error kMessage("ERROR: Library not available.");
-
 void reportMissing(tFixedStatus& status, const tSourcePosition& position) {
   fixedStatusSet(status, kOstrelInvalidParameter.value, position.component, position.file,
                  position.line);
@@ -20,8 +17,7 @@ void reportMissing(tFixedStatus& status, const tSourcePosition& position) {
 }  // namespace
 
 // The text is the path alone, without the keys that every other failure begins with.
-LibraryNotAvailableException::LibraryNotAvailableException(const char* path)
-    : std::runtime_error(kMessage) {
+LibraryNotAvailableException::LibraryNotAvailableException(const char* path) {
   statusReset(record(), varmex_errorLibraryNotAvailable);
   const tStatusWriter writer = statusBegin(record());
   jsonAddString(writer.cursor, "path", path, writer.grow, writer.context);

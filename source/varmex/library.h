@@ -9,11 +9,18 @@
 
 namespace varmex {
 
+// A runtime error whose message takes no memory.
+class tLibraryNotAvailable : public std::runtime_error {
+ public:
+  tLibraryNotAvailable() : std::runtime_error("") {}
+  const char* what() const noexcept override { return "ERROR: Library not available."; }
+};
+
 // The service library can't be loaded. Each base has a `what` of its own: the status text and the
 // message. Making and copying one throws nothing, so that a host short of memory sees this failure
 // and no other.
 class LibraryNotAvailableException : public virtual corerr::ExceptionBase,
-                                     public std::runtime_error {
+                                     public tLibraryNotAvailable {
  public:
   explicit LibraryNotAvailableException(const char* path);
 };

@@ -22,6 +22,8 @@ struct TriggerBusInfo {
   std::uint32_t number;
   std::string name;
   std::string busName;
+
+  bool operator==(const TriggerBusInfo&) const = default;
 };
 
 inline constexpr std::uint32_t kNoLine = 0xFFFFFFFF;
@@ -33,6 +35,8 @@ struct tStarPlace {
   bool controller;
   std::string lineName;        // empty without a line
   std::string controllerName;  // empty unless the slot is the controller
+
+  bool operator==(const tStarPlace&) const = default;
 };
 
 struct StarTriggerInfo : tStarPlace {};

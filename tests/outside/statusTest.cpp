@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <nlohmann/json.hpp>
 
@@ -11,16 +13,64 @@ using tStatusRules = tModel;
 
 bool refuse(tStatusRecord*, std::uint32_t) { return false; }
 
+// Managers of a caller's own. Each gives exactly what it says, so that whoever goes beyond is seen.
+bool provide(tStatusRecord* record, std::uint32_t capacity, std::uint32_t size) {
+  if (capacity == 0) {
+    std::free(record->text);
+    record->text = nullptr;
+    record->capacity = 0;
+    return true;
+  }
+  char* const buffer = static_cast<char*>(std::malloc(size ? size : 1));
+  std::memset(buffer, 'x', size);
+  if (record->text) std::memcpy(buffer, record->text, std::min(size, record->capacity));
+  std::free(record->text);
+  record->text = buffer;
+  record->capacity = size;
+  return true;
+}
+
+bool provideExactly(tStatusRecord* record, std::uint32_t capacity) {
+  return provide(record, capacity, capacity);
+}
+
+template <std::uint32_t Size>
+bool provideAlways(tStatusRecord* record, std::uint32_t capacity) {
+  return provide(record, capacity, Size);
+}
+
+// Hands out a buffer with `text` in it from the second request on.
+template <const char* Text>
+bool provideWithText(tStatusRecord* record, std::uint32_t capacity) {
+  const bool isFirst = record->text == nullptr;
+  provide(record, capacity, capacity);
+  if (!isFirst && record->text) std::strncpy(record->text, Text, capacity);
+  return true;
+}
+
+constexpr char kOther[] = "[1]";
+constexpr char kNoJson[] = "no";
+constexpr char kEndless[] =
+    "this text is longer than most of the buffers that are asked for at first";
+
+bool provideGarbageAndRefuse(tStatusRecord* record, std::uint32_t capacity) {
+  provide(record, capacity, capacity);
+  if (record->text) std::memset(record->text, 'y', capacity);
+  return capacity == 0;
+}
+
+bool provideNothing(tStatusRecord* record, std::uint32_t capacity) {
+  provide(record, 0, 0);
+  record->capacity = capacity;
+  return true;
+}
+
 bool claimRoom(tStatusRecord*, std::uint32_t) { return true; }
 
-// A buffer of a caller's own that knows nothing of the library's form.
-char plainBuffer[300];
-bool providePlainBuffer(tStatusRecord* record, std::uint32_t capacity) {
-  if (capacity > sizeof plainBuffer) return false;
-  if (!record->text) std::memset(plainBuffer, 'x', sizeof plainBuffer);
-  if (!record->text) std::strcpy(plainBuffer, "{}");
-  record->text = plainBuffer;
-  record->capacity = sizeof plainBuffer;
+bool startWithGarbage(tStatusRecord* record, std::uint32_t capacity) {
+  if (record->text) return provideExactly(record, capacity);
+  provide(record, capacity, capacity ? 300 : 0);
+  if (record->text) std::strcpy(record->text, "from before");
   return true;
 }
 
@@ -68,13 +118,36 @@ TEST_F(tStatusRules, recordsWithoutRoomCarryTheCode) {
   EXPECT_TRUE(tItem(varmex_openPXISession(0, nullptr)));
 }
 
-TEST_F(tStatusRules, aBufferOfTheCallersOwnIsBroughtIntoForm) {
-  describe("", "");
-  tStatusRecord record{0, 0, providePlainBuffer, nullptr};
-  EXPECT_EQ(varmex_getU32Attribute(session_.get(), 1, &record), 0U);
-  EXPECT_EQ(record.code, -380756);
-  EXPECT_TRUE(nlohmann::json::parse(record.text).contains("varmex_debug"));
-  EXPECT_EQ(record.text[record.capacity - 1], 'J');
+TEST_F(tStatusRules, whateverAManagerDoesTheRecordHasItsForm) {
+  machine_.writePxiSys("[System]\n");
+  const struct {
+    const char* what;
+    bool (*reallocate)(tStatusRecord*, std::uint32_t);
+    bool isComplete;
+  } cases[] = {
+      {"exact", provideExactly, true},
+      {"large", provideAlways<300>, true},
+      {"garbage at first", startWithGarbage, true},
+      {"nothing", provideAlways<0>, false},
+      {"one byte", provideAlways<1>, false},
+      {"too small for a text", provideAlways<3>, false},
+      {"too small", provideAlways<40>, false},
+      {"another text", provideWithText<kOther>, false},
+      {"no JSON", provideWithText<kNoJson>, false},
+      {"without an end", provideWithText<kEndless>, false},
+      {"garbage", provideGarbageAndRefuse, false},
+      {"null", provideNothing, false},
+  };
+  for (const auto& [what, reallocate, isComplete] : cases) {
+    tStatusRecord record{0, 0, reallocate, nullptr};
+    EXPECT_EQ(varmex_openPXISession(0, &record), nullptr);
+    EXPECT_EQ(record.code, -380757) << what;
+    EXPECT_TRUE(record.capacity == 0 || std::memchr(record.text, 0, record.capacity)) << what;
+    const auto json = nlohmann::json::parse(varmex_statusText(&record), nullptr, false);
+    EXPECT_EQ(json.contains("varmex_debug"), isComplete) << what;
+    EXPECT_TRUE(record.capacity < 4 || record.text[record.capacity - 1] == 'J') << what;
+    varmex_releaseStatus(&record);
+  }
 }
 
 TEST_F(tStatusRules, aTextThatIsNoneIsReplaced) {

@@ -9,7 +9,8 @@ using tFunctionAddress = void (*)();
 // system looks for such. Null when it can't; otherwise to be freed. Throws nothing.
 void* loadDynamicLibrary(const char* name);
 
-// The address of an exported function, null when there is none.
+// The address of a function that the library itself exports, null when there is none. Those of the
+// libraries that it needs do not count.
 tFunctionAddress findFunction(void* module, const char* name);
 
 void freeDynamicLibrary(void* module);

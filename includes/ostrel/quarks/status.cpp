@@ -11,16 +11,24 @@ namespace {
 constexpr std::uint32_t kEmptyTextCapacity = 4;  // "{}", its terminator and the mark
 constexpr std::uint32_t kMaxTextLength = 0x7FFFFFFD;
 
-// Brings the buffer into form again after a caller's policy had it in hand: the writer looks for
-// the mark and would run past a buffer that lacks it.
-bool restoreForm(tStatusRecord& record) {
-  if (!record.text || !std::memchr(record.text, '\0', record.capacity)) return false;
-  return statusFormatText(record.text, record.capacity, nullptr) != nullptr;
+// Brings a buffer into form after a caller's policy had it in hand, whatever that made of it: the
+// writer looks for the mark and would run past a buffer that lacks it, and callers read as far as
+// the terminator. A first buffer, and one without a text, becomes an empty record; in one too small
+// for that an empty text must do. Not a byte beyond the capacity is touched.
+bool restoreForm(tStatusRecord& record, bool hadText) {
+  if (!record.text) record.capacity = 0;
+  if (record.capacity == 0) return false;
+  const bool hasText = hadText && std::memchr(record.text, '\0', record.capacity);
+  if (statusFormatText(record.text, record.capacity, hasText ? nullptr : "{}")) return true;
+  if (!hasText) record.text[0] = '\0';
+  return false;
 }
 
 bool requestCapacity(tStatusRecord& record, std::uint32_t capacity) {
-  if (!record.reallocate || !record.reallocate(&record, capacity)) return false;
-  return record.capacity >= capacity && restoreForm(record);
+  if (!record.reallocate) return false;
+  const bool hadText = record.text != nullptr;
+  const bool provides = record.reallocate(&record, capacity);
+  return restoreForm(record, hadText) && provides && record.capacity >= capacity;
 }
 
 }  // namespace
@@ -89,9 +97,9 @@ char* statusGrow(char* cursor, void* context) {
   const std::uint32_t capacity = record.capacity;
   if (2 * capacity - 4 > kMaxTextLength) return nullptr;
   const std::ptrdiff_t offset = cursor - record.text;
+  const std::size_t length = std::strlen(record.text);
   if (!statusEnsureCapacity(record, 2 * capacity - 2)) return nullptr;
-  const char* end = jsonFindEnd(record.text);
-  if (!end || end - record.text < offset) return nullptr;
+  if (std::strlen(record.text) != length || !jsonFindEnd(record.text)) return nullptr;
   return record.text + offset;
 }
 

@@ -1,6 +1,7 @@
 #include "ostrel/quarks/dynamicLibrary.h"
 
 #include <dlfcn.h>
+#include <link.h>
 
 #include <cstdio>
 
@@ -13,8 +14,15 @@ void* loadDynamicLibrary(const char* name) {
   return dlopen(file, RTLD_NOW | RTLD_LOCAL);
 }
 
+// The system's search goes on in the libraries that the module needs.
 tFunctionAddress findFunction(void* module, const char* name) {
-  return reinterpret_cast<tFunctionAddress>(dlsym(module, name));
+  void* const address = dlsym(module, name);
+  const link_map* searched = nullptr;
+  void* owner = nullptr;
+  Dl_info unread;
+  const bool isOwn = address && dlinfo(module, RTLD_DI_LINKMAP, &searched) == 0 &&
+                     dladdr1(address, &unread, &owner, RTLD_DL_LINKMAP) != 0 && owner == searched;
+  return isOwn ? reinterpret_cast<tFunctionAddress>(address) : nullptr;
 }
 
 void freeDynamicLibrary(void* module) { dlclose(module); }
