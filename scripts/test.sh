@@ -39,7 +39,7 @@ sum() { sed -nE "s/$1/\1\2/p" "$2" | awk '{ n += $1 } END { print n + 0 }'; }
 suites() {
   start "$1: outside" tests/sharded.sh 4 "build/$1/bin/varmex_outside_tests"
   start "$1: inside" "build/$1/bin/varmex_inside_tests"
-  start "$1: injection" "build/$1/bin/varmex_injection_tests"
+  start "$1: injection" tests/sharded.sh 4 "build/$1/bin/varmex_injection_tests"
 }
 
 build linux

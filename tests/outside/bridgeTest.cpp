@@ -90,6 +90,40 @@ TEST_F(tBridge, cannotBeOpenedFromTheExpressFileAlone) {
                      R"({"type":"triggerBridge","bridgeNum":2,"chassisNum":1})"));
 }
 
+TEST_F(tBridge, areListedByChassisAndNumber) {
+  const auto describeWith = [this](const std::string& listOfFirst, const std::string& bridges) {
+    describe(
+        "[System]\nChassisList=2,1\n[Chassis1Slot2]\nPCISlotPath=a,b\n"
+        "[Chassis2Slot2]\nPCISlotPath=b,c\n"
+        "[Chassis1]\nVendor=V\nModel=M\nSlotList=\"\"\nTriggerBridgeList=" +
+            listOfFirst +
+            "\n[Chassis2]\nVendor=V\nModel=M\nSlotList=\"\"\nTriggerBridgeList=9,1\n" + bridges,
+        "");
+  };
+  std::string sections;
+  for (const std::string bridge :
+       {"2TriggerBridge9", "2TriggerBridge1", "1TriggerBridge3", "1TriggerBridge2"}) {
+    sections +=
+        "[Chassis" + bridge + "]\nLineMappingSpec=1\nSourceTriggerBus=" + bridge.back() + '\n';
+  }
+  describeWith("3,2,3", sections);
+  std::string found;
+  for (const tItem& item : items(session_, varmex_container_TriggerBridges)) {
+    for (const std::uint32_t attribute :
+         {varmex_u32_ChassisNumber, varmex_u32_BridgeNumber, varmex_u32_BridgeSourceTriggerBus}) {
+      found += std::to_string(number(item, attribute));
+    }
+    found += ' ';
+  }
+  EXPECT_EQ(found, "122 133 211 299 ") << status_.text();
+  for (const char* list : {"2,x", "x"}) {
+    describeWith(list, sections);
+    EXPECT_TRUE(items(session_, varmex_container_TriggerBridges).empty()) << list;
+    EXPECT_TRUE(notFound("The number list in section Chassis1 item TriggerBridgeList is invalid."))
+        << list;
+  }
+}
+
 TEST_F(tBridge, liesInItsChassis) {
   const tItem item = bridge("LineMappingSpec=1\n");
   const tItem owner(varmex_openContainingItem(item.get(), 1, status_));

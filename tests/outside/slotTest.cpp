@@ -126,6 +126,32 @@ TEST_F(tSlot, modulesMayCoverSeveralSlots) {
   }
 }
 
+// What could not be searched is searched again, and slots that need no search are not concerned.
+TEST_F(tSlot, modulesBehindAMalformedList) {
+  struct tCase {
+    const char* list;
+    const char* occupied;
+    const char* message;
+  };
+  const tCase cases[] = {
+      {"2,x", "5", "The number list in section Chassis1 item SlotList is invalid."},
+      {"2,4", "5,x",
+       "The number list in section Chassis1Slot4 item PeripheralModuleOccupiedSlotList is "
+       "invalid."}};
+  for (const auto& [list, occupied, message] : cases) {
+    describe("", std::string("[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=") + list +
+                     "\n[Chassis1Slot2]\nAddressInfo=PXI0::1-2.0::INSTR\n[Chassis1Slot4]\n"
+                     "PeripheralModuleOccupiedSlotList=" +
+                     occupied + "\n[Chassis1Slot5]\nX=1\n");
+    EXPECT_EQ(number(slot(1, 2), varmex_u32_OccupyingModuleSlot), 2U);
+    const tItem item = slot(1, 5);
+    for (int time = 0; time < 2; ++time) {
+      number(item, varmex_u32_OccupyingModuleSlot);
+      EXPECT_TRUE(notFound(message)) << message;
+    }
+  }
+}
+
 TEST_F(tSlot, knowsItsPlace) {
   describe(kClassic, "");
   const tItem item = slot(3, 2);

@@ -1,0 +1,129 @@
+#include "tests/injection/posix/systemCalls.h"
+
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <mutex>
+
+namespace test {
+
+namespace {
+
+std::atomic<bool> armed{false};
+std::mutex mutex;
+std::string target;
+long countdown = 0;  // at 1 the next call fails
+int failure = 0;
+
+// Whether this call is the one; its error is then set.
+bool mustFail(const char* name) {
+  if (!armed) return false;
+  const std::lock_guard lock(mutex);
+  if (target != name || countdown <= 0 || --countdown > 0) return false;
+  errno = failure;
+  return true;
+}
+
+}  // namespace
+
+const std::vector<tSystemCall>& systemCalls() {
+  // ENOENT is not among them, where it is an answer and no failure. The build reads the names here.
+  static const std::vector<tSystemCall> calls = {{"open", {EACCES, EMFILE, ENOMEM, EINTR, ELOOP}},
+                                                 {"fdopen", {ENOMEM}},
+                                                 {"read", {EIO, EINTR}},
+                                                 {"close", {EINTR, EIO}},
+                                                 {"fclose", {EIO}},
+                                                 {"fstat", {EIO, ENOMEM}},
+                                                 {"stat", {EACCES, EIO, ENOMEM, ELOOP}},
+                                                 {"lstat", {EACCES, EIO}},
+                                                 {"readlink", {EINVAL, EACCES}},
+                                                 {"flock", {EINTR, EWOULDBLOCK, ENOLCK}},
+                                                 {"inotify_init1", {EMFILE, ENOMEM}},
+                                                 {"inotify_add_watch", {ENOSPC, EACCES}},
+                                                 {"inotify_rm_watch", {EINVAL}},
+                                                 {"socketpair", {EMFILE}},
+                                                 {"poll", {EINTR, ENOMEM}},
+                                                 {"recv", {EINTR, ECONNRESET}},
+                                                 {"send", {EPIPE, EAGAIN}},
+                                                 {"nanosleep", {EINTR}},
+                                                 {"dlopen", {ENOMEM}},
+                                                 {"dlsym", {ENOENT}},
+                                                 {"dlclose", {EINVAL}},
+                                                 {"syscall", {ENOSYS, EINTR}}};
+  return calls;
+}
+
+void failSystemCall(const std::string& name, long n, int error) {
+  const std::lock_guard lock(mutex);
+  target = name;
+  countdown = n;
+  failure = error;
+  armed = true;
+}
+
+bool systemCallFailed() {
+  const std::lock_guard lock(mutex);
+  armed = false;
+  return countdown == 0;
+}
+
+}  // namespace test
+
+// WRAP(result, name, parameters, arguments, what a failing call answers). The linker sends the
+// program's calls of each name here.
+#define WRAP(result, name, parameters, arguments, failed)            \
+  extern "C" result __real_##name parameters;                        \
+  extern "C" result __wrap_##name parameters {                       \
+    return test::mustFail(#name) ? failed : __real_##name arguments; \
+  }
+
+// RELEASE(name, type): the resource is gone even if the call tells of a failure.
+#define RELEASE(name, type)                     \
+  extern "C" int __real_##name(type resource);  \
+  extern "C" int __wrap_##name(type resource) { \
+    const bool fails = test::mustFail(#name);   \
+    const int error = errno;                    \
+    const int result = __real_##name(resource); \
+    if (!fails) return result;                  \
+    errno = error;                              \
+    return -1;                                  \
+  }
+
+// It may fail for a file on a disk, not for what the kernel makes up.
+extern "C" int __real_fstat(int file, struct stat* status);
+extern "C" int __wrap_fstat(int file, struct stat* status) {
+  const int result = __real_fstat(file, status);
+  const bool isOnDisk = result == 0 && S_ISREG(status->st_mode) && status->st_size > 0;
+  return isOnDisk && test::mustFail("fstat") ? -1 : result;
+}
+
+// clang-format off
+WRAP(int, open, (const char* path, int flags, mode_t mode), (path, flags, mode), -1)
+WRAP(FILE*, fdopen, (int file, const char* mode), (file, mode), nullptr)
+WRAP(ssize_t, read, (int file, void* bytes, std::size_t size), (file, bytes, size), -1)
+WRAP(int, stat, (const char* path, struct stat* status), (path, status), -1)
+WRAP(int, lstat, (const char* path, struct stat* status), (path, status), -1)
+WRAP(ssize_t, readlink, (const char* path, char* text, std::size_t size), (path, text, size), -1)
+WRAP(int, flock, (int file, int operation), (file, operation), -1)
+WRAP(int, inotify_init1, (int flags), (flags), -1)
+WRAP(int, inotify_add_watch, (int file, const char* path, std::uint32_t mask), (file, path, mask), -1)
+WRAP(int, inotify_rm_watch, (int file, int watch), (file, watch), -1)
+WRAP(int, socketpair, (int domain, int type, int protocol, int* pair), (domain, type, protocol, pair), -1)
+WRAP(int, poll, (pollfd* files, unsigned long count, int timeout), (files, count, timeout), -1)
+WRAP(ssize_t, recv, (int file, void* bytes, std::size_t size, int flags), (file, bytes, size, flags), -1)
+WRAP(ssize_t, send, (int file, const void* bytes, std::size_t size, int flags), (file, bytes, size, flags), -1)
+WRAP(int, nanosleep, (const timespec* time, timespec* left), (time, left), -1)
+WRAP(void*, dlopen, (const char* path, int flags), (path, flags), nullptr)
+WRAP(void*, dlsym, (void* library, const char* name), (library, name), nullptr)
+WRAP(long, syscall, (long number, long a, long b, long c, long d, long e, long f), (number, a, b, c, d, e, f), -1)
+RELEASE(close, int)
+RELEASE(fclose, FILE*)
+RELEASE(dlclose, void*)
+// clang-format on
