@@ -169,6 +169,8 @@ tLines strangeSection(tRandom& random) {
       {"[Chassis8]", "Vendor = V", "Model = M", "TriggerManager = \"\"", "[Chassis8Slot2]",
        "PCISlotPath = \"a,b\"", "PCISlotPathRootBus = +31", "LocalBusLeft = x"},
       {"[Chassis8]", "Vendor = V", "Model = M", "[Chassis8Slot2]", "PCISlotPath = ab"},
+      {"[Chassis8]", "Vendor = V", "Model = M", "[Chassis8Slot2]", "PCISlotPath = \"a,b\"",
+       "PCISlotPathRootBus = 256"},
       {"[Chassis8]", "Vendor = V", "Model = M", "SlotList = \"1,x\""},
       {"[Chassis8]", "Vendor = V", "Model = M", "SerialNumber = 9", "SlotList = 1",
        "TriggerBridgeList = 1", "[Chassis8Slot1]", "SlotType = PXIeSystemSlot2Link"},
@@ -259,16 +261,21 @@ std::string changeLineEnds(const tTarget& target) {
 
 // A number that is none, where the library may or may not read it.
 std::string addStrangeNumber(const tTarget& target) {
-  static const char* const kItems[] = {"PeripheralSlotLinkWidth1",         "SystemSlotLinkOrigin2",
-                                       "PeripheralModuleLinkWidthMax",     "PCISlotPathRootBus",
-                                       "PeripheralModuleOccupiedSlotList", "PCIBusNumber"};
+  static const char* const kSlotItems[] = {
+      "PeripheralSlotLinkWidth1",         "SystemSlotLinkOrigin2",
+      "PeripheralModuleLinkWidthMax",     "PCISlotPathRootBus",
+      "PeripheralModuleOccupiedSlotList", "PCIBusNumber"};
+  static const char* const kStarItems[] = {"PXI_STAR16", "PXI_STAR17", "SystemTimingSet16"};
+  const bool isSlot = below(2, target.random) != 0;
   tLines& lines = target.lines();
-  const std::size_t slot = chooseLine(lines, target.random, [](const std::string& line) {
-    return isHeader(line) && line.find("Slot") != std::string::npos;
+  const std::size_t header = chooseLine(lines, target.random, [isSlot](const std::string& line) {
+    return isHeader(line) && line.find(isSlot ? "Slot" : "Star") != std::string::npos;
   });
-  if (slot == lines.size()) return "no slot";
-  insert(lines, slot + 1, {std::string(oneOf(kItems, target.random)) + " = x"});
-  return lines[slot] + " has " + lines[slot + 1];
+  if (header == lines.size()) return "no such section";
+  const char* const item =
+      isSlot ? oneOf(kSlotItems, target.random) : oneOf(kStarItems, target.random);
+  insert(lines, header + 1, {std::string(item) + " = x"});
+  return lines[header] + " has " + lines[header + 1];
 }
 
 // The device of one slot in another one as well, of either file.

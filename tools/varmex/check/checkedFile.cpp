@@ -61,6 +61,66 @@ bool looksLikeUtf16(std::string_view bytes) {
   return bytes.size() >= 8 && static_cast<std::size_t>(zeros) > bytes.size() / 3;
 }
 
+// What the reader passes over, drops or merges, line by line.
+class tLineCheck {
+ public:
+  tLineCheck(const tCheckedFile& file, tFindings& findings) : file_(file), findings_(findings) {}
+
+  void take(std::string_view text, std::uint32_t number) {
+    const tIniLineContent content = parse(text);
+    position_ = {file_.name(), number, section_, ""};
+    if (content.kind == tIniLineKind::unreadable) return takeUnreadable(trimmed(text));
+    if (content.kind == tIniLineKind::comment) return;
+    const std::string name(content.name, content.nameEnd);
+    content.kind == tIniLineKind::header ? takeHeader(name) : takeItem(name);
+  }
+
+ private:
+  void takeUnreadable(std::string_view text) {
+    if (text.empty()) return;
+    position_.item = valuelessName(text);
+    if (text.starts_with('[')) {
+      doubt("line-passed-over", "a section header without a name or without its ]",
+            section_.empty() ? "as without the items below it"
+                             : "as if the items below it stood in [" + section_ + ']');
+    } else if (text.find('=') == std::string_view::npos) {
+      doubt("line-passed-over", "neither a section header nor an item nor a comment", kWithoutLine);
+    } else {
+      doubt("line-passed-over", "an item without a name or without a value", kWithoutLine);
+    }
+  }
+
+  void takeHeader(const std::string& name) {
+    position_.section = section_ = name;
+    if (sections_.insert(name).second) return;
+    doubt("repeated-section", "the section has begun before",
+          "what either place holds, as the reader merges them or not");
+  }
+
+  void takeItem(const std::string& name) {
+    position_.item = name;
+    if (sections_.empty()) {
+      doubt("item-without-section", "an item ahead of the first section", kWithoutLine);
+    } else if (!items_.emplace(section_, name).second) {
+      doubt("repeated-item", "the section has the item already",
+            '"' + file_.text(section_, name).value_or("") + '"');
+    }
+  }
+
+  void doubt(const char* id, const char* message, const std::string& answer) {
+    findings_.add(tSeverity::doubtful, id, position_, message, answer);
+  }
+
+  static constexpr const char* kWithoutLine = "as without the line";
+
+  const tCheckedFile& file_;
+  tFindings& findings_;
+  tPosition position_;
+  std::string section_;
+  std::set<std::string> sections_;
+  std::set<std::pair<std::string, std::string>> items_;
+};
+
 }  // namespace
 
 tCheckedFile::tCheckedFile(const char* name, std::string path)
@@ -204,55 +264,10 @@ bool tCheckedFile::checkEncoding(tFindings& findings) const {
 
 void tCheckedFile::checkLines(tFindings& findings) const {
   if (!exists_ || !checkEncoding(findings)) return;
-  std::set<std::string> sections;
-  std::set<std::pair<std::string, std::string>> items;
-  std::string section;
+  tLineCheck check(*this, findings);
   for (const tSourceLine& line : lines_) {
     if (findings.isFull()) return;
-    const std::string_view text(bytes_.data() + line.begin, line.end - line.begin);
-    const tIniLineContent content = parse(text);
-    const std::string name(
-        content.name ? content.name : "",
-        content.name ? static_cast<std::size_t>(content.nameEnd - content.name) : 0);
-    tPosition position{name_, line.number, section, ""};
-    const auto doubt = [&](const char* id, const char* message, const std::string& answer) {
-      findings.add(tSeverity::doubtful, id, position, message, answer);
-    };
-    switch (content.kind) {
-      case tIniLineKind::comment: break;
-      case tIniLineKind::unreadable:
-        if (trimmed(text).empty()) break;
-        position.item = valuelessName(text);
-        if (trimmed(text).starts_with('[')) {
-          doubt("line-passed-over", "a section header without a name or without its ]",
-                section.empty() ? "as without the items below it"
-                                : "as if the items below it stood in [" + section + ']');
-        } else if (text.find('=') == std::string_view::npos) {
-          doubt("line-passed-over", "neither a section header nor an item nor a comment",
-                "as without the line");
-        } else {
-          doubt("line-passed-over", "an item without a name or without a value",
-                "as without the line");
-        }
-        break;
-      case tIniLineKind::header:
-        position.section = section = name;
-        if (!sections.insert(section).second) {
-          doubt("repeated-section", "the section has begun before",
-                "what either place holds, as the reader merges them or not");
-        }
-        break;
-      case tIniLineKind::item:
-        position.item = name;
-        if (sections.empty()) {
-          doubt("item-without-section", "an item ahead of the first section",
-                "as without the line");
-        } else if (!items.emplace(section, name).second) {
-          doubt("repeated-item", "the section has the item already",
-                '"' + this->text(section, name).value_or("") + '"');
-        }
-        break;
-    }
+    check.take({bytes_.data() + line.begin, line.end - line.begin}, line.number);
   }
 }
 

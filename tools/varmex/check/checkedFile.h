@@ -67,7 +67,6 @@ class tCheckedFile {
  private:
   void load();
   void takeLines();
-  void checkLine(const tSourceLine& line, tFindings& findings) const;
   bool checkEncoding(tFindings& findings) const;
   std::uint32_t editorLine(std::uint32_t readerLine) const;
   template <class Read>
