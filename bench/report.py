@@ -210,8 +210,9 @@ def report(everything, halves):
                 print(f"  {goal.title:64} {'-':>8}         not measured")
                 continue
             apart = disagreement(goal, halves)
+            apart = "-" if apart is None else f"{apart:.0%}"
             missed += goal.must is not None and ratio > goal.must
-            print(f"  {goal.title:64} {ratio:8.3f} {apart:6.0%}  "
+            print(f"  {goal.title:64} {ratio:8.3f} {apart:>6}  "
                   f"{verdict(ratio, goal.must, 'kept', 'MISSED'):14} "
                   f"{verdict(ratio, goal.aim, 'reached', 'not reached')}".rstrip())
     print(f"\nGoals missed: {missed}")
