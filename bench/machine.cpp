@@ -30,8 +30,10 @@ const tMachine& findOrMake(tMachines& machines, std::uint32_t chassis, const cha
 
 synthetic::tTexts describe(std::uint32_t chassis, const std::string& remark) {
   auto texts = synthetic::makeInstallation(std::vector<synthetic::tPlan>(chassis));
-  texts.pxiSys += "; " + remark + '\n';
-  texts.pxieSys += "; " + remark + '\n';
+  // Not every reader knows comments.
+  const std::string section = "\n[Remark]\nText=" + remark + '\n';
+  texts.pxiSys += section;
+  texts.pxieSys += section;
   return texts;
 }
 

@@ -12,7 +12,7 @@ namespace bench {
 // Sizes of the installations, in chassis of 18 slots.
 inline constexpr std::array<std::uint32_t, 3> kSizes{1, 16, 255};
 
-// The description of that many chassis, ended by a comment that says `remark`.
+// The description of that many chassis, ended by a section that says `remark`.
 synthetic::tTexts describe(std::uint32_t chassis, const std::string& remark);
 
 // A description in a temporary folder that serves as VARMEX_FSROOT and goes away with the object.

@@ -52,6 +52,7 @@ fi
 rm -rf $results && mkdir -p $results
 "$programs/varmex_bench_memory" >"$results/values.txt"
 "$programs/varmex_bench_latency" >>"$results/values.txt"
+started=$SECONDS
 round=0
 while [ $((SECONDS - started)) -lt $time_for_rounds ]; do
   filter=$(python3 bench/report.py --unsettled $results)
