@@ -284,14 +284,19 @@ enum {
  * never changes: open a new one. Unlike every other function it runs whatever the status holds; an
  * error that is there already stays. Fails with varmex_errorInvalidHandle,
  * ostrelerr_insufficientPermissions and ostrelerr_osFault (as when the folder of the description is
- * gone). Any number of threads may wait on one session, but it must not be closed while one does.
- */
+ * gone, or the system has no descriptor or watch left). Any number of threads may wait on one
+ * session, but it must not be closed while one does. On Linux a thread can be cancelled while it
+ * waits, and in no other function of the library; what a waiter can't notice is in
+ * docs/platforms.md. */
 VARMEX_EXPORT varmex_WaitResult varmex_waitForSessionInvalidation(varmex_Item* session,
                                                                   uint32_t timeout,
                                                                   tStatusRecord* status);
 
 /* Ends all waits on a session, now and later: they answer varmex_waitCancelled at once. Everything
- * else of the session works as before. What fails goes unreported. */
+ * else of the session works as before. What fails goes unreported: the first wait or cancel of a
+ * session begins to watch its files, and a cancel that can't (the folder is gone, the system has no
+ * descriptor or watch left) leaves the session uncancelled. After a wait that did not fail, if only
+ * one of 0 milliseconds, no cancel fails. */
 VARMEX_EXPORT void varmex_cancelWaitForInvalidation(varmex_Item* session);
 
 /* What a container lists, as the argument of varmex_getItemContainer. */

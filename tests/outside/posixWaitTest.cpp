@@ -35,11 +35,15 @@ class tPosixWait : public tWaiting {
   }
 };
 
+void writeTime(const fs::path& path, int hour) {
+  const timespec times[] = {{hour * 3600, 0}, {hour * 3600, 0}};
+  utimensat(AT_FDCWD, path.c_str(), times, 0);
+}
+
 // A description file whose time tells it from others with another `hour`.
 void writeOf(int hour, const fs::path& path) {
   tTestMachine::write(path, kOneChassis);
-  const timespec times[] = {{hour * 3600, 0}, {hour * 3600, 0}};
-  utimensat(AT_FDCWD, path.c_str(), times, 0);
+  writeTime(path, hour);
 }
 
 void relink(const fs::path& link, const fs::path& target) {
@@ -202,12 +206,11 @@ TEST_F(tPosixWait, limitsOnDescriptorsAreFaults) {
   describe(kOneChassis, "");
   const int before = openDescriptors();
   {
-    // The wait needs four at most; with each less it fails and keeps none.
-    std::vector<int> taken;
     const tFileLimit limit;
     expectFault(wait(0), EMFILE);
     varmex_cancelWaitForInvalidation(session_.get());
   }
+  // It needs four.
   for (int spare = 1; spare < 4; ++spare) {
     std::vector<int> reserve;
     for (int n = 0; n < spare; ++n) reserve.push_back(dup(0));
@@ -224,22 +227,27 @@ TEST_F(tPosixWait, limitsOnDescriptorsAreFaults) {
 
 // The limits of one user, which a namespace of its own has for itself.
 TEST_F(tPosixWait, limitsOnWatchesAreFaults) {
-  const std::pair<const char*, int> limits[] = {{"max_inotify_instances", EMFILE},
-                                                {"max_inotify_watches", ENOSPC}};
-  for (const auto& [name, code] : limits) {
-    inChild([&, &file = name, &reason = code] {
+  struct tLimit {
+    const char* name;
+    const char* value;
+    int code;
+  };
+  for (const tLimit& limit : {tLimit{"max_inotify_instances", "0\n", EMFILE},
+                              tLimit{"max_inotify_watches", "2\n", ENOSPC}}) {
+    inChild([&] {
       const bool isAlone = unshare(CLONE_NEWUSER) == 0;
-      std::ofstream limit(std::string("/proc/sys/user/") + file);
-      if (!isAlone || !(limit << "2\n").flush()) {
+      const auto set = [&](const char* value) {
+        std::ofstream file(std::string("/proc/sys/user/") + limit.name);
+        return static_cast<bool>((file << value).flush());
+      };
+      if (!isAlone || !set(limit.value)) {
         std::puts("no right to limit watches: not tested");
         return;
       }
-      if (reason == EMFILE)
-        limit.close(), std::ofstream(std::string("/proc/sys/user/") + file) << "0\n";
       describe(kOneChassis, "");
-      expectFault(wait(kLongWait), reason);
+      expectFault(wait(kLongWait), limit.code);
       varmex_cancelWaitForInvalidation(session_.get());
-      std::ofstream(std::string("/proc/sys/user/") + file) << "1000\n";
+      EXPECT_TRUE(set("1000\n"));
       EXPECT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
       EXPECT_EQ(waitDuring([this] { machine_.writePxieSys("x"); }), varmex_waitChanged);
     });
@@ -285,10 +293,9 @@ TEST_F(tPosixWait, aQueueThatRunsOverIsALookAtEverything) {
   ASSERT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
   std::size_t longest = 0;
   std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> longest;
-  for (std::size_t n = 0; n <= longest; ++n) {
-    const timespec times[] = {{3600, 0}, {3600, 0}};
-    utimensat(AT_FDCWD, (place / "one" / (n % 2 ? "etc/pxi" : kFile)).c_str(), times, 0);
-  }
+  const fs::path noise[] = {place / "one/etc/pxi/a", place / "one/etc/pxi/b"};
+  for (const fs::path& file : noise) tTestMachine::write(file, "x");
+  for (std::size_t n = 0; n <= longest; ++n) writeTime(noise[n % 2], 1);
   relink(place / "root", "twin");
   EXPECT_EQ(waitDuring([&] { writeOf(2, place / "twin" / kFile); }), varmex_waitChanged);
 }
