@@ -25,10 +25,11 @@ SystemChangeObserver& Session::observer() const {
   return observer_.compare_exchange_strong(first, fresh.get()) ? *fresh.release() : *first;
 }
 
-// The files are looked at ahead of each sleep and behind the watch: that starts late, and a
-// notification says nothing about what changed.
+// The files are looked at behind the watch: that starts late, and a notification says nothing about
+// what changed. Ahead of it they are looked at to tell of a change without delay.
 std::optional<std::uint64_t> Session::changesWhileCurrent(SystemChangeObserver& changes) const {
   const tCancellationOff uncancelled;
+  if (!isCurrent()) return std::nullopt;
   const std::uint64_t seen = changes.arm();
   return isCurrent() ? std::optional(seen) : std::nullopt;
 }
