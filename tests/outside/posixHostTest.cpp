@@ -62,6 +62,29 @@ TEST_F(tHost, manySessionsWaitAtOnce) {
   });
 }
 
+TEST_F(tHost, sessionsSeeWhatIsTheirs) {
+  describe(kOneChassis, "");
+  varmex_WaitResult result = 9;
+  std::thread leader = waiter(result);
+  settle();
+  const fs::path root = machine_.folder().parent_path().parent_path() / "other";
+  tTestMachine::write(root / "etc/pxi/pxisys.ini", kOneChassis);
+  setenv("VARMEX_FSROOT", root.c_str(), 1);
+  // It sleeps for the thread of the first session, which has nothing to see.
+  const tItem other(varmex_openPXISession(0, status_));
+  varmex_WaitResult seen = 9;
+  std::thread follower(
+      [&] { seen = varmex_waitForSessionInvalidation(other.get(), kLongWait, nullptr); });
+  settle();
+  tTestMachine::write(root / "etc/pxi/pxiesys.ini", "x");
+  follower.join();
+  EXPECT_EQ(seen, varmex_waitChanged);
+  EXPECT_EQ(result, 9U);
+  varmex_cancelWaitForInvalidation(session_.get());
+  leader.join();
+  EXPECT_EQ(result, varmex_waitCancelled);
+}
+
 TEST_F(tHost, aForkedChildIsOnItsOwn) {
   describe(kOneChassis, "");
   varmex_WaitResult results[2] = {9, 9};
@@ -101,20 +124,20 @@ TEST_F(tHost, aForkedChildIsOnItsOwn) {
   for (const varmex_WaitResult result : results) EXPECT_EQ(result, varmex_waitChanged);
 }
 
-// Files of the host's own, of the kinds that the library has, under the numbers that it had.
+// Files of the host's own, of the very kinds that the library has, under the numbers that it had.
 class tOwnFiles {
  public:
   tOwnFiles() {
-    for (int n = 0; n < 4; ++n) {
+    for (int n = 0; n < 2; ++n) {
       const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
       inotify_add_watch(watch, "/tmp", IN_CREATE);
       numbers_.push_back(watch);
+      int pair[2];
+      EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, pair), 0);
+      EXPECT_EQ(send(pair[0], "x", 1, 0), 1);
+      EXPECT_EQ(send(pair[1], "x", 1, 0), 1);
+      numbers_.insert(numbers_.end(), pair, pair + 2);
     }
-    int pair[2];
-    EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, pair), 0);
-    EXPECT_EQ(send(pair[0], "x", 1, 0), 1);
-    EXPECT_EQ(send(pair[1], "x", 1, 0), 1);
-    numbers_.insert(numbers_.end(), pair, pair + 2);
     fs::create_directories("/tmp/varmex-own-files");
     fs::remove("/tmp/varmex-own-files");
   }

@@ -145,6 +145,28 @@ TEST_F(tPosixWait, seesAllThatDecidesWhatThePathsStandFor) {
   }
 }
 
+// The link in such a folder tells of itself.
+TEST_F(tPosixWait, passesFoldersThatMayNotBeRead) {
+  if (getuid() != 0) GTEST_SKIP() << "takes the rights of root to give up";
+  const fs::path place = base() / "passed";
+  writeOf(1, place / "one" / kFile);
+  writeOf(2, place / "two" / kFile);
+  relink(place / "root", "one");
+  chmod(base().c_str(), 0755);
+  chmod(place.c_str(), 0711);
+  setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
+  std::thread other([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    relink(place / "root", "two");
+  });
+  inChild([this] {
+    ASSERT_EQ(setuid(65534), 0);
+    session_.reset(varmex_openPXISession(0, status_));
+    EXPECT_EQ(wait(kLongWait), varmex_waitChanged) << status_.text();
+  });
+  other.join();
+}
+
 TEST_F(tPosixWait, seesMountsOverTheFolder) {
   inChild([this] {
     if (unshare(CLONE_NEWNS) != 0 || mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) != 0) {
