@@ -201,7 +201,8 @@ class tCase {
     if (section.find("Slot") == std::string::npos) return false;
     for (const std::string item : kOptionalItems) {
       if (!words.ends_with(" item: " + item + " not found")) continue;
-      return item.find("Link") == std::string::npos || !files[1].hasItem(section, item);
+      return item.find("Link") == std::string::npos ||
+             !files[1].hasItem(files[1].findSection(section), item);
     }
     return false;
   }

@@ -4,9 +4,13 @@ namespace varmex::inline nOSTRELS100 {
 
 tFailureText::tFailureText(tStatusRecord& record, const tErrorCode& code,
                            const tSourcePosition& position)
-    : writer_{nullptr, statusGrow, &record} {
-  if (!statusReset(record, code.value)) return;
-  writer_ = statusBegin(record);
+    : tFailureText(statusReset(record, code.value) ? statusBegin(record)
+                                                   : tStatusWriter{nullptr, statusGrow, &record},
+                   code, position) {}
+
+tFailureText::tFailureText(const tStatusWriter& writer, const tErrorCode& code,
+                           const tSourcePosition& position)
+    : writer_(writer) {
   text("error_constant", code.constant);
   jsonAddSourcePosition(writer_, position);
 }

@@ -3,17 +3,12 @@
 
 #include <string>
 
+#include "ostrel/quarks/errorCode.h"
 #include "ostrel/quarks/exception.h"
 #include "ostrel/quarks/sourcePosition.h"
 #include "ostrel/quarks/systemError.h"
 
 namespace varmex::inline nOSTRELS100 {
-
-// A status code with its "error_constant".
-struct tErrorCode {
-  std::int32_t value;
-  const char* constant;
-};
 
 inline constexpr tErrorCode kOstrelMemoryFull{-52000, "ostrelerr_memoryFull"};
 inline constexpr tErrorCode kOstrelInvalidParameter{-52005, "ostrelerr_invalidParameter"};
@@ -26,6 +21,10 @@ inline constexpr tErrorCode kOstrelInsufficientPermissions{-52026,
 class tFailureText {
  public:
   tFailureText(tStatusRecord& record, const tErrorCode& code, const tSourcePosition& position);
+
+  // The same into an empty text that is ready for it.
+  tFailureText(const tStatusWriter& writer, const tErrorCode& code,
+               const tSourcePosition& position);
 
   void open(const char* key);
   void close();
