@@ -44,7 +44,8 @@ void timeLookUps(benchmark::State& state, const std::vector<tKey>& keys, LookUp 
 
 void timeOurs(benchmark::State& state, const tShared& description) {
   timeLookUps(state, description->keys, [&](const tKey& key) {
-    return description->ours.getValueText(key.section, key.item);
+    const varmex::tIniFile& file = description->ours;
+    return file.findValueText(file.findSection(key.section), key.item);
   });
 }
 

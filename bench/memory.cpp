@@ -72,7 +72,7 @@ void printLookUps(std::uint32_t chassis, const std::string& path) {
   file.read(path);
   const auto keys = bench::shuffledKeys(path);
   startCount();
-  for (const bench::tKey& key : keys) file.getValueText(key.section, key.item);
+  for (const bench::tKey& key : keys) file.findValueText(file.findSection(key.section), key.item);
   print("allocations", "lookUp", chassis, "varmex", allocations);
 }
 

@@ -15,7 +15,6 @@ namespace {
 enum tFileError : int {
   kItemNotFound = -50003,
   kSectionNameTooLong = -50005,
-  kSectionNotFound = -50007,
   kUnknownFault = -50150,
   kInvalidValue = -50175,
   kEndOfFile = -50203,
@@ -31,7 +30,7 @@ struct tResultMapping {
   tFileError error;
 };
 
-// Results of the store and of the number readers, with those that other back ends have given.
+// Results of the store, with those that other back ends and look-ups have given.
 constexpr tResultMapping kResultMappings[] = {
     {0, kItemNotFound},     {-2, kSectionNameTooLong}, {-5, kDeviceFault},
     {-12, kMemoryFull},     {-13, kFileNotFound},      {-22, kFileNotFound},
@@ -48,40 +47,29 @@ tFileError fileErrorOf(int result) {
   return kUnknownFault;
 }
 
-[[noreturn]] void throwFileError(tFileError error, const std::string& section = {},
-                                 const std::string& item = {}) {
+[[noreturn]] void throwFileError(tFileError error) {
   switch (error) {
-    case kItemNotFound:
-    case kSectionNotFound:
-      if (item.empty()) throw tItemNotFoundException("Section " + section + " not found");
-      throw tItemNotFoundException("Section " + section + " item: " + item + " not found");
-    case kSectionNameTooLong:
-      throw tSectionNameTooLongException("Section " + section + " has too long a name");
-    case kInvalidValue:
-      throw tInvalidValueException("The value in section " + section + " item " + item +
-                                   " is invalid");
-    case kBadListString:
-      throw tBadListStringException("The number list in section " + section + " item " + item +
-                                    " is invalid.");
     case kEndOfFile:
     case kFileNotFound:
     case kReadFault:
     case kDeviceFault: throw tIniFileIOException("An IO exception occurred in tIniFile");
     case kMemoryFull: throw std::bad_alloc();
-    case kUnknownFault: break;
+    default: throw tIniException("An exception occurred in tIniFile");
   }
-  throw tIniException("An exception occurred in tIniFile");
 }
 
-// The lower layer's result for one item of a section.
-[[noreturn]] void throwResult(int result, std::string_view section, std::string_view item) {
-  throwFileError(fileErrorOf(result), std::string(section), std::string(item));
+constexpr tMessageWords kItemNotFoundWords{"Section ", " item: ", " not found"};
+constexpr tMessageWords kInvalidValueWords{"The value in section ", " item ", " is invalid"};
+constexpr tMessageWords kBadListWords{"The number list in section ", " item ", " is invalid."};
+
+tRefusal notFound(const tIniPlace& place, const char* item) {
+  const tIniSection* const known = place.found ? place.found : place.parent;
+  return {kItemNotFoundWords, known ? known->name : "", place.name, item};
 }
 
-constexpr int kNumberFound = 1;
-constexpr int kNothingFound = 0;
-constexpr int kNumberMalformed = -5021;
-constexpr int kListMalformed = -665102;
+tRefusal unfit(const tMessageWords& words, const tIniSection& section, const tIniItem& item) {
+  return {words, section.name, {}, item.name};
+}
 
 bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
@@ -90,30 +78,33 @@ const char* skipWhiteSpace(const char* text) {
   return text;
 }
 
+enum class tNumberKind { none, malformed, number };
+
 // Decimal digits with an optional sign, and white space around them, as the whole of the text.
-int readNumber(const char* text, std::int32_t& number) {
+tNumberKind readNumber(const char* text, std::int32_t& number) {
   text = skipWhiteSpace(text);
-  if (*text == '\0') return kNothingFound;
+  if (*text == '\0') return tNumberKind::none;
   const bool hasSign = *text == '+' || *text == '-';
-  if (!isDigit(text[hasSign ? 1 : 0])) return kNumberMalformed;
+  if (!isDigit(text[hasSign ? 1 : 0])) return tNumberKind::malformed;
   const tSignedText parsed = readSigned(text);
-  if (parsed.overflowed || *skipWhiteSpace(parsed.end) != '\0') return kNumberMalformed;
+  if (parsed.overflowed || *skipWhiteSpace(parsed.end) != '\0') return tNumberKind::malformed;
   number = parsed.value;
-  return kNumberFound;
+  return tNumberKind::number;
 }
 
-int readNumberList(const char* text, std::vector<std::uint32_t>& numbers) {
-  if (*text == '\0') return kNumberFound;
+// False for a list that is none.
+bool readNumberList(const char* text, tNumbers& numbers) {
+  if (*text == '\0') return true;
   if (numbers.empty()) {
     const auto commas = std::count(text, text + std::strlen(text), ',');
     numbers.reserve(static_cast<std::size_t>(commas) + 1);
   }
   while (true) {
     const tSignedText parsed = readSigned(text);
-    if (!parsed.end) return kListMalformed;
+    if (!parsed.end) return false;
     numbers.push_back(static_cast<std::uint32_t>(parsed.value));
     text = std::strchr(parsed.end, ',');
-    if (!text) return kNumberFound;
+    if (!text) return true;
     ++text;
   }
 }
@@ -138,10 +129,6 @@ bool tIniFile::read(const std::string& path) { return isLoaded(store_.load(path.
 
 void tIniFile::load(tIniText text) { isLoaded(store_.load(std::move(text))); }
 
-bool tIniFile::hasSection(std::string_view section) const {
-  return findSection(section) != nullptr;
-}
-
 const tIniSection* tIniFile::findSection(std::string_view section) const {
   return store_.findSection(section);
 }
@@ -151,62 +138,78 @@ const tIniSection* tIniFile::findSectionBehind(const tIniSection* earlier,
   return store_.findSectionBehind(earlier, section);
 }
 
-bool tIniFile::hasItem(std::string_view section, std::string_view item) const {
-  return store_.findItem(section, item) != nullptr;
+const tIniItem* tIniFile::findItem(const tIniSection* section, std::string_view item) const {
+  return section ? tIniStore::findItem(*section, item) : nullptr;
 }
 
-const char* tIniFile::findValueText(std::string_view section, std::string_view item) const {
-  const tIniItem* const found = store_.findItem(section, item);
+const char* tIniFile::findValueText(const tIniSection* section, std::string_view item) const {
+  const tIniItem* const found = findItem(section, item);
   return found ? found->value : nullptr;
 }
 
-const char* tIniFile::findValueText(const tIniSection& section, std::string_view item) {
-  const tIniItem* const found = tIniStore::findItem(section, item);
-  return found ? found->value : nullptr;
+tResult<const tIniItem*> tIniFile::getItem(const tIniPlace& place, tLiteral item) const {
+  if (const tIniItem* const found = findItem(place.found, item)) return found;
+  return notFound(place, item.c_str());
 }
 
-const char* tIniFile::getValueText(std::string_view section, std::string_view item) const {
-  const char* const text = findValueText(section, item);
-  if (!text) throwResult(kNothingFound, section, item);
-  return text;
+tResult<const char*> tIniFile::getValueText(const tIniPlace& place, tLiteral item) const {
+  if (const char* const text = findValueText(place.found, item)) return text;
+  return notFound(place, item.c_str());
 }
 
-std::string tIniFile::getString(std::string_view section, std::string_view item) const {
-  return getValueText(section, item);
+tResult<std::string> tIniFile::getString(const tIniPlace& place, tLiteral item) const {
+  return getValueText(place, item).then([](const char* text) -> tResult<std::string> {
+    return std::string(text);
+  });
 }
 
-std::int32_t tIniFile::getNumber(std::string_view section, std::string_view item) const {
-  return parseNumber(getValueText(section, item), section, item);
+tResult<std::int32_t> tIniFile::getNumber(const tIniPlace& place, tLiteral item) const {
+  return getItem(place, item).then([&](const tIniItem* found) {
+    return numberOf(*place.found, *found);
+  });
 }
 
-std::int32_t tIniFile::parseNumber(const char* text, std::string_view section,
-                                   std::string_view item) {
+tResult<std::int32_t> tIniFile::numberOf(const tIniSection& section, const tIniItem& item) {
   std::int32_t number = 0;
-  const int result = readNumber(text, number);
-  if (result != kNumberFound) throwResult(result, section, item);
+  switch (readNumber(item.value, number)) {
+    case tNumberKind::none: return notFound(tIniPlace(section), item.name);
+    case tNumberKind::malformed: return unfit(kInvalidValueWords, section, item);
+    case tNumberKind::number: break;
+  }
   return number;
 }
 
-std::uint32_t tIniFile::getUnsigned(std::string_view section, std::string_view item) const {
-  const char* const text = getValueText(section, item);
-  const tUnsignedText parsed = readUnsignedBase0(text);
-  if (*text == '\0' || *parsed.end != '\0' || parsed.overflowed) {
-    throwResult(kNumberMalformed, section, item);
+tResult<std::uint32_t> tIniFile::getUnsigned(const tIniPlace& place, tLiteral item) const {
+  return getItem(place, item).then([&](const tIniItem* found) {
+    return unsignedOf(*place.found, *found);
+  });
+}
+
+tResult<std::uint32_t> tIniFile::unsignedOf(const tIniSection& section, const tIniItem& item) {
+  const tUnsignedText parsed = readUnsignedBase0(item.value);
+  if (*item.value == '\0' || *parsed.end != '\0' || parsed.overflowed) {
+    return unfit(kInvalidValueWords, section, item);
   }
   return parsed.value;
 }
 
-std::vector<std::uint32_t> tIniFile::getNumberList(std::string_view section,
-                                                   std::string_view item) const {
-  std::vector<std::uint32_t> numbers;
-  parseNumberList(getValueText(section, item), section, item, numbers);
+tResult<tNumbers> tIniFile::getNumberList(const tIniPlace& place, tLiteral item) const {
+  return getItem(place, item).then([&](const tIniItem* found) {
+    return numbersOf(*place.found, *found);
+  });
+}
+
+tResult<tNumbers> tIniFile::numbersOf(const tIniSection& section, const tIniItem& item) {
+  tNumbers numbers;
+  const auto done = appendNumbersOf(section, item, numbers);
+  if (!done) return done.refusal();
   return numbers;
 }
 
-void tIniFile::parseNumberList(const char* text, std::string_view section, std::string_view item,
-                               std::vector<std::uint32_t>& numbers) {
-  const int result = readNumberList(text, numbers);
-  if (result < 0) throwResult(result, section, item);
+tResult<> tIniFile::appendNumbersOf(const tIniSection& section, const tIniItem& item,
+                                    tNumbers& numbers) {
+  if (!readNumberList(item.value, numbers)) return unfit(kBadListWords, section, item);
+  return kDone;
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000

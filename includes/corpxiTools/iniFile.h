@@ -8,6 +8,7 @@
 
 #include "corpxiTools/iniException.h"
 #include "corpxiTools/iniStore.h"
+#include "ostrel/quarks/result.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
 
@@ -15,10 +16,24 @@ namespace varmex::inline nCORPXITOOLS000 {
 // may turn out to be needless.
 bool readIniText(const std::string& path, tIniText& text, const tContentDigest* expected);
 
+using tNumbers = std::vector<std::uint32_t>;
+
+// A section as a look-up names it: one that was found, or the name of one that was not, behind the
+// name of the section above it if it has one.
+struct tIniPlace {
+  explicit tIniPlace(const tIniSection& section) : found(&section) {}
+  explicit tIniPlace(const tShortName& missing, const tIniSection* above = nullptr)
+      : found(nullptr), name(missing), parent(above) {}
+
+  const tIniSection* found;
+  tShortName name;
+  const tIniSection* parent = nullptr;
+};
+
 // A description file, looked up by section and item. Names compare byte for byte.
 //
-// A look-up of what is not there throws tItemNotFoundException, a value that does not fit
-// tInvalidValueException or tBadListStringException. Look-ups may run in any number of threads.
+// The look-ups that begin with "get" refuse what is not there and values that do not fit. Look-ups
+// may run in any number of threads.
 class tIniFile {
  public:
   // Replaces the content. False when the file could not be opened or read; tIniException for an
@@ -28,8 +43,7 @@ class tIniFile {
   // Replaces the content by that of a file which has been read; std::bad_alloc.
   void load(tIniText text);
 
-  bool hasSection(std::string_view section) const;
-  bool hasItem(std::string_view section, std::string_view item) const;
+  bool hasSection(std::string_view section) const { return findSection(section) != nullptr; }
 
   // Null when there is none. The section lives as long as the content.
   const tIniSection* findSection(std::string_view section) const;
@@ -37,32 +51,46 @@ class tIniFile {
   // The same, at less cost for a section that stands just behind an earlier one, if there is one.
   const tIniSection* findSectionBehind(const tIniSection* earlier, std::string_view section) const;
 
+  tIniPlace placeOf(const tShortName& section) const {
+    const tIniSection* const found = findSection(section);
+    return found ? tIniPlace(*found) : tIniPlace(section);
+  }
+
+  // Null when there is no such section or item.
+  const tIniItem* findItem(const tIniSection* section, std::string_view item) const;
+
+  bool hasItem(const tIniSection* section, std::string_view item) const {
+    return findItem(section, item) != nullptr;
+  }
+
   // The stored text, null when there is none.
-  const char* findValueText(std::string_view section, std::string_view item) const;
-  static const char* findValueText(const tIniSection& section, std::string_view item);
+  const char* findValueText(const tIniSection* section, std::string_view item) const;
+
+  tResult<const tIniItem*> getItem(const tIniPlace& place, tLiteral item) const;
 
   // The stored text, which lives as long as the content.
-  const char* getValueText(std::string_view section, std::string_view item) const;
+  tResult<const char*> getValueText(const tIniPlace& place, tLiteral item) const;
 
-  std::string getString(std::string_view section, std::string_view item) const;
+  tResult<std::string> getString(const tIniPlace& place, tLiteral item) const;
 
   // Decimal with an optional sign and white space around; a blank value counts as absent.
-  std::int32_t getNumber(std::string_view section, std::string_view item) const;
-
-  // The same for a text that findValueText has given for that item.
-  static std::int32_t parseNumber(const char* text, std::string_view section,
-                                  std::string_view item);
+  tResult<std::int32_t> getNumber(const tIniPlace& place, tLiteral item) const;
 
   // In the notation of strtoul with base 0; a minus sign negates modulo 2^32.
-  std::uint32_t getUnsigned(std::string_view section, std::string_view item) const;
+  tResult<std::uint32_t> getUnsigned(const tIniPlace& place, tLiteral item) const;
 
   // Numbers between commas, in file order, negative ones modulo 2^32; what follows a number up to
   // the next comma is passed over.
-  std::vector<std::uint32_t> getNumberList(std::string_view section, std::string_view item) const;
+  tResult<tNumbers> getNumberList(const tIniPlace& place, tLiteral item) const;
 
-  // The same for a text that findValueText has given for that item, behind what is in `numbers`.
-  static void parseNumberList(const char* text, std::string_view section, std::string_view item,
-                              std::vector<std::uint32_t>& numbers);
+  // The same three for an item that was found in that section.
+  static tResult<std::int32_t> numberOf(const tIniSection& section, const tIniItem& item);
+  static tResult<std::uint32_t> unsignedOf(const tIniSection& section, const tIniItem& item);
+  static tResult<tNumbers> numbersOf(const tIniSection& section, const tIniItem& item);
+
+  // The numbers behind what is in `numbers`, which a refusal leaves with a part of them.
+  static tResult<> appendNumbersOf(const tIniSection& section, const tIniItem& item,
+                                   tNumbers& numbers);
 
   const tIniStore& store() const { return store_; }
 

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <iterator>
 #include <mutex>
-#include <tuple>
+#include <optional>
 #include <typeinfo>
 
 #include "corpxiTools/fileSystem/folders.h"
@@ -29,19 +29,11 @@ std::string withoutCommas(std::string text) {
   return text;
 }
 
-[[noreturn]] void raiseInvalidSlotPath(const tSourcePosition& position) {
-  tFailure(kErrorInformationConflict, position)
+tRefusal invalidSlotPath(const tSourcePosition& position) {
+  return tRefusal(kErrorInformationConflict, position)
       .debug()
-      .text("message", "The chassis does not have valid slot paths in the system description file.")
-      .raise();
-}
-
-// "MR1F:" for root bus 31. More than two digits fit neither the prefix nor any PCI system.
-std::string rootBusPrefix(std::uint32_t rootBus) {
-  char prefix[6];
-  const int length = std::snprintf(prefix, sizeof prefix, "MR%02X:", rootBus);
-  if (length >= static_cast<int>(sizeof prefix)) raiseInvalidSlotPath(OSTREL_HERE);
-  return prefix;
+      .text("message",
+            "The chassis does not have valid slot paths in the system description file.");
 }
 
 // The cast alone would take the digit groups of the host's locale.
@@ -53,136 +45,173 @@ std::uint32_t parseRootBus(const std::string& text) {
   return boost::lexical_cast<std::uint32_t>(text);
 }
 
+// "MR1F:" for root bus 31. More than two digits fit neither the prefix nor any PCI system.
+constexpr std::uint32_t kLargestRootBus = 0xFF;
+
+std::string rootBusPrefix(std::uint32_t rootBus) {
+  char prefix[6];
+  std::snprintf(prefix, sizeof prefix, "MR%02X:", rootBus & kLargestRootBus);
+  return prefix;
+}
+
 // The path of slot 2 below its root bus: it stays the same wherever the chassis is numbered.
-std::string slotPathIdentity(const tIniFile& pxiSys, const std::string& slotSection) {
-  const char* const path = pxiSys.getValueText(slotSection, "PCISlotPath");
-  const bool hasRoot = pxiSys.hasItem(slotSection, "PCISlotPathRootBus");
-  const char* const root = hasRoot ? pxiSys.getValueText(slotSection, "PCISlotPathRootBus") : "0";
-  const std::string prefix = rootBusPrefix(parseRootBus(root));
+tResult<std::string> slotPathIdentity(const tIniFile& pxiSys, std::uint32_t chassis) {
+  const tIniPlace slot = pxiSys.placeOf(slotKey(chassis, 2));
+  const auto path = pxiSys.getValueText(slot, "PCISlotPath");
+  if (!path) return path.refusal();
+  const char* const root = pxiSys.findValueText(slot.found, "PCISlotPathRootBus");
+  const std::uint32_t rootBus = parseRootBus(root ? root : "0");
+  if (rootBus > kLargestRootBus) return invalidSlotPath(OSTREL_HERE);
   std::vector<std::string> tokens;
-  boost::algorithm::split(tokens, path, boost::algorithm::is_any_of(","));
-  if (tokens.size() < 2) raiseInvalidSlotPath(OSTREL_HERE);
+  boost::algorithm::split(tokens, *path, boost::algorithm::is_any_of(","));
+  if (tokens.size() < 2) return invalidSlotPath(OSTREL_HERE);
   tokens.erase(tokens.begin());
-  return prefix + boost::algorithm::join(tokens, ",");
+  return rootBusPrefix(rootBus) + boost::algorithm::join(tokens, ",");
 }
 
-std::string readDescriptionFolder() {
-  tStatusRecord unread = makeStatus();
-  const tRegistryKey key = openPxiSaKey(unread);
-  statusReleaseText(unread);
-  if (!key.isOpen()) {
-    throw RegistryException(
-        "WARNING: openKey failed (likely because the requested key file does not exist).");
-  }
-  char folder[260] = {};
-  std::uint32_t type = 0;
-  std::uint32_t size = sizeof folder;
-  const std::uint32_t error = key.queryValue("ChassisDescriptionFilePath", type, folder, size);
-  if (error != 0 || type != kRegistryText) {
-    throw RegistryException("WARNING: readString could not retrieve requested value.");
-  }
-  return {std::begin(folder), std::find(std::begin(folder), std::end(folder), '\0')};
-}
-
-}  // namespace
-
-Chassis::Chassis(const tFields& fields)
-    : fields_(fields), libraryLock_(tThrowingStatus<tFixedStatus>()) {}
-
-Chassis::Chassis(std::uint32_t number, const tDescription& description)
-    : Chassis(tFields{number, &description, chassisKey(number), {}, {}}) {
-  fields_.identity = makeIdentity();
-  fields_.descriptionFile = findDescriptionFile();
-}
-
-const char* Chassis::mergedItem(const char* item) const {
-  const auto [pxiSys, pxieSys] = std::tie(description().pxiSys, description().pxieSys);
-  const char* const classic = pxiSys.findValueText(fields_.section, item);
-  const char* const express = pxieSys.findValueText(fields_.section, item);
+// The text of an item that both files must agree on.
+tResult<const char*> mergedItemOf(std::uint32_t chassis, const tSectionPair& sections,
+                                  const tDescription& description, tLiteral item) {
+  const char* const classic = description.pxiSys.findValueText(sections.classic, item);
+  const char* const express = description.pxieSys.findValueText(sections.express, item);
   if (!classic && !express) {
-    tFailure(kErrorInformationNotAvailable, OSTREL_HERE)
+    return tRefusal(kErrorInformationNotAvailable, OSTREL_HERE)
         .debug()
         .text("itemName", item)
-        .text("sectionName_", fields_.section)
-        .raise();
+        .name("sectionName_", chassisKey(chassis));
   }
   if (classic && express && std::strcmp(classic, express) != 0) {
-    tFailure(kErrorInformationConflict, OSTREL_HERE)
+    return tRefusal(kErrorInformationConflict, OSTREL_HERE)
         .debug()
         .text("itemName", item)
-        .text("sectionName_", fields_.section)
-        .raise();
+        .name("sectionName_", chassisKey(chassis));
   }
   return classic ? classic : express;
 }
 
-std::vector<std::uint32_t> Chassis::mergedNumbers(const char* item) const {
-  const auto numbersOf = [&](const tIniFile& file) {
-    return file.hasItem(fields_.section, item) ? file.getNumberList(fields_.section, item)
-                                               : std::vector<std::uint32_t>();
-  };
-  auto numbers = numbersOf(description().pxiSys);
-  return sortedUnion(std::move(numbers), numbersOf(description().pxieSys));
+tResult<std::string> makeIdentity(std::uint32_t chassis, const tSectionPair& sections,
+                                  const tDescription& description) {
+  const auto vendorText = mergedItemOf(chassis, sections, description, "Vendor");
+  if (!vendorText) return vendorText.refusal();
+  const auto modelText = mergedItemOf(chassis, sections, description, "Model");
+  if (!modelText) return modelText.refusal();
+  const std::string vendor = withoutCommas(*vendorText);
+  const std::string model = withoutCommas(*modelText);
+  if (sections.express) {
+    const auto serial =
+        description.pxieSys.getValueText(tIniPlace(*sections.express), "SerialNumber");
+    if (!serial) return serial.refusal();
+    return "PXIeChassis(" + std::string(*serial) + ", " + vendor + ", " + model + ")";
+  }
+  const auto path = slotPathIdentity(description.pxiSys, chassis);
+  if (!path) return path.refusal();
+  return "PXIChassis(" + vendor + ", " + model + ", " + *path + ")";
 }
 
-std::string Chassis::makeIdentity() const {
-  const bool isExpress = description().pxieSys.hasSection(fields_.section);
-  if (!isExpress && !description().pxiSys.hasSection(fields_.section)) {
-    tFailure(kErrorUnknownItem, OSTREL_HERE)
-        .debug()
-        .text("missingSection", fields_.section)
-        .close()
-        .u32("chassisNumber", fields_.number)
-        .text("type", "chassis")
-        .raise();
-  }
-  const std::string vendor = withoutCommas(mergedItem("Vendor"));
-  const std::string model = withoutCommas(mergedItem("Model"));
-  if (isExpress) {
-    const char* const serial = description().pxieSys.getValueText(fields_.section, "SerialNumber");
-    return "PXIeChassis(" + std::string(serial) + ", " + vendor + ", " + model + ")";
-  }
-  const std::string path = slotPathIdentity(description().pxiSys, fields_.section + "Slot2");
-  return "PXIChassis(" + vendor + ", " + model + ", " + path + ")";
+std::optional<std::string> readDescriptionFolder() {
+  tStatusRecord unread = makeStatus();
+  const tRegistryKey key = openPxiSaKey(unread);
+  statusReleaseText(unread);
+  if (!key.isOpen()) return std::nullopt;
+  char folder[260] = {};
+  std::uint32_t type = 0;
+  std::uint32_t size = sizeof folder;
+  const std::uint32_t error = key.queryValue("ChassisDescriptionFilePath", type, folder, size);
+  if (error != 0 || type != kRegistryText) return std::nullopt;
+  return std::string(std::begin(folder), std::find(std::begin(folder), std::end(folder), '\0'));
 }
 
-std::string Chassis::findDescriptionFile() const {
+// Empty when it can't be worked out, for whatever reason: that shows when the attribute is asked
+// for.
+std::string findDescriptionFile(const Chassis::tPlace& place) {
   try {
-    const std::string file = mergedItem("DescriptionFile");
-    return isFullPath(file) ? file : appendPath(readDescriptionFolder(), file);
+    const auto item =
+        mergedItemOf(place.number, place.sections, *place.description, "DescriptionFile");
+    if (!item) return {};
+    const std::string file = *item;
+    if (isFullPath(file)) return file;
+    const auto folder = readDescriptionFolder();
+    return folder ? appendPath(*folder, file) : std::string();
   } catch (const std::exception&) {
-    return {};  // shows when the attribute is asked for
+    return {};
   }
 }
 
-const char* Chassis::serialNumber(std::uint32_t attribute) const {
-  const tIniFile& pxieSys = description().pxieSys;
-  if (!pxieSys.hasSection(fields_.section)) raiseAttributeNotApplicable(attribute, OSTREL_HERE);
-  if (!pxieSys.hasItem(fields_.section, "SerialNumber")) {
-    raiseAttributeNotAvailable(attribute, OSTREL_HERE);
+}  // namespace
+
+const tResult<std::string>& identityOf(std::uint32_t number, const tDescription& description) {
+  return description.tablesOf(number).identity.get(
+      [&] { return makeIdentity(number, description.sections(chassisKey(number)), description); });
+}
+
+tResult<Chassis::tPlace> Chassis::find(std::uint32_t number, const tDescription& description) {
+  const tSectionPair sections = description.sections(chassisKey(number));
+  if (!sections) {
+    return tRefusal(kErrorUnknownItem, OSTREL_HERE)
+        .debug()
+        .name("missingSection", chassisKey(number))
+        .close()
+        .u32("chassisNumber", number)
+        .text("type", "chassis");
   }
-  return pxieSys.getValueText(fields_.section, "SerialNumber");
+  const auto& identity = identityOf(number, description);
+  if (!identity) return identity.refusal();
+  return tPlace{number, sections, &description, identity->c_str()};
+}
+
+Chassis::Chassis(const tPlace& place) : Chassis(place, findDescriptionFile(place)) {}
+
+Chassis::Chassis(const tPlace& place, std::string descriptionFile)
+    : place_(place),
+      descriptionFile_(std::move(descriptionFile)),
+      libraryLock_(tThrowingStatus<tFixedStatus>()) {}
+
+tResult<const char*> Chassis::mergedItem(tLiteral item) const {
+  return mergedItemOf(number(), place_.sections, description(), item);
+}
+
+tResult<tNumbers> Chassis::mergedNumbers(tLiteral item) const {
+  tNumbers numbers;
+  for (const tIniSection* const section : {place_.sections.classic, place_.sections.express}) {
+    const tIniItem* const list = description().pxiSys.findItem(section, item);
+    if (!list) continue;
+    const auto done = tIniFile::appendNumbersOf(*section, *list, numbers);
+    if (!done) return done.refusal();
+  }
+  sortWithoutRepeats(numbers);
+  return numbers;
+}
+
+tResult<const char*> Chassis::serialNumber(std::uint32_t attribute) const {
+  if (!place_.sections.express) return attributeNotApplicable(attribute, OSTREL_HERE);
+  const char* const serial =
+      description().pxieSys.findValueText(place_.sections.express, "SerialNumber");
+  if (!serial) return attributeNotAvailable(attribute, OSTREL_HERE);
+  return serial;
 }
 
 // A chassis without a trigger manager is asked about under the name "None".
-std::uint32_t Chassis::isTriggerManagerNative() const {
-  const char* identifier = "None";
-  try {
-    identifier = getStringAttribute(varmex_str_ChassisTriggerManagerIdentifier);
-  } catch (const corerr::ExceptionBase& exception) {
-    if (exception.record().code != varmex_errorInformationNotAvailable) throw;
+tResult<std::uint32_t> Chassis::isTriggerManagerNative() const {
+  const auto identifier = mergedItem("TriggerManager");
+  if (!identifier && identifier.refusal().code() != varmex_errorInformationNotAvailable) {
+    return identifier.refusal();
   }
-  const char* const model = getStringAttribute(varmex_str_ChassisModel);
-  const char* const vendor = getStringAttribute(varmex_str_ChassisVendor);
-  return isNativeTriggerManager(vendor, model, identifier) ? 1 : 0;
+  const auto model = mergedItem("Model");
+  if (!model) return model.refusal();
+  const auto vendor = mergedItem("Vendor");
+  if (!vendor) return vendor.refusal();
+  const auto isNative = isNativeTriggerManager(*vendor, *model, identifier ? *identifier : "None");
+  if (!isNative) return isNative.refusal();
+  return *isNative ? 1U : 0U;
 }
 
-const char* Chassis::triggerManagerLibrary() const {
+tResult<const char*> Chassis::triggerManagerLibrary() const {
   const std::lock_guard<tCriticalSection> held(libraryLock_);
   if (!triggerManagerLibrary_.empty()) return triggerManagerLibrary_.c_str();
-  const char* const identifier = getStringAttribute(varmex_str_ChassisTriggerManagerIdentifier);
+  const auto identifier = mergedItem("TriggerManager");
+  if (!identifier) return identifier.refusal();
   try {
-    triggerManagerLibrary_ = ServicesTreeUtil::getTriggerManagerLibrary(identifier);
+    triggerManagerLibrary_ = ServicesTreeUtil::getTriggerManagerLibrary(*identifier);
   } catch (const corerr::Exception& exception) {
     const std::int32_t code = exception.record().code;
     const bool meansNone = code == kStatusFileOpenFault.value ||
@@ -190,52 +219,48 @@ const char* Chassis::triggerManagerLibrary() const {
                            code == kStatusChildNotFound.value;
     if (!meansNone) throw;
   }
-  if (triggerManagerLibrary_.empty()) {
-    tFailure(kErrorTriggerManagerLibraryNotFound, OSTREL_HERE)
-        .debug()
-        .u32("attribute", varmex_str_ChassisTriggerManagerLibrary)
-        .raise();
-  }
-  return triggerManagerLibrary_.c_str();
+  if (!triggerManagerLibrary_.empty()) return triggerManagerLibrary_.c_str();
+  return tRefusal(kErrorTriggerManagerLibraryNotFound, OSTREL_HERE)
+      .debug()
+      .u32("attribute", varmex_str_ChassisTriggerManagerLibrary);
 }
 
-std::uint32_t Chassis::getU32Attribute(std::uint32_t attribute) const {
+tResult<std::uint32_t> Chassis::getU32Attribute(std::uint32_t attribute) const {
   switch (attribute) {
     case varmex_u32_ItemType: return varmex_itemType_Chassis;
-    case varmex_u32_ChassisNumber: return fields_.number;
+    case varmex_u32_ChassisNumber: return number();
     case varmex_u32_IsTriggerManagerNative: return isTriggerManagerNative();
-    default: raiseAttributeNotApplicable(attribute, OSTREL_HERE);
+    default: return attributeNotApplicable(attribute, OSTREL_HERE);
   }
 }
 
-const char* Chassis::getStringAttribute(std::uint32_t attribute) const {
+tResult<const char*> Chassis::getStringAttribute(std::uint32_t attribute) const {
   switch (attribute) {
     case varmex_str_ChassisVendor: return mergedItem("Vendor");
     case varmex_str_ChassisModel: return mergedItem("Model");
     case varmex_str_ChassisTriggerManagerIdentifier: return mergedItem("TriggerManager");
     case varmex_str_ChassisTriggerManagerLibrary: return triggerManagerLibrary();
     case varmex_str_ChassisSerialNumber: return serialNumber(attribute);
-    case varmex_str_ChassisIdentity: return fields_.identity.c_str();
+    case varmex_str_ChassisIdentity: return place_.identity;
     case varmex_str_ChassisDescriptionFile:
-      if (fields_.descriptionFile.empty()) raiseAttributeNotAvailable(attribute, OSTREL_HERE);
-      return fields_.descriptionFile.c_str();
+      if (descriptionFile_.empty()) return attributeNotAvailable(attribute, OSTREL_HERE);
+      return descriptionFile_.c_str();
     case varmex_str_ChassisTriggerBusList: return mergedItem("TriggerBusList");
-    default: raiseAttributeNotApplicable(attribute, OSTREL_HERE);
+    default: return attributeNotApplicable(attribute, OSTREL_HERE);
   }
 }
 
-std::unique_ptr<Item> Chassis::clone() const {
-  std::unique_ptr<Chassis> copy(new Chassis(fields_));
+tResult<std::unique_ptr<Item>> Chassis::clone() const {
+  std::unique_ptr<Chassis> copy(new Chassis(place_, descriptionFile_));
   const std::lock_guard<tCriticalSection> held(libraryLock_);
   copy->triggerManagerLibrary_ = triggerManagerLibrary_;
   return copy;
 }
 
-std::unique_ptr<Item> Chassis::openContainingItem(std::uint32_t) const {
-  tFailure(kErrorInvalidParameter, OSTREL_HERE)
+tResult<std::unique_ptr<Item>> Chassis::openContainingItem(std::uint32_t) const {
+  return tRefusal(kErrorInvalidParameter, OSTREL_HERE)
       .debug()
-      .text("message", "You cannot get the containing item for a chassis")
-      .raise();
+      .text("message", "You cannot get the containing item for a chassis");
 }
 
 bool Chassis::lessThan(const Item& other) const {
@@ -243,11 +268,13 @@ bool Chassis::lessThan(const Item& other) const {
   return number() < static_cast<const Chassis&>(other).number();
 }
 
-std::unique_ptr<Item> openChassisOrAbove(std::uint32_t kind, std::uint32_t chassisNumber,
-                                         const tDescription& description) {
-  auto chassis = std::make_unique<Chassis>(chassisNumber, description);
-  if (kind == varmex_itemType_Chassis) return chassis;
-  return chassis->openContainingItem(kind);
+tResult<std::unique_ptr<Item>> openChassisOrAbove(std::uint32_t kind, std::uint32_t chassisNumber,
+                                                  const tDescription& description) {
+  const auto place = Chassis::find(chassisNumber, description);
+  if (!place) return place.refusal();
+  auto chassis = std::make_unique<Chassis>(*place);
+  if (kind != varmex_itemType_Chassis) return chassis->openContainingItem(kind);
+  return chassis;
 }
 
 }  // namespace varmex

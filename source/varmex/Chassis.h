@@ -14,49 +14,53 @@ namespace varmex {
 // need under the chassis's lock and kept.
 class Chassis : public Item {
  public:
-  Chassis(std::uint32_t number, const tDescription& description);
-
-  std::uint32_t getU32Attribute(std::uint32_t attribute) const override;
-  const char* getStringAttribute(std::uint32_t attribute) const override;
-  std::unique_ptr<Item> clone() const override;
-  std::unique_ptr<Item> openContainingItem(std::uint32_t kind) const override;
-  bool lessThan(const Item& other) const override;
-  void acceptVisitor(ItemVisitor& visitor) const override;
-
-  std::uint32_t number() const { return fields_.number; }
-  const tDescription& description() const { return *fields_.description; }
-
-  // The numbers that an item of the chassis's section lists in either file, ascending, each once.
-  std::vector<std::uint32_t> mergedNumbers(const char* item) const;
-
- private:
-  struct tFields {
+  struct tPlace {
     std::uint32_t number;
+    tSectionPair sections;  // one at least
     const tDescription* description;
-    std::string section;
-    std::string identity;
-    std::string descriptionFile;  // empty when it could not be worked out
+    const char* identity;  // lives as long as the description
   };
 
-  explicit Chassis(const tFields& fields);
+  // Where the chassis stands; varmex_errorUnknownItem when neither file has it. One whose identity
+  // can't be formed is refused.
+  static tResult<tPlace> find(std::uint32_t number, const tDescription& description);
 
-  const char* mergedItem(const char* item) const;
-  const char* serialNumber(std::uint32_t attribute) const;
-  std::string makeIdentity() const;
-  std::string findDescriptionFile() const;
+  explicit Chassis(const tPlace& place);
 
-  std::uint32_t isTriggerManagerNative() const;
-  const char* triggerManagerLibrary() const;
+  tResult<std::uint32_t> getU32Attribute(std::uint32_t attribute) const override;
+  tResult<const char*> getStringAttribute(std::uint32_t attribute) const override;
+  tResult<std::unique_ptr<Item>> clone() const override;
+  tResult<std::unique_ptr<Item>> openContainingItem(std::uint32_t kind) const override;
+  bool lessThan(const Item& other) const override;
+  tResult<> acceptVisitor(ItemVisitor& visitor) const override;
 
-  tFields fields_;
+  std::uint32_t number() const { return place_.number; }
+  const tDescription& description() const { return *place_.description; }
+
+  // The numbers that an item of the chassis's section lists in either file, ascending, each once.
+  tResult<tNumbers> mergedNumbers(tLiteral item) const;
+
+ private:
+  Chassis(const tPlace& place, std::string descriptionFile);
+
+  tResult<const char*> mergedItem(tLiteral item) const;
+  tResult<const char*> serialNumber(std::uint32_t attribute) const;
+  tResult<std::uint32_t> isTriggerManagerNative() const;
+  tResult<const char*> triggerManagerLibrary() const;
+
+  tPlace place_;
+  std::string descriptionFile_;  // empty when it could not be worked out
   mutable tCriticalSection libraryLock_;
   mutable std::string triggerManagerLibrary_;  // empty until found, then never written again
 };
 
+// The identity of a chassis that one of the files has; it lives as long as the description.
+const tResult<std::string>& identityOf(std::uint32_t number, const tDescription& description);
+
 // What contains an item of the chassis: the chassis for its own kind; any other request is passed
 // on to it, which refuses.
-std::unique_ptr<Item> openChassisOrAbove(std::uint32_t kind, std::uint32_t chassisNumber,
-                                         const tDescription& description);
+tResult<std::unique_ptr<Item>> openChassisOrAbove(std::uint32_t kind, std::uint32_t chassisNumber,
+                                                  const tDescription& description);
 
 }  // namespace varmex
 

@@ -9,10 +9,10 @@ namespace varmex {
 
 Device::Device(const tDevicePlace& place, const tDeviceAddress& address,
                const tDescription& description)
-    : fields_{&description, place, address, slotKey(place.chassis, place.slot),
-              tSlotName("PXI", place.chassis, place.slot)} {}
+    : fields_{&description, place, address,
+              tShortName("PXI", place.chassis).add("Slot").add(place.slot)} {}
 
-std::uint32_t Device::getU32Attribute(std::uint32_t attribute) const {
+tResult<std::uint32_t> Device::getU32Attribute(std::uint32_t attribute) const {
   switch (attribute) {
     case varmex_u32_ItemType: return varmex_itemType_Device;
     case varmex_u32_ChassisNumber: return fields_.place.chassis;
@@ -25,11 +25,11 @@ std::uint32_t Device::getU32Attribute(std::uint32_t attribute) const {
     case varmex_u32_PeripheralModuleLinkWidthNegotiated:
       return moduleNumber("PeripheralModuleLinkWidthNegotiated");
     case varmex_u32_DeviceIsExpress: return fields_.place.isExpress;
-    default: raiseAttributeNotApplicable(attribute, OSTREL_HERE);
+    default: return attributeNotApplicable(attribute, OSTREL_HERE);
   }
 }
 
-const char* Device::getStringAttribute(std::uint32_t attribute) const {
+tResult<const char*> Device::getStringAttribute(std::uint32_t attribute) const {
   switch (attribute) {
     case varmex_str_DeviceVendor: return moduleText("Vendor");
     case varmex_str_DeviceModel: return moduleText("Model");
@@ -38,35 +38,43 @@ const char* Device::getStringAttribute(std::uint32_t attribute) const {
     case varmex_str_PeripheralModuleOccupiedSlotList:
       return moduleText("PeripheralModuleOccupiedSlotList");
     case varmex_str_DeviceName: return fields_.name.c_str();
-    default: raiseAttributeNotApplicable(attribute, OSTREL_HERE);
+    default: return attributeNotApplicable(attribute, OSTREL_HERE);
   }
 }
 
-void Device::requireExpress() const {
-  if (fields_.place.isExpress == 1) return;
-  tFailure(kErrorAttributeNotApplicable, OSTREL_HERE)
+// The section that tells of the module.
+tResult<tIniPlace> Device::module() const {
+  if (fields_.place.isExpress == 1) {
+    return fields_.description->pxieSys.placeOf(slotKey(fields_.place.chassis, fields_.place.slot));
+  }
+  return tRefusal(kErrorAttributeNotApplicable, OSTREL_HERE)
       .debug()
-      .text("message", "cannot query attribute on non express device")
-      .raise();
+      .text("message", "cannot query attribute on non express device");
 }
 
-std::uint32_t Device::moduleNumber(const char* item) const {
-  requireExpress();
-  return static_cast<std::uint32_t>(fields_.description->pxieSys.getNumber(fields_.section, item));
+tResult<std::uint32_t> Device::moduleNumber(tLiteral item) const {
+  return module().then([&](const tIniPlace& place) {
+    return asUnsigned(fields_.description->pxieSys.getNumber(place, item));
+  });
 }
 
-const char* Device::moduleText(const char* item) const {
-  requireExpress();
-  return fields_.description->pxieSys.getValueText(fields_.section, item);
+tResult<const char*> Device::moduleText(tLiteral item) const {
+  return module().then([&](const tIniPlace& place) {
+    return fields_.description->pxieSys.getValueText(place, item);
+  });
 }
 
-std::unique_ptr<Item> Device::clone() const { return std::unique_ptr<Item>(new Device(fields_)); }
+tResult<std::unique_ptr<Item>> Device::clone() const {
+  return std::unique_ptr<Item>(new Device(fields_));
+}
 
-std::unique_ptr<Item> Device::openContainingItem(std::uint32_t kind) const {
-  auto slot =
-      std::make_unique<Slot>(fields_.place.chassis, fields_.place.slot, *fields_.description);
-  if (kind == varmex_itemType_Slot) return slot;
-  return slot->openContainingItem(kind);
+tResult<std::unique_ptr<Item>> Device::openContainingItem(std::uint32_t kind) const {
+  const tDevicePlace& place = fields_.place;
+  const auto slotPlace = Slot::find(place.chassis, place.slot, *fields_.description);
+  if (!slotPlace) return slotPlace.refusal();
+  auto slot = std::make_unique<Slot>(*slotPlace);
+  if (kind != varmex_itemType_Slot) return slot->openContainingItem(kind);
+  return slot;
 }
 
 bool Device::lessThan(const Item& other) const {

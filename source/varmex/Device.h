@@ -21,27 +21,26 @@ class Device : public Item {
  public:
   Device(const tDevicePlace& place, const tDeviceAddress& address, const tDescription& description);
 
-  std::uint32_t getU32Attribute(std::uint32_t attribute) const override;
-  const char* getStringAttribute(std::uint32_t attribute) const override;
-  std::unique_ptr<Item> clone() const override;
-  std::unique_ptr<Item> openContainingItem(std::uint32_t kind) const override;
+  tResult<std::uint32_t> getU32Attribute(std::uint32_t attribute) const override;
+  tResult<const char*> getStringAttribute(std::uint32_t attribute) const override;
+  tResult<std::unique_ptr<Item>> clone() const override;
+  tResult<std::unique_ptr<Item>> openContainingItem(std::uint32_t kind) const override;
   bool lessThan(const Item& other) const override;
-  void acceptVisitor(ItemVisitor& visitor) const override;
+  tResult<> acceptVisitor(ItemVisitor& visitor) const override;
 
  private:
   struct tFields {
     const tDescription* description;
     tDevicePlace place;
     tDeviceAddress address;
-    tSlotName section;
-    tSlotName name;
+    tShortName name;
   };
 
   explicit Device(const tFields& fields) : fields_(fields) {}
 
-  std::uint32_t moduleNumber(const char* item) const;
-  const char* moduleText(const char* item) const;
-  void requireExpress() const;
+  tResult<std::uint32_t> moduleNumber(tLiteral item) const;
+  tResult<const char*> moduleText(tLiteral item) const;
+  tResult<tIniPlace> module() const;
 
   tFields fields_;
 };

@@ -4,18 +4,16 @@
 
 namespace varmex {
 
-void raiseAttributeNotApplicable(std::uint32_t attribute, const tSourcePosition& position) {
-  tFailure(kErrorAttributeNotApplicable, position)
+tRefusal attributeNotApplicable(std::uint32_t attribute, const tSourcePosition& position) {
+  return tRefusal(kErrorAttributeNotApplicable, position)
       .debug()
-      .i32("attribute", static_cast<std::int32_t>(attribute))
-      .raise();
+      .i32("attribute", static_cast<std::int32_t>(attribute));
 }
 
-void raiseAttributeNotAvailable(std::uint32_t attribute, const tSourcePosition& position) {
-  tFailure(kErrorInformationNotAvailable, position)
+tRefusal attributeNotAvailable(std::uint32_t attribute, const tSourcePosition& position) {
+  return tRefusal(kErrorInformationNotAvailable, position)
       .debug()
-      .i32("attribute", static_cast<std::int32_t>(attribute))
-      .raise();
+      .i32("attribute", static_cast<std::int32_t>(attribute));
 }
 
 }  // namespace varmex

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "ostrel/quarks/sourcePosition.h"
+#include "ostrel/quarks/result.h"
 #include "varmex/varmex.h"
 
 namespace varmex {
@@ -14,25 +14,27 @@ class Item;
 
 class ItemVisitor {
  public:
-  virtual void visit(const Item& item) = 0;
+  // A refusal ends the walk and is its answer.
+  virtual tResult<> visit(const Item& item) = 0;
 
  protected:
   ~ItemVisitor() = default;
 };
 
 // An item of the object model: a read-only view of the session's description, which must outlive
-// it. All operations may be called from any thread. Failures are exceptions.
+// it. All operations may be called from any thread. What the caller or the description is
+// the reason for is refused; what is out of the ordinary, as memory, is thrown.
 class Item : private boost::noncopyable {
  public:
   virtual ~Item() = default;
 
-  virtual std::uint32_t getU32Attribute(std::uint32_t attribute) const = 0;
+  virtual tResult<std::uint32_t> getU32Attribute(std::uint32_t attribute) const = 0;
 
   // The text lives as long as the item and its session.
-  virtual const char* getStringAttribute(std::uint32_t attribute) const = 0;
+  virtual tResult<const char*> getStringAttribute(std::uint32_t attribute) const = 0;
 
-  virtual std::unique_ptr<Item> clone() const = 0;
-  virtual std::unique_ptr<Item> openContainingItem(std::uint32_t kind) const = 0;
+  virtual tResult<std::unique_ptr<Item>> clone() const = 0;
+  virtual tResult<std::unique_ptr<Item>> openContainingItem(std::uint32_t kind) const = 0;
 
   // Orders by kind, then by the class's own keys. Two items of which neither is less are equal.
   virtual bool lessThan(const Item& other) const = 0;
@@ -42,18 +44,16 @@ class Item : private boost::noncopyable {
   }
 
   // Hands the visitor each item of the next level down, as a temporary.
-  virtual void acceptVisitor(ItemVisitor& visitor) const = 0;
+  virtual tResult<> acceptVisitor(ItemVisitor& visitor) const = 0;
 
-  std::uint32_t kind() const { return getU32Attribute(varmex_u32_ItemType); }
+  std::uint32_t kind() const { return *getU32Attribute(varmex_u32_ItemType); }
 };
 
-// What every getter raises for a number that its class does not serve.
-[[noreturn]] void raiseAttributeNotApplicable(std::uint32_t attribute,
-                                              const tSourcePosition& position);
+// What every getter answers for a number that its class does not serve.
+tRefusal attributeNotApplicable(std::uint32_t attribute, const tSourcePosition& position);
 
-// What a getter raises where the description lacks the attribute's value.
-[[noreturn]] void raiseAttributeNotAvailable(std::uint32_t attribute,
-                                             const tSourcePosition& position);
+// What a getter answers where the description lacks the attribute's value.
+tRefusal attributeNotAvailable(std::uint32_t attribute, const tSourcePosition& position);
 
 }  // namespace varmex
 

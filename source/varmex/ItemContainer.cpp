@@ -40,11 +40,11 @@ bool contains(std::uint32_t container, std::uint32_t kind) {
   return false;
 }
 
-std::uint32_t kindOf(std::uint32_t attribute) {
+tResult<std::uint32_t> kindOf(std::uint32_t attribute) {
   for (const tContainerAttribute& row : kContainerAttributes) {
     if (row.attribute == attribute) return row.kind;
   }
-  tFailure(kErrorAttributeNotApplicable, OSTREL_HERE).debug().u32("attr", attribute).raise();
+  return tRefusal(kErrorAttributeNotApplicable, OSTREL_HERE).debug().u32("attr", attribute);
 }
 
 bool isLess(const boost::shared_ptr<const Item>& a, const boost::shared_ptr<const Item>& b) {
@@ -55,13 +55,14 @@ class ItemCollector final : public ItemVisitor {
  public:
   explicit ItemCollector(std::uint32_t wantedKind) : wantedKind_(wantedKind) {}
 
-  void visit(const Item& item) override {
+  tResult<> visit(const Item& item) override {
     if (item.kind() == wantedKind_) {
-      if (isKnown(item)) return;
-      boost::shared_ptr<const Item> copy(item.clone().release());
-      items_.push_back(std::move(copy));
+      if (isKnown(item)) return kDone;
+      auto copy = item.clone();
+      if (!copy) return copy.refusal();
+      items_.emplace_back(copy->release());
     }
-    item.acceptVisitor(*this);
+    return item.acceptVisitor(*this);
   }
 
   // Of equal items the one that came first. Only devices come twice, and nothing is below them.
@@ -90,13 +91,15 @@ class ItemCollector final : public ItemVisitor {
 
 }  // namespace
 
-ItemContainer collectItems(const Item& item, std::uint32_t attribute) {
-  const std::uint32_t wantedKind = kindOf(attribute);
-  if (!contains(item.kind(), wantedKind)) {
-    tFailure(kErrorAttributeNotApplicable, OSTREL_HERE).raise();
+tResult<ItemContainer> collectItems(const Item& item, std::uint32_t attribute) {
+  const auto wantedKind = kindOf(attribute);
+  if (!wantedKind) return wantedKind.refusal();
+  if (!contains(item.kind(), *wantedKind)) {
+    return tRefusal(kErrorAttributeNotApplicable, OSTREL_HERE);
   }
-  ItemCollector collector(wantedKind);
-  item.acceptVisitor(collector);
+  ItemCollector collector(*wantedKind);
+  const auto done = item.acceptVisitor(collector);
+  if (!done) return done.refusal();
   return collector.takeItems();
 }
 

@@ -13,7 +13,7 @@ namespace varmex {
 using ItemContainer = std::vector<boost::shared_ptr<const Item>>;
 
 // Collects what varmex_getItemContainer lists for a container attribute.
-ItemContainer collectItems(const Item& item, std::uint32_t attribute);
+tResult<ItemContainer> collectItems(const Item& item, std::uint32_t attribute);
 
 }  // namespace varmex
 

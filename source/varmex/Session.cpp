@@ -104,15 +104,15 @@ std::optional<tDescriptionTexts> Session::readFiles(const tDescriptionKey* expec
   return texts;
 }
 
-std::uint32_t Session::getU32Attribute(std::uint32_t attribute) const {
+tResult<std::uint32_t> Session::getU32Attribute(std::uint32_t attribute) const {
   switch (attribute) {
     case varmex_u32_ItemType: return varmex_itemType_Session;
-    case varmex_u32_SessionIsCurrent: return isCurrent() ? 1 : 0;
-    default: raiseAttributeNotApplicable(attribute, OSTREL_HERE);
+    case varmex_u32_SessionIsCurrent: return isCurrent() ? 1U : 0U;
+    default: return attributeNotApplicable(attribute, OSTREL_HERE);
   }
 }
 
-const char* Session::getStringAttribute(std::uint32_t attribute) const {
+tResult<const char*> Session::getStringAttribute(std::uint32_t attribute) const {
   switch (attribute) {
     case varmex_str_PxiSysPath: return pxiSysPath_.c_str();
     case varmex_str_PxieSysPath: return pxieSysPath_.c_str();
@@ -121,30 +121,29 @@ const char* Session::getStringAttribute(std::uint32_t attribute) const {
     default: break;
   }
   // The key differs from that of the numeric attributes; clients look for both.
-  tFailure(kErrorAttributeNotApplicable, OSTREL_HERE)
+  return tRefusal(kErrorAttributeNotApplicable, OSTREL_HERE)
       .debug()
-      .i32("attr", static_cast<std::int32_t>(attribute))
-      .raise();
+      .i32("attr", static_cast<std::int32_t>(attribute));
 }
 
-std::unique_ptr<Item> Session::clone() const {
-  tFailure(kErrorFeatureUnsupported, OSTREL_HERE)
+tResult<std::unique_ptr<Item>> Session::clone() const {
+  return tRefusal(kErrorFeatureUnsupported, OSTREL_HERE)
       .debug()
-      .text("message", "VARMEX doesn't support cloning sessions.")
-      .raise();
+      .text("message", "VARMEX doesn't support cloning sessions.");
 }
 
-std::unique_ptr<Item> Session::openContainingItem(std::uint32_t) const {
-  tFailure(kErrorFeatureUnsupported, OSTREL_HERE)
+tResult<std::unique_ptr<Item>> Session::openContainingItem(std::uint32_t) const {
+  return tRefusal(kErrorFeatureUnsupported, OSTREL_HERE)
       .debug()
-      .text("message", "Sessions don't have containing items.")
-      .raise();
+      .text("message", "Sessions don't have containing items.");
 }
 
 bool Session::lessThan(const Item& other) const { return kind() < other.kind(); }
 
-std::unique_ptr<Item> Session::openDevice(const tDeviceAddress& address) const {
-  return std::make_unique<Device>(description_->devices.find(address), address, description());
+tResult<std::unique_ptr<Item>> Session::openDevice(const tDeviceAddress& address) const {
+  const auto place = description_->devices.find(address);
+  if (!place) return place.refusal();
+  return std::make_unique<Device>(*place, address, description());
 }
 
 }  // namespace varmex

@@ -21,17 +21,17 @@ class Session : public Item {
   Session();
   ~Session() override { delete observer_; }
 
-  std::uint32_t getU32Attribute(std::uint32_t attribute) const override;
-  const char* getStringAttribute(std::uint32_t attribute) const override;
-  std::unique_ptr<Item> clone() const override;
-  std::unique_ptr<Item> openContainingItem(std::uint32_t kind) const override;
+  tResult<std::uint32_t> getU32Attribute(std::uint32_t attribute) const override;
+  tResult<const char*> getStringAttribute(std::uint32_t attribute) const override;
+  tResult<std::unique_ptr<Item>> clone() const override;
+  tResult<std::unique_ptr<Item>> openContainingItem(std::uint32_t kind) const override;
   bool lessThan(const Item& other) const override;
-  void acceptVisitor(ItemVisitor& visitor) const override;
+  tResult<> acceptVisitor(ItemVisitor& visitor) const override;
 
   const tDescription& description() const { return description_->files; }
 
   // The device at an address. Bus and device number must be known; the function is taken as given.
-  std::unique_ptr<Item> openDevice(const tDeviceAddress& address) const;
+  tResult<std::unique_ptr<Item>> openDevice(const tDeviceAddress& address) const;
 
   // Blocks until the description changed, for at most that many milliseconds (0xFFFFFFFF: no
   // limit), or until the cancel. Any number of threads may wait.

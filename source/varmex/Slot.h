@@ -18,14 +18,20 @@ namespace varmex {
 // search is found once, under the slot's lock, and kept.
 class Slot : public Item {
  public:
-  Slot(std::uint32_t chassisNumber, std::uint32_t slotNumber, const tDescription& description);
+  using tPlace = tSlotPlace;
 
-  std::uint32_t getU32Attribute(std::uint32_t attribute) const override;
-  const char* getStringAttribute(std::uint32_t attribute) const override;
-  std::unique_ptr<Item> clone() const override;
-  std::unique_ptr<Item> openContainingItem(std::uint32_t kind) const override;
+  // Where the slot stands; varmex_errorUnknownItem when neither file has it.
+  static tResult<tSlotPlace> find(std::uint32_t chassisNumber, std::uint32_t slotNumber,
+                                  const tDescription& description);
+
+  explicit Slot(const tSlotPlace& place);
+
+  tResult<std::uint32_t> getU32Attribute(std::uint32_t attribute) const override;
+  tResult<const char*> getStringAttribute(std::uint32_t attribute) const override;
+  tResult<std::unique_ptr<Item>> clone() const override;
+  tResult<std::unique_ptr<Item>> openContainingItem(std::uint32_t kind) const override;
   bool lessThan(const Item& other) const override;
-  void acceptVisitor(ItemVisitor& visitor) const override;
+  tResult<> acceptVisitor(ItemVisitor& visitor) const override;
 
   const tSlotPlace& place() const { return place_; }
 
@@ -36,26 +42,29 @@ class Slot : public Item {
   template <class Record>
   class tCache {
    public:
-    template <class Find>
-    const Record& get(tCriticalSection& lock, Find find) {
-      if (const Record* record = ready_.load(std::memory_order_acquire)) return *record;
+    // `make` answers a tResult; what it refuses is not kept.
+    template <class Make>
+    tResult<const Record*> get(tCriticalSection& lock, Make make) {
+      if (const Record* record = ready_.load(std::memory_order_acquire)) return record;
       const std::lock_guard<tCriticalSection> held(lock);
       if (!owned_) {
         const std::uint64_t failures = transientFailures;
-        auto found = find();
-        if (transientFailures != failures) return answerForNow(std::move(found));
-        owned_ = std::move(found);
+        tResult<Record> made = make();
+        if (!made) return made.refusal();
+        auto record = std::make_unique<const Record>(std::move(*made));
+        if (transientFailures != failures) return answerForNow(std::move(record));
+        owned_ = std::move(record);
         ready_.store(owned_.get(), std::memory_order_release);
       }
-      return *owned_;
+      return owned_.get();
     }
 
    private:
-    const Record& answerForNow(std::unique_ptr<const Record> found) {
+    const Record* answerForNow(std::unique_ptr<const Record> record) {
       for (const auto& known : forNow_) {
-        if (*known == *found) return *known;
+        if (*known == *record) return known.get();
       }
-      return *forNow_.emplace_back(std::move(found));
+      return forNow_.emplace_back(std::move(record)).get();
     }
 
     std::unique_ptr<const Record> owned_;
@@ -63,34 +72,38 @@ class Slot : public Item {
     std::atomic<const Record*> ready_{nullptr};
   };
 
-  explicit Slot(const tSlotPlace& place);
+  tResult<const TriggerBusInfo*> triggerBus() const;
+  tResult<const tStarMatch*> starLine() const;
+  tResult<const tStarMatch*> starController() const;
+  tResult<const tStarMatch*> dstarSet() const;
+  tResult<const tStarMatch*> dstarController() const;
+  tResult<const StarTriggerInfo*> starNames(const tResult<const tStarMatch*>& star) const;
+  tResult<const DStarTriggerInfo*> dstarNames(const tResult<const tStarMatch*>& dstar) const;
 
-  const TriggerBusInfo& triggerBus() const;
-  const StarTriggerInfo& starTrigger() const;
-  const StarTriggerInfo& starLine() const;
-  const StarTriggerInfo& starController() const;
-  const DStarTriggerInfo& dstarTrigger() const;
-  const DStarTriggerInfo& dstarSet() const;
-  const DStarTriggerInfo& dstarController() const;
+  tIniPlace classicPlace() const { return placeOf(place_.sections.classic); }
+  tIniPlace expressPlace() const { return placeOf(place_.sections.express); }
+  tIniPlace placeOf(const tIniSection* section) const;
 
-  std::uint32_t slotType() const;
-  void requireType(std::uint32_t bits, const char* message) const;
-  std::uint32_t linkNumber(const char* item) const;
-  std::uint32_t systemLinkCount() const;
-  const char* systemSlotText(const char* item) const;
-  const char* localBusLeft() const;
-  const char* localBusRight() const;
-  const char* expressLocalBus(const char* item, std::uint32_t type, const char* message) const;
-  [[noreturn]] void raiseForType(const tErrorCode& code, std::uint32_t type, const char* message,
-                                 const tSourcePosition& position) const;
-  std::uint32_t occupyingModuleSlot() const;
-  std::uint32_t findOccupyingModule() const;
+  tResult<std::uint32_t> slotType() const;
+  tResult<> requireType(std::uint32_t bits, tLiteral message) const;
+  tResult<std::uint32_t> linkNumber(tLiteral item) const;
+  tResult<std::uint32_t> systemLinkCount() const;
+  tResult<std::uint32_t> rootBus() const;
+  tResult<const char*> slotPath() const;
+  tResult<const char*> systemSlotText(tLiteral item) const;
+  tResult<const char*> localBusLeft() const;
+  tResult<const char*> localBusRight() const;
+  tResult<const char*> expressLocalBus(tLiteral item, std::uint32_t type, tLiteral message) const;
+  tRefusal refusedForType(const tErrorCode& code, std::uint32_t type, tLiteral message,
+                          const tSourcePosition& position) const;
+  tResult<std::uint32_t> occupyingModuleSlot() const;
+  tResult<std::uint32_t> findOccupyingModule() const;
 
   tSlotPlace place_;
   mutable tCriticalSection lock_;
   mutable tCache<TriggerBusInfo> triggerBus_;
-  mutable tCache<StarTriggerInfo> starTrigger_;
-  mutable tCache<DStarTriggerInfo> dstarTrigger_;
+  mutable tCache<StarTriggerInfo> starNames_;
+  mutable tCache<DStarTriggerInfo> dstarNames_;
   mutable std::atomic<std::uint32_t> occupyingModule_{0};  // 0: not searched yet
 };
 

@@ -1,8 +1,6 @@
 #ifndef SOURCE_VARMEX_TRIGGERBRIDGE_H
 #define SOURCE_VARMEX_TRIGGERBRIDGE_H
 
-#include <string>
-
 #include "source/varmex/Item.h"
 #include "source/varmex/description.h"
 
@@ -11,31 +9,31 @@ namespace varmex {
 // A bridge that hands signals from one trigger bus of a chassis to another.
 class TriggerBridge : public Item {
  public:
-  TriggerBridge(std::uint32_t chassisNumber, std::uint32_t bridgeNumber,
-                const tDescription& description);
-
-  std::uint32_t getU32Attribute(std::uint32_t attribute) const override;
-  const char* getStringAttribute(std::uint32_t attribute) const override;
-  std::unique_ptr<Item> clone() const override;
-  std::unique_ptr<Item> openContainingItem(std::uint32_t kind) const override;
-  bool lessThan(const Item& other) const override;
-  void acceptVisitor(ItemVisitor& visitor) const override;
-
- private:
-  struct tFields {
+  struct tPlace {
     std::uint32_t chassis;
     std::uint32_t number;
+    std::uint32_t mapping;  // number of the section with the lines
     const tDescription* description;
-    std::string section;
-    std::string mappingSection;
   };
 
-  explicit TriggerBridge(const tFields& fields) : fields_(fields) {}
+  // Where the bridge stands; varmex_errorUnknownItem when neither file has it.
+  static tResult<tPlace> find(std::uint32_t chassisNumber, std::uint32_t bridgeNumber,
+                              const tDescription& description);
 
-  std::uint32_t busNumber(const char* item) const;
-  std::uint32_t lineMapping(const char* item) const;
+  explicit TriggerBridge(const tPlace& place) : place_(place) {}
 
-  tFields fields_;
+  tResult<std::uint32_t> getU32Attribute(std::uint32_t attribute) const override;
+  tResult<const char*> getStringAttribute(std::uint32_t attribute) const override;
+  tResult<std::unique_ptr<Item>> clone() const override;
+  tResult<std::unique_ptr<Item>> openContainingItem(std::uint32_t kind) const override;
+  bool lessThan(const Item& other) const override;
+  tResult<> acceptVisitor(ItemVisitor& visitor) const override;
+
+ private:
+  tResult<std::uint32_t> busNumber(tLiteral item) const;
+  tResult<std::uint32_t> lineMapping(tLiteral item) const;
+
+  tPlace place_;
 };
 
 }  // namespace varmex

@@ -1,8 +1,6 @@
 // The way down the model: what each class hands to a visitor. The classes themselves know only the
 // way up.
 
-#include <boost/make_shared.hpp>
-#include <boost/shared_ptr.hpp>
 #include <vector>
 
 #include "source/varmex/Chassis.h"
@@ -16,54 +14,85 @@ namespace varmex {
 
 namespace {
 
-using tItems = std::vector<boost::shared_ptr<const Item>>;
+// All places are found before the visitor sees the first item: a bad number ends the walk with
+// nothing seen.
+template <class Class, class Find>
+auto placesOf(const tNumbers& numbers, Find find) -> tResult<std::vector<typename Class::tPlace>> {
+  std::vector<typename Class::tPlace> places;
+  places.reserve(numbers.size());
+  for (const std::uint32_t number : numbers) {
+    const auto place = find(number);
+    if (!place) return place.refusal();
+    places.push_back(*place);
+  }
+  return places;
+}
 
-void handOver(const tItems& items, ItemVisitor& visitor) {
-  for (const auto& item : items) visitor.visit(*item);
+template <class Class>
+tResult<> handOver(const std::vector<typename Class::tPlace>& places, ItemVisitor& visitor) {
+  for (const auto& place : places) {
+    const auto done = visitor.visit(Class(place));
+    if (!done) return done.refusal();
+  }
+  return kDone;
 }
 
 }  // namespace
 
-void Session::acceptVisitor(ItemVisitor& visitor) const {
+tResult<> Session::acceptVisitor(ItemVisitor& visitor) const {
   auto numbers = description().pxieSysChassisNumbers();
-  numbers = sortedUnion(std::move(numbers), description().pxiSysChassisNumbers());
-  tItems items;
-  for (const std::uint32_t number : numbers) {
-    items.push_back(boost::make_shared<Chassis>(number, description()));
-  }
-  handOver(items, visitor);
+  if (!numbers) return numbers.refusal();
+  const auto classic = description().pxiSysChassisNumbers();
+  if (!classic) return classic.refusal();
+  numbers->insert(numbers->end(), classic->begin(), classic->end());
+  sortWithoutRepeats(*numbers);
+  const auto chassis = placesOf<Chassis>(
+      *numbers, [&](std::uint32_t number) { return Chassis::find(number, description()); });
+  if (!chassis) return chassis.refusal();
+  return handOver<Chassis>(*chassis, visitor);
 }
 
-// All items exist before the visitor sees the first: a bad number ends the walk with nothing seen.
-void Chassis::acceptVisitor(ItemVisitor& visitor) const {
-  tItems items;
-  for (const std::uint32_t slot : mergedNumbers("SlotList")) {
-    items.push_back(boost::make_shared<Slot>(number(), slot, description()));
-  }
-  for (const std::uint32_t bridge : mergedNumbers("TriggerBridgeList")) {
-    items.push_back(boost::make_shared<TriggerBridge>(number(), bridge, description()));
-  }
-  handOver(items, visitor);
+tResult<> Chassis::acceptVisitor(ItemVisitor& visitor) const {
+  const auto slotNumbers = mergedNumbers("SlotList");
+  if (!slotNumbers) return slotNumbers.refusal();
+  const auto slots = placesOf<Slot>(
+      *slotNumbers, [&](std::uint32_t slot) { return Slot::find(number(), slot, description()); });
+  if (!slots) return slots.refusal();
+  const auto bridgeNumbers = mergedNumbers("TriggerBridgeList");
+  if (!bridgeNumbers) return bridgeNumbers.refusal();
+  const auto bridges = placesOf<TriggerBridge>(*bridgeNumbers, [&](std::uint32_t bridge) {
+    return TriggerBridge::find(number(), bridge, description());
+  });
+  if (!bridges) return bridges.refusal();
+  const auto done = handOver<Slot>(*slots, visitor);
+  if (!done) return done.refusal();
+  return handOver<TriggerBridge>(*bridges, visitor);
 }
 
 // Unlike the device map this leaves no slot out.
-void Slot::acceptVisitor(ItemVisitor& visitor) const {
+tResult<> Slot::acceptVisitor(ItemVisitor& visitor) const {
   const tDescription& description = *place_.description;
   std::vector<tDeviceAddress> addresses;
   tDevicePlace place{place_.chassis, place_.slot, 0};
-  if (const char* names = description.pxieSys.findValueText(place_.section, "AddressInfo")) {
+  const char* const names =
+      description.pxieSys.findValueText(place_.sections.express, "AddressInfo");
+  if (names) {
     parseResourceNames(names, addresses);
     place.isExpress = 1;
-  } else if (const tIniSection* section = description.pxiSys.findSection(place_.section)) {
-    tFunctionWalk(description.pxiSys).walkSlotFunctions(*section, addresses);
+  } else if (place_.sections.classic) {
+    tFunctionWalk walk(description.pxiSys);
+    const auto done = walk.walkSlotFunctions(*place_.sections.classic, addresses);
+    if (!done) return done.refusal();
   }
   for (const tDeviceAddress& address : addresses) {
-    visitor.visit(Device(place, address, description));
+    const auto done = visitor.visit(Device(place, address, description));
+    if (!done) return done.refusal();
   }
+  return kDone;
 }
 
-void Device::acceptVisitor(ItemVisitor&) const {}
+tResult<> Device::acceptVisitor(ItemVisitor&) const { return kDone; }
 
-void TriggerBridge::acceptVisitor(ItemVisitor&) const {}
+tResult<> TriggerBridge::acceptVisitor(ItemVisitor&) const { return kDone; }
 
 }  // namespace varmex

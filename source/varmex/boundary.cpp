@@ -21,9 +21,7 @@ void reportWrapped(tStatusRecord& record, const tErrorCode& code, const tSourceP
   text.close();
 }
 
-}  // namespace
-
-void reportCurrentException(tStatusRecord& record, const tSourcePosition& position) {
+void reportTo(tStatusRecord& record, const tSourcePosition& position) {
   try {
     throw;
   } catch (const std::bad_alloc&) {
@@ -37,6 +35,28 @@ void reportCurrentException(tStatusRecord& record, const tSourcePosition& positi
   } catch (const corerr::ExceptionBase& exception) {
     statusMerge(record, exception.record());
   }
+}
+
+}  // namespace
+
+void reportCurrentException(tStatusRecord* record, const tSourcePosition& position) {
+  if (record) return reportTo(*record, position);
+  tStatusRecord discarded{};  // without a policy no text is written
+  reportTo(discarded, position);
+}
+
+// A reader's message is wrapped as its exceptions are.
+void reportRefusal(const tRefusal& refusal, tStatusRecord& record,
+                   const tSourcePosition& position) {
+  if (!refusal.isMessage()) return refusal.reportTo(record);
+  refusal.wrapped(kErrorInformationNotAvailable, position).reportTo(record);
+}
+
+void raise(const tRefusal& refusal) {
+  if (refusal.isMessage()) throw tIniException(refusal.message());
+  corerr::Exception exception;
+  refusal.reportTo(exception.record());
+  throw corerr::Exception(exception);
 }
 
 }  // namespace varmex

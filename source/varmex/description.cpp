@@ -1,41 +1,37 @@
 #include "source/varmex/description.h"
 
 #include <algorithm>
-#include <charconv>
 #include <functional>
 #include <utility>
 
 namespace varmex {
 
-std::vector<std::uint32_t> tDescription::pxiSysChassisNumbers() const {
+tResult<tNumbers> tDescription::pxiSysChassisNumbers() const {
   for (const char* section : {"System", "PXI System"}) {
-    if (pxiSys.hasSection(section)) return pxiSys.getNumberList(section, "ChassisList");
+    const tIniPlace place = pxiSys.placeOf(tShortName(section));
+    if (place.found) return pxiSys.getNumberList(place, "ChassisList");
   }
-  return {};
+  return tNumbers();
 }
 
-std::vector<std::uint32_t> tDescription::pxieSysChassisNumbers() const {
-  if (!pxieSys.hasSection("System")) return {};
-  return pxieSys.getNumberList("System", "ChassisList");
+tResult<tNumbers> tDescription::pxieSysChassisNumbers() const {
+  const tIniPlace place = pxieSys.placeOf(tShortName("System"));
+  if (!place.found) return tNumbers();
+  return pxieSys.getNumberList(place, "ChassisList");
 }
 
-tSlotName::tSlotName(std::string_view prefix, std::uint32_t chassis, std::uint32_t slot) {
-  constexpr std::string_view kSlot = "Slot";
-  char* const last = std::end(text_) - 1;
-  char* end = std::copy(prefix.begin(), prefix.end(), text_);
-  end = std::to_chars(end, last, chassis).ptr;
-  end = std::copy(kSlot.begin(), kSlot.end(), end);
-  end = std::to_chars(end, last, slot).ptr;
-  *end = '\0';
-  length_ = static_cast<std::uint8_t>(end - text_);
+const tChassisTables& tDescription::tablesOf(std::uint32_t chassis) const {
+  constexpr std::size_t kUsualSections = 16;  // of a chassis, at least
+  return tables_
+      .get([this] {
+        const auto count = pxiSys.store().sections().size() + pxieSys.store().sections().size();
+        return tTablesByChassis(count / kUsualSections);
+      })
+      .of(chassis);
 }
-
-std::string chassisKey(std::uint32_t chassis) { return "Chassis" + std::to_string(chassis); }
-
-tSlotName slotKey(std::uint32_t chassis, std::uint32_t slot) { return {"Chassis", chassis, slot}; }
 
 // By sorting, which no list can make slow.
-void dropRepeats(std::vector<std::uint32_t>& numbers, std::size_t first) {
+void dropRepeats(tNumbers& numbers, std::size_t first) {
   const auto begin = numbers.begin() + static_cast<std::ptrdiff_t>(first);
   const auto notAscending = std::greater_equal<std::uint32_t>();
   if (std::adjacent_find(begin, numbers.end(), notAscending) == numbers.end()) return;
@@ -51,17 +47,15 @@ void dropRepeats(std::vector<std::uint32_t>& numbers, std::size_t first) {
   for (const auto& [number, place] : places) numbers.push_back(number);
 }
 
-std::vector<std::uint32_t> withoutRepeats(std::vector<std::uint32_t> numbers) {
-  dropRepeats(numbers, 0);
+tResult<tNumbers> listedOnce(const tIniFile& file, const tIniPlace& place, tLiteral list) {
+  auto numbers = file.getNumberList(place, list);
+  if (numbers) dropRepeats(*numbers);
   return numbers;
 }
 
-std::vector<std::uint32_t> sortedUnion(std::vector<std::uint32_t> a,
-                                       const std::vector<std::uint32_t>& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  std::sort(a.begin(), a.end());
-  a.erase(std::unique(a.begin(), a.end()), a.end());
-  return a;
+void sortWithoutRepeats(tNumbers& numbers) {
+  std::sort(numbers.begin(), numbers.end());
+  numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
 }
 
 }  // namespace varmex

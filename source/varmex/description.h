@@ -2,60 +2,69 @@
 #define SOURCE_VARMEX_DESCRIPTION_H
 
 #include <cstdint>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "corpxiTools/iniFile.h"
+#include "source/varmex/chassisTables.h"
 
 namespace varmex {
+
+// A section that either file may hold, in each of them. Null where a file has none.
+struct tSectionPair {
+  const tIniSection* classic;
+  const tIniSection* express;
+
+  explicit operator bool() const { return classic || express; }
+};
 
 // The two description files. Items keep a reference to it.
 struct tDescription {
   tIniFile pxiSys;
   tIniFile pxieSys;
 
-  // The chassis that each file lists, in file order.
-  std::vector<std::uint32_t> pxiSysChassisNumbers() const;
-  std::vector<std::uint32_t> pxieSysChassisNumbers() const;
-
-  // The file that describes an item whose section either may hold, classic PXI first.
-  const tIniFile* firstWith(std::string_view section) const {
-    if (pxiSys.hasSection(section)) return &pxiSys;
-    return pxieSys.hasSection(section) ? &pxieSys : nullptr;
+  tSectionPair sections(std::string_view name) const {
+    return {pxiSys.findSection(name), pxieSys.findSection(name)};
   }
-};
 
-// The name of a slot behind a prefix, as in "Chassis1Slot2". Made for every slot and device of a
-// walk, so the text stands in the object.
-class tSlotName {
- public:
-  // The prefix is no longer than "Chassis".
-  tSlotName(std::string_view prefix, std::uint32_t chassis, std::uint32_t slot);
+  // The chassis that each file lists, in file order.
+  tResult<tNumbers> pxiSysChassisNumbers() const;
+  tResult<tNumbers> pxieSysChassisNumbers() const;
 
-  operator std::string_view() const { return {text_, length_}; }
-  const char* c_str() const { return text_; }
+  // What has been worked out of a chassis that one of the files has.
+  const tChassisTables& tablesOf(std::uint32_t chassis) const;
 
  private:
-  char text_[sizeof "Chassis4294967295Slot4294967295"];
-  std::uint8_t length_;
+  tOnceMade<tTablesByChassis> tables_;
 };
 
 // Section names, with their numbers in plain decimal.
-std::string chassisKey(std::uint32_t chassis);
-tSlotName slotKey(std::uint32_t chassis, std::uint32_t slot);
+inline tShortName chassisKey(std::uint32_t chassis) { return {"Chassis", chassis}; }
 
-// The numbers in their order, each at its first place alone. Walks that look for the first match,
-// or that enter everything they meet, answer the same for it, and a list that repeats itself costs
-// no more than its length.
-std::vector<std::uint32_t> withoutRepeats(std::vector<std::uint32_t> numbers);
+// The name of what a chassis has by that word and number, as in "Chassis1Slot2".
+inline tShortName chassisKey(std::uint32_t chassis, std::string_view word, std::uint32_t number) {
+  return chassisKey(chassis).add(word).add(number);
+}
 
-// The same for the numbers from `first` on, in place.
-void dropRepeats(std::vector<std::uint32_t>& numbers, std::size_t first);
+inline tShortName slotKey(std::uint32_t chassis, std::uint32_t slot) {
+  return chassisKey(chassis, "Slot", slot);
+}
 
-// The numbers in ascending order, each once.
-std::vector<std::uint32_t> sortedUnion(std::vector<std::uint32_t> a,
-                                       const std::vector<std::uint32_t>& b);
+// The numbers from `first` on in their order, each at its first place alone. Walks that look for
+// the first match, or that enter everything they meet, answer the same for it, and a list that
+// repeats itself costs no more than its length.
+void dropRepeats(tNumbers& numbers, std::size_t first = 0);
+
+// The numbers of a list that must be there, each once.
+tResult<tNumbers> listedOnce(const tIniFile& file, const tIniPlace& place, tLiteral list);
+
+// A number of a file as the slots and lines are numbered, negative ones modulo 2^32.
+inline tResult<std::uint32_t> asUnsigned(const tResult<std::int32_t>& number) {
+  if (!number) return number.refusal();
+  return static_cast<std::uint32_t>(*number);
+}
+
+// Into ascending order, each once.
+void sortWithoutRepeats(tNumbers& numbers);
 
 }  // namespace varmex
 

@@ -10,22 +10,22 @@ namespace varmex {
 
 namespace {
 
-constexpr std::string_view kFunctionList = "FunctionList";
-constexpr std::string_view kDeviceList = "DeviceList";
+constexpr tLiteral kFunctionList = "FunctionList";
+constexpr tLiteral kDeviceList = "DeviceList";
 
 // A "None" in either place marks a section that is only a step on the way to others.
-void recordFunctionAddress(const tIniSection& section, std::uint32_t function,
-                           std::vector<tDeviceAddress>& addresses) {
-  constexpr std::string_view kBus = "PCIBusNumber";
-  constexpr std::string_view kDevice = "PCIDeviceNumber";
-  const char* const bus = tIniFile::findValueText(section, kBus);
-  const char* const device = bus ? tIniFile::findValueText(section, kDevice) : nullptr;
-  if (!device || std::strcmp(bus, "None") == 0 || std::strcmp(device, "None") == 0) return;
-  const auto numberOf = [&section](const char* text, std::string_view item) {
-    return static_cast<std::uint32_t>(tIniFile::parseNumber(text, section.nameView(), item));
-  };
-  const std::uint32_t busNumber = numberOf(bus, kBus);
-  addresses.push_back({0, busNumber, numberOf(device, kDevice), function});
+tResult<> recordFunctionAddress(const tIniFile& file, const tIniSection& section,
+                                std::uint32_t function, std::vector<tDeviceAddress>& addresses) {
+  const tIniItem* const bus = file.findItem(&section, "PCIBusNumber");
+  const tIniItem* const device = bus ? file.findItem(&section, "PCIDeviceNumber") : nullptr;
+  if (!device) return kDone;
+  if (std::strcmp(bus->value, "None") == 0 || std::strcmp(device->value, "None") == 0) return kDone;
+  const auto busNumber = asUnsigned(tIniFile::numberOf(section, *bus));
+  if (!busNumber) return busNumber.refusal();
+  const auto deviceNumber = asUnsigned(tIniFile::numberOf(section, *device));
+  if (!deviceNumber) return deviceNumber.refusal();
+  addresses.push_back({0, *busNumber, *deviceNumber, function});
+  return kDone;
 }
 
 // Reads literal texts and numbers one behind the other; what does not fit is left where it is. A
@@ -76,49 +76,64 @@ std::optional<tDeviceAddress> parseResourceName(std::string_view token) {
 
 }  // namespace
 
+tResult<> tFunctionWalk::walkSlotFunctions(const tIniSection& section,
+                                           std::vector<tDeviceAddress>& addresses) {
+  const tIniItem* const functions = file_.findItem(&section, kFunctionList);
+  if (!functions) return recordFunctionAddress(file_, section, 0, addresses);
+  return descend(section, *functions, true).then([&](tNothing) { return walkLevels(addresses); });
+}
+
 // The tree is walked depth first with a stack of its own: the description decides how deep it goes,
 // and the caller's stack may be small.
-void tFunctionWalk::walkSlotFunctions(const tIniSection& section,
-                                      std::vector<tDeviceAddress>& addresses) {
-  const char* const functions = tIniFile::findValueText(section, kFunctionList);
-  if (!functions) {
-    recordFunctionAddress(section, 0, addresses);
-    return;
-  }
-  name_ = section.nameView();
-  descend(kFunctionList, functions, true);
+tResult<> tFunctionWalk::walkLevels(std::vector<tDeviceAddress>& addresses) {
   while (!levels_.empty()) {
     tLevel& level = levels_.back();
     if (level.next == numbers_.size()) {
       numbers_.resize(level.first);
       levels_.pop_back();
-    } else {
-      name_.resize(level.parentLength);
-      const std::uint32_t number = numbers_[level.next++];
-      level.areFunctions ? walkFunction(number, addresses) : walkBridgeDevice(number);
+      continue;
     }
+    const std::uint32_t number = numbers_[level.next++];
+    const auto done = level.areFunctions ? walkFunction(*level.parent, number, addresses)
+                                         : walkBridgeDevice(*level.parent, number);
+    if (!done) return done.refusal();
   }
+  return kDone;
 }
 
-void tFunctionWalk::walkFunction(std::uint32_t function, std::vector<tDeviceAddress>& addresses) {
-  name_.append("Function").append(std::to_string(function));
-  const tIniSection* const section = file_.findSection(name_);
-  if (!section) return;
-  recordFunctionAddress(*section, function, addresses);
-  const char* const devices = tIniFile::findValueText(*section, kDeviceList);
-  if (devices) descend(kDeviceList, devices, false);
+tResult<> tFunctionWalk::walkFunction(const tIniSection& parent, std::uint32_t function,
+                                      std::vector<tDeviceAddress>& addresses) {
+  const tIniSection* const section = findBelow(parent, {"Function", function});
+  if (!section) return kDone;
+  const auto done = recordFunctionAddress(file_, *section, function, addresses);
+  if (!done) return done.refusal();
+  const tIniItem* const devices = file_.findItem(section, kDeviceList);
+  return devices ? descend(*section, *devices, false) : kDone;
 }
 
-void tFunctionWalk::walkBridgeDevice(std::uint32_t device) {
-  name_.append("Device").append(std::to_string(device));
-  descend(kFunctionList, file_.getValueText(name_, kFunctionList), true);
+tResult<> tFunctionWalk::walkBridgeDevice(const tIniSection& parent, std::uint32_t device) {
+  const tShortName name("Device", device);
+  const tIniSection* const section = findBelow(parent, name);
+  const auto functions =
+      file_.getItem(section ? tIniPlace(*section) : tIniPlace(name, &parent), kFunctionList);
+  if (!functions) return functions.refusal();
+  return descend(*section, **functions, true);
 }
 
-void tFunctionWalk::descend(std::string_view list, const char* text, bool toFunctions) {
-  levels_.push_back({name_.size(), numbers_.size(), numbers_.size(), toFunctions});
-  tIniFile::parseNumberList(text, name_, list, numbers_);
+const tIniSection* tFunctionWalk::findBelow(const tIniSection& parent, const tShortName& name) {
+  name_.assign(parent.nameView()).append(name.view());
+  return file_.findSection(name_);
+}
+
+tResult<> tFunctionWalk::descend(const tIniSection& section, const tIniItem& list,
+                                 bool toFunctions) {
+  const std::size_t first = numbers_.size();
+  levels_.push_back({&section, first, first, toFunctions});
+  const auto done = tIniFile::appendNumbersOf(section, list, numbers_);
+  if (!done) return done.refusal();
   // A number named twice would walk all below it twice, and so on at every level.
-  dropRepeats(numbers_, levels_.back().first);
+  dropRepeats(numbers_, first);
+  return kDone;
 }
 
 void parseResourceNames(const char* text, std::vector<tDeviceAddress>& addresses) {

@@ -16,28 +16,31 @@ namespace varmex {
 
 // The tree of function sections below a slot section of the classic file: functions may hold bridge
 // devices that hold functions again, to any depth. One object serves for any number of slots of a
-// file, one after the other, and keeps its space in between. A walk that throws is its last.
+// file, one after the other, and keeps its space in between. A walk that is refused is its last.
 class tFunctionWalk {
  public:
   explicit tFunctionWalk(const tIniFile& file) : file_(file) {}
 
-  void walkSlotFunctions(const tIniSection& section, std::vector<tDeviceAddress>& addresses);
+  tResult<> walkSlotFunctions(const tIniSection& section, std::vector<tDeviceAddress>& addresses);
 
  private:
   // Sections that hang below one section and are still to be walked.
   struct tLevel {
-    std::size_t parentLength;  // of the section's name
-    std::size_t first;         // of their numbers
+    const tIniSection* parent;
+    std::size_t first;  // of their numbers
     std::size_t next;
     bool areFunctions;  // else bridge devices
   };
 
-  void walkFunction(std::uint32_t function, std::vector<tDeviceAddress>& addresses);
-  void walkBridgeDevice(std::uint32_t device);
-  void descend(std::string_view list, const char* text, bool toFunctions);
+  tResult<> walkLevels(std::vector<tDeviceAddress>& addresses);
+  tResult<> walkFunction(const tIniSection& parent, std::uint32_t function,
+                         std::vector<tDeviceAddress>& addresses);
+  tResult<> walkBridgeDevice(const tIniSection& parent, std::uint32_t device);
+  tResult<> descend(const tIniSection& section, const tIniItem& list, bool toFunctions);
+  const tIniSection* findBelow(const tIniSection& parent, const tShortName& name);
 
   const tIniFile& file_;
-  std::string name_;                    // of the section that the walk is at
+  std::string name_;                    // of the section that is looked for
   std::vector<tLevel> levels_;          // the last one is being walked
   std::vector<std::uint32_t> numbers_;  // of all levels
 };

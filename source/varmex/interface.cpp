@@ -9,11 +9,8 @@ using namespace varmex;
 namespace {
 
 // An argument that is refused before anything else is looked at.
-void reportInvalidParameter(tStatusRecord& record, const char* key, const char* message,
-                            const tSourcePosition& position) {
-  tFailureText text(record, kErrorInvalidParameter, position);
-  text.open("varmex_debug");
-  text.text(key, message);
+tRefusal invalidParameter(tLiteral key, tLiteral message, const tSourcePosition& position) {
+  return tRefusal(kErrorInvalidParameter, position).direct().debug().text(key, message);
 }
 
 constexpr std::uint32_t kSynchronize = 1;  // bit 0 of the flags
@@ -37,41 +34,44 @@ void synchronizeDescription(tStatusRecord* status, const tSourcePosition& positi
 varmex_Item* varmex_openPXISession(uint32_t flags, tStatusRecord* status) {
   const tCancellationOff uncancelled;
   if (flags & kSynchronize) synchronizeDescription(status, OSTREL_HERE);
-  return callAtBoundary(status, OSTREL_HERE, [](tStatusRecord&) {
+  return callAtBoundary(status, OSTREL_HERE, []() -> tResult<varmex_Item*> {
     return releaseToHandle(std::make_unique<Session>());
   });
 }
 
 varmex_Item* varmex_openChassisByNumber(varmex_Item* session, uint32_t chassisNumber,
                                         tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=](tStatusRecord&) {
-    const tDescription& description = checkedSession(session).description();
-    return releaseToHandle(std::make_unique<Chassis>(chassisNumber, description));
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_Item*> {
+    const auto object = checkedSession(session);
+    if (!object) return object.refusal();
+    const auto place = Chassis::find(chassisNumber, (*object)->description());
+    if (!place) return place.refusal();
+    return releaseToHandle(std::make_unique<Chassis>(*place));
   });
 }
 
 varmex_Item* varmex_openSlotByNumber(varmex_Item* chassis, uint32_t slotNumber,
                                      tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=](tStatusRecord&) {
-    const Chassis& object = checkedChassis(chassis);
-    return releaseToHandle(
-        std::make_unique<Slot>(object.number(), slotNumber, object.description()));
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_Item*> {
+    const auto object = checkedChassis(chassis);
+    if (!object) return object.refusal();
+    const auto place = Slot::find((*object)->number(), slotNumber, (*object)->description());
+    if (!place) return place.refusal();
+    return releaseToHandle(std::make_unique<Slot>(*place));
   });
 }
 
 // The arguments are looked at before the handle.
 varmex_Item* varmex_openDeviceByAddr(varmex_Item* session, const tDeviceAddress* address,
                                      tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=](tStatusRecord& record) -> varmex_Item* {
-    if (!address) {
-      reportInvalidParameter(record, "msg", "parameter addr is NULL", OSTREL_HERE);
-      return nullptr;
-    }
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_Item*> {
+    if (!address) return invalidParameter("msg", "parameter addr is NULL", OSTREL_HERE);
     if (address->reserved != 0) {
-      reportInvalidParameter(record, "msg", "reserved parameter must be set to 0", OSTREL_HERE);
-      return nullptr;
+      return invalidParameter("msg", "reserved parameter must be set to 0", OSTREL_HERE);
     }
-    return releaseToHandle(checkedSession(session).openDevice(*address));
+    const auto object = checkedSession(session);
+    if (!object) return object.refusal();
+    return releaseToHandle((*object)->openDevice(*address));
   });
 }
 
@@ -79,41 +79,53 @@ varmex_Item* varmex_openDeviceByAddr(varmex_Item* session, const tDeviceAddress*
 // is also the one in which a thread can be cancelled, while it sleeps.
 varmex_WaitResult varmex_waitForSessionInvalidation(varmex_Item* session, uint32_t timeout,
                                                     tStatusRecord* status) {
-  tDiscardedStatus discarded;
-  return callInsideBoundary(
-      status ? *status : discarded.record(), OSTREL_HERE,
-      [=](tStatusRecord&) { return checkedSession(session).waitForInvalidation(timeout); });
+  return callInsideBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_WaitResult> {
+    const auto object = checkedSession(session);
+    if (!object) return object.refusal();
+    return (*object)->waitForInvalidation(timeout);
+  });
 }
 
 void varmex_cancelWaitForInvalidation(varmex_Item* session) {
   const tCancellationOff uncancelled;
-  tDiscardedStatus discarded;
-  callInsideBoundary(discarded.record(), OSTREL_HERE,
-                     [=](tStatusRecord&) { checkedSession(session).cancelWait(); });
+  callInsideBoundary(nullptr, OSTREL_HERE, [=]() -> tResult<> {
+    const auto object = checkedSession(session);
+    if (object) (*object)->cancelWait();
+    return kDone;
+  });
 }
 
 varmex_Item* varmex_openContainingItem(varmex_Item* item, uint32_t kind, tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=](tStatusRecord&) {
-    return releaseToHandle(checkedItem(item).openContainingItem(kind));
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_Item*> {
+    const auto object = checkedItem(item);
+    if (!object) return object.refusal();
+    return releaseToHandle((*object)->openContainingItem(kind));
   });
 }
 
 uint32_t varmex_getU32Attribute(varmex_Item* item, uint32_t attribute, tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=](tStatusRecord&) {
-    return checkedItem(item).getU32Attribute(attribute);
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<std::uint32_t> {
+    const auto object = checkedItem(item);
+    if (!object) return object.refusal();
+    return (*object)->getU32Attribute(attribute);
   });
 }
 
 const char* varmex_getStringAttribute(varmex_Item* item, uint32_t attribute,
                                       tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=](tStatusRecord&) {
-    return checkedItem(item).getStringAttribute(attribute);
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<const char*> {
+    const auto object = checkedItem(item);
+    if (!object) return object.refusal();
+    return (*object)->getStringAttribute(attribute);
   });
 }
 
 varmex_Item* varmex_duplicate(varmex_Item* item, tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE,
-                        [=](tStatusRecord&) { return releaseToHandle(checkedItem(item).clone()); });
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_Item*> {
+    const auto object = checkedItem(item);
+    if (!object) return object.refusal();
+    return releaseToHandle((*object)->clone());
+  });
 }
 
 void varmex_close(varmex_Item* item) {
@@ -123,16 +135,21 @@ void varmex_close(varmex_Item* item) {
 
 varmex_ItemContainer* varmex_getItemContainer(varmex_Item* item, uint32_t attribute,
                                               tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=](tStatusRecord&) {
-    return releaseToHandle(
-        std::make_unique<ItemContainer>(collectItems(checkedItem(item), attribute)));
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_ItemContainer*> {
+    const auto object = checkedItem(item);
+    if (!object) return object.refusal();
+    auto items = collectItems(**object, attribute);
+    if (!items) return items.refusal();
+    return releaseToHandle(std::make_unique<ItemContainer>(std::move(*items)));
   });
 }
 
 varmex_ItemContainer* varmex_duplicateItemContainer(varmex_ItemContainer* container,
                                                     tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=](tStatusRecord&) {
-    return releaseToHandle(std::make_unique<ItemContainer>(checkedContainer(container)));
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_ItemContainer*> {
+    const auto items = checkedContainer(container);
+    if (!items) return items.refusal();
+    return releaseToHandle(std::make_unique<ItemContainer>(**items));
   });
 }
 
@@ -143,36 +160,37 @@ void varmex_destroyItemContainer(varmex_ItemContainer* container) {
 
 varmex_ItemIterator varmex_ItemIterator_begin(varmex_ItemContainer* container,
                                               tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=](tStatusRecord&) {
-    checkedContainer(container);
-    return varmex_ItemIterator{0};
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_ItemIterator> {
+    const auto items = checkedContainer(container);
+    if (!items) return items.refusal();
+    return 0U;
   });
 }
 
 varmex_ItemIterator varmex_ItemIterator_end(varmex_ItemContainer* container,
                                             tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=](tStatusRecord&) {
-    return varmex_ItemIterator{checkedContainer(container).size()};
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_ItemIterator> {
+    const auto items = checkedContainer(container);
+    if (!items) return items.refusal();
+    return (*items)->size();
   });
 }
 
 varmex_Item* varmex_ItemIterator_nextItem(varmex_ItemContainer* container,
                                           varmex_ItemIterator* position, tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=](tStatusRecord& record) -> varmex_Item* {
+  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_Item*> {
     if (!position) {
-      reportInvalidParameter(record, "message", "ItemIterator pointer cannot be null!",
-                             OSTREL_HERE);
-      return nullptr;
+      return invalidParameter("message", "ItemIterator pointer cannot be null!", OSTREL_HERE);
     }
-    const ItemContainer& items = checkedContainer(container);
-    if (*position >= items.size()) {
-      tFailure(kErrorIterationFailure, OSTREL_HERE)
+    const auto items = checkedContainer(container);
+    if (!items) return items.refusal();
+    if (*position >= (*items)->size()) {
+      return tRefusal(kErrorIterationFailure, OSTREL_HERE)
           .debug()
-          .text("message", "attempted iteration past end of container")
-          .raise();
+          .text("message", "attempted iteration past end of container");
     }
     // The position moves first: it has done so when the clone fails, too.
-    const Item& item = *items[*position];
+    const Item& item = *(**items)[*position];
     ++*position;
     return releaseToHandle(item.clone());
   });

@@ -4,12 +4,13 @@
 
 namespace varmex {
 
-varmex_Item* releaseToHandle(std::unique_ptr<Item> item) {
-  return reinterpret_cast<varmex_Item*>(item.release());
-}
-
 varmex_ItemContainer* releaseToHandle(std::unique_ptr<ItemContainer> container) {
   return reinterpret_cast<varmex_ItemContainer*>(container.release());
+}
+
+tResult<varmex_Item*> releaseToHandle(tResult<std::unique_ptr<Item>> item) {
+  if (!item) return item.refusal();
+  return reinterpret_cast<varmex_Item*>(item->release());
 }
 
 Item* itemOf(varmex_Item* handle) { return reinterpret_cast<Item*>(handle); }
@@ -18,31 +19,30 @@ ItemContainer* containerOf(varmex_ItemContainer* handle) {
   return reinterpret_cast<ItemContainer*>(handle);
 }
 
-const Item& checkedItem(varmex_Item* handle) {
-  if (!handle) tFailure(kErrorInvalidHandle, OSTREL_HERE).raise();
-  return *itemOf(handle);
+tResult<const Item*> checkedItem(varmex_Item* handle) {
+  if (handle) return itemOf(handle);
+  return tRefusal(kErrorInvalidHandle, OSTREL_HERE);
 }
 
-const Session& checkedSession(varmex_Item* handle) {
-  const auto* const session = dynamic_cast<const Session*>(&checkedItem(handle));
-  if (!session) tFailure(kErrorInvalidHandle, OSTREL_HERE).raise();
-  return *session;
+tResult<const Session*> checkedSession(varmex_Item* handle) {
+  const auto item = checkedItem(handle);
+  if (!item) return item.refusal();
+  if (const auto* const session = dynamic_cast<const Session*>(*item)) return session;
+  return tRefusal(kErrorInvalidHandle, OSTREL_HERE);
 }
 
-const Chassis& checkedChassis(varmex_Item* handle) {
-  const auto* const chassis = dynamic_cast<const Chassis*>(&checkedItem(handle));
-  if (!chassis) {
-    tFailure(kErrorInvalidHandle, OSTREL_HERE)
-        .debug()
-        .text("msg", "Handle is not a chassis handle.")
-        .raise();
-  }
-  return *chassis;
+tResult<const Chassis*> checkedChassis(varmex_Item* handle) {
+  const auto item = checkedItem(handle);
+  if (!item) return item.refusal();
+  if (const auto* const chassis = dynamic_cast<const Chassis*>(*item)) return chassis;
+  return tRefusal(kErrorInvalidHandle, OSTREL_HERE)
+      .debug()
+      .text("msg", "Handle is not a chassis handle.");
 }
 
-const ItemContainer& checkedContainer(varmex_ItemContainer* handle) {
-  if (!handle) tFailure(kErrorInvalidHandle, OSTREL_HERE).raise();
-  return *containerOf(handle);
+tResult<const ItemContainer*> checkedContainer(varmex_ItemContainer* handle) {
+  if (handle) return containerOf(handle);
+  return tRefusal(kErrorInvalidHandle, OSTREL_HERE);
 }
 
 }  // namespace varmex

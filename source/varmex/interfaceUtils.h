@@ -8,18 +8,18 @@
 
 namespace varmex {
 
-// Between handles and objects. The checks raise varmex_errorInvalidHandle.
+// Between handles and objects. The checks refuse with varmex_errorInvalidHandle.
 
-varmex_Item* releaseToHandle(std::unique_ptr<Item> item);
 varmex_ItemContainer* releaseToHandle(std::unique_ptr<ItemContainer> container);
+tResult<varmex_Item*> releaseToHandle(tResult<std::unique_ptr<Item>> item);
 
 Item* itemOf(varmex_Item* handle);
 ItemContainer* containerOf(varmex_ItemContainer* handle);
 
-const Item& checkedItem(varmex_Item* handle);
-const Session& checkedSession(varmex_Item* handle);
-const Chassis& checkedChassis(varmex_Item* handle);
-const ItemContainer& checkedContainer(varmex_ItemContainer* handle);
+tResult<const Item*> checkedItem(varmex_Item* handle);
+tResult<const Session*> checkedSession(varmex_Item* handle);
+tResult<const Chassis*> checkedChassis(varmex_Item* handle);
+tResult<const ItemContainer*> checkedContainer(varmex_ItemContainer* handle);
 
 }  // namespace varmex
 

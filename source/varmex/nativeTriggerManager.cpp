@@ -56,38 +56,36 @@ bool isListedAsForeign(const std::string& identifier) {
   }
 }
 
-bool isNativeByList(const std::string& identifier) {
-  constexpr const char* kAttribute = "varmex_str_ChassisTriggerManagerIdentifier";
-  if (identifier.empty()) {
-    tFailure(kErrorInformationConflict, OSTREL_HERE)
+tResult<bool> isNativeByList(const char* identifier) {
+  constexpr tLiteral kAttribute = "varmex_str_ChassisTriggerManagerIdentifier";
+  if (*identifier == '\0') {
+    return tRefusal(kErrorInformationConflict, OSTREL_HERE)
         .debug()
         .text("attribute", kAttribute)
-        .text("tmIdentifier", "<empty>")
-        .raise();
+        .text("tmIdentifier", "<empty>");
   }
   if (boost::algorithm::iequals(identifier, "None", std::locale::classic())) {
-    tFailure(kErrorInformationNotAvailable, OSTREL_HERE)
+    return tRefusal(kErrorInformationNotAvailable, OSTREL_HERE)
         .debug()
         .text("attribute", kAttribute)
-        .text("tmIdentifier", identifier)
-        .raise();
+        .text("tmIdentifier", identifier);
   }
   return !isListedAsForeign(identifier);
 }
 
 }  // namespace
 
-bool isNativeTriggerManager(const char* vendor, const char* model, const char* identifier) {
+tResult<bool> isNativeTriggerManager(const char* vendor, const char* model,
+                                     const char* identifier) {
   switch (getChassisTriggerManagerMode(vendor, model, identifier)) {
     case kModeZero:
     case kServiceLibraryMissing: return true;
     case kModeOther: return false;
     case kModeFunctionMissing: return isNativeByList(identifier);
     default:
-      tFailure(kErrorInformationNotAvailable, OSTREL_HERE)
+      return tRefusal(kErrorInformationNotAvailable, OSTREL_HERE)
           .debug()
-          .text("attribute", "varmex_u32_IsTriggerManagerNative")
-          .raise();
+          .text("attribute", "varmex_u32_IsTriggerManagerNative");
   }
 }
 

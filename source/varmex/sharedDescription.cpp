@@ -3,6 +3,8 @@
 #include <atomic>
 #include <memory>
 
+#include "source/varmex/boundary.h"
+
 namespace varmex {
 
 struct tDescriptionPlace {
@@ -24,8 +26,19 @@ tLoadedDescription::tLoadedDescription(tDescriptionTexts texts, const tDescripti
     : key(digests) {
   files.pxiSys.load(std::move(texts.pxiSys));
   files.pxieSys.load(std::move(texts.pxieSys));
-  devices.enterClassic(files.pxiSys, files.pxiSysChassisNumbers());
-  devices.enterExpress(files.pxieSys, files.pxieSysChassisNumbers());
+  const auto done = mapDevices();
+  // What is not loaded has no texts that a refusal could refer to on its way out.
+  if (!done) raise(done.refusal());
+}
+
+tResult<> tLoadedDescription::mapDevices() {
+  auto classic = files.pxiSysChassisNumbers();
+  if (!classic) return classic.refusal();
+  const auto done = devices.enterClassic(files.pxiSys, std::move(*classic));
+  if (!done) return done.refusal();
+  auto express = files.pxieSysChassisNumbers();
+  if (!express) return express.refusal();
+  return devices.enterExpress(files.pxieSys, std::move(*express));
 }
 
 tDescriptionUse tDescriptionUse::ofLatest() {

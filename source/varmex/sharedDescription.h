@@ -29,6 +29,9 @@ struct tLoadedDescription {
   const tDescriptionKey key;
   tDescription files;
   DeviceMap devices;
+
+ private:
+  tResult<> mapDevices();
 };
 
 struct tDescriptionPlace;

@@ -1,7 +1,5 @@
 #include "source/varmex/slotTriggers.h"
 
-#include <algorithm>
-
 #include "corpxiTools/fileSystem/registryKey.h"
 #include "source/varmex/Chassis.h"
 
@@ -9,35 +7,31 @@ namespace varmex {
 
 namespace {
 
-constexpr const char* kTriggerBus = "PXI_Trig";
-constexpr const char* kStar = "PXI_Star";
-constexpr const char* kDStar = "PXIe_DStar";
+constexpr tLiteral kTriggerBus = "PXI_Trig";
+constexpr tLiteral kStar = "PXI_Star";
+constexpr tLiteral kDStar = "PXIe_DStar";
+
+constexpr tLiteral kControllerSlot = "ControllerSlot";      // in the classic file
+constexpr tLiteral kSystemTimingSlot = "SystemTimingSlot";  // in the express file
 
 // One line more than a star trigger of today has; descriptions may use it.
 constexpr std::uint32_t kLastStarLine = 16;
 
-[[noreturn]] void raiseNothingFound(const tSlotPlace& place, const char* message,
-                                    const char* triggerType, const tSourcePosition& position) {
-  tFailure(kErrorNotConnected, position)
+tRefusal nothingFound(const tSlotPlace& place, tLiteral message, tLiteral triggerType,
+                      const tSourcePosition& position) {
+  return tRefusal(kErrorNotConnected, position)
       .debug()
       .text("debug_msg", message)
       .u32("slot_num", place.slot)
       .u32("chassis_num", place.chassis)
-      .text("trigBusType", triggerType)
-      .raise();
+      .text("trigBusType", triggerType);
 }
 
-[[noreturn]] void raiseNoList(const char* message, const char* triggerType,
-                              const tSourcePosition& position) {
-  tFailure(kErrorNotConnected, position)
+tRefusal noList(tLiteral message, tLiteral triggerType, const tSourcePosition& position) {
+  return tRefusal(kErrorNotConnected, position)
       .debug()
       .text("message", message)
-      .text("trigBusType", triggerType)
-      .raise();
-}
-
-bool holds(const std::vector<std::uint32_t>& numbers, std::uint32_t number) {
-  return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+      .text("trigBusType", triggerType);
 }
 
 // Always asked of the 32-bit view, whose key the driver's installer writes. A value of any type
@@ -54,162 +48,192 @@ bool usesStableBusNames() {
   return key.queryValue("PXITrigUseStableBusNameFormat", type, &flag, size) == 0 && flag > 0;
 }
 
-std::string chassisIdentity(const tSlotPlace& place) {
-  const Chassis chassis(place.chassis, *place.description);
-  return chassis.getStringAttribute(varmex_str_ChassisIdentity);
-}
-
-std::string triggerBusName(const tSlotPlace& place, const std::string& bus) {
-  const std::string identity = chassisIdentity(place);
-  if (usesStableBusNames()) return identity + "/TriggerBus" + bus;
-  return "PXIChassis" + std::to_string(place.chassis) + "TriggerBus" + bus;
+// What a match comes to. A place on a trigger bears the name of its chassis, so there is none where
+// the chassis's identity can't be formed.
+tResult<const tStarMatch*> matched(const tSlotPlace& place, const tStarMatch& match) {
+  const auto& identity = identityOf(place.chassis, *place.description);
+  if (!identity) return identity.refusal();
+  return &match;
 }
 
 // Fills in the names of a place on the trigger that `family` and the number name.
 template <class Info>
-std::unique_ptr<const Info> makeStarInfo(const tSlotPlace& place, const char* family,
-                                         const char* lineWord, tStarPlace found) {
-  const std::string trigger = chassisIdentity(place) + '/' + family + std::to_string(found.number);
-  if (found.line != kNoLine) found.lineName = trigger + lineWord + std::to_string(found.line);
-  if (found.controller) found.controllerName = trigger + "Controller";
-  return std::make_unique<const Info>(Info{std::move(found)});
+tResult<Info> starNames(const tSlotPlace& place, const char* family, const char* lineWord,
+                        const tStarMatch& match) {
+  const auto& identity = identityOf(place.chassis, *place.description);
+  if (!identity) return identity.refusal();
+  const std::string trigger = *identity + '/' + family + std::to_string(match.number);
+  Info names;
+  if (match.line != kNoLine) names.lineName = trigger + lineWord + std::to_string(match.line);
+  if (match.isController) names.controllerName = trigger + "Controller";
+  return names;
 }
 
-std::unique_ptr<const StarTriggerInfo> makeStar(const tSlotPlace& place, std::uint32_t number,
-                                                std::uint32_t line, bool controller) {
-  return makeStarInfo<StarTriggerInfo>(place, "StarTrigger", "Line",
-                                       {number, line, controller, {}, {}});
-}
-
-std::unique_ptr<const DStarTriggerInfo> makeDStar(const tSlotPlace& place, std::uint32_t number,
-                                                  std::uint32_t line, bool controller) {
-  return makeStarInfo<DStarTriggerInfo>(place, "DStarTrigger", "Set",
-                                        {number, line, controller, {}, {}});
-}
-
-bool namesSlot(const tIniFile& file, const std::string& section, const std::string& item,
-               const tSlotPlace& place) {
-  return static_cast<std::uint32_t>(file.getNumber(section, item)) == place.slot;
-}
-
-// Of two accepted names the first that exists, else the first.
-template <class Exists>
-std::string preferredName(std::string first, std::string second, Exists exists) {
-  if (!exists(first) && exists(second)) return second;
-  return first;
-}
-
-// The names that a differential star set goes by, in the spellings of two generations of writers.
-// The preferred controller name is the one without "Star", the preferred line name the one with it.
-class tDStarSection {
- public:
-  tDStarSection(const tIniFile& file, const std::string& chassis, std::uint32_t number)
-      : file_(file),
-        name_(preferredName(chassis + "StarSystemTimingSets" + std::to_string(number),
-                            chassis + "StarSystemTimingSet" + std::to_string(number),
-                            [&](const std::string& name) { return file.hasSection(name); })),
-        controller_(preferredItem("SystemTimingSlot", "StarSystemTimingSlot")) {}
-
-  bool hasLineTo(std::uint32_t line, const tSlotPlace& place) const {
-    const std::string number = std::to_string(line);
-    return names(preferredItem("StarSystemTimingSet" + number, "SystemTimingSet" + number), place);
+// A description without a bus list is incomplete, and the reader's own refusal says so.
+tSlotTable<std::uint32_t> readTriggerBuses(const tIniFile& file, std::uint32_t chassis) {
+  tSlotTable<std::uint32_t> table;
+  const tShortName owner = chassisKey(chassis);
+  const auto numbers = listedOnce(file, file.placeOf(owner), "TriggerBusList");
+  if (!numbers) return endedBy(table, numbers.refusal());
+  for (const std::uint32_t number : *numbers) {
+    const tIniPlace bus = file.placeOf(chassisKey(chassis, "TriggerBus", number));
+    if (!bus.found) continue;
+    const auto slots = file.getNumberList(bus, "SlotList");
+    if (!slots) return endedBy(table, slots.refusal());
+    for (const std::uint32_t slot : *slots) table.matches.insert(slot, number);
   }
+  return table;
+}
 
-  bool hasController(const tSlotPlace& place) const { return names(controller_, place); }
+tResult<std::uint32_t> slotNamedBy(const tIniSection& section, const tIniItem& item) {
+  return asUnsigned(tIniFile::numberOf(section, item));
+}
 
- private:
-  std::string preferredItem(std::string first, std::string second) const {
-    return preferredName(std::move(first), std::move(second),
-                         [&](const std::string& item) { return file_.hasItem(name_, item); });
+// A trigger must name its controller, even if the slot would be found on a later trigger; and a
+// slot that is both on a line and the controller of one trigger is reported on its line alone.
+tStarTable readStarTriggers(const tIniFile& file, std::uint32_t chassis, bool isExpress) {
+  tStarTable table;
+  const tIniPlace owner = file.placeOf(chassisKey(chassis));
+  table.hasList = file.hasItem(owner.found, "StarTriggerList");
+  if (!table.hasList) return table;
+  const auto numbers = listedOnce(file, owner, "StarTriggerList");
+  if (!numbers) return endedBy(table, numbers.refusal());
+  for (const std::uint32_t number : *numbers) {
+    const tIniPlace trigger = file.placeOf(chassisKey(chassis, "StarTrigger", number));
+    if (!trigger.found) continue;
+    for (std::uint32_t line = 0; line <= kLastStarLine; ++line) {
+      const tIniItem* const item = file.findItem(trigger.found, tShortName("PXI_STAR", line));
+      if (!item) continue;
+      const auto slot = slotNamedBy(*trigger.found, *item);
+      if (!slot) return endedBy(table, slot.refusal());
+      table.matches.insert(*slot, {number, line, false, false});
+    }
+    const auto controller =
+        asUnsigned(file.getNumber(trigger, isExpress ? kSystemTimingSlot : kControllerSlot));
+    if (!controller) return endedBy(table, controller.refusal());
+    table.matches.insert(*controller, {number, kNoLine, true, false});
   }
+  return table;
+}
 
-  bool names(const std::string& item, const tSlotPlace& place) const {
-    return file_.hasItem(name_, item) && namesSlot(file_, name_, item, place);
+// Of two accepted names what goes by the first, else what goes by the second. The preferred
+// controller name is the one without "Star", the preferred line name the one with it; writers of
+// two generations are behind that.
+const tIniItem* eitherItem(const tIniFile& file, const tIniSection* section, std::string_view first,
+                           std::string_view second) {
+  const tIniItem* const found = file.findItem(section, first);
+  return found ? found : file.findItem(section, second);
+}
+
+const tIniSection* dstarSection(const tIniFile& file, std::uint32_t chassis, std::uint32_t set) {
+  const tIniSection* const found =
+      file.findSection(chassisKey(chassis, "StarSystemTimingSets", set));
+  return found ? found : file.findSection(chassisKey(chassis, "StarSystemTimingSet", set));
+}
+
+// A set without a controller is passed over, and a slot that is both on a line and the controller
+// of one set is reported as both.
+tStarTable readDStarSets(const tIniFile& file, std::uint32_t chassis) {
+  tStarTable table;
+  const tIniPlace owner = file.placeOf(chassisKey(chassis));
+  table.hasList = file.hasItem(owner.found, "StarSystemTimingSetList");
+  if (!table.hasList) return table;
+  const auto numbers = listedOnce(file, owner, "StarSystemTimingSetList");
+  if (!numbers) return endedBy(table, numbers.refusal());
+  for (const std::uint32_t number : *numbers) {
+    const tIniSection* const section = dstarSection(file, chassis, number);
+    if (!section) continue;
+    const tIniItem* const item =
+        eitherItem(file, section, "SystemTimingSlot", "StarSystemTimingSlot");
+    const auto controller = item ? slotNamedBy(*section, *item) : tResult<std::uint32_t>(0U);
+    if (!controller) table.refusedControllers.insert(number, controller.refusal());
+    for (std::uint32_t line = 0; line <= kLastStarLine; ++line) {
+      const tIniItem* const lineItem =
+          eitherItem(file, section, tShortName("StarSystemTimingSet", line),
+                     tShortName("SystemTimingSet", line));
+      if (!lineItem) continue;
+      const auto slot = slotNamedBy(*section, *lineItem);
+      if (!slot) return endedBy(table, slot.refusal());
+      const bool isController = item && controller && *controller == *slot;
+      table.matches.insert(*slot, {number, line, isController, !controller});
+    }
+    if (!controller) return endedBy(table, controller.refusal());
+    if (item) table.matches.insert(*controller, {number, kNoLine, true, false});
   }
-
-  const tIniFile& file_;
-  std::string name_;
-  std::string controller_;
-};
+  return table;
+}
 
 }  // namespace
 
-void raiseNotConnected(const tSlotPlace& place, const char* triggerType,
-                       const tSourcePosition& position) {
-  tFailure(kErrorNotConnected, position)
+tRefusal notConnected(const tSlotPlace& place, tLiteral triggerType,
+                      const tSourcePosition& position) {
+  return tRefusal(kErrorNotConnected, position)
       .debug()
       .u32("slot_num", place.slot)
       .u32("chassis_num", place.chassis)
-      .text("trigBusType", triggerType)
-      .raise();
+      .text("trigBusType", triggerType);
 }
 
-// Reads the file that describes the slot. A description without a bus list is incomplete, and the
-// reader's own exception says so.
-std::unique_ptr<const TriggerBusInfo> findTriggerBus(const tSlotPlace& place) {
+// Asks the file that describes the slot.
+tResult<std::uint32_t> findTriggerBus(const tSlotPlace& place) {
   const tDescription& description = *place.description;
-  const tIniFile& file =
-      description.pxieSys.hasSection(place.section) ? description.pxieSys : description.pxiSys;
-  const std::string chassis = chassisKey(place.chassis);
-  for (const std::uint32_t number : withoutRepeats(file.getNumberList(chassis, "TriggerBusList"))) {
-    const std::string bus = std::to_string(number);
-    const std::string section = chassis + "TriggerBus" + bus;
-    if (!file.hasSection(section)) continue;
-    if (!holds(file.getNumberList(section, "SlotList"), place.slot)) continue;
-    return std::make_unique<const TriggerBusInfo>(
-        TriggerBusInfo{number, "TriggerBus" + bus, triggerBusName(place, bus)});
-  }
-  raiseNothingFound(place, "Could not find trigger bus information for slot", kTriggerBus,
-                    OSTREL_HERE);
+  const bool isExpress = place.sections.express != nullptr;
+  const tChassisTables& tables = description.tablesOf(place.chassis);
+  const auto& buses = (isExpress ? tables.expressBuses : tables.classicBuses).get([&] {
+    return readTriggerBuses(isExpress ? description.pxieSys : description.pxiSys, place.chassis);
+  });
+  if (const std::uint32_t* const bus = buses.find(place.slot)) return *bus;
+  if (buses.end) return *buses.end;
+  return nothingFound(place, "Could not find trigger bus information for slot", kTriggerBus,
+                      OSTREL_HERE);
 }
 
-// Reads the file that describes the chassis, PXI Express first. A trigger must name its controller,
-// even if the slot would be found on a later trigger; and a slot that is both on a line and the
-// controller of one trigger is reported on its line alone.
-std::unique_ptr<const StarTriggerInfo> findStarTrigger(const tSlotPlace& place) {
+// Asks the file that describes the chassis, PXI Express first.
+tResult<const tStarMatch*> findStarTrigger(const tSlotPlace& place) {
   const tDescription& description = *place.description;
-  const std::string chassis = chassisKey(place.chassis);
-  const bool isExpress = description.pxieSys.hasSection(chassis);
-  const tIniFile& file = isExpress ? description.pxieSys : description.pxiSys;
-  const char* const controller = isExpress ? "SystemTimingSlot" : "ControllerSlot";
-  if (!file.hasItem(chassis, "StarTriggerList")) {
-    raiseNoList("StarTriggerList item doesn't exist", kStar, OSTREL_HERE);
-  }
-  for (const std::uint32_t number :
-       withoutRepeats(file.getNumberList(chassis, "StarTriggerList"))) {
-    const std::string section = chassis + "StarTrigger" + std::to_string(number);
-    if (!file.hasSection(section)) continue;
-    for (std::uint32_t line = 0; line <= kLastStarLine; ++line) {
-      const std::string item = "PXI_STAR" + std::to_string(line);
-      if (file.hasItem(section, item) && namesSlot(file, section, item, place)) {
-        return makeStar(place, number, line, false);
-      }
-    }
-    if (namesSlot(file, section, controller, place)) return makeStar(place, number, kNoLine, true);
-  }
-  raiseNothingFound(place, "Could not find star trigger bus information for slot", kStar,
-                    OSTREL_HERE);
+  const tStarTable& stars = description.tablesOf(place.chassis).stars.get([&] {
+    const bool isExpress = description.pxieSys.hasSection(chassisKey(place.chassis));
+    return readStarTriggers(isExpress ? description.pxieSys : description.pxiSys, place.chassis,
+                            isExpress);
+  });
+  if (const tStarMatch* const star = stars.find(place.slot)) return matched(place, *star);
+  if (!stars.hasList) return noList("StarTriggerList item doesn't exist", kStar, OSTREL_HERE);
+  if (stars.end) return *stars.end;
+  return nothingFound(place, "Could not find star trigger bus information for slot", kStar,
+                      OSTREL_HERE);
 }
 
-// Reads the PXI Express file alone. A set without a controller is passed over, and a slot that is
-// both on a line and the controller of one set is reported as both.
-std::unique_ptr<const DStarTriggerInfo> findDStarTrigger(const tSlotPlace& place) {
+// Asks the PXI Express file alone.
+tResult<const tStarMatch*> findDStarTrigger(const tSlotPlace& place) {
   const tIniFile& file = place.description->pxieSys;
-  const std::string chassis = chassisKey(place.chassis);
-  if (!file.hasItem(chassis, "StarSystemTimingSetList")) {
-    raiseNoList("This slot isn't connected to DStar", kDStar, OSTREL_HERE);
-  }
-  for (const std::uint32_t number :
-       withoutRepeats(file.getNumberList(chassis, "StarSystemTimingSetList"))) {
-    const tDStarSection section(file, chassis, number);
-    for (std::uint32_t line = 0; line <= kLastStarLine; ++line) {
-      if (!section.hasLineTo(line, place)) continue;
-      return makeDStar(place, number, line, section.hasController(place));
-    }
-    if (section.hasController(place)) return makeDStar(place, number, kNoLine, true);
-  }
-  raiseNothingFound(place, "Could not find dstar trigger bus information for slot", kDStar,
-                    OSTREL_HERE);
+  const tStarTable& dstars = place.description->tablesOf(place.chassis).dstars.get([&] {
+    return readDStarSets(file, place.chassis);
+  });
+  const tStarMatch* const dstar = dstars.find(place.slot);
+  if (dstar && dstar->isRefused) return *dstars.refusedControllers.find(dstar->number);
+  if (dstar) return matched(place, *dstar);
+  if (!dstars.hasList) return noList("This slot isn't connected to DStar", kDStar, OSTREL_HERE);
+  if (dstars.end) return *dstars.end;
+  return nothingFound(place, "Could not find dstar trigger bus information for slot", kDStar,
+                      OSTREL_HERE);
+}
+
+tResult<TriggerBusInfo> nameTriggerBus(const tSlotPlace& place, std::uint32_t bus) {
+  const auto& identity = identityOf(place.chassis, *place.description);
+  if (!identity) return identity.refusal();
+  const std::string number = std::to_string(bus);
+  return TriggerBusInfo{bus, "TriggerBus" + number,
+                        usesStableBusNames()
+                            ? *identity + "/TriggerBus" + number
+                            : "PXIChassis" + std::to_string(place.chassis) + "TriggerBus" + number};
+}
+
+tResult<StarTriggerInfo> nameStarTrigger(const tSlotPlace& place, const tStarMatch& match) {
+  return starNames<StarTriggerInfo>(place, "StarTrigger", "Line", match);
+}
+
+tResult<DStarTriggerInfo> nameDStarTrigger(const tSlotPlace& place, const tStarMatch& match) {
+  return starNames<DStarTriggerInfo>(place, "DStarTrigger", "Set", match);
 }
 
 }  // namespace varmex

@@ -2,7 +2,6 @@
 #define SOURCE_VARMEX_SLOTTRIGGERS_H
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
 #include "source/varmex/description.h"
@@ -14,7 +13,7 @@ namespace varmex {
 struct tSlotPlace {
   std::uint32_t chassis;
   std::uint32_t slot;
-  tSlotName section;
+  tSectionPair sections;  // one at least
   const tDescription* description;
 };
 
@@ -26,34 +25,33 @@ struct TriggerBusInfo {
   bool operator==(const TriggerBusInfo&) const = default;
 };
 
-inline constexpr std::uint32_t kNoLine = 0xFFFFFFFF;
-
-// Where a slot stands on a point-to-point trigger.
-struct tStarPlace {
-  std::uint32_t number;
-  std::uint32_t line;  // kNoLine when the slot holds none
-  bool controller;
+// The names of a slot's place on a point-to-point trigger.
+struct tStarNames {
   std::string lineName;        // empty without a line
   std::string controllerName;  // empty unless the slot is the controller
 
-  bool operator==(const tStarPlace&) const = default;
+  bool operator==(const tStarNames&) const = default;
 };
 
-struct StarTriggerInfo : tStarPlace {};
-struct DStarTriggerInfo : tStarPlace {};
+struct StarTriggerInfo : tStarNames {};
+struct DStarTriggerInfo : tStarNames {};
 
-// The three families of trigger lines that a slot may touch. Each walk raises
-// varmex_errorNotConnected when the slot does not touch its family, and lets the reader's
-// exceptions through. They differ on purpose, in the file they read, in what a missing item means
-// and in what they report of a controller; existing descriptions and clients rely on each
-// difference.
-std::unique_ptr<const TriggerBusInfo> findTriggerBus(const tSlotPlace& place);
-std::unique_ptr<const StarTriggerInfo> findStarTrigger(const tSlotPlace& place);
-std::unique_ptr<const DStarTriggerInfo> findDStarTrigger(const tSlotPlace& place);
+// The three families of trigger lines that a slot may touch. Each search refuses with
+// varmex_errorNotConnected when the slot does not touch its family, and lets the reader's refusals
+// through. They differ on purpose, in the file they read, in what a missing item means and in what
+// they report of a controller; existing descriptions and clients rely on each difference.
+tResult<std::uint32_t> findTriggerBus(const tSlotPlace& place);
+tResult<const tStarMatch*> findStarTrigger(const tSlotPlace& place);
+tResult<const tStarMatch*> findDStarTrigger(const tSlotPlace& place);
+
+// The names that go with what was found.
+tResult<TriggerBusInfo> nameTriggerBus(const tSlotPlace& place, std::uint32_t bus);
+tResult<StarTriggerInfo> nameStarTrigger(const tSlotPlace& place, const tStarMatch& match);
+tResult<DStarTriggerInfo> nameDStarTrigger(const tSlotPlace& place, const tStarMatch& match);
 
 // varmex_errorNotConnected for one kind of line of a slot.
-[[noreturn]] void raiseNotConnected(const tSlotPlace& place, const char* triggerType,
-                                    const tSourcePosition& position);
+tRefusal notConnected(const tSlotPlace& place, tLiteral triggerType,
+                      const tSourcePosition& position);
 
 }  // namespace varmex
 

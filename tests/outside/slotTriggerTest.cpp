@@ -41,6 +41,62 @@ TEST_F(tSlotTrigger, theFirstBusOfTheListCounts) {
   EXPECT_EQ(status_.code(), 0);
 }
 
+// What a walk would not have come to does not count, whichever slot asks first.
+TEST_F(tSlotTrigger, refusalsCountForSlotsThatNoMatchCameAheadOf) {
+  const struct {
+    std::uint32_t attribute;
+    const char* lines;
+    const char* message;
+  } cases[] = {
+      {varmex_u32_TriggerBusNumber,
+       "TriggerBusList=1,2,3\n[Chassis1TriggerBus1]\nSlotList=3\n[Chassis1TriggerBus2]\nX=1\n"
+       "[Chassis1TriggerBus3]\nSlotList=3,4\n",
+       "Section Chassis1TriggerBus2 item: SlotList not found"},
+      {varmex_u32_StarTriggerNumber,
+       "StarTriggerList=1\n[Chassis1StarTrigger1]\nPXI_STAR0=3\nPXI_STAR5=x\nPXI_STAR6=4\n"
+       "SystemTimingSlot=4\n",
+       "The value in section Chassis1StarTrigger1 item PXI_STAR5 is invalid"},
+      {varmex_u32_DStarTriggerNumber,
+       "StarSystemTimingSetList=1\n[Chassis1StarSystemTimingSet1]\nSystemTimingSet0=3\n"
+       "SystemTimingSet5=\" \"\nSystemTimingSet6=4\nStarSystemTimingSlot=4\n",
+       "Section Chassis1StarSystemTimingSet1 item: SystemTimingSet5 not found"},
+      {varmex_u32_OccupyingModuleSlot,
+       "SlotList=2,3,4\n[Chassis1Slot2]\nPeripheralModuleOccupiedSlotList=3\n"
+       "[Chassis1Slot3]\nPeripheralModuleOccupiedSlotList=3,\n"
+       "[Chassis1Slot4]\nPeripheralModuleOccupiedSlotList=4\n",
+       "The number list in section Chassis1Slot3 item PeripheralModuleOccupiedSlotList is "
+       "invalid."},
+  };
+  for (const auto& [attribute, lines, message] : cases) {
+    for (const bool refusedFirst : {true, false}) {
+      express(lines);
+      for (const bool refused : {refusedFirst, !refusedFirst, refusedFirst}) {
+        const std::uint32_t answer = number(slot(1, refused ? 4 : 3), attribute);
+        if (refused) {
+          EXPECT_TRUE(notFound(message));
+        } else {
+          EXPECT_EQ(answer, attribute == varmex_u32_OccupyingModuleSlot ? 2U : 1U) << lines;
+        }
+      }
+    }
+  }
+}
+
+TEST_F(tSlotTrigger, aControllerThatIsNoNumberRefusesTheSlotsOfItsSet) {
+  express(
+      "StarSystemTimingSetList=1,2\n"
+      "[Chassis1StarSystemTimingSets1]\nStarSystemTimingSet0=2\nSystemTimingSlot=2\n"
+      "[Chassis1StarSystemTimingSets2]\nStarSystemTimingSet0=3\nStarSystemTimingSet1=y\n"
+      "SystemTimingSlot=z\n");
+  EXPECT_EQ(number(slot(1, 2), varmex_u32_DStarTriggerNumber), 1U);
+  number(slot(1, 3), varmex_u32_DStarTriggerNumber);
+  EXPECT_TRUE(notFound(
+      "The value in section Chassis1StarSystemTimingSets2 item SystemTimingSlot is invalid"));
+  number(slot(1, 4), varmex_u32_DStarTriggerNumber);
+  EXPECT_TRUE(notFound(
+      "The value in section Chassis1StarSystemTimingSets2 item StarSystemTimingSet1 is invalid"));
+}
+
 TEST_F(tSlotTrigger, aBusIsReadWhereTheSlotStands) {
   describe(std::string(kClassicChassis) + "TriggerBusList=1\n[Chassis1TriggerBus1]\nSlotList=3\n" +
                kClassicSlots,

@@ -175,47 +175,53 @@ std::string_view tCheckedFile::lineText(std::uint32_t number) const {
 
 std::optional<std::string> tCheckedFile::text(const std::string& section,
                                               const std::string& item) const {
-  const char* const value = ini_.findValueText(section, item);
+  const char* const value = ini_.findValueText(ini_.findSection(section), item);
   return value ? std::optional<std::string>(value) : std::nullopt;
 }
 
-template <class Read>
-auto tCheckedFile::readAs(const char* id, const char* complaint, const std::string& section,
-                          const std::string& item, Read read) const {
-  tReading<decltype(read())> reading;
-  try {
-    reading.value = read();
-  } catch (const varmex::tIniException& error) {
-    const auto value = text(section, item);
-    reading.id = value ? id : "missing-item";
-    reading.refusal = readerRefusal(error.what());
-    if (value) {
-      reading.message = '"' + *value + "\" is " + complaint;
-    } else if (valueless_.contains({section, item})) {
-      reading.message = item + " is missing: the line gives it no value";
-    } else {
-      reading.message = item + " is missing";
-    }
+template <class Value, class Read>
+tReading<Value> tCheckedFile::readAs(const char* id, const char* complaint,
+                                     const std::string& section, const std::string& item,
+                                     Read read) const {
+  tReading<Value> reading;
+  const varmex::tIniSection* const place = ini_.findSection(section);
+  const varmex::tIniItem* const found = ini_.findItem(place, item);
+  if (!found) {
+    reading.id = "missing-item";
+    reading.refusal = itemNotFound(section, item);
+    reading.message =
+        item + (valueless_.contains({section, item}) ? " is missing: the line gives it no value"
+                                                     : " is missing");
+    return reading;
+  }
+  const varmex::tResult<Value> value = read(*place, *found);
+  if (value) {
+    reading.value = *value;
+  } else {
+    reading.id = id;
+    reading.refusal = readerRefusal(value.refusal().message());
+    reading.message = '"' + std::string(found->value) + "\" is " + complaint;
   }
   return reading;
 }
 
 tReading<std::int32_t> tCheckedFile::number(const std::string& section,
                                             const std::string& item) const {
-  return readAs("bad-number", "no decimal number of 32 bits", section, item,
-                [&] { return ini_.getNumber(section, item); });
+  return readAs<std::int32_t>("bad-number", "no decimal number of 32 bits", section, item,
+                              varmex::tIniFile::numberOf);
 }
 
 tReading<std::uint32_t> tCheckedFile::unsignedNumber(const std::string& section,
                                                      const std::string& item) const {
-  return readAs("bad-number",
-                "no number of 32 bits in decimal, behind 0x in hexadecimal or behind 0 in octal",
-                section, item, [&] { return ini_.getUnsigned(section, item); });
+  return readAs<std::uint32_t>(
+      "bad-number",
+      "no number of 32 bits in decimal, behind 0x in hexadecimal or behind 0 in octal", section,
+      item, varmex::tIniFile::unsignedOf);
 }
 
 tReading<tNumbers> tCheckedFile::list(const std::string& section, const std::string& item) const {
-  return readAs("bad-list", "no list of numbers between commas", section, item,
-                [&] { return ini_.getNumberList(section, item); });
+  return readAs<tNumbers>("bad-list", "no list of numbers between commas", section, item,
+                          varmex::tIniFile::numbersOf);
 }
 
 tPosition tCheckedFile::at(const std::string& section, const std::string& item) const {

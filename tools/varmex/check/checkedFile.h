@@ -40,7 +40,7 @@ class tCheckedFile {
   bool exists() const { return exists_; }
   bool hasSection(const std::string& section) const { return ini_.hasSection(section); }
   bool hasItem(const std::string& section, const std::string& item) const {
-    return ini_.hasItem(section, item);
+    return ini_.hasItem(ini_.findSection(section), item);
   }
   std::vector<std::string> sections() const;
 
@@ -69,9 +69,9 @@ class tCheckedFile {
   void takeLines();
   bool checkEncoding(tFindings& findings) const;
   std::uint32_t editorLine(std::uint32_t readerLine) const;
-  template <class Read>
-  auto readAs(const char* id, const char* complaint, const std::string& section,
-              const std::string& item, Read read) const;
+  template <class Value, class Read>
+  tReading<Value> readAs(const char* id, const char* complaint, const std::string& section,
+                         const std::string& item, Read read) const;
 
   const char* name_;
   std::string path_;

@@ -14,10 +14,31 @@ void readIfThere(const std::string& path, varmex::tIniFile& file) {
   if (std::filesystem::exists(path)) file.read(path);
 }
 
+// What `read` makes of an item.
+template <class Read>
+auto valueOf(const varmex::tIniFile& file, const std::string& section, const std::string& item,
+             Read read) {
+  const varmex::tIniSection* const place = file.findSection(section);
+  const varmex::tIniItem* const found = file.findItem(place, item);
+  if (!found) throw varmex::tIniException("Section " + section + " item: " + item + " not found");
+  const auto value = read(*place, *found);
+  if (!value) throw varmex::tIniException(value.refusal().message());
+  return *value;
+}
+
+std::uint32_t unsignedOf(const varmex::tIniFile& file, const std::string& section,
+                         const std::string& item) {
+  return valueOf(file, section, item, varmex::tIniFile::unsignedOf);
+}
+
+tNumbers listOf(const varmex::tIniFile& file, const std::string& section, const std::string& item) {
+  return valueOf(file, section, item, varmex::tIniFile::numbersOf);
+}
+
 void addList(const varmex::tIniFile& file, const std::string& section, const char* item,
              std::set<std::uint32_t>& numbers) {
-  if (!file.hasItem(section, item)) return;
-  const tNumbers list = file.getNumberList(section, item);
+  if (!file.hasItem(file.findSection(section), item)) return;
+  const tNumbers list = listOf(file, section, item);
   numbers.insert(list.begin(), list.end());
 }
 
@@ -67,7 +88,7 @@ tListing::tBridge tListing::openBridge(std::uint32_t chassis, std::uint32_t numb
   }
   // The classic file alone, as the library does.
   bridge.mapping_ = chassisSection(chassis) + "LineMappingSpec" +
-                    std::to_string(classic_.getUnsigned(bridge.section_, "LineMappingSpec"));
+                    std::to_string(unsignedOf(classic_, bridge.section_, "LineMappingSpec"));
   return bridge;
 }
 
@@ -76,9 +97,9 @@ std::uint32_t tListing::tBridge::u32(std::uint32_t attribute) const {
   switch (attribute) {
     case varmex_u32_ChassisNumber: return chassis_;
     case varmex_u32_BridgeNumber: return number_;
-    case varmex_u32_BridgeSourceTriggerBus: return file.getUnsigned(section_, "SourceTriggerBus");
+    case varmex_u32_BridgeSourceTriggerBus: return unsignedOf(file, section_, "SourceTriggerBus");
     case varmex_u32_BridgeDestinationTriggerBus:
-      return file.getUnsigned(section_, "DestinationTriggerBus");
+      return unsignedOf(file, section_, "DestinationTriggerBus");
     default:
       return lineMapping("PXI_TRIG" + std::to_string(attribute - varmex_u32_BridgeLineMapping0));
   }
@@ -91,7 +112,7 @@ std::uint32_t tListing::tBridge::lineMapping(const std::string& item) const {
          "\"itemName\":\"" + item + "\",\"mappingSection_\":\"" + mapping_ + '"');
   }
   std::uint32_t mask = 0;
-  for (const std::uint32_t line : file->getNumberList(mapping_, item)) {
+  for (const std::uint32_t line : listOf(*file, mapping_, item)) {
     if (line == 8) throw std::out_of_range("invalid bitset<N> position");
     if (line > 8) {
       fail(varmex_errorInformationConflict, "varmex_errorInformationConflict",
