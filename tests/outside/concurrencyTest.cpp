@@ -25,7 +25,7 @@ void runInThreads(int count, const std::function<void(int)>& work) {
 
 TEST_F(tConcurrency, readersNeverSeeATornDescription) {
   machine_.writeConfiguration();
-  tProcess writer(std::string(VARMEX_TEST_PROGRAMS) + "/varmex_writer",
+  tProcess writer((tTestPlace::programs() / "varmex_writer").string(),
                   {machine_.pxiSys().string(), machine_.pxieSys().string(),
                    machine_.configuration().string(), std::to_string(rounds())});
   std::atomic<bool> done{false};

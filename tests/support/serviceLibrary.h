@@ -16,9 +16,8 @@ namespace test {
 class tInstalledServiceLibrary {
  public:
   explicit tInstalledServiceLibrary(const std::string& variant, const std::string& answers = "") {
-    std::filesystem::copy_file(
-        std::filesystem::path(VARMEX_SERVICE_VARIANTS) / variant / VARMEX_SERVICE_FILE, file(),
-        std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::copy_file(tTestPlace::programs() / "service" / variant / VARMEX_SERVICE_FILE,
+                               file(), std::filesystem::copy_options::overwrite_existing);
     std::filesystem::remove(log());
     tell(answers);
   }

@@ -17,6 +17,8 @@ class tTestPlace {
   tTestPlace& operator=(const tTestPlace&) = delete;
 
   static std::filesystem::path folder();
+  // Where this program and those that it starts were built.
+  static std::filesystem::path programs();
   // Where the system finds a library by its bare name. Under Wine it is the prefix's own: there
   // programs that run at once need a prefix each.
   static std::filesystem::path libraries();

@@ -43,6 +43,8 @@ tTestPlace::~tTestPlace() {
 
 fs::path tTestPlace::folder() { return std::getenv(kVariable); }
 
+fs::path tTestPlace::programs() { return fs::read_symlink("/proc/self/exe").parent_path(); }
+
 fs::path tTestPlace::libraries() { return folder(); }
 
 }  // namespace test

@@ -30,6 +30,12 @@ tTestPlace::~tTestPlace() {
 
 fs::path tTestPlace::folder() { return std::getenv(kVariable); }
 
+fs::path tTestPlace::programs() {
+  wchar_t program[1024] = {};
+  GetModuleFileNameW(nullptr, program, 1024);
+  return fs::path(program).parent_path();
+}
+
 fs::path tTestPlace::libraries() {
   char folder[MAX_PATH] = {};
   GetSystemDirectoryA(folder, sizeof folder);
