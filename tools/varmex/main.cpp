@@ -1,6 +1,8 @@
 // varmex: shows what the library answers. A client of the exported functions alone.
 
+#include <iostream>
 #include <iterator>
+#include <stdexcept>
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/text/failures.h"
@@ -28,6 +30,8 @@ int main(int count, char** arguments) {
   }
   try {
     app.parse(count, arguments);
+    // What did not reach its reader was not done.
+    if (!std::cout.flush()) throw std::runtime_error("can't write the standard output");
     return status;
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kDone : kBadUsage;

@@ -18,25 +18,37 @@ class tDraw : public tCommand {
 
   void addOptions(CLI::App& line) override {
     line.add_option("chassis", chassis_, "The number of the one to draw");
-    line.add_option("-o,--output", output_, "The file; - is the standard output")->required();
+    line.add_option("-o,--output", output_,
+                    "The file, which ends with .svg; - is the standard output")
+        ->required();
+    addPciOption(line, notation_);
   }
 
   tExitStatus run() override {
+    refuseOtherFormats(output_);
     tJson description = describe(installation_.open(), {chassis_, std::nullopt});
     const tJson& chassis = description["Chassis"];
     if (chassis.empty()) throw std::runtime_error("no chassis to draw");
     markFaults(description);
     std::ostringstream picture;
-    drawChassis({chassis.begin(), chassis.end()}, picture);
+    drawChassis({chassis.begin(), chassis.end()}, notation_, picture);
     save(picture.str(), output_);
     showFaults(description, std::cerr);
     return description["failureCount"] == 0 ? kDone : kFailed;
   }
 
  private:
+  // The ending of the file's name tells the format.
+  static void refuseOtherFormats(const std::string& path) {
+    if (path == "-" || path.ends_with(".svg")) return;
+    throw CLI::ValidationError("--output",
+                               "pictures are SVG, and " + path + " does not end with .svg");
+  }
+
   tInstallation installation_;
   std::optional<std::uint32_t> chassis_;
   std::string output_;
+  tPciNotation notation_ = tPciNotation::decimal;
 };
 
 }  // namespace

@@ -1,9 +1,11 @@
 #include <functional>
 #include <iomanip>
 #include <iostream>
+#include <optional>
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/terminals.h"
+#include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/output.h"
 
 namespace tool {
@@ -18,17 +20,24 @@ tJson describeRoutes(const std::vector<varmex::Route>& routes) {
   return list;
 }
 
-// Takes a step and adds what it answered: what `work` returns, or its failure.
-void addStep(tJson& steps, const char* name, const std::function<tJson()>& work) {
-  tJson step = {{"step", name}, {"code", 0}};
-  try {
-    if (const tJson reply = work(); !reply.is_null()) step["reply"] = reply;
-  } catch (const varmex::Error& error) {
-    step["code"] = error.code();
-    step["status"] = tJson::parse(error.json(), nullptr, false);
+// The steps of a route's life, and the first failure among them.
+struct tWalk {
+  tJson steps = tJson::array();
+  std::optional<varmex::Error> failure;
+
+  // Takes a step and adds what it answered: what `work` returns, or its failure.
+  void add(const char* name, const std::function<tJson()>& work) {
+    tJson step = {{"step", name}, {"code", 0}};
+    try {
+      if (const tJson reply = work(); !reply.is_null()) step["reply"] = reply;
+    } catch (const varmex::Error& error) {
+      step["code"] = error.code();
+      step["status"] = tJson::parse(error.json(), nullptr, false);
+      if (!failure) failure = error;
+    }
+    steps.push_back(std::move(step));
   }
-  steps.push_back(std::move(step));
-}
+};
 
 void show(const tJson& steps) {
   for (const tJson& step : steps) {
@@ -48,41 +57,50 @@ class tRoute : public tCommand {
   tRoute() : tCommand("route", "Walks one route through its life and shows each answer") {}
 
   void addOptions(CLI::App& line) override {
-    line.add_option("address", address_, "PCI address: BUS.DEVICE.FUNCTION")->required();
+    line.add_option("address", address_,
+                    "PCI address of the module: 33.15.0 in decimal or 21:0f.0 as lspci writes it")
+        ->required();
     line.add_option("terminal", terminal_, "The terminal, such as PXI_Trig0")->required();
     line.add_option("--token", token_, "The token to hold it under");
     line.add_flag("--json", asJson_, "For a program");
   }
 
   tExitStatus run() override {
-    const tJson steps = walk();
+    const tWalk walked = walk();
     if (asJson_) {
-      printJson(steps);
+      printJson(walked.steps);
     } else {
-      show(steps);
+      show(walked.steps);
     }
-    return kDone;
+    if (walked.failure) tellFailure(*walked.failure);
+    const bool hasRoute = walked.steps.size() > 1;
+    if (!walked.failure && !hasRoute) {
+      tellFailure(std::runtime_error("no route to " + terminal_ +
+                                     ": the module does not have this terminal, or it is held "
+                                     "under another token"));
+    }
+    return hasRoute && !walked.failure ? kDone : kFailed;
   }
 
  private:
   // What each step of the route's life answered, in order.
-  tJson walk() const {
+  tWalk walk() const {
     const varmex::RoutingSession session =
-        installation_.openLines(address_, linesOfTerminal(terminal_));
-    tJson steps = tJson::array();
+        installation_.openLines(parseAddress(address_), linesOfTerminal(terminal_));
+    tWalk walked;
     std::vector<varmex::Route> routes;
-    addStep(steps, "calculate", [&] {
+    walked.add("calculate", [&] {
       routes = session.calculateRoutes({{terminal_, token_}}, {terminal_});
       return describeRoutes(routes);
     });
-    if (routes.empty()) return steps;
+    if (routes.empty()) return walked;
     const varmex::Route& route = routes.front();
-    addStep(steps, "reserve", [&] { return route.reserve(), tJson(); });
-    addStep(steps, "program", [&] { return route.program(), tJson(); });
-    addStep(steps, "unprogram", [&] { return route.unprogram(), tJson(); });
-    addStep(steps, "unreserve", [&] { return route.unreserve(), tJson(); });
-    addStep(steps, "destroy", [&] { return routes.clear(), tJson(); });
-    return steps;
+    walked.add("reserve", [&] { return route.reserve(), tJson(); });
+    walked.add("program", [&] { return route.program(), tJson(); });
+    walked.add("unprogram", [&] { return route.unprogram(), tJson(); });
+    walked.add("unreserve", [&] { return route.unreserve(), tJson(); });
+    walked.add("destroy", [&] { return routes.clear(), tJson(); });
+    return walked;
   }
 
   tInstallation installation_;

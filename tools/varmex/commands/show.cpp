@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 
 #include "tools/varmex/commands/list.h"
@@ -7,6 +8,7 @@
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/describe/place.h"
 #include "tools/varmex/describe/words.h"
+#include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/table.h"
 
@@ -14,12 +16,12 @@ namespace tool {
 
 namespace {
 
-tRow rowOf(const tJson& slot) {
+tRow rowOf(const tJson& slot, tPciNotation notation) {
   return {textOf(slot, "SlotNumber"),
           slotTypeName(slot),
           moduleOf(slot),
-          addressesOf(slot),
-          linkOf(slot),
+          addressesOf(slot, notation),
+          linkTextOf(slot),
           textOf(slot, "TriggerBusNumber"),
           triggerOf(slot, "StarTriggerNumber", "StarTriggerLine", "StarTriggerControllerName"),
           triggerOf(slot, "DStarTriggerNumber", "DStarTriggerSet", "DStarTriggerControllerName")};
@@ -36,12 +38,31 @@ void showTriggerManager(const tJson& chassis, std::ostream& out) {
   showLine("  native", native == "1" ? "yes" : native == "0" ? "no" : native, out);
 }
 
-void showSlots(const tJson& slots, std::ostream& out) {
+void showSlots(const tJson& slots, tPciNotation notation, std::ostream& out) {
   if (slots.empty()) return;
   std::vector<tRow> rows;
-  for (const tJson& slot : slots) rows.push_back(rowOf(slot));
+  for (const tJson& slot : slots) rows.push_back(rowOf(slot, notation));
   out << '\n';
   showTable({"Slot", "Type", "Module", "PCI", "Link", "Bus", "Star", "DStar"}, rows, out);
+}
+
+// What the columns of the tables mean, where there is a table.
+void showLegend(const tJson& description, tPciNotation notation, std::ostream& out) {
+  const auto hasTable = [](const tJson& chassis) { return !chassis["Slots"].empty(); };
+  const tJson& chassis = description["Chassis"];
+  if (std::none_of(chassis.begin(), chassis.end(), hasTable)) return;
+  out << '\n';
+  showLine("PCI",
+           notation == tPciNotation::decimal
+               ? "bus.device.function in decimal; --pci hex writes them as lspci does"
+               : "bus:device.function in hexadecimal, as lspci writes them",
+           out);
+  showLine("Link",
+           std::string("lanes now / lanes that module and slot can; \"reduced\" is below that; ") +
+               "-/8 is an empty slot",
+           out);
+  showLine("Star, DStar", "trigger.line of the slot, or the slot that drives the trigger", out);
+  showLine("Lines", "of a bridge: a signal on line 6 comes out on 6 and 7 for 6>6-7", out);
 }
 
 std::string busOf(const tJson& bridge, const char* name) {
@@ -60,13 +81,14 @@ void showBridges(const tJson& bridges, std::ostream& out) {
   showTable({"Bridge", "From", "To", "Lines"}, rows, out);
 }
 
-void showChassis(const tJson& chassis, std::ostream& out) {
+void showChassis(const tJson& chassis, tPciNotation notation, std::ostream& out) {
   out << "Chassis " << textOf(chassis, "ChassisNumber") << ": ";
   if (const std::string mark = markOf(chassis, "opening"); !mark.empty()) {
     out << mark << " can't be read\n";
     return;
   }
-  out << joined({textOf(chassis, "ChassisVendor"), textOf(chassis, "ChassisModel")}, " ") << '\n';
+  out << visible(joined({textOf(chassis, "ChassisVendor"), textOf(chassis, "ChassisModel")}, " "))
+      << '\n';
   showLine("serial number", textOf(chassis, "ChassisSerialNumber"), out);
   showLine("identity", textOf(chassis, "ChassisIdentity"), out);
   showLine("described in", textOf(chassis, "ChassisDescriptionFile"), out);
@@ -74,11 +96,11 @@ void showChassis(const tJson& chassis, std::ostream& out) {
   showTriggerManager(chassis, out);
   showLine("slots", markOf(chassis, "Slots"), out);
   showLine("bridges", markOf(chassis, "TriggerBridges"), out);
-  showSlots(chassis["Slots"], out);
+  showSlots(chassis["Slots"], notation, out);
   showBridges(chassis["TriggerBridges"], out);
 }
 
-void showSession(const tJson& description, std::ostream& out) {
+void showSession(const tJson& description, tPciNotation notation, std::ostream& out) {
   const tJson& session = description["machine"];
   out << "varmex " << textOf(session, "Version") << '\n';
   showLine("pxisys.ini", textOf(session, "PxiSysPath"), out);
@@ -86,20 +108,22 @@ void showSession(const tJson& description, std::ostream& out) {
   showLine("configuration.ini", textOf(session, "ConfigurationPath"), out);
   showLine("description",
            numberOf(session, "SessionIsCurrent").value_or(0) ? "current" : "changed since", out);
-  if (description["Chassis"].empty()) out << "\nNo chassis.\n";
+  if (description["Chassis"].empty()) {
+    out << '\n' << noChassisText(textOf(session, "PxiSysPath"), textOf(session, "PxieSysPath"));
+  }
   for (const tJson& chassis : description["Chassis"]) {
     out << '\n';
-    showChassis(chassis, out);
+    showChassis(chassis, notation, out);
   }
 }
 
-void showSlot(const tJson& slot, std::ostream& out) {
+void showSlot(const tJson& slot, tPciNotation notation, std::ostream& out) {
   out << "Chassis " << textOf(slot, "ChassisNumber") << ", slot " << textOf(slot, "SlotNumber")
       << '\n';
   showLine("type", slotTypeName(slot), out);
   showLine("module", moduleOf(slot), out);
-  showLine("PCI addresses", addressesOf(slot), out);
-  showLine("link", linkOf(slot), out);
+  showLine("PCI addresses", addressesOf(slot, notation), out);
+  showLine("link", linkTextOf(slot), out);
   showLine("slot path", textOf(slot, "PCISlotPath"), out);
   showLine("local bus left", textOf(slot, "LocalBusLeft"), out);
   showLine("local bus right", textOf(slot, "LocalBusRight"), out);
@@ -118,6 +142,7 @@ class tShow : public tCommand {
     line.add_option("place", place_, "What to show: CHASSIS or CHASSIS/SLOT");
     CLI::Option* const json = line.add_flag("--json", asJson_, "For a program");
     line.add_flag("--why", isWhyAsked_, "With the reason for each absent attribute")->needs(json);
+    addPciOption(line, notation_);
     installation_.addSync(line);
   }
 
@@ -132,6 +157,7 @@ class tShow : public tCommand {
     tJson description = describe(*session, place);
     markFaults(description);
     showPlace(description, place);
+    if (!place.slot) showLegend(description, notation_, std::cout);
     showFaults(description, std::cout);
     return description["failureCount"] == 0 ? kDone : kFailed;
   }
@@ -151,17 +177,18 @@ class tShow : public tCommand {
     }
   }
 
-  static void showPlace(const tJson& description, const tPlace& place) {
-    if (!place.chassis) return showSession(description, std::cout);
+  void showPlace(const tJson& description, const tPlace& place) const {
+    if (!place.chassis) return showSession(description, notation_, std::cout);
     const tJson& chassis = description["Chassis"].front();
-    if (!place.slot) return showChassis(chassis, std::cout);
-    showSlot(chassis["Slots"].front(), std::cout);
+    if (!place.slot) return showChassis(chassis, notation_, std::cout);
+    showSlot(chassis["Slots"].front(), notation_, std::cout);
   }
 
   tInstallation installation_;
   std::string place_;
   bool asJson_ = false;
   bool isWhyAsked_ = false;
+  tPciNotation notation_ = tPciNotation::decimal;
 };
 
 }  // namespace

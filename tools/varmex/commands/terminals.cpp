@@ -14,12 +14,14 @@ class tTerminals : public tCommand {
   tTerminals() : tCommand("terminals", "Lists the trigger-line terminals of a module") {}
 
   void addOptions(CLI::App& line) override {
-    line.add_option("address", address_, "PCI address: BUS.DEVICE.FUNCTION")->required();
+    line.add_option("address", address_,
+                    "PCI address of the module: 33.15.0 in decimal or 21:0f.0 as lspci writes it")
+        ->required();
     line.add_flag("--json", asJson_, "For a program");
   }
 
   tExitStatus run() override {
-    const tJson terminals = listTerminals(installation_, address_);
+    const tJson terminals = listTerminals(installation_, parseAddress(address_));
     if (asJson_) {
       printJson(terminals);
     } else {

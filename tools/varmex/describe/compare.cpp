@@ -222,7 +222,7 @@ class tComparison {
                           {"link width", widthOf(module, "PeripheralModuleLinkWidthNegotiated")},
                           {"widest link", widthOf(module, "PeripheralModuleLinkWidthMax")},
                           {"covered slots", valueOf(module, "PeripheralModuleOccupiedSlotList")},
-                          {"PCI addresses", addressesOf(slot)}}});
+                          {"PCI addresses", addressesOf(slot, tPciNotation::decimal)}}});
     }
   }
 

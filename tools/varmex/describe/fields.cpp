@@ -16,9 +16,12 @@ std::optional<std::uint32_t> numberOf(const tJson& item, const char* name) {
   return found->get<std::uint32_t>();
 }
 
-std::string addressOf(const tJson& device) {
-  return textOf(device, "DeviceBus") + ':' + textOf(device, "DeviceNumber") + '.' +
-         textOf(device, "DeviceFunction");
+std::string addressOf(const tJson& device, tPciNotation notation) {
+  const auto bus = numberOf(device, "DeviceBus");
+  const auto number = numberOf(device, "DeviceNumber");
+  const auto function = numberOf(device, "DeviceFunction");
+  if (bus && number && function) return textOf({*bus, *number, *function}, notation);
+  return markOf(device, "opening");
 }
 
 std::string joined(const std::vector<std::string>& parts, const char* separator) {

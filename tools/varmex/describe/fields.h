@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/varmex/describe/address.h"
 #include "tools/varmex/describe/describe.h"
 
 namespace tool {
@@ -16,8 +17,7 @@ std::string textOf(const tJson& item, const char* name);
 
 std::optional<std::uint32_t> numberOf(const tJson& item, const char* name);
 
-// "5:0.1" for bus, device number and function.
-std::string addressOf(const tJson& device);
+std::string addressOf(const tJson& device, tPciNotation notation);
 
 // The parts that are not empty.
 std::string joined(const std::vector<std::string>& parts, const char* separator);

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/varmex/describe/address.h"
 #include "varmex/varmex.hpp"
 
 namespace tool {
@@ -14,11 +15,11 @@ class tInstallation {
   // For commands that may have the description brought up to date first.
   void addSync(CLI::App& line);
 
-  // Its description as it stands. Tells of a warning.
+  // Its description as it stands. Tells of a warning, and of whoever holds the lock meanwhile.
   varmex::Session open() const;
 
-  // The trigger lines of the module at a PCI address ("BUS.DEVICE.FUNCTION").
-  varmex::RoutingSession openLines(const std::string& address,
+  // The trigger lines of the module at a PCI address.
+  varmex::RoutingSession openLines(const tPciAddress& address,
                                    varmex::RoutingSession::Lines lines) const;
 
  private:

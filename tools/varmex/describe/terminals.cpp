@@ -30,7 +30,7 @@ tJson describeTerminal(const varmex::Terminal& terminal) {
 
 }  // namespace
 
-tJson listTerminals(const tInstallation& installation, const std::string& address) {
+tJson listTerminals(const tInstallation& installation, const tPciAddress& address) {
   tJson terminals = tJson::array();
   for (const tGroup& group : kGroups) {
     try {
@@ -49,7 +49,9 @@ varmex::RoutingSession::Lines linesOfTerminal(const std::string& terminal) {
   for (const tGroup& group : kGroups) {
     if (terminal.starts_with(group.prefix)) return group.lines;
   }
-  throw std::invalid_argument("no such terminal: " + terminal);
+  throw CLI::ValidationError("terminal", "no such terminal: " + terminal +
+                                             "; there are PXI_Trig0 to 7, PXI_Star and "
+                                             "PXIe_DStarA, B and C");
 }
 
 }  // namespace tool

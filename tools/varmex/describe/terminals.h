@@ -8,11 +8,11 @@
 
 namespace tool {
 
-// The terminals of the module at a PCI address ("BUS.DEVICE.FUNCTION"), of every group of lines
+// The terminals of the module at a PCI address, of every group of lines
 // that its slot has, as objects of their attributes.
-tJson listTerminals(const tInstallation& installation, const std::string& address);
+tJson listTerminals(const tInstallation& installation, const tPciAddress& address);
 
-// The group of lines that a terminal of this name belongs to. Throws std::invalid_argument for a
+// The group of lines that a terminal of this name belongs to. Throws CLI::ValidationError for a
 // name of no group.
 varmex::RoutingSession::Lines linesOfTerminal(const std::string& terminal);
 

@@ -1,9 +1,11 @@
 #include "tools/varmex/describe/words.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
+#include "tools/varmex/text/table.h"
 
 namespace tool {
 
@@ -47,9 +49,9 @@ std::string slotTypeName(const tJson& slot) {
   return type & varmex_slotType_PXIePeripheral ? "PXIe peripheral" : "PXI-1";
 }
 
-std::string addressesOf(const tJson& slot) {
+std::string addressesOf(const tJson& slot, tPciNotation notation) {
   std::vector<std::string> addresses;
-  for (const tJson& device : slot["Devices"]) addresses.push_back(addressOf(device));
+  for (const tJson& device : slot["Devices"]) addresses.push_back(addressOf(device, notation));
   return joined(addresses, " ");
 }
 
@@ -75,16 +77,24 @@ std::string moduleOf(const tJson& slot) {
   return isCovered ? "(module of slot " + anchor + ')' : "-";
 }
 
-std::string linkOf(const tJson& slot) {
+tLink linkOf(const tJson& slot) {
+  tLink link;
+  link.possible = numberOf(slot, "PeripheralSlotLinkWidth1");
   const tJson& devices = slot["Devices"];
-  if (devices.empty() || textOf(devices.front(), "PeripheralModuleLinkWidthMax").empty()) {
-    const std::string width = textOf(slot, "PeripheralSlotLinkWidth1");
-    return width.empty() ? width : 'x' + width;
-  }
+  if (devices.empty()) return link;
   const tJson& module = devices.front();
-  return joined({'x' + textOf(module, "PeripheralModuleLinkWidthNegotiated"),
-                 textOf(module, "PeripheralModuleLinkWidthMax")},
-                "/");
+  link.now = numberOf(module, "PeripheralModuleLinkWidthNegotiated");
+  const auto most = numberOf(module, "PeripheralModuleLinkWidthMax");
+  if (most) link.possible = std::min(*most, link.possible.value_or(*most));
+  return link;
+}
+
+std::string linkTextOf(const tJson& slot) {
+  const tLink link = linkOf(slot);
+  if (!link.now && !link.possible) return {};
+  const std::string now = link.now ? 'x' + std::to_string(*link.now) : "-";
+  const std::string possible = link.possible ? std::to_string(*link.possible) : "?";
+  return now + '/' + possible + (link.isReduced() ? kReducedMark : "");
 }
 
 std::string triggerOf(const tJson& slot, const char* number, const char* lineName,

@@ -1,8 +1,11 @@
 #ifndef TOOLS_VARMEX_DESCRIBE_WORDS_H
 #define TOOLS_VARMEX_DESCRIBE_WORDS_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
+#include "tools/varmex/describe/address.h"
 #include "tools/varmex/describe/json.h"
 
 namespace tool {
@@ -15,9 +18,20 @@ std::string slotTypeName(const tJson& slot);
 // module that covers the slot sits.
 std::string moduleOf(const tJson& slot);
 
-std::string addressesOf(const tJson& slot);
+std::string addressesOf(const tJson& slot, tPciNotation notation);
 
-std::string linkOf(const tJson& slot);
+// The PCI Express link of a slot, in lanes: as it runs, which an empty slot's does not, and the
+// most that both the slot and its module can.
+struct tLink {
+  std::optional<std::uint32_t> now;
+  std::optional<std::uint32_t> possible;
+
+  bool isReduced() const { return now && possible && *now < *possible; }
+};
+tLink linkOf(const tJson& slot);
+
+// "x4/8 reduced" for 4 lanes now of 8 that both can, "-/8" for an empty slot.
+std::string linkTextOf(const tJson& slot);
 
 // "1.3" for line 3 of trigger 1, with "controller" where the slot drives it. The attributes that
 // tell of one kind of trigger are named.

@@ -38,14 +38,18 @@ void paintText(tSvg& svg, const char* text) { svg.text(text, {0, 0, 80, kSmallFo
 // In the order of tLegend::tSign.
 constexpr tEntry kSigns[] = {
     {"no module listed", 28, paintSwatch, "none"},
-    {"PCI bus:device.function, further functions", 52, paintText, "5:0.0 +1"},
-    {"link width/possible width", 30, paintText, "x4/8"},
+    {"PCI bus.device.function in decimal, further functions", 56, paintText, "33.0.0 +1"},
+    {"lanes now/lanes that module and slot can", 30, paintText, "x4/8"},
     {"trigger bus", 28, paintBar, "bar"},
     {"bridge, to its destination", 30, paintArrow, "arrow"},
     {"line of a star trigger", 28, paintStar, ""},
     {"set of a dstar trigger", 28, paintDStar, ""},
     {"controller of the trigger", 28, paintController, ""},
 };
+
+// In the place of that for addresses.
+constexpr tEntry kHexadecimal = {"PCI bus:device.function in hexadecimal, further functions", 56,
+                                 paintText, "21:00.0 +1"};
 
 }  // namespace
 
@@ -79,7 +83,10 @@ int tLegend::paint(tSvg& svg, int width) const {
   for (const tSlotKind* kind : kinds_) {
     entries.push_back({kind->name, 28, paintSwatch, kind->style});
   }
-  for (const tSign sign : signs_) entries.push_back(kSigns[static_cast<std::size_t>(sign)]);
+  for (const tSign sign : signs_) {
+    const bool isHexadecimal = sign == tSign::address && notation_ == tPciNotation::hexadecimal;
+    entries.push_back(isHexadecimal ? kHexadecimal : kSigns[static_cast<std::size_t>(sign)]);
+  }
   int x = 0;
   int y = 14;
   for (const tEntry& entry : entries) {

@@ -3,6 +3,7 @@
 
 #include <set>
 
+#include "tools/varmex/describe/address.h"
 #include "tools/varmex/picture/plan.h"
 #include "tools/varmex/picture/svg.h"
 
@@ -11,6 +12,8 @@ namespace tool {
 // What the signs that occur in strips mean.
 class tLegend {
  public:
+  explicit tLegend(tPciNotation notation) : notation_(notation) {}
+
   void note(const tStrip& strip);
 
   // As wide as given; answers its height.
@@ -22,6 +25,7 @@ class tLegend {
   void notePanels(const tStrip& strip);
   void noteTrigger(const tTriggerLane& trigger);
 
+  tPciNotation notation_;
   std::set<const tSlotKind*> kinds_;
   std::set<tSign> signs_;
 };

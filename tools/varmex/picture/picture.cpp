@@ -73,11 +73,11 @@ class tPage {
 
 }  // namespace
 
-void drawChassis(const std::vector<tJson>& chassis, std::ostream& out) {
+void drawChassis(const std::vector<tJson>& chassis, tPciNotation notation, std::ostream& out) {
   tPage page;
-  tLegend legend;
+  tLegend legend(notation);
   for (const tJson& one : chassis) {
-    for (const tStrip& strip : planStrips(one)) {
+    for (const tStrip& strip : planStrips(one, notation)) {
       page.add(paintStrip(strip));
       legend.note(strip);
     }

@@ -4,6 +4,7 @@
 
 #include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
+#include "tools/varmex/describe/words.h"
 
 namespace tool {
 
@@ -25,24 +26,26 @@ bool holdsModule(const tJson& slot) {
   return !slot["Devices"].empty() || slot.contains("SystemSlotModel");
 }
 
-std::string linkOf(const tJson& device) {
-  const std::string negotiated = textOf(device, "PeripheralModuleLinkWidthNegotiated");
-  const std::string possible = textOf(device, "PeripheralModuleLinkWidthMax");
-  if (possible.empty()) return {};
-  return 'x' + (negotiated == possible ? possible : negotiated + '/' + possible);
+// The width now, and beside it what slot and module can where that is more.
+std::string shortLinkOf(const tJson& slot) {
+  const tLink link = linkOf(slot);
+  if (!link.now) return {};
+  const std::string now = 'x' + std::to_string(*link.now);
+  return link.isReduced() ? now + '/' + std::to_string(*link.possible) : now;
 }
 
-void addFunctions(tPanel& panel, const tJson& devices) {
+void addFunctions(tPanel& panel, const tJson& slot, tPciNotation notation) {
+  const tJson& devices = slot["Devices"];
   if (devices.empty()) return;
   const tJson& first = devices.front();
   if (panel.model.empty()) panel.model = textOf(first, "DeviceName");
-  panel.address = addressOf(first);
+  panel.address = addressOf(first, notation);
   const std::string more = devices.size() > 1 ? '+' + std::to_string(devices.size() - 1) : "";
-  panel.link = joined({more, linkOf(first)}, " ");
-  for (const tJson& device : devices) panel.about += "\nPCI " + addressOf(device);
+  panel.link = joined({more, shortLinkOf(slot)}, " ");
+  for (const tJson& device : devices) panel.about += "\nPCI " + addressOf(device, notation);
 }
 
-tPanel panelOf(const tJson& slot, std::size_t column) {
+tPanel panelOf(const tJson& slot, std::size_t column, tPciNotation notation) {
   const tJson& devices = slot["Devices"];
   const bool isSystem = slot.contains("SystemSlotModel");
   const tJson& source = isSystem || devices.empty() ? slot : devices.front();
@@ -51,7 +54,7 @@ tPanel panelOf(const tJson& slot, std::size_t column) {
   panel.model = textOf(source, isSystem ? "SystemSlotModel" : "DeviceModel");
   panel.instance = textOf(source, isSystem ? "SystemSlotInstanceName" : "DeviceInstanceName");
   panel.about = joined({panel.vendor, panel.model, panel.instance}, " ");
-  addFunctions(panel, devices);
+  addFunctions(panel, slot, notation);
   return panel;
 }
 
@@ -67,7 +70,7 @@ std::optional<std::size_t> anchorOf(const tSlots& slots, std::size_t column) {
   return std::nullopt;
 }
 
-void addPanels(tStrip& strip, const tSlots& slots) {
+void addPanels(tStrip& strip, const tSlots& slots, tPciNotation notation) {
   std::vector<std::optional<std::size_t>> anchors;
   for (std::size_t column = 0; column < slots.size(); ++column) {
     anchors.push_back(anchorOf(slots, column));
@@ -75,7 +78,7 @@ void addPanels(tStrip& strip, const tSlots& slots) {
   std::vector<bool> isTaken(slots.size());
   for (std::size_t column = 0; column < slots.size(); ++column) {
     if (!holdsModule(*slots[column])) continue;
-    tPanel panel = panelOf(*slots[column], column);
+    tPanel panel = panelOf(*slots[column], column, notation);
     while (panel.first > 0 && anchors[panel.first - 1] == column) --panel.first;
     while (panel.last + 1 < slots.size() && anchors[panel.last + 1] == column) ++panel.last;
     for (std::size_t n = panel.first; n <= panel.last; ++n) isTaken[n] = true;
@@ -157,7 +160,7 @@ void addBridges(tStrip& strip, const tJson& bridges) {
   }
 }
 
-tStrip makeStrip(const tJson& chassis, const tSlots& slots) {
+tStrip makeStrip(const tJson& chassis, const tSlots& slots, tPciNotation notation) {
   tStrip strip;
   strip.title = "Chassis " + textOf(chassis, "ChassisNumber") + ": " + markOf(chassis, "opening") +
                 joined({textOf(chassis, "ChassisVendor"), textOf(chassis, "ChassisModel")}, " ");
@@ -167,7 +170,7 @@ tStrip makeStrip(const tJson& chassis, const tSlots& slots) {
     addColumn(strip, *slots[column]);
     addBus(strip, *slots[column], column);
   }
-  addPanels(strip, slots);
+  addPanels(strip, slots, notation);
   for (const tTriggerNames& names : kTriggers) addTriggers(strip, slots, names);
   if (slots.empty()) strip.notes.emplace_back("No slots");
   addBridges(strip, chassis["TriggerBridges"]);
@@ -184,7 +187,7 @@ void addFaults(tStrip& strip, const tJson& chassis) {
 
 }  // namespace
 
-std::vector<tStrip> planStrips(const tJson& chassis) {
+std::vector<tStrip> planStrips(const tJson& chassis, tPciNotation notation) {
   const tJson& all = chassis["Slots"];
   std::vector<tStrip> strips;
   std::size_t drawn = 0;
@@ -193,7 +196,7 @@ std::vector<tStrip> planStrips(const tJson& chassis) {
     for (; drawn < all.size() && slots.size() < kMostColumns; ++drawn) {
       slots.push_back(&all[drawn]);
     }
-    strips.push_back(makeStrip(chassis, slots));
+    strips.push_back(makeStrip(chassis, slots, notation));
     if (strips.size() > 1) strips.back().title += " (continued)";
   } while (drawn < all.size() && strips.size() < kMostStrips);
   if (drawn < all.size()) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/varmex/describe/address.h"
 #include "tools/varmex/describe/describe.h"
 
 namespace tool {
@@ -88,7 +89,7 @@ struct tStrip {
 
 inline constexpr std::size_t kMostColumns = 18;
 
-std::vector<tStrip> planStrips(const tJson& chassis);
+std::vector<tStrip> planStrips(const tJson& chassis, tPciNotation notation);
 
 }  // namespace tool
 

@@ -12,6 +12,9 @@ namespace tool {
 void tellFailure(const std::exception& failure);
 void tellWarning(const varmex::Error& warning);
 
+// Why there is nothing to show, in lines of its own.
+std::string noChassisText(const std::string& pxiSys, const std::string& pxieSys);
+
 // One failure in a line: what the library tells of it, then its constant and code.
 std::string failureText(const std::string& constant, std::int32_t code, const std::string& detail);
 

@@ -1,38 +1,106 @@
 #include "tools/varmex/text/table.h"
 
 #include <algorithm>
-#include <iomanip>
+#include <numeric>
+
+#include "tools/varmex/text/columns.h"
+#include "tools/varmex/text/terminal.h"
 
 namespace tool {
 
 namespace {
 
-void showRow(const tRow& row, const std::vector<std::size_t>& widths, std::ostream& out) {
-  std::string text = "  ";
-  for (std::size_t n = 0; n < row.size(); ++n) {
-    if (widths[n] > 0) text += row[n] + std::string(widths[n] - row[n].size() + 2, ' ');
+constexpr std::size_t kMargin = 2;       // ahead of a row, and between two columns
+constexpr std::size_t kLeast = 6;        // a column is not squeezed below this
+constexpr std::size_t kLabelWidth = 18;  // of showLine
+
+using tWidths = std::vector<std::size_t>;
+
+std::size_t widthOf(const tWidths& widths) {
+  return std::accumulate(
+      widths.begin(), widths.end(), std::size_t{0},
+      [](std::size_t sum, std::size_t width) { return width > 0 ? sum + kMargin + width : sum; });
+}
+
+// Takes from the widest column until all fit, as far as they can.
+void squeeze(tWidths& widths, std::size_t columns) {
+  while (widthOf(widths) > columns) {
+    const auto widest = std::max_element(widths.begin(), widths.end());
+    if (*widest <= kLeast) return;
+    --*widest;
   }
-  out << text.substr(0, text.find_last_not_of(' ') + 1) << '\n';
+}
+
+tWidths widthsOf(const tRow& titles, const std::vector<tRow>& rows) {
+  tWidths widths(titles.size());
+  for (const tRow& row : rows) {
+    for (std::size_t n = 0; n < row.size(); ++n) widths[n] = std::max(widths[n], columnsOf(row[n]));
+  }
+  for (std::size_t n = 0; n < titles.size(); ++n) {
+    if (widths[n] > 0) widths[n] = std::max(widths[n], columnsOf(titles[n]));
+  }
+  return widths;
+}
+
+bool isWarning(const std::string& cell) {
+  return cell.starts_with('!') || cell.ends_with(kReducedMark);
+}
+
+// A row takes as many lines as its longest cell.
+void showRow(const tRow& row, const tWidths& widths, bool isTitle, std::ostream& out) {
+  std::vector<std::vector<std::string>> cells;
+  std::size_t height = 0;
+  for (std::size_t n = 0; n < row.size(); ++n) {
+    cells.push_back(widths[n] > 0 ? wrapped(row[n], widths[n]) : std::vector<std::string>{});
+    height = std::max(height, cells.back().size());
+  }
+  for (std::size_t line = 0; line < height; ++line) {
+    std::string text;
+    std::size_t blanks = 0;
+    for (std::size_t n = 0; n < row.size(); ++n) {
+      if (widths[n] == 0) continue;
+      blanks += kMargin;
+      const std::string cell = line < cells[n].size() ? cells[n][line] : std::string();
+      if (!cell.empty()) {
+        text += std::string(blanks, ' ');
+        text += isTitle             ? coloured(cell, tColour::heading)
+                : isWarning(row[n]) ? coloured(cell, tColour::bad)
+                                    : cell;
+        blanks = 0;
+      }
+      blanks += widths[n] - std::min(widths[n], columnsOf(cell));
+    }
+    out << text << '\n';
+  }
 }
 
 }  // namespace
 
 void showTable(const tRow& titles, const std::vector<tRow>& rows, std::ostream& out) {
-  std::vector<std::size_t> widths(titles.size());
-  for (const tRow& row : rows) {
-    for (std::size_t n = 0; n < row.size(); ++n) widths[n] = std::max(widths[n], row[n].size());
+  std::vector<tRow> shown = rows;
+  for (tRow& row : shown) {
+    for (std::string& cell : row) cell = visible(cell);
   }
-  tRow shownTitles = titles;
-  for (std::size_t n = 0; n < titles.size(); ++n) {
-    if (widths[n] == 0) shownTitles[n].clear();
-    widths[n] = std::max(widths[n], shownTitles[n].size());
-  }
-  showRow(shownTitles, widths, out);
-  for (const tRow& row : rows) showRow(row, widths, out);
+  tWidths widths = widthsOf(titles, shown);
+  if (const auto columns = outputColumns()) squeeze(widths, *columns);
+  showRow(titles, widths, true, out);
+  for (const tRow& row : shown) showRow(row, widths, false, out);
 }
 
 void showLine(const char* name, const std::string& value, std::ostream& out) {
-  if (!value.empty()) out << "  " << std::left << std::setw(18) << name << value << '\n';
+  if (value.empty()) return;
+  const std::string shown = visible(value);
+  const auto columns = outputColumns();
+  const std::size_t beside = kMargin + kLabelWidth;
+  const bool isNarrow = columns && *columns > beside + kLeast;
+  const auto lines = isNarrow ? wrapped(shown, *columns - beside) : std::vector{shown};
+  std::string label(kMargin, ' ');
+  label += name;
+  for (const std::string& line : lines) {
+    out << label << std::string(label.size() < beside ? beside - label.size() : 1, ' ') << line
+        << '\n';
+    label.clear();
+  }
 }
 
 }  // namespace tool
