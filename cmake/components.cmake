@@ -37,6 +37,7 @@ if(WIN32)
   target_compile_definitions(varmex_common INTERFACE
     _WIN32_WINNT=0x0601 WIN32_LEAN_AND_MEAN NOMINMAX _FILE_OFFSET_BITS=64)
   target_link_options(varmex_common INTERFACE -static)
+  target_compile_options(varmex_common INTERFACE -g1)  # for the symbols beside the DLL
 endif()
 
 # varmex_component(NAME SOURCES file... PLATFORM file... NEIGHBOURS target...)

@@ -15,11 +15,11 @@ install(TARGETS varmex_tool COMPONENT tool)
 install(DIRECTORY includes/varmex DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   FILES_MATCHING PATTERN *.h PATTERN *.hpp)
 
-install(EXPORT varmexTargets NAMESPACE varmex:: FILE varmexConfig.cmake
+install(EXPORT varmexTargets NAMESPACE varmex::
   DESTINATION ${varmex_cmake_dir} COMPONENT development)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/varmexConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/varmexConfigVersion.cmake
+install(FILES cmake/varmexConfig.cmake ${PROJECT_BINARY_DIR}/varmexConfigVersion.cmake
   DESTINATION ${varmex_cmake_dir} COMPONENT development)
 
 # The prefix is found from where the file lies, so that an installed tree can be moved.
@@ -28,7 +28,12 @@ file(RELATIVE_PATH varmex_pc_prefix
 configure_file(cmake/varmex.pc.in varmex.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/varmex.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
-if(NOT WIN32)
+if(WIN32)
+  install(FILES $<TARGET_FILE:varmex>.debug DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library)
+  install(FILES ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/varmex.lib ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/varmex.def
+    DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+  install(DIRECTORY docs examples DESTINATION . COMPONENT development)
+else()
   install(FILES docs/varmex.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
 endif()
 

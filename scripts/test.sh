@@ -3,8 +3,8 @@
 # Windows build under Wine. Tests run beside each other and beside the builds that follow. Ends with
 # the number of tests that passed and failed, over all of them.
 source "$(dirname "$0")/common.sh"
-install "${build_tools[@]}" g++-mingw-w64-x86-64-posix wine64 wine binutils libxml2-utils \
-  dpkg-dev file pkg-config python3-jsonschema unzip
+install "${build_tools[@]}" g++-mingw-w64-x86-64-posix clang-14 lld-14 llvm-14 wine64 wine \
+  binutils libxml2-utils dpkg-dev file pkg-config python3-jsonschema unzip
 
 results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
@@ -73,6 +73,7 @@ for suite in inside injection; do
 done
 start 'windows: exports' tests/checkExports.sh build/windows/bin/varmex.dll
 start 'windows: install' tests/inWine.sh tests/installTest.sh build/windows
+start 'windows: msvc' tests/inWine.sh tests/msvcTest.sh build/windows
 
 wait
 cat "$results"/*.result | awk -F': ' '

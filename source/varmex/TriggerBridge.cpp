@@ -95,7 +95,7 @@ tResult<std::uint32_t> TriggerBridge::lineMapping(tLiteral item) const {
           .text("attribute", item)
           .i32("destinationLine", line);
     }
-    if (line == kLineCount) throw std::out_of_range("invalid bitset<N> position");
+    if (line == kLineCount) throw std::out_of_range(kLineOutOfRange);
     mask |= 1U << line;
   }
   return mask;

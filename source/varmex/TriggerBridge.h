@@ -6,6 +6,9 @@
 
 namespace varmex {
 
+// What a std::out_of_range tells that leaves for a destination line 8.
+inline constexpr const char* kLineOutOfRange = "invalid bitset<N> position";
+
 // A bridge that hands signals from one trigger bus of a chassis to another.
 class TriggerBridge : public Item {
  public:

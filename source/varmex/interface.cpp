@@ -1,4 +1,7 @@
+#include <stdexcept>
+
 #include "source/varmex/Slot.h"
+#include "source/varmex/TriggerBridge.h"
 #include "source/varmex/boundary.h"
 #include "source/varmex/errorCodes.h"
 #include "source/varmex/interfaceUtils.h"
@@ -103,12 +106,23 @@ varmex_Item* varmex_openContainingItem(varmex_Item* item, uint32_t kind, tStatus
   });
 }
 
+// The exception leaves from here, where nothing waits to be destroyed: hosts of another compiler on
+// Windows can't run this one's destructors on its way.
 uint32_t varmex_getU32Attribute(varmex_Item* item, uint32_t attribute, tStatusRecord* status) {
-  return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<std::uint32_t> {
-    const auto object = checkedItem(item);
-    if (!object) return object.refusal();
-    return (*object)->getU32Attribute(attribute);
-  });
+  bool isOutOfRange = false;
+  const uint32_t value =
+      callAtBoundary(status, OSTREL_HERE, [=, &isOutOfRange]() -> tResult<std::uint32_t> {
+        const auto object = checkedItem(item);
+        if (!object) return object.refusal();
+        try {
+          return (*object)->getU32Attribute(attribute);
+        } catch (const std::out_of_range&) {
+          isOutOfRange = true;
+          return std::uint32_t{0};
+        }
+      });
+  if (isOutOfRange) throw std::out_of_range(kLineOutOfRange);
+  return value;
 }
 
 const char* varmex_getStringAttribute(varmex_Item* item, uint32_t attribute,

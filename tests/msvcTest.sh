@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# msvcTest.sh BUILD : a client of Microsoft's ABI, compiled by Clang and linked by lld-link against
+# varmex.lib, runs on the sample under Wine. The headers are MinGW-w64's, made to do without its
+# compiler.
+set -uo pipefail
+here=$(cd "$(dirname "$0")/.." && pwd)
+build=$(cd "$1" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+passed=0
+failed=0
+
+try() {
+  local name=$1
+  shift
+  if "$@" >"$work/log" 2>&1; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    echo "$name:"
+    tail -n 30 "$work/log"
+  fi
+}
+
+compile() {
+  local compiler=$1
+  shift
+  "$compiler" --target=x86_64-pc-windows-msvc -fms-extensions -fno-ms-compatibility -Wall -Wextra -Werror \
+    -Wno-static-in-inline -U_MSC_VER -D__MINGW32__ -D__MINGW64__ -D_UCRT \
+    -I"$here/includes" "$@" -isystem /usr/x86_64-w64-mingw32/include
+}
+
+client() {
+  compile clang-14 -O1 -c "$here/tests/msvc/client.c" \
+    -o "$work/client.obj"
+}
+
+wrapper() {
+  local std
+  std=$(echo /usr/lib/gcc/x86_64-w64-mingw32/*-posix/include/c++)
+  compile clang++-14 -std=c++20 -fcxx-exceptions -fsyntax-only -nostdinc++ -isystem "$std" \
+    -isystem "$std/x86_64-w64-mingw32" "$here/tests/msvc/wrapper.cpp"
+}
+
+link() {
+  printf '%s\n' 'LIBRARY msvcrt.dll' EXPORTS exit free malloc memmove memset printf strlen \
+    __C_specific_handler >"$work/msvcrt.def"
+  llvm-dlltool-14 -m i386:x86-64 -d "$work/msvcrt.def" -l "$work/msvcrt.lib" &&
+    lld-link-14 /subsystem:console /entry:mainCRTStartup /out:"$work/client.exe" \
+      "$work/client.obj" "$build/lib/varmex.lib" "$work/msvcrt.lib" &&
+    cp "$build/bin/varmex.dll" "$work"
+}
+
+# runs PXISYS PXIESYS LINE... : the client prints each line, alone on it.
+runs() {
+  local windows=$WINEPREFIX/drive_c/windows output result=0
+  cp "$1" "$windows/pxisys.ini" && cp "$2" "$windows/pxiesys.ini" || return 1
+  shift 2
+  output=$(timeout -s KILL 120 wine "$work/client.exe") || result=1
+  rm "$windows"/pxi*sys.ini
+  echo "$output"
+  for line in "$@"; do grep -qx "$line" <<<"${output//$'\r'/}" || result=1; done
+  return "$result"
+}
+
+try 'the C header' client
+try 'the C++ header' wrapper
+try 'the import library' link
+sample=$here/samples/etc/pxi
+try 'the sample' runs "$sample/pxisys.ini" "$sample/pxiesys.ini" 'chassis 3: .*' 'code 0'
+printf '%s\n' '[System]' ChassisList=1 '[Chassis1]' Vendor=V Model=M TriggerBridgeList=2 SlotList=2 \
+  '[Chassis1Slot2]' PCISlotPath=a,b '[Chassis1TriggerBridge2]' LineMappingSpec=2 \
+  '[Chassis1LineMappingSpec2]' PXI_TRIG0=1,8 >"$work/pxisys.ini"
+: >"$work/pxiesys.ini"
+try 'a destination line 8' runs "$work/pxisys.ini" "$work/pxiesys.ini" 'bridge: -1' 'code 0'
+
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
