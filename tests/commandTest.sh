@@ -23,7 +23,8 @@ expect() {
 VARMEX_FSROOT=$here/../samples
 expect 0 '^  description +current$' show
 expect 0 '^Chassis 3: Havrel Modular HM-1008$' show
-expect 0 'Orlindt.*ORX-5105 Digitizer "DIGITIZER-A" +5:0\.0 5:0\.1 +x4/4' show 1
+expect 0 'Orlindt.*ORX-5105 Digitizer "DIGITIZER-A" +5\.0\.0 5\.0\.1 +x4/4' show 1
+expect 0 '"ANALYZER-2" +37:00.0 37:00.1 38:00.0 +x4/8 reduced' show 2 --pci hex
 expect 0 '\(module of slot 3\)' show 1
 expect 0 '2>2 3>3 4>4 5>5 6>6-7$' show 1
 expect 0 '^  star controller +PXIeChassis.*/StarTrigger1Controller$' show 1/10
@@ -31,35 +32,47 @@ expect 0 '"SlotType": 34' show 1/10 --json
 expect 0 '"BridgeLineMapping7": 0' show --json
 expect 0 '^    library +libtessmere_trigger.so$' show 2
 expect 0 '^    native +yes$' show 2
-expect 0 'warning 380762 \(varmex_warningFailedSync\)' show --sync
+expect 0 'warning: The description could not be brought up to date .*\(varmex_warningFailedSync 380762\)' show --sync
 expect 0 '^Chassis 3: Havrel Modular HM-1008$' show --sync
 service=$(dirname "$varmex")/service
 LD_LIBRARY_PATH=$service/withoutmode expect 0 '^    native +no$' show 3
 LD_LIBRARY_PATH=$service/withoutmode expect 0 '^    native +yes$' show 2
 LD_LIBRARY_PATH=$service/withoutclose expect 1 '^    native +!1$' show 2
 LD_LIBRARY_PATH=$service/withoutclose expect 1 '^!1  chassis 2, IsTriggerManagerNative: .*-52005$' show 2
-expect 1 'error -380751 \(varmex_errorUnknownItem\)' show 9
-expect 1 'slotNum: 99' show 1/99
+expect 1 'There is no chassis 9\. \(varmex_errorUnknownItem -380751\)' show 9
+expect 1 'Chassis 1 has no slot 99\.' show 1/99
 expect 2 'CHASSIS' show x
 expect 2 'subcommand' --nonsense
 expect 2 'subcommand is required'
 expect 0 '^PXI_Trig7 +7 +.*/TriggerBus1$' terminals 5.0.0
 expect 0 '^PXIe_DStarC +2 +.*/DStarTrigger1Set0$' terminals 5.0.0
 expect 0 '"busType": "PXI_Star"' terminals 5.0.0 --json
-expect 1 'error -380751' terminals 99.0.0
+expect 1 'No module has that PCI address\. .*-380751' terminals 99.0.0
+expect 0 '^PXI_Trig7 +7 ' terminals 0000:05:00.0
+expect 0 '^PXI_Trig7 +7 ' terminals 37:00.1
+expect 1 'No module' terminals 37.0.1
+expect 2 'neither BUS.DEVICE.FUNCTION in decimal' terminals 5:0:0
 expect 0 '^calculate +\[\{"ticket":1,"destination":"PXI_Trig3"' route 5.0.0 PXI_Trig3 --token t
 expect 0 '^reserve +done$' route 5.0.0 PXI_Star --token t
 expect 0 '"step": "destroy"' route 5.0.0 PXIe_DStarB --json
-expect 1 'no such terminal: x' route 5.0.0 x
+expect 2 'no such terminal: x' route 5.0.0 x
+# A full device, a narrow output, colours, a lock that another program holds.
+"$varmex" show >/dev/full 2>/dev/null
+is_failed=$?
+check() { if [ "$1" = "$2" ]; then passed=$((passed + 1)); else failed=$((failed + 1)); echo "$3: \"$2\", wanted \"$1\""; fi; }
+check 1 "$is_failed" 'exit status of show to a full device'
+widest=$(COLUMNS=80 "$varmex" show 2>&1 | awk '{ if (length > most) most = length } END { print (most <= 80) ? "fits" : most }')
+check fits "$widest" 'width of show in 80 columns'
+check 0 "$("$varmex" show | grep -c $'\x1b')" 'colours in a pipe'
 VARMEX_FSROOT=$(mktemp -d)
 mkdir -p "$VARMEX_FSROOT/etc/pxi" "$VARMEX_FSROOT/var/lib/PXISA"
-expect 0 '^No chassis\.$' show
+expect 0 '^No chassis: there is no description, neither .*/pxisys.ini$' show
 expect 0 '"Chassis": \[\]' show --json
 printf '[System]\nChassisList = 1\n[Chassis1]\nVendor = \xff\x1b\nModel = "\nSerialNumber = \\\nSlotList = ""\n' \
   >"$VARMEX_FSROOT/etc/pxi/pxiesys.ini"
 expect 0 '"ChassisModel": "\\""' show --json
 echo '[System]' >"$VARMEX_FSROOT/etc/pxi/pxisys.ini"
-expect 1 'wrappedMessage: Section System item: ChassisList not found' show
+expect 1 '^varmex: Section System item: ChassisList not found\. ' show
 rm "$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 expect 1 '' watch --once --timeout 0.1
 expect 0 '' watch --timeout 0.1

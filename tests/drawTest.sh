@@ -78,9 +78,11 @@ is "$(cat "$folder/picture.svg")" "$("$varmex" draw 1 -o -)" 'draw to the standa
 
 ends 2 '--output' 1
 ends 2 'chassis' x -o -
-ends 1 'error -380751' 9 -o -
-ends 1 "can't write $folder/none/x" -o "$folder/none/x"
-ends 1 "can't write /dev/full" -o /dev/full
+ends 1 'There is no chassis 9' 9 -o -
+ends 1 "can't write $folder/none/x.svg" -o "$folder/none/x.svg"
+ln -s /dev/full "$folder/full.svg"
+ends 1 "can't write $folder/full.svg" -o "$folder/full.svg"
+ends 2 'does not end with .svg' -o "$folder/x.png"
 
 VARMEX_FSROOT=$folder
 mkdir -p "$folder/etc/pxi" "$folder/var/lib/PXISA"

@@ -53,7 +53,7 @@ tSentence unknownItem(const tFields& fields) {
   if (type == "slot") {
     return {"Chassis " + field("chassisNum") + " has no slot " + field("slotNum") + ".", remedy};
   }
-  if (type == "chassis") return {"There is no chassis " + field("chassisNum") + ".", remedy};
+  if (type == "chassis") return {"There is no chassis " + field("chassisNumber") + ".", remedy};
   return {"No module has that PCI address.", remedy};
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <sstream>
 
 #include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/terminal.h"
@@ -22,13 +23,36 @@ std::size_t widthOf(const tWidths& widths) {
       [](std::size_t sum, std::size_t width) { return width > 0 ? sum + kMargin + width : sum; });
 }
 
-// Takes from the widest column until all fit, as far as they can.
-void squeeze(tWidths& widths, std::size_t columns) {
+// Takes from the column with the most to spare until all fit, as far as they can.
+void squeeze(tWidths& widths, const tWidths& floors, std::size_t columns) {
+  const auto spare = [&](std::size_t n) { return widths[n] - std::min(widths[n], floors[n]); };
   while (widthOf(widths) > columns) {
-    const auto widest = std::max_element(widths.begin(), widths.end());
-    if (*widest <= kLeast) return;
-    --*widest;
+    std::size_t most = 0;
+    for (std::size_t n = 1; n < widths.size(); ++n) {
+      if (spare(n) > spare(most)) most = n;
+    }
+    if (spare(most) == 0) return;
+    --widths[most];
   }
+}
+
+std::size_t longestWord(const std::string& text) {
+  std::size_t longest = 0;
+  std::istringstream words(text);
+  for (std::string word; words >> word;) longest = std::max(longest, columnsOf(word));
+  return longest;
+}
+
+// Words are kept whole as long as that is enough.
+void fit(tWidths& widths, const tRow& titles, const std::vector<tRow>& rows, std::size_t columns) {
+  tWidths floors;
+  for (const std::string& title : titles) floors.push_back(longestWord(title));
+  for (const tRow& row : rows) {
+    for (std::size_t n = 0; n < row.size(); ++n)
+      floors[n] = std::max(floors[n], longestWord(row[n]));
+  }
+  squeeze(widths, floors, columns);
+  squeeze(widths, tWidths(widths.size(), kLeast), columns);
 }
 
 tWidths widthsOf(const tRow& titles, const std::vector<tRow>& rows) {
@@ -82,7 +106,7 @@ void showTable(const tRow& titles, const std::vector<tRow>& rows, std::ostream& 
     for (std::string& cell : row) cell = visible(cell);
   }
   tWidths widths = widthsOf(titles, shown);
-  if (const auto columns = outputColumns()) squeeze(widths, *columns);
+  if (const auto columns = outputColumns()) fit(widths, titles, shown, *columns);
   showRow(titles, widths, true, out);
   for (const tRow& row : shown) showRow(row, widths, false, out);
 }
