@@ -1,0 +1,79 @@
+"""Handles that close themselves, an owner's always after those of what came from it.
+
+Finalizers run in any thread, at any moment and, within a cycle, in any order. So an owner stays open
+until the last of its children is closed. Sets and lists do their work in one step under the
+interpreter's lock: nothing here waits.
+"""
+
+from typing import Any, Callable, List, Optional, Set
+
+from . import _raw
+from ._errors import ClosedError
+
+
+class Owner:
+    """An open handle with children. `closed` is set when the user ended it: what uses it after that
+    is refused, while the handle itself stays open until its last user is gone."""
+
+    __slots__ = ("closed", "_pointer", "_close", "_children", "_open", "_released")
+
+    def __init__(self, pointer: int, close: Any = _raw.library.varmex_close) -> None:
+        self.closed = False
+        self._pointer = pointer
+        self._close = close
+        self._children: Set[int] = set()
+        self._open: List[int] = [pointer]
+        self._released = False
+
+    @property
+    def pointer(self) -> int:
+        if self.closed:
+            raise ClosedError("the session was closed")
+        return self._pointer
+
+    @property
+    def session(self) -> "Owner":
+        return self
+
+    def adopt(self, child: int) -> None:
+        self._children.add(child)
+
+    def disown(self, child: int) -> None:
+        self._children.discard(child)
+        if self._released:
+            self._close_when_last()
+
+    def __del__(self) -> None:
+        self._released = True
+        self._close_when_last()
+
+    def _close_when_last(self) -> None:
+        if not self._children:
+            try:
+                pointer = self._open.pop()
+            except IndexError:
+                return
+            self._close(pointer)
+
+
+class Child:
+    """An open handle that came from a session: an item, a list, an iterator."""
+
+    __slots__ = ("_pointer", "_close", "session")
+
+    def __init__(self, pointer: int, session: Owner,
+                 close: Any = _raw.library.varmex_close) -> None:
+        self._pointer = pointer
+        self._close: Callable[[int], Optional[object]] = close
+        self.session = session
+        session.adopt(pointer)
+
+    @property
+    def pointer(self) -> int:
+        if self.session.closed:
+            raise ClosedError("the session of this item was closed")
+        return self._pointer
+
+    def __del__(self) -> None:
+        self._close(self._pointer)
+        self.session.disown(self._pointer)

@@ -1,0 +1,36 @@
+"""Finds and loads the shared library."""
+
+import ctypes
+import os
+import sys
+from pathlib import Path
+from typing import Iterator, List, Tuple
+
+FILE = "varmex.dll" if sys.platform == "win32" else "libvarmex.so.19"
+
+
+def candidates() -> Iterator[Tuple[str, str]]:
+    """What is tried, in order: the library's path or name, and where that comes from. A library
+    that VARMEX_LIBRARY names is the only one."""
+    chosen = os.environ.get("VARMEX_LIBRARY")
+    if chosen:
+        yield chosen, "VARMEX_LIBRARY"
+        return
+    packaged = Path(__file__).resolve().parent / FILE
+    if packaged.exists():
+        yield str(packaged), "the package"
+    yield FILE, "the system"
+
+
+def load() -> ctypes.CDLL:
+    """Loads the library. ImportError, with all that was tried, when there is none."""
+    failures: List[str] = []
+    for name, source in candidates():
+        try:
+            return ctypes.CDLL(name)
+        except OSError as error:
+            failures.append(f"{name} ({source}): {error}")
+    raise ImportError(
+        "the varmex library was not found. Tried: " + "; ".join(failures)
+        + ". Install the package libvarmex19, or let VARMEX_LIBRARY name the library's file."
+    )
