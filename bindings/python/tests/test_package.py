@@ -1,0 +1,121 @@
+"""What the package adds to the C interface: loading, numbers, types, texts, failures."""
+
+import subprocess
+
+import pytest
+import varmex
+from conftest import PROJECT, run_python
+from varmex import constants
+
+HEADERS = PROJECT / "includes"
+
+
+def test_constants_are_those_of_the_compiler(tmp_path):
+    names = [name for name in vars(constants) if name.startswith(("varmex_", "telmar_", "ostrel"))]
+    assert len(names) > 100
+    lines = "\n".join(f'  printf("{name} %lld\\n", (long long){name});' for name in names)
+    program = tmp_path / "numbers.c"
+    program.write_text("#include <stdio.h>\n#include <varmex/telmar_ra_varmex.h>\n"
+                       f"#include <varmex/varmex.h>\nint main(void) {{\n{lines}\n}}\n")
+    subprocess.run(["cc", f"-I{HEADERS}", "-o", tmp_path / "numbers", program], check=True)
+    printed = subprocess.run([tmp_path / "numbers"], capture_output=True, text=True, check=True)
+    numbers = dict(line.split() for line in printed.stdout.splitlines())
+    assert {name: int(number) for name, number in numbers.items()} == {
+        name: getattr(constants, name) for name in names}
+
+
+@pytest.mark.parametrize("text", ["enum { one, two };", "enum { a = 1 << 3 };"])
+def test_an_enumerator_that_is_not_understood_is_no_secret(text):
+    script = PROJECT / "bindings/python/make_constants.py"
+    program = (f"import runpy, sys\nread = runpy.run_path({str(script)!r})['read_constants']\n"
+               "try:\n  read(sys.argv[1])\nexcept ValueError as error:\n  print('refused', error)\n")
+    assert run_python(program, text).startswith("refused")
+
+
+def test_library_is_looked_for():
+    missing = run_python("try:\n  import varmex\nexcept ImportError as error:\n  print(error)\n",
+                         VARMEX_LIBRARY="/nowhere/libvarmex.so.19")
+    assert "/nowhere/libvarmex.so.19 (VARMEX_LIBRARY)" in missing and "libvarmex19" in missing
+    other = run_python("try:\n  import varmex\nexcept ImportError as error:\n  print(error)\n",
+                       VARMEX_LIBRARY="libc.so.6")
+    assert "it lacks varmex_openPXISession" in other
+
+
+# Place, property, value; None where the item has no such thing.
+VALUES = [
+    ("session.chassis[1]", "serial_number", "0A41F27C"),
+    ("session.chassis[3]", "serial_number", None),
+    ("session.chassis[2].slots[1]", "type", varmex.SlotType.PXIE_SYSTEM),
+    ("session.chassis[2].slots[2]", "star_trigger_line", 0),
+    ("session.chassis[2].slots[1]", "star_trigger_line", None),
+    ("session.chassis[2].slots[2]", "system_vendor", None),
+    ("session.device(51, 0)", "is_express", True),
+    ("session.device(51, 0)", "link_width_negotiated", 4),
+]
+
+
+@pytest.mark.parametrize("place, name, value", VALUES)
+def test_properties_answer_or_are_none(root, place, name, value):
+    with varmex.Session() as session:
+        item = eval(place)
+        assert getattr(item, name) == value and type(getattr(item, name)) is type(value)
+        if value is None:
+            with pytest.raises(varmex.AbsentError) as raised:
+                item.require(name)
+            assert raised.value.constant and str(raised.value.code) in str(raised.value)
+        else:
+            assert item.require(name) == value
+        with pytest.raises(AttributeError):
+            setattr(item, name, value)
+
+
+FAILURES = [
+    ("session.chassis[99]", varmex.UnknownItemError, "chassisNum"),
+    ("session.chassis[-1]", LookupError, "-1"),
+    ("session.chassis[1].slots[99]", LookupError, "slotNum: 99"),
+    ("session.device(1, 2, 3)", varmex.UnknownItemError, ""),
+    ("session.u32(123)", varmex.AbsentError, "attribute: 123"),
+    ("session.trigger_bridges[0].line_mapping(8)", ValueError, "8"),
+    ("varmex.RoutingSession('x')", varmex.InvalidArgumentError, ""),
+    ("session.wait(-1)", ValueError, "-1"),
+]
+
+
+@pytest.mark.parametrize("expression, kind, text", FAILURES)
+def test_failures_are_of_their_class(root, expression, kind, text):
+    with varmex.Session() as session:
+        with pytest.raises(kind) as raised:
+            eval(expression)
+        assert text in str(raised.value)
+    if isinstance(raised.value, varmex.Error):
+        assert raised.value.code < 0 and raised.value.json.startswith('{"error_constant"')
+
+
+def test_items_by_place(root):
+    with varmex.Session() as session, varmex.Session() as other:
+        assert session.chassis[1] == other.chassis[1] != session.chassis[2]
+        assert session.chassis[1] != session.chassis[1].slots[1]
+        assert len({slot for slot in session.slots} | {slot for slot in other.slots}) == len(
+            session.slots)
+        device = session.device(51, 0, 1)
+        assert device.slot == session.chassis[2].slots[2] and device.chassis == session.chassis[2]
+        assert repr(device) == "Device(bus=51, number=0, function=1, name='PXI2Slot2')"
+        assert 2 in session.chassis and 99 not in session.chassis and -1 not in session.chassis
+        assert session.chassis.get(99) is None and len(session.chassis) == 3
+        assert session.chassis[1].trigger_bridges[2].line_mapping(6) == (6, 7)
+
+
+def test_texts_come_through_as_they_are(root):
+    for name in ("pxisys.ini", "pxiesys.ini"):
+        file = root / "etc/pxi" / name
+        file.write_bytes(file.read_bytes().replace(b"ORX-1820", b"ORX-\xfc\xff"))
+    with varmex.Session() as session:
+        model = session.chassis[1].model
+        assert model == "ORX-\udcfc\udcff" and model.encode("utf-8", "surrogateescape") == b"ORX-\xfc\xff"
+
+
+def test_picture_needs_the_command(root, monkeypatch):
+    command = PROJECT / "no-such-folder"
+    monkeypatch.setenv("PATH", str(command))
+    with varmex.Session() as session:
+        assert session.chassis[1]._repr_svg_() is None

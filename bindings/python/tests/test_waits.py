@@ -1,0 +1,117 @@
+"""Waits, in threads and under asyncio."""
+
+import asyncio
+import os
+import signal
+import subprocess
+import sys
+import threading
+import time
+
+import pytest
+import varmex
+from varmex import WaitResult
+
+LIMIT = 60  # seconds, against hanging
+
+
+def touch(root):
+    file = root / "etc/pxi/pxisys.ini"
+    file.write_bytes(file.read_bytes() + b"; changed\n")
+    os.utime(file, (1, time.time() + 5))
+
+
+def in_thread(work):
+    results = []
+    thread = threading.Thread(target=lambda: results.append(work()))
+    thread.start()
+    return thread, results
+
+
+@pytest.mark.parametrize("in_main_thread", [True, False])
+def test_wait_sees_a_change_and_keeps_to_its_time(root, in_main_thread):
+    def waits():
+        with varmex.Session() as session:
+            before = time.monotonic()
+            assert session.wait(0.3) is WaitResult.TIMED_OUT
+            assert not session.wait(0)
+            assert time.monotonic() - before >= 0.3
+            threading.Timer(0.2, touch, [root]).start()
+            assert session.wait(LIMIT) is WaitResult.CHANGED and session.wait()
+        return True
+
+    if in_main_thread:
+        waits()
+    else:
+        thread, results = in_thread(waits)
+        thread.join()
+        assert results == [True]
+
+
+def test_others_run_while_one_waits_and_close_ends_it(root):
+    session = varmex.Session()
+    chassis = session.chassis[1]
+    thread, results = in_thread(lambda: session.wait())
+    for _ in range(100):
+        assert chassis.number == 1
+    session.close()
+    thread.join(LIMIT)
+    # The wait had begun, or begins with a session that is closed.
+    assert not thread.is_alive() and results in ([WaitResult.CANCELLED], [])
+    with pytest.raises(varmex.ClosedError):
+        chassis.number
+
+
+@pytest.mark.skipif(sys.platform == "win32", reason="sends a signal")
+def test_an_interrupt_ends_a_wait(root):
+    program = ("import varmex\nsession = varmex.Session()\nprint('waits', flush=True)\n"
+               "try:\n  session.wait()\nexcept KeyboardInterrupt:\n  print('interrupted')\n")
+    with subprocess.Popen([sys.executable, "-c", program], stdout=subprocess.PIPE,
+                          text=True) as process:
+        assert process.stdout.readline() == "waits\n"
+        time.sleep(0.5)
+        process.send_signal(signal.SIGINT)
+        assert process.communicate(timeout=LIMIT)[0] == "interrupted\n"
+
+
+def test_watch_tells_changes_and_leaves_no_thread(root):
+    async def main():
+        before = threading.active_count()
+        seen = []
+        async for change in varmex.watch():
+            seen.append((change.previous.is_current, change.session.is_current))
+            if len(seen) == 2:
+                break
+            touch(root)
+            await asyncio.sleep(0)
+        assert threading.active_count() == before
+        return seen
+
+    async def with_change():
+        await asyncio.sleep(0.2)
+        touch(root)
+
+    async def both():
+        change = asyncio.create_task(with_change())
+        seen = await asyncio.wait_for(main(), LIMIT)
+        await change
+        return seen
+
+    assert asyncio.run(both())[0] == (False, True)
+
+
+def test_watch_is_cancelled_at_once_and_goes_on_after_it(root):
+    async def main():
+        watch = varmex.watch()
+        for _ in range(3):
+            task = asyncio.ensure_future(watch.__anext__())
+            await asyncio.sleep(0.1)
+            task.cancel()
+            with pytest.raises(asyncio.CancelledError):
+                await task
+        assert threading.active_count() == 1
+        touch(root)  # while nobody waits
+        change = await asyncio.wait_for(watch.__anext__(), LIMIT)
+        assert change.session.is_current and not change.previous.is_current
+
+    asyncio.run(main())
