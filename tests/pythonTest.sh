@@ -1,0 +1,66 @@
+#!/usr/bin/env bash
+# pythonTest.sh BUILD ASAN_BUILD : the Python package: types, tests, the same against the sanitized
+# library, and the wheel in an empty virtual environment. Ends with "N passed, N failed".
+set -uo pipefail
+build=$(realpath "$1") asan=$(realpath "$2") project=$PWD
+python=/usr/bin/python3
+export PYTHONPATH=$build/python PYTHONDONTWRITEBYTECODE=1 PATH=$build/bin:$PATH
+unset VARMEX_FSROOT VARMEX_LIBRARY
+passed=0
+failed=0
+log=$(mktemp -d)
+trap 'rm -rf "$log"' EXIT
+
+count() {  # NAME COMMAND...
+  local name=$1
+  shift
+  if "$@" >"$log/$name" 2>&1; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    echo "FAILED $name"
+    tail -n 60 "$log/$name"
+  fi
+}
+
+suite() {  # NAME [pytest arguments] : counts each test
+  local name=$1 result=0 good bad
+  shift
+  (cd "$project/bindings/python/tests" && "$python" -m pytest -q -p no:cacheprovider "$@") \
+    >"$log/$name" 2>&1 || result=$?
+  good=$(grep -oE '[0-9]+ passed' "$log/$name" | tail -n 1 | cut -d' ' -f1)
+  bad=$(grep -oE '[0-9]+ (failed|error)' "$log/$name" | awk '{ sum += $1 } END { print sum }')
+  if [ "$result" -ne 0 ] && [ "${bad:-0}" -eq 0 ]; then bad=1; fi
+  passed=$((passed + ${good:-0}))
+  failed=$((failed + ${bad:-0}))
+  if [ "$result" -ne 0 ]; then cat "$log/$name"; fi
+}
+
+wheel() {
+  "$python" -m venv "$log/venv" &&
+    "$log/venv/bin/pip" install -q --no-index "$project"/build/wheels/varmex-*-linux_x86_64.whl &&
+    env -u PYTHONPATH -C "$log" VARMEX_FSROOT="$project/samples" "$log/venv/bin/python" -c '
+import varmex
+from pathlib import Path
+assert Path(varmex.__file__).is_relative_to(Path("venv").resolve()), varmex.__file__
+with varmex.Session() as session:
+    assert [chassis.number for chassis in session.chassis] == [1, 2, 3]
+assert varmex.routing._library._name.startswith(str(Path(varmex.__file__).parent))'
+}
+
+windows_wheel() {
+  "$python" -m zipfile -l "$project"/build/wheels/varmex-*-win_amd64.whl | grep -q '^varmex/varmex.dll'
+}
+
+count types "$python" -m mypy --strict --python-version 3.9 --cache-dir "$log/mypy" \
+  "$build/python/varmex"
+suite plain
+runtime=$(gcc -print-file-name=libasan.so):$(gcc -print-file-name=libstdc++.so)
+VARMEX_LIBRARY=$asan/lib/libvarmex.so.19 ASAN_OPTIONS=detect_leaks=0 LD_PRELOAD=$runtime \
+  suite sanitized test_lifetimes.py test_routing.py test_waits.py
+count 'wheels built' "$project/scripts/wheel.sh"
+count 'wheel in a bare environment' wheel
+count 'wheel for Windows' windows_wheel
+
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
