@@ -4,7 +4,8 @@
 # the number of tests that passed and failed, over all of them.
 source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" g++-mingw-w64-x86-64-posix clang-14 lld-14 llvm-14 wine64 wine \
-  binutils libxml2-utils dpkg-dev file pkg-config python3-jsonschema unzip
+  binutils libxml2-utils dpkg-dev file mypy pkg-config python3-build python3-jsonschema python3-pytest python3-setuptools \
+  python3-venv python3-wheel unzip
 
 results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
@@ -71,6 +72,7 @@ start 'windows: outside' tests/sharded.sh 4 tests/inWine.sh \
 for suite in inside injection; do
   start "windows: $suite" tests/inWine.sh wine "build/windows/bin/varmex_${suite}_tests.exe"
 done
+start 'python' tests/pythonTest.sh build/linux build/linux-asan
 start 'windows: exports' tests/checkExports.sh build/windows/bin/varmex.dll
 start 'windows: install' tests/inWine.sh tests/installTest.sh build/windows
 start 'windows: msvc' tests/inWine.sh tests/msvcTest.sh build/windows

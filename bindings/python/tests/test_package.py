@@ -1,5 +1,6 @@
 """What the package adds to the C interface: loading, numbers, types, texts, failures."""
 
+import re
 import subprocess
 
 import pytest
@@ -112,6 +113,13 @@ def test_texts_come_through_as_they_are(root):
     with varmex.Session() as session:
         model = session.chassis[1].model
         assert model == "ORX-\udcfc\udcff" and model.encode("utf-8", "surrogateescape") == b"ORX-\xfc\xff"
+
+
+def test_a_destination_line_8_does_not_end_the_process(root):
+    file = root / "etc/pxi/pxisys.ini"
+    file.write_bytes(re.sub(rb"(PXI_TRIG6 *= *)[^\r\n]*", rb"\g<1>8", file.read_bytes()))
+    with varmex.Session() as session, pytest.raises(varmex.ConflictError, match="line 8"):
+        session.trigger_bridges[0].line_mapping(6)
 
 
 def test_picture_needs_the_command(root, monkeypatch):

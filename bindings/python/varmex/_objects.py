@@ -2,6 +2,7 @@
 
 import enum
 import math
+import re
 import threading
 import time
 from ctypes import byref, c_uint64
@@ -10,7 +11,7 @@ from typing import (Any, Callable, Generic, Iterator, List, Optional, Tuple, Typ
 
 from . import _raw
 from . import constants as c
-from ._errors import ClosedError, Error
+from ._errors import ClosedError, Error, error_of
 from ._handles import Child, Owner
 
 _get_u32 = _raw.library.varmex_getU32Attribute
@@ -281,6 +282,25 @@ def _u32_argument(number: int, what: str) -> int:
     return number
 
 
+_LINE_8 = ('{"error_constant":"varmex_errorInformationConflict","varmex_debug":{"message":'
+           '"a line mapping of the description names the destination line 8"}}')
+_LINE_MAP = re.compile(rb"^\s*\"?PXI_TRIG[^=\r\n\0]*=[^\r\n\0]*8", re.MULTILINE)
+
+
+def _maps_a_line_8(session: int) -> bool:
+    """Whether a line mapping of the description may name the line 8. The library answers it with
+    a C++ exception, which ends a process that has no C++ to catch it: so it is not asked."""
+    for attribute in (c.varmex_str_PxiSysPath, c.varmex_str_PxieSysPath):
+        path: bytes = _call(_get_string, session, attribute)
+        try:
+            with open(path, "rb") as file:
+                if _LINE_MAP.search(file.read()):
+                    return True
+        except OSError:
+            pass
+    return False
+
+
 class TriggerBridge(Item):
     """A bridge between two trigger buses of a chassis."""
 
@@ -304,6 +324,8 @@ class TriggerBridge(Item):
         for a source line beyond 7."""
         if not 0 <= source_line <= 7:
             raise ValueError(f"a trigger bus has the lines 0 to 7, not {source_line}")
+        if _maps_a_line_8(self._handle.session.pointer):
+            raise error_of(c.varmex_errorInformationConflict, _LINE_8)
         bits = self.u32(c.varmex_u32_BridgeLineMapping0 + source_line)
         return tuple(line for line in range(8) if bits >> line & 1)
 
