@@ -24,6 +24,22 @@ target_include_directories(varmex_common INTERFACE
   ${PROJECT_SOURCE_DIR}/includes ${PROJECT_SOURCE_DIR})
 target_link_libraries(varmex_common INTERFACE Threads::Threads)
 
+# What distributions expect of the libraries and programs that they ship (tests/checkHardening.sh).
+# The debug builds have sanitizers instead.
+add_library(varmex_hardening INTERFACE)
+set(optimised $<NOT:$<CONFIG:Debug>>)
+target_compile_options(varmex_hardening INTERFACE
+  $<${optimised}:-fstack-protector-strong>
+  $<${optimised}:-U_FORTIFY_SOURCE>
+  $<${optimised}:-D_FORTIFY_SOURCE=2>)
+if(WIN32)
+  target_link_options(varmex_hardening INTERFACE
+    -Wl,--dynamicbase,--nxcompat,--high-entropy-va)
+else()
+  target_compile_options(varmex_hardening INTERFACE $<${optimised}:-fcf-protection>)
+  target_link_options(varmex_hardening INTERFACE -Wl,-z,relro,-z,now)
+endif()
+
 # The cross compiler must not see the system's include folder: the header-only libraries that both
 # builds share are linked into a folder of the build.
 set(headers ${PROJECT_BINARY_DIR}/headers)
@@ -47,5 +63,5 @@ function(varmex_component name)
   cmake_parse_arguments(arg "" "" "SOURCES;PLATFORM;NEIGHBOURS" ${ARGN})
   list(TRANSFORM arg_PLATFORM REPLACE "@" ${VARMEX_PLATFORM})
   add_library(${name} STATIC ${arg_SOURCES} ${arg_PLATFORM})
-  target_link_libraries(${name} PUBLIC varmex_common ${arg_NEIGHBOURS})
+  target_link_libraries(${name} PUBLIC varmex_common ${arg_NEIGHBOURS} PRIVATE varmex_hardening)
 endfunction()

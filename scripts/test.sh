@@ -46,6 +46,7 @@ suites() {
 build linux
 suites linux
 start 'linux: exports' tests/checkExports.sh build/linux/lib/libvarmex.so
+start 'linux: hardening' tests/checkHardening.sh build/linux/lib/libvarmex.so build/linux/bin/varmex
 start 'linux: command' tests/commandTest.sh build/linux/bin/varmex
 start 'linux: describe' tests/describeTest.py build/linux/bin/varmex
 start 'linux: draw' tests/drawTest.sh build/linux/bin/varmex
@@ -74,6 +75,7 @@ for suite in inside injection; do
 done
 start 'python' tests/pythonTest.sh build/linux build/linux-asan
 start 'windows: exports' tests/checkExports.sh build/windows/bin/varmex.dll
+start 'windows: hardening' tests/checkHardening.sh build/windows/bin/varmex.{dll,exe}
 start 'windows: install' tests/inWine.sh tests/installTest.sh build/windows
 start 'windows: msvc' tests/inWine.sh tests/msvcTest.sh build/windows
 

@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# checkHardening.sh FILE... : what a Release build puts into its libraries and programs against
+# attacks is really in them.
+set -uo pipefail
+passed=0
+failed=0
+
+# holds FILE WHAT PATTERN COMMAND... : a line of the command's output on the file.
+holds() {
+  local file=$1 what=$2 pattern=$3
+  shift 3
+  if "$@" "$file" 2>&1 | grep -E -- "$pattern" >/dev/null; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    echo "$file: $what is missing"
+  fi
+}
+
+# The first instruction of every exported function is a landing place of indirect calls.
+landings() {
+  local exports addresses
+  exports=$(nm -D --defined-only "$1" | sed -nE 's/^0*([0-9a-f]+) T .*/\1/p')
+  addresses=$(objdump -d --no-show-raw-insn "$1" | sed -nE 's/^ +([0-9a-f]+):\s+endbr64.*/\1/p')
+  grep -vxF "$addresses" <<<"$exports" || echo 'all of them'
+}
+
+for file in "$@"; do
+  case $file in
+    *.dll | *.exe)
+      for flag in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do
+        holds "$file" "$flag" "^\s+$flag\$" x86_64-w64-mingw32-objdump -p
+      done
+      holds "$file" 'the stack protector' ' __stack_chk_fail$' x86_64-w64-mingw32-nm
+      holds "$file" 'FORTIFY' ' __chk_fail$' x86_64-w64-mingw32-nm
+      ;;
+    *)
+      holds "$file" 'RELRO' '^ +GNU_RELRO ' readelf -lW
+      holds "$file" 'immediate binding' 'FLAGS_1.* NOW' readelf -dW
+      holds "$file" 'position independence' 'Type: +DYN ' readelf -hW
+      holds "$file" 'the stack protector' ' __stack_chk_fail' nm -D
+      holds "$file" 'FORTIFY' ' U __[a-z]+_chk' nm -D
+      case $file in *.so) holds "$file" 'CET' '^all of them$' landings ;; esac
+      ;;
+  esac
+done
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
