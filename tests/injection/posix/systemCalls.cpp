@@ -56,6 +56,9 @@ const std::vector<tSystemCall>& systemCalls() {
                                                  {"dlopen", {ENOMEM}},
                                                  {"dlsym", {ENOENT}},
                                                  {"dlclose", {EINVAL}},
+                                                 {"dlinfo", {EINVAL}},
+                                                 {"dladdr1", {EINVAL}},
+                                                 {"getrandom", {EINTR, ENOSYS}},
                                                  {"syscall", {ENOSYS, EINTR}}};
   return calls;
 }
@@ -122,6 +125,9 @@ WRAP(ssize_t, send, (int file, const void* bytes, std::size_t size, int flags), 
 WRAP(int, nanosleep, (const timespec* time, timespec* left), (time, left), -1)
 WRAP(void*, dlopen, (const char* path, int flags), (path, flags), nullptr)
 WRAP(void*, dlsym, (void* library, const char* name), (library, name), nullptr)
+WRAP(int, dlinfo, (void* library, int request, void* answer), (library, request, answer), -1)
+WRAP(int, dladdr1, (const void* address, void* place, void** more, int flags), (address, place, more, flags), 0)
+WRAP(ssize_t, getrandom, (void* bytes, std::size_t size, unsigned flags), (bytes, size, flags), -1)
 WRAP(long, syscall, (long number, long a, long b, long c, long d, long e, long f), (number, a, b, c, d, e, f), -1)
 RELEASE(close, int)
 RELEASE(fclose, FILE*)
