@@ -14,7 +14,8 @@ endif()
 
 add_library(varmex_common INTERFACE)
 target_compile_options(varmex_common INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -fvisibility=hidden
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${PROJECT_IS_TOP_LEVEL}>:-Werror>
+  -fvisibility=hidden
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # GCC 12 sees overlaps in the concatenation of strings where there are none.

@@ -35,6 +35,16 @@ if(WIN32)
   install(DIRECTORY docs examples DESTINATION . COMPONENT development)
 else()
   install(FILES docs/varmex.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
+  set(completions tools/varmex/completions)
+  install(FILES ${completions}/varmex.bash RENAME varmex COMPONENT tool
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+  install(FILES ${completions}/varmex.fish COMPONENT tool
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+  # Debian's zsh looks into the first of these below /usr, into the second below /usr/local.
+  foreach(folder vendor-completions site-functions)
+    install(FILES ${completions}/_varmex COMPONENT tool
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${folder})
+  endforeach()
 endif()
 
 set(CPACK_PACKAGE_VENDOR "varmex maintainers")

@@ -4,8 +4,8 @@
 # the number of tests that passed and failed, over all of them.
 source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" g++-mingw-w64-x86-64-posix clang-14 lld-14 llvm-14 wine64 wine \
-  binutils libxml2-utils dpkg-dev file mypy pkg-config python3-build python3-jsonschema python3-pytest python3-setuptools \
-  python3-venv python3-wheel unzip
+  binutils libxml2-utils dpkg-dev file fish mypy pkg-config python3-build python3-jsonschema \
+  python3-pytest python3-setuptools python3-venv python3-wheel unzip zsh
 
 results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
@@ -50,6 +50,7 @@ suites linux
 start 'linux: exports' tests/checkExports.sh build/linux/lib/libvarmex.so
 start 'linux: hardening' tests/checkHardening.sh build/linux/lib/libvarmex.so build/linux/bin/varmex
 start 'linux: command' tests/commandTest.sh build/linux/bin/varmex
+start 'linux: completion' tests/completionTest.sh build/linux/bin/varmex
 start 'linux: describe' tests/describeTest.py build/linux/bin/varmex
 start 'linux: draw' tests/drawTest.sh build/linux/bin/varmex
 start 'linux: check and library' build/linux/bin/varmex_agreement 1000

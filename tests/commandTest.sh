@@ -44,6 +44,7 @@ expect 1 'Chassis 1 has no slot 99\.' show 1/99
 expect 2 'CHASSIS' show x
 expect 2 'subcommand' --nonsense
 expect 2 'subcommand is required'
+expect 0 "^$("$varmex" show | head -n 1)\$" --version
 expect 0 '^PXI_Trig7 +7 +.*/TriggerBus1$' terminals 5.0.0
 expect 0 '^PXIe_DStarC +2 +.*/DStarTrigger1Set0$' terminals 5.0.0
 expect 0 '"busType": "PXI_Star"' terminals 5.0.0 --json

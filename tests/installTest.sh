@@ -51,6 +51,35 @@ listBoth() {
   LD_LIBRARY_PATH=$1 lists "$work/listDevices" && LD_LIBRARY_PATH=$1 lists "$work/listDevicesCpp"
 }
 
+# A project that takes the sources in: nothing of them but the library, and its own settings as they
+# were.
+takenIn() {
+  local project=$work/consumer
+  mkdir "$project"
+  cp "$here"/examples/listDevices.c "$project"
+  cat >"$project/CMakeLists.txt" <<END
+cmake_minimum_required(VERSION 3.25)
+project(consumer LANGUAGES C CXX)
+add_subdirectory($here varmex)
+add_executable(listDevices listDevices.c)
+target_link_libraries(listDevices PRIVATE varmex::varmex)
+END
+  cmake -S "$project" -B "$project/build" && cmake --build "$project/build" --parallel "$(nproc)" &&
+    cmake --install "$project/build" --prefix "$project/installed" &&
+    lists "$project/build/listDevices" && [ ! -e "$project/installed" ] &&
+    [ -z "$(find "$project/build" -name 'varmex_*tests' -o -name CPackConfig.cmake -o \
+      -path '*/bin/varmex' -o -name '*varmex_tool.dir*.o')" ] &&
+    ! grep -q -- -Werror -r "$project/build" --include=flags.make --include=build.ninja
+}
+
+hasCompletions() {
+  local file
+  for file in bash-completion/completions/varmex zsh/vendor-completions/_varmex \
+    zsh/site-functions/_varmex fish/vendor_completions.d/varmex.fish; do
+    [ -s "$1/share/$file" ] || return 1
+  done
+}
+
 hasManual() { grep -q '^\.B VARMEX_FSROOT' "$1/share/man/man1/varmex.1"; }
 
 unpackDebs() {
@@ -63,6 +92,7 @@ testLinux() {
   local installed=$work/installed
   try 'install' cmake --install "$1" --prefix "$installed"
   try 'the manual' hasManual "$installed"
+  try 'the completions' hasCompletions "$installed"
   try 'the installed command' env VARMEX_FSROOT="$here/samples" bash -c \
     "'$installed/bin/varmex' show | grep -q '^Chassis 3: Havrel'"
   # Where it was moved, it works as well.
@@ -73,6 +103,7 @@ testLinux() {
   try 'pkg-config' withPkgConfig "$work/moved"
   try 'built with pkg-config' listBoth "$work/moved/lib"
   rm "$work"/listDevices*
+  try 'add_subdirectory' takenIn
   try 'the Debian packages' cpack --config "$1/CPackConfig.cmake" -B "$work/packages"
   try 'their content' unpackDebs
   try 'CMake and the packages' withCMake "$work/deb/usr"

@@ -15,7 +15,7 @@ namespace varmex {
 
 namespace {
 
-constexpr const char* kVersion = "19.5.0";
+constexpr const char* kVersion = VARMEX_VERSION;
 
 struct tFileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }

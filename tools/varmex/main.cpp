@@ -13,12 +13,15 @@ using namespace tool;
 
 // In the order in which the help lists them.
 constexpr tCommandPtr (*kCommands[])() = {makeShow,  makeDraw,  makeCheck, makeTerminals,
-                                          makeRoute, makeWatch, makeMake};
+                                          makeRoute, makeWatch, makeMake,  makeComplete};
 
 }  // namespace
 
 int main(int count, char** arguments) {
-  CLI::App app("Shows the PXI installation of this machine.");
+  CLI::App app(
+      "Shows what a PXI or PXI Express installation holds, how its trigger lines run, and\n"
+      "what is wrong with its description.");
+  app.set_version_flag("--version", "varmex " VARMEX_VERSION, "Print the version and end");
   app.require_subcommand(1);
   tExitStatus status = kFailed;
   tCommandPtr commands[std::size(kCommands)];

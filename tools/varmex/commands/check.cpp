@@ -13,9 +13,9 @@ namespace {
 
 class tCheck : public tCommand {
  public:
-  tCheck() : tCommand("check", "Reports what is wrong or doubtful with the description") {}
+  tCheck() : tCommand("check", "Report what is wrong or doubtful with the description") {}
 
-  void addOptions(CLI::App& line) override { line.add_flag("--json", asJson_, "For a program"); }
+  void addOptions(CLI::App& line) override { line.add_flag("--json", asJson_, "Print JSON"); }
 
   // The exit status tells findings from a description that can't be read.
   tExitStatus run() override {

@@ -14,10 +14,10 @@ namespace {
 
 class tDraw : public tCommand {
  public:
-  tDraw() : tCommand("draw", "Draws the chassis from the front, as SVG") {}
+  tDraw() : tCommand("draw", "Draw the chassis from the front, as an SVG picture") {}
 
   void addOptions(CLI::App& line) override {
-    line.add_option("chassis", chassis_, "The number of the one to draw");
+    line.add_option("chassis", chassis_, "Number of the chassis to draw; all without");
     line.add_option("-o,--output", output_,
                     "The file, which ends with .svg; - is the standard output")
         ->required();

@@ -10,6 +10,7 @@ namespace tool {
 using tCommandPtr = std::unique_ptr<tCommand>;
 
 tCommandPtr makeCheck();
+tCommandPtr makeComplete();
 tCommandPtr makeDraw();
 tCommandPtr makeMake();
 tCommandPtr makeRoute();

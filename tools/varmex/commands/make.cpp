@@ -63,12 +63,15 @@ void makeInstallation(const std::string& folder, const std::vector<std::string>&
 
 class tMake : public tCommand {
  public:
-  tMake() : tCommand("make", "Writes the description of an installation that does not exist") {}
+  tMake() : tCommand("make", "Write a simulated installation, for trials without hardware") {}
 
   void addOptions(CLI::App& line) override {
-    line.add_option("folder", folder_, "Where to, for VARMEX_FSROOT")->required();
-    line.add_option("chassis", chassis_,
-                    "KIND[:SLOTS[:MODULES]][xCOUNT], with KIND express or classic")
+    line.add_option("folder", folder_,
+                    "Where to write it; VARMEX_FSROOT=FOLDER varmex show reads it")
+        ->required();
+    line.add_option(
+            "chassis", chassis_,
+            "express or classic, then :SLOTS, :MODULES and xCOUNT if wanted: express:18:7x2")
         ->required();
   }
 

@@ -54,15 +54,19 @@ void show(const tJson& steps) {
 
 class tRoute : public tCommand {
  public:
-  tRoute() : tCommand("route", "Walks one route through its life and shows each answer") {}
+  tRoute()
+      : tCommand("route", "Reserve a trigger line for a moment, and tell what each step answered") {
+  }
 
   void addOptions(CLI::App& line) override {
     line.add_option("address", address_,
                     "PCI address of the module: 33.15.0 in decimal or 21:0f.0 as lspci writes it")
         ->required();
-    line.add_option("terminal", terminal_, "The terminal, such as PXI_Trig0")->required();
-    line.add_option("--token", token_, "The token to hold it under");
-    line.add_flag("--json", asJson_, "For a program");
+    line.add_option("terminal", terminal_,
+                    "Name of the trigger line, such as PXI_Trig0; varmex terminals lists them")
+        ->required();
+    line.add_option("--token", token_, "Name to hold the line under");
+    line.add_flag("--json", asJson_, "Print JSON");
   }
 
   tExitStatus run() override {

@@ -136,12 +136,12 @@ void showSlot(const tJson& slot, tPciNotation notation, std::ostream& out) {
 
 class tShow : public tCommand {
  public:
-  tShow() : tCommand("show", "Lists chassis, slots and modules") {}
+  tShow() : tCommand("show", "List chassis, slots, modules and trigger lines") {}
 
   void addOptions(CLI::App& line) override {
-    line.add_option("place", place_, "What to show: CHASSIS or CHASSIS/SLOT");
-    CLI::Option* const json = line.add_flag("--json", asJson_, "For a program");
-    line.add_flag("--why", isWhyAsked_, "With the reason for each absent attribute")->needs(json);
+    line.add_option("place", place_, "A chassis (2) or a slot (2/5); all without");
+    CLI::Option* const json = line.add_flag("--json", asJson_, "Print JSON");
+    line.add_flag("--why", isWhyAsked_, "Print why each absent attribute is absent")->needs(json);
     addPciOption(line, notation_);
     installation_.addSync(line);
   }

@@ -11,13 +11,13 @@ namespace {
 
 class tTerminals : public tCommand {
  public:
-  tTerminals() : tCommand("terminals", "Lists the trigger-line terminals of a module") {}
+  tTerminals() : tCommand("terminals", "List the trigger lines that a module can use, by name") {}
 
   void addOptions(CLI::App& line) override {
     line.add_option("address", address_,
                     "PCI address of the module: 33.15.0 in decimal or 21:0f.0 as lspci writes it")
         ->required();
-    line.add_flag("--json", asJson_, "For a program");
+    line.add_flag("--json", asJson_, "Print JSON");
   }
 
   tExitStatus run() override {

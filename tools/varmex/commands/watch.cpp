@@ -46,13 +46,15 @@ std::string localTimeForPrograms() {
 
 class tWatch : public tCommand {
  public:
-  tWatch() : tCommand("watch", "Tells when the description changed, and what, until interrupted") {}
+  tWatch()
+      : tCommand("watch",
+                 "Tell what changes in the installation, as it happens, until interrupted") {}
 
   void addOptions(CLI::App& line) override {
     line.add_flag("--once", once_, "End after the first change");
-    line.add_option("--timeout", seconds_, "End after that many seconds")
+    line.add_option("--timeout", seconds_, "End after so many seconds")
         ->check(CLI::Range(0.0, 4e6));
-    line.add_flag("--json", asJson_, "For a program: one object a line");
+    line.add_flag("--json", asJson_, "Print JSON, one object a line");
   }
 
   tExitStatus run() override {

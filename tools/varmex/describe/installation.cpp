@@ -69,7 +69,8 @@ class tLockNotice {
 }  // namespace
 
 void tInstallation::addSync(CLI::App& line) {
-  line.add_flag("--sync", synchronizes_, "Has the description brought up to date first");
+  line.add_flag("--sync", synchronizes_,
+                "Have the PXI service library bring the description up to date first");
 }
 
 varmex::Session tInstallation::open() const {

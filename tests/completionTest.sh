@@ -1,0 +1,95 @@
+#!/usr/bin/env bash
+# completionTest.sh VARMEX : what Tab offers in bash, zsh and fish.
+set -uo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+completions=$here/../tools/varmex/completions
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+# The shells find the command by its name, and their own settings and caches in an empty home.
+PATH=$(cd "$(dirname "$1")" && pwd):$PATH
+export HOME=$work
+unset XDG_CONFIG_HOME XDG_DATA_HOME
+export VARMEX_FSROOT
+passed=0
+failed=0
+
+# What each shell offers for the words behind "varmex", the last of which is unfinished, between
+# spaces; ":files" where it leaves that to the names of files.
+inBash() {
+  source "$completions/varmex.bash"
+  compopt() { COMPREPLY=(:files); }
+  COMP_WORDS=(varmex "$@")
+  COMP_CWORD=$#
+  _varmex
+  echo "${COMPREPLY[*]}"
+}
+
+inZsh() {
+  zsh -f -c '
+    _files() { print :files }
+    _describe() { print -r -- "${(@)${(@)candidates%:*}//\\:/:}" }
+    words=(varmex "${@[2,-1]}")
+    CURRENT=$#words
+    source $1' zsh "$completions/_varmex" "$@"
+}
+
+inFish() {
+  fish --no-config -c '
+    source $argv[1]
+    function __fish_complete_path; echo :files; end
+    complete -C "varmex $argv[2..-1]" | string replace -r "\t.*" "" | string join " "' \
+    "$completions/varmex.fish" "$@"
+}
+
+# expect CANDIDATES WORD... : in every shell.
+expect() {
+  local wanted=$1 shell got
+  shift
+  for shell in inBash inZsh inFish; do
+    got=$("$shell" "$@" 2>"$work/errors")
+    if [ "$got" = "$wanted" ] && [ ! -s "$work/errors" ]; then
+      passed=$((passed + 1))
+    else
+      failed=$((failed + 1))
+      printf '%s varmex %s: wanted\n%s, got\n%s\n' "$shell" "$*" "$wanted" "$got"
+      cat "$work/errors"
+    fi
+  done
+}
+
+VARMEX_FSROOT=$here/../samples
+expect 'show draw check terminals route watch make' ''
+expect 'show' sh
+expect '--help --version' --
+expect '--json' check --j
+expect '1 2 3' show ''
+expect '1 1/1 1/2 1/3 1/4 1/5 1/6 1/7 1/8 1/9 1/10 1/11 1/12 1/13 1/14 1/15 1/16 1/17 1/18' show 1
+expect '2/3' show --json 2/3
+expect '1 2 3' draw ''
+expect '' draw 1 ''
+expect ':files' draw 1 -o ''
+expect ':files' make ''
+expect 'express:18' make /tmp/rack classic:8 e
+expect '5.0.0 5.0.1' terminals 5.
+expect 'PXIe_DStarA PXIe_DStarB PXIe_DStarC' route --token me 5.0.0 PXIe
+expect '' route 99.0.0 ''
+expect '' watch --timeout ''
+expect '' nonsense ''
+
+# Nothing to read, something that can't be read, a chassis of which one slot is broken.
+VARMEX_FSROOT=$work/nowhere
+expect '' show ''
+expect '' terminals ''
+VARMEX_FSROOT=$work/broken
+mkdir -p "$VARMEX_FSROOT/etc/pxi" "$VARMEX_FSROOT/var/lib/PXISA"
+echo '[System]' >"$VARMEX_FSROOT/etc/pxi/pxisys.ini"
+expect '' show ''
+rm "$VARMEX_FSROOT/etc/pxi/pxisys.ini"
+printf '[System]\nChassisList = 1\n[Chassis1]\nVendor = V\nModel = \x1b\tM\nSerialNumber = S\nSlotList = 5,6\n[Chassis1Slot5]\nAddressInfo = PXI0::4-0.0::INSTR\nSlotType = PXIePeripheralSlot\nVendor = W\nModel = D\n' \
+  >"$VARMEX_FSROOT/etc/pxi/pxiesys.ini"
+expect '1' show ''
+expect '1/5 1/6' show 1/
+expect '4.0.0' terminals ''
+
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
