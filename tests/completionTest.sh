@@ -91,5 +91,14 @@ expect '1' show ''
 expect '1/5 1/6' show 1/
 expect '4.0.0' terminals ''
 
+# While another program writes the description, nobody waits for it.
+exec 9>>"$VARMEX_FSROOT/var/lib/PXISA/configuration.ini"
+flock 9
+sleep 30 &
+exec 9>&-
+expect '' show ''
+expect 'show' sh
+kill $!
+
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]

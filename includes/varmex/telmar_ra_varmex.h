@@ -59,11 +59,11 @@ enum {
 VARMEX_EXPORT uint32_t telmar_ra_varmex_getAPIVersion(void);
 
 /* Opens a session on the device that `deviceName` names: "BUS.DEVICE.FUNCTION:MASK" in decimal,
- * with mask bit 0 for the trigger bus, bit 1 for the star line, bit 2 for the differential star
- * lines. The first session with a name reads the description; the device then stays as it is for
- * the life of the library. Fails with varmex_errorInvalidParameter for a name without the four
- * numbers and with whatever the query functions fail with, also for a group that the slot does not
- * have. */
+ * with mask bit 0 (1) for PXI_Trig0 to 7, the slot's trigger bus, bit 1 (2) for PXI_Star, its star
+ * line, bit 2 (4) for PXIe_DStarA, B and C, its differential star lines, PXI Express devices only.
+ * The first session with a name reads the description, once for the life of the library. Fails with
+ * varmex_errorInvalidParameter for a name without the four numbers and with whatever the query
+ * functions fail with, also for a group that the slot does not have. */
 VARMEX_EXPORT telmar_ra_Session* telmar_ra_varmex_createSession(const char* deviceName,
                                                                 telmar_ra_ReallocFunc reallocFunc,
                                                                 tStatusRecord* status);

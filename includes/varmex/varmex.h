@@ -306,9 +306,9 @@ VARMEX_EXPORT void varmex_cancelWaitForInvalidation(varmex_Item* session);
 #define varmex_container_Devices UINT32_C(8192)        /* of a session, chassis or slot */
 
 /* Lists the items of one kind below `item`, each once: chassis, slots and bridges by number,
- * devices by PCI address. A list may be empty. Fails with varmex_errorAttributeNotApplicable for a
- * number that is no container attribute or none of this item, and with whatever opening one of the
- * items on the way fails with. */
+ * devices by PCI address; maybe none. Fails with varmex_errorAttributeNotApplicable for a number
+ * that is no container attribute or none of this item, and with whatever opening anything below
+ * `item` fails with, also below what is listed: chassis because of one slot's fault. */
 VARMEX_EXPORT varmex_ItemContainer* varmex_getItemContainer(varmex_Item* item, uint32_t attribute,
                                                             tStatusRecord* status);
 

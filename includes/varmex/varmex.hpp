@@ -8,10 +8,10 @@
 // nothing where the item has no such thing (varmex::meansNothing) and throws any other failure.
 // What an attribute means and when it fails is told in varmex.h, under the attribute's name there.
 //
-// A list opens everything on its way down to what it lists and fails as a whole with the first
-// fault: session.devices() because of one chassis without a model, chassis.slots() because of a
-// slot or a bridge that can't be opened. Who wants the rest all the same takes eachChassis() and
-// eachSlot(), which go on behind what can't be opened, and asks below for one item at a time.
+// A list opens everything below its item, also below what it lists, and fails as a whole with the
+// first fault: session.chassis() because of one slot, chassis.slots() because of a bridge that
+// can't be opened. Who wants the rest all the same takes eachChassis() and eachSlot(), which go on
+// behind what can't be opened, and asks below for one item at a time.
 //
 // Threads: as in varmex.h. Any number of threads may use one object, which must not be moved or
 // destroyed meanwhile.
@@ -549,7 +549,7 @@ class Chassis : public ItemBase {
     status.check();
     return item;
   }
-  // The three lists of a chassis fail when any slot or bridge that it lists can't be opened.
+  // The three lists of a chassis fail when any slot, bridge or device of it can't be opened.
   List<Slot> slots() const { return list<Slot>(varmex_container_Slots); }
   List<TriggerBridge> triggerBridges() const {
     return list<TriggerBridge>(varmex_container_TriggerBridges);
@@ -615,8 +615,8 @@ class Session : public ItemBase {
     status.check();
     return item;
   }
-  // The four lists of a session fail when any chassis can't be opened; all but the first when any
-  // slot or bridge of any chassis can't.
+  // The four lists of a session fail when any chassis can't be opened, and when any slot, bridge or
+  // device of any chassis can't.
   List<Chassis> chassis() const { return list<Chassis>(varmex_container_Chassis); }
   List<Slot> slots() const { return list<Slot>(varmex_container_Slots); }
   List<TriggerBridge> triggerBridges() const {
