@@ -73,6 +73,7 @@ expect 'express:18' make /tmp/rack classic:8 e
 expect '5.0.0 5.0.1' terminals 5.
 expect 'PXIe_DStarA PXIe_DStarB PXIe_DStarC' route --token me 5.0.0 PXIe
 expect '' route 99.0.0 ''
+expect 'dec hex' show --pci ''
 expect '' watch --timeout ''
 expect '' nonsense ''
 
