@@ -1,5 +1,7 @@
 #include "sevrin/iDataTreeManager.h"
 
+#include "ostrel/quarks/untilUnload.h"
+
 namespace varmex::inline nSEVRIN000 {
 
 namespace {
@@ -32,6 +34,7 @@ iDataTreeManager::iHandlerRegistration::~iHandlerRegistration() {
 
 iDataTreeManager::iHandlerRegistration* iDataTreeManager::iHandlerRegistration::findHandler(
     const std::string& scheme) {
+  expectExit();
   iHandlerRegistration* handler = first_;
   while (handler && scheme != handler->scheme_) handler = handler->next_;
   return handler;

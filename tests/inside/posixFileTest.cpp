@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "corpxiTools/fileSystem/fileBytes.h"
+#include "corpxiTools/fileSystem/utils.h"
 #include "corpxiTools/iniFile.h"
 #include "tests/support/posix/systemCalls.h"
 #include "tests/support/testMachine.h"
@@ -78,6 +79,28 @@ std::string contentOf(const std::filesystem::path& path) {
   if (!file.isOpen() || !readWholeFile(file, 3, content)) return "failed";
   EXPECT_EQ(std::string(content.bytes.get() + content.size, 3), std::string(3, '\0'));
   return {content.bytes.get(), content.size};
+}
+
+TEST(FileExists, answersByTheSystemsError) {
+  tTestMachine machine;
+  machine.writePxiSys("x");
+  const std::string file = machine.pxiSys().string();
+  const struct {
+    std::string path;
+    int injected;
+    std::int32_t expected;
+  } cases[] = {
+      {file + "x", 0, 0},    {file + "/x", 0, -50202}, {file + std::string(256, 'x'), 0, -50202},
+      {file, ENOENT, 0},     {file, EACCES, -50207},   {file, EINVAL, -52005},
+      {file, EPERM, -50202}, {file, ELOOP, -50202},    {file, EIO, -50202},
+  };
+  for (const auto& [path, injected, expected] : cases) {
+    tSystemCalls calls;
+    if (injected != 0) calls.failures = {{"stat", injected}};
+    std::int32_t status = 0;
+    EXPECT_FALSE(fileExists(path, status)) << path;
+    EXPECT_EQ(status, expected) << path << ' ' << injected;
+  }
 }
 
 TEST(FileBytes, followAFileThatChangesMeanwhile) {

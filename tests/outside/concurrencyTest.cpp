@@ -132,6 +132,37 @@ TEST_F(tConcurrency, threadsFillTheCachesOfOneSlot) {
   }
 }
 
+TEST_F(tConcurrency, threadsReadARegistryThatChanges) {
+  describe("", kDescription);
+  std::atomic<bool> done{false};
+  std::atomic<int> looks{0};
+  const auto busName = [this] {
+    tStatus status;
+    const tItem owner(varmex_openChassisByNumber(session_.get(), 1, status));
+    const tItem item(varmex_openSlotByNumber(owner.get(), 3, status));
+    const char* const name =
+        varmex_getStringAttribute(item.get(), varmex_str_TriggerBusStableName, status);
+    return std::string(name ? name : "") + status.text();
+  };
+  const std::string plain = "PXIChassis1TriggerBus1{}";
+  const std::string stable = "PXIeChassis(S, V, M)/TriggerBus1{}";
+  runInThreads(4, [&](int thread) {
+    while (thread > 0 && !done) {
+      const std::string name = busName();
+      EXPECT_TRUE(name == plain || name == stable) << name;
+      ++looks;
+    }
+    if (thread > 0) return;
+    for (std::uint32_t n = 0; n < 40; ++n) {
+      machine_.setRegistryNumber("SOFTWARE\\WOW6432Node\\Corvane\\COR-VARMEX",
+                                 "PXITrigUseStableBusNameFormat", n % 2);
+      EXPECT_EQ(busName(), n % 2 ? stable : plain);
+      for (const int before = looks; looks < before + 3;) std::this_thread::yield();
+    }
+    done = true;
+  });
+}
+
 TEST_F(tConcurrency, threadsOpenSessionsOfTheirOwn) {
   machine_.writeConfiguration();
   describe("", kDescription);

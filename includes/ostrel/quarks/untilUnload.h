@@ -10,6 +10,11 @@ namespace varmex::inline nOSTRELS100 {
 // it. Otherwise the process ends while its threads run.
 bool isLastUse();
 
+// Whoever uses such data says so ahead of it, unless it is reached through tUntilUnload itself. The
+// system ends the libraries that a program is linked to just as it unloads them: what tells the one
+// from the other is noted at the first use, which is behind the start of the program.
+void expectExit();
+
 // Static data that threads may use until the process ends: they are destroyed when the library is
 // unloaded, and left alone when the process ends.
 template <class Value>
@@ -25,8 +30,10 @@ class tUntilUnload {
     if (isLastUse()) std::destroy_at(&value_);
   }
 
-  Value& operator*() { return value_; }
-  Value* operator->() { return &value_; }
+  Value* operator->() {
+    expectExit();
+    return &value_;
+  }
 
  private:
   union {
