@@ -59,7 +59,7 @@ void pxiRoutingAdaptorDevice::releaseTerminal(const pxiRoutingAdaptorSession* se
 void pxiRoutingAdaptorDevice::addBusTerminals(const std::string& busName,
                                               const std::string& busType) {
   const tLineGroup& group = groupOf(busType);
-  const tReplaceableName sharedName(busNames_.emplace_back(busName));
+  const tReplaceableName sharedName(busNames_.emplace_front(busName));
   std::uint32_t line = 0;
   for (const char* name : group.names) {
     names_.add(name);
@@ -75,7 +75,7 @@ void pxiRoutingAdaptorDevice::addBusTerminals(const std::string& busName,
 void pxiRoutingAdaptorDevice::takeBusNames(const pxiRoutingAdaptorDevice& other) {
   if (other.terminals_.size() != terminals_.size()) return;
   for (std::size_t row = 0; row < terminals_.size(); ++row) {
-    terminals_[row].busName.replace(busNames_.emplace_back(other.terminals_[row].busName.c_str()));
+    terminals_[row].busName.replace(busNames_.emplace_front(other.terminals_[row].busName.c_str()));
   }
 }
 

@@ -3,7 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
-#include <deque>
+#include <forward_list>
 #include <mutex>
 #include <set>
 #include <string>
@@ -91,7 +91,7 @@ class pxiRoutingAdaptorDevice {
 
  private:
   std::vector<TerminalRecord> terminals_;
-  std::deque<std::string> busNames_;
+  std::forward_list<std::string> busNames_;
   telmar::TerminalNames names_;
   mutable std::mutex lock_;  // of owners and ownerToken
 };

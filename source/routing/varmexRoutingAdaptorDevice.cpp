@@ -3,12 +3,13 @@
 
 #include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
+#include <forward_list>
 #include <map>
 #include <memory>
 #include <new>
 
+#include "ostrel/quarks/forkProofLock.h"
 #include "ostrel/quarks/numbers.h"
-#include "ostrel/quarks/synchronization.h"
 #include "ostrel/quarks/throwingStatus.h"
 #include "ostrel/quarks/transientFailures.h"
 #include "ostrel/quarks/untilUnload.h"
@@ -103,15 +104,18 @@ void varmexRoutingAdaptorDevice::loadTerminals(const std::string& deviceName) {
 using tDevicePtr = boost::shared_ptr<nCorPxiRoutingAdaptor::pxiRoutingAdaptorDevice>;
 
 struct tKnownDevice {
+  std::string name;
   tDevicePtr device;
   bool isNamedForNow;  // by a look that could not see all there is
 };
 
-// All devices of the process by name, and the lock under which they are made.
+// All devices of the process, and the lock under which they are made. The list is whole at every
+// moment, also when the process forks; what finds them by name is made of it again then.
 struct tDeviceRegistry {
-  tFixedStatus lockStatus;
-  tCriticalSection lock{lockStatus};
-  std::map<std::string, tKnownDevice> devices;
+  tForkProofLock lock;
+  std::forward_list<tKnownDevice> devices;
+  std::map<std::string_view, tKnownDevice*> byName;
+  bool isByNameWhole = true;
 };
 
 tUntilUnload<tDeviceRegistry> registry;
@@ -120,13 +124,13 @@ tKnownDevice makeDevice(const std::string& deviceName) {
   const std::uint64_t failures = transientFailures;
   const auto device = boost::make_shared<varmexRoutingAdaptorDevice>();
   device->loadTerminals(deviceName);
-  return {device, transientFailures != failures};
+  return {deviceName, device, transientFailures != failures};
 }
 
 // The device is there: a failure of this further look changes nothing.
-void renameBuses(tKnownDevice& known, const std::string& deviceName) {
+void renameBuses(tKnownDevice& known) {
   try {
-    const tKnownDevice now = makeDevice(deviceName);
+    const tKnownDevice now = makeDevice(known.name);
     if (now.isNamedForNow) return;
     known.device->takeBusNames(*now.device);
     known.isNamedForNow = false;
@@ -135,19 +139,34 @@ void renameBuses(tKnownDevice& known, const std::string& deviceName) {
   }
 }
 
+void findAgain() {
+  registry->isByNameWhole = false;
+  std::construct_at(&registry->byName);
+  for (tKnownDevice& known : registry->devices) registry->byName.emplace(known.name, &known);
+  registry->isByNameWhole = true;
+}
+
+tKnownDevice& addDevice(const std::string& deviceName) {
+  tKnownDevice& made = registry->devices.emplace_front(makeDevice(deviceName));
+  try {
+    registry->byName.emplace(made.name, &made);
+  } catch (const std::bad_alloc&) {
+    registry->devices.pop_front();
+    throw;
+  }
+  return made;
+}
+
 }  // namespace
 
 nCorPxiRoutingAdaptor::pxiRoutingAdaptorDevice* nCorPxiRoutingAdaptor::getRoutingDevice(
     const std::string& deviceName) {
-  if (registry->lockStatus.code < 0) tFailure(kRoutingFault, OSTREL_HERE).raise();
-  const std::lock_guard<tCriticalSection> held(registry->lock);
-  auto known = registry->devices.find(deviceName);
-  if (known == registry->devices.end()) {
-    known = registry->devices.emplace(deviceName, makeDevice(deviceName)).first;
-  } else if (known->second.isNamedForNow) {
-    renameBuses(known->second, deviceName);
-  }
-  return known->second.device.get();
+  const tForkProofLock::tHeld held(registry->lock);
+  if (held.wasAbandoned() || !registry->isByNameWhole) findAgain();
+  const auto known = registry->byName.find(deviceName);
+  if (known == registry->byName.end()) return addDevice(deviceName).device.get();
+  if (known->second->isNamedForNow) renameBuses(*known->second);
+  return known->second->device.get();
 }
 
 }  // namespace varmex

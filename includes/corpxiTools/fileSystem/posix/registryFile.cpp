@@ -9,7 +9,7 @@
 #include <string>
 
 #include "corpxiTools/fileSystem/posix/fileSystemRoot.h"
-#include "corpxiTools/fileSystem/posix/forkProofLock.h"
+#include "ostrel/quarks/forkProofLock.h"
 #include "ostrel/quarks/transientFailures.h"
 #include "ostrel/quarks/untilUnload.h"
 

@@ -1,0 +1,118 @@
+// Names that are worked out while the registry can't be read, and forks while they are.
+
+#include "tests/support/posix/child.h"
+#include "tests/support/routing.h"
+#include "tests/support/wait.h"
+
+namespace test {
+
+namespace {
+
+constexpr const char* kNameForNow = "PXIChassis1TriggerBus1";
+constexpr const char* kName = "PXIeChassis(S, V, M)/TriggerBus1";
+
+// As long as it lives the registry fails to be read.
+class tDisturbance {
+ public:
+  explicit tDisturbance(const tTestMachine& machine) : file_(machine.folder() / "registry.reg") {
+    std::filesystem::rename(file_, aside());
+    std::filesystem::create_symlink("/proc/self/mem", file_);
+  }
+  tDisturbance(const tDisturbance&) = delete;
+  tDisturbance& operator=(const tDisturbance&) = delete;
+  ~tDisturbance() { std::filesystem::rename(aside(), file_); }
+
+ private:
+  std::filesystem::path aside() const { return file_.string() + ".aside"; }
+
+  std::filesystem::path file_;
+};
+
+class tRegistryMoment : public tWaiting {
+ protected:
+  void SetUp() override {
+    describe("", kRoutingDescription);
+    machine_.setRegistryNumber("SOFTWARE\\WOW6432Node\\Corvane\\COR-VARMEX",
+                               "PXITrigUseStableBusNameFormat", 1);
+  }
+
+  tRoutingSession open(const char* device) {
+    tRoutingSession session(telmar_ra_varmex_createSession(device, std::realloc, status_));
+    EXPECT_TRUE(session) << status_.text();
+    return session;
+  }
+
+  const char* busName(const tRoutingSession& session) {
+    const tIterator first(telmar_ra_varmex_getAllTerminals(session.get(), status_));
+    return telmar_ra_varmex_TerminalIterator_getStringAttribute(first.get(), "busName", status_);
+  }
+};
+
+TEST_F(tRegistryMoment, aSlotKeepsNoNameOfIt) {
+  const tItem item = slot(1, 2);
+  const auto ask = [&] {
+    return varmex_getStringAttribute(item.get(), varmex_str_TriggerBusStableName, status_);
+  };
+  const char* forNow = nullptr;
+  {
+    const tDisturbance disturbance(machine_);
+    forNow = ask();
+    EXPECT_STREQ(forNow, kNameForNow);
+    EXPECT_EQ(ask(), forNow) << "costs nothing more, however often it is asked for";
+  }
+  EXPECT_STREQ(ask(), kName);
+  EXPECT_STREQ(forNow, kNameForNow) << "texts live as long as their item";
+  const tDisturbance disturbance(machine_);
+  EXPECT_STREQ(ask(), kName);
+}
+
+TEST_F(tRegistryMoment, aRoutingDeviceKeepsNoNameOfIt) {
+  constexpr const char* kDevice = "5.0.0:1 of a moment";
+  tRoutingSession session;
+  {
+    const tDisturbance disturbance(machine_);
+    session = open(kDevice);
+    EXPECT_STREQ(busName(session), kNameForNow);
+    open(kDevice);
+  }
+  const char* const forNow = busName(session);
+  EXPECT_STREQ(forNow, kNameForNow);
+  machine_.writePxieSys("");
+  open(kDevice);
+  EXPECT_STREQ(busName(session), kNameForNow) << "another look that fails changes nothing";
+  machine_.writePxieSys(kRoutingDescription);
+  EXPECT_STREQ(busName(open(kDevice)), kName);
+  EXPECT_STREQ(busName(session), kName);
+  EXPECT_STREQ(forNow, kNameForNow) << "texts live as long as their device";
+  const tDisturbance disturbance(machine_);
+  EXPECT_STREQ(busName(open(kDevice)), kName);
+}
+
+// A thread that makes a device holds their lock: to the child it is taken for good.
+TEST_F(tRegistryMoment, aForkWhileADeviceIsMadeLeavesAChildThatMakesOthers) {
+  machine_.writeConfiguration();
+  const tRoutingSession known = open("7.0.0:1 known");
+  std::thread maker;
+  {
+    const tExclusiveLock delay(machine_.configuration());
+    maker = std::thread([] {
+      tRoutingSession(telmar_ra_varmex_createSession("5.0.0:1 amid", std::realloc, nullptr));
+    });
+    settle();
+    inChild([&] {
+      const auto root = machine_.folder() / "child";
+      tTestMachine::write(root / "etc/pxi/pxiesys.ini", kRoutingDescription);
+      setenv("VARMEX_FSROOT", root.c_str(), 1);
+      EXPECT_EQ(busName(open("7.0.0:1 known")), busName(known));
+      for (const char* name : {"5.0.0:1 amid", "6.0.0:1 new"}) {
+        const char* const text = busName(open(name));
+        EXPECT_EQ(busName(open(name)), text);
+      }
+    });
+  }
+  maker.join();
+}
+
+}  // namespace
+
+}  // namespace test
