@@ -23,8 +23,8 @@ extern "C" {
  * must do one of these:
  * - newCapacity is 0: free the buffer, set `text` to null and `capacity` to 0, answer true;
  * - provide a buffer of at least newCapacity bytes that begins with the text of the old one, with
- * its terminator, store it in `text` and its size in `capacity`, and answer true. A first buffer
- * and the bytes behind the text may hold anything, so that realloc will do;
+ *   its terminator, store it in `text` and its size in `capacity`, and answer true. A first buffer
+ *   and the bytes behind the text may hold anything, so that realloc will do;
  * - change nothing and answer false. Less of the text is told then; the code stands.
  * It is called any number of times during a call, on the calling thread. It leaves `code` and
  * `reallocate` alone, calls no function with the same record, and neither throws nor jumps out.
