@@ -61,6 +61,13 @@ TEST(RegistryText, readsEntries) {
       {"\"n\"=hex(2):25,00,e4,00,00,00", "n(2)%\xC3\xA4\0"s},
       {"\"n\"=hex(7):61,00,00,00,3d,d8,00,de,00,00,00,00", "n(7)a\0\xF0\x9F\x98\x80\0\0"s},
       {"\"n\"=hex(1):AC,20,ac,20,0,0", "n(1)\xE2\x82\xAC\xE2\x82\xAC"},
+      // The ends of the ranges of UTF-16, and halves without their other.
+      {"\"n\"=hex(2):7f,00,80,00,ff,07,00,08,00,e0",
+       "n(2)\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEE\x80\x80"},
+      {"\"n\"=hex(2):00,d8,00,dc,ff,db,ff,df", "n(2)\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
+      {"\"n\"=hex(2):00,d8,41,00,00,dc,00,dc,00,d8",
+       "n(2)\xEF\xBF\xBD"
+       "A\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
       {"\"n\"=\"two\r\nlines\"", "n(1)two\r\nlines"},
       {"  \"n\" = \"x\" ", "n(1)x"},
       // Values on several lines.
@@ -157,7 +164,8 @@ TEST(RegistryText, readsHeaders) {
        "\r\n"
        "[-HKEY_LOCAL_MACHINE\\A\\B\\]\r\n",
        "", "BC"},
-      {"[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[-HKEY_LOCAL_MACHINE\\A\\B]\r\n[HKEY_LOCAL_MACHINE\\A\\D]"
+      {"[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n\"x\"=\"1\"\r\n[-HKEY_LOCAL_MACHINE\\A\\B]\r\n[HKEY_LOCAL_"
+       "MACHINE\\A\\D]"
        "\r\n"
        "[-HKEY_LOCAL_MACHINE\\A\\D\\E]",
        "", "D"},
