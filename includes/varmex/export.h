@@ -16,4 +16,12 @@
 #define VARMEX_EXPORT __attribute__((visibility("default")))
 #endif
 
+/* The calling convention of the exported functions and of the callbacks that they take, so that a
+ * client which is built with another default agrees. */
+#if defined(_WIN32)
+#define VARMEX_CALL __cdecl
+#else
+#define VARMEX_CALL
+#endif
+
 #endif

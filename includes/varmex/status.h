@@ -9,6 +9,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "varmex/export.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -36,7 +38,7 @@ extern "C" {
 typedef struct tStatusRecord {
   int32_t code;      /* 0 success, positive warning, negative error */
   uint32_t capacity; /* size of the buffer in bytes, 0 without one */
-  bool (*reallocate)(struct tStatusRecord* record, uint32_t newCapacity);
+  bool(VARMEX_CALL* reallocate)(struct tStatusRecord* record, uint32_t newCapacity);
   char* text; /* owned by the record, null without a buffer */
 } tStatusRecord;
 
@@ -55,7 +57,8 @@ static inline char* varmex_formatStatusText(char* buffer, size_t size, const cha
 /* The standard buffer policy: 512 bytes or a larger power of two from malloc, never shrunk but to
  * nothing. Answers false, changing nothing, when memory runs out or the capacity exceeds 2^31 - 1.
  */
-static inline bool varmex_reallocateStatus(tStatusRecord* record, uint32_t newCapacity) {
+static inline bool VARMEX_CALL varmex_reallocateStatus(tStatusRecord* record,
+                                                       uint32_t newCapacity) {
   uint32_t size = 512;
   char* buffer;
   if (newCapacity == 0) {

@@ -43,7 +43,7 @@ typedef struct telmar_ra_TerminalIterator telmar_ra_TerminalIterator; /* opaque 
 
 /* Answers a buffer of at least `size` bytes in the place of `existing`, or null on failure. realloc
  * will do. */
-typedef void* (*telmar_ra_ReallocFunc)(void* existing, size_t size);
+typedef void*(VARMEX_CALL* telmar_ra_ReallocFunc)(void* existing, size_t size);
 
 /* Status codes of this family, beside those of varmex.h. */
 enum {
@@ -56,7 +56,7 @@ enum {
 };
 
 /* 3. */
-VARMEX_EXPORT uint32_t telmar_ra_varmex_getAPIVersion(void);
+VARMEX_EXPORT uint32_t VARMEX_CALL telmar_ra_varmex_getAPIVersion(void);
 
 /* Opens a session on the device that `deviceName` names: "BUS.DEVICE.FUNCTION:MASK" in decimal,
  * with mask bit 0 (1) for PXI_Trig0 to 7, the slot's trigger bus, bit 1 (2) for PXI_Star, its star
@@ -64,22 +64,21 @@ VARMEX_EXPORT uint32_t telmar_ra_varmex_getAPIVersion(void);
  * The first session with a name reads the description, once for the life of the library. Fails with
  * varmex_errorInvalidParameter for a name without the four numbers and with whatever the query
  * functions fail with, also for a group that the slot does not have. */
-VARMEX_EXPORT telmar_ra_Session* telmar_ra_varmex_createSession(const char* deviceName,
-                                                                telmar_ra_ReallocFunc reallocFunc,
-                                                                tStatusRecord* status);
+VARMEX_EXPORT telmar_ra_Session* VARMEX_CALL telmar_ra_varmex_createSession(
+    const char* deviceName, telmar_ra_ReallocFunc reallocFunc, tStatusRecord* status);
 
 /* The same; no route is ever demoted, so the last two arguments are not used. */
-VARMEX_EXPORT telmar_ra_Session* telmar_ra_varmex_createSessionWithDemotionFunc(
-    const char* deviceName, telmar_ra_ReallocFunc reallocFunc, void (*demotionFunc)(void),
-    void* demotionContext, tStatusRecord* status);
+VARMEX_EXPORT telmar_ra_Session* VARMEX_CALL telmar_ra_varmex_createSessionWithDemotionFunc(
+    const char* deviceName, telmar_ra_ReallocFunc reallocFunc,
+    void(VARMEX_CALL* demotionFunc)(void), void* demotionContext, tStatusRecord* status);
 
 /* Ends a session. Terminals that it holds stay held under their tokens. */
-VARMEX_EXPORT void telmar_ra_varmex_destroySession(telmar_ra_Session* session);
+VARMEX_EXPORT void VARMEX_CALL telmar_ra_varmex_destroySession(telmar_ra_Session* session);
 
 /* Replies "[]": this adaptor handles no constraint. */
-VARMEX_EXPORT void telmar_ra_varmex_getHandledConstraints(telmar_ra_Session* session,
-                                                          char** constraintsOut,
-                                                          tStatusRecord* status);
+VARMEX_EXPORT void VARMEX_CALL telmar_ra_varmex_getHandledConstraints(telmar_ra_Session* session,
+                                                                      char** constraintsOut,
+                                                                      tStatusRecord* status);
 
 /* Calculates routes. `seedsJson` is an array of objects with "terminal", "cost", "constraints" and
  * maybe "srcDeviceToken", `destinationsJson` an array of terminal names; `unused` is not read.
@@ -88,74 +87,80 @@ VARMEX_EXPORT void telmar_ra_varmex_getHandledConstraints(telmar_ra_Session* ses
  * telmar_ra_errorInvalidJson, telmar_ra_errorRoutingFault for a seed on an unknown terminal or when
  * 1024 tickets are in use, telmar_ra_errorInvalidArgument, telmar_ra_errorReplyNotDelivered; and
  * then no route was made. */
-VARMEX_EXPORT int32_t telmar_ra_varmex_calculateRoute(telmar_ra_Session* session,
-                                                      const char* seedsJson,
-                                                      const char* destinationsJson,
-                                                      const void* unused, char** routesOut,
-                                                      tStatusRecord* status);
+VARMEX_EXPORT int32_t VARMEX_CALL telmar_ra_varmex_calculateRoute(
+    telmar_ra_Session* session, const char* seedsJson, const char* destinationsJson,
+    const void* unused, char** routesOut, tStatusRecord* status);
 
 /* Takes the route's terminal under its token. Fails with telmar_ra_errorResourcesInUse when it is
  * held under another one; if it is this session that holds it and `conflictsOut` is not null, that
  * replies [{"sessionId","ticket"}]. */
-VARMEX_EXPORT void telmar_ra_varmex_reserveRoute(telmar_ra_Session* session, uint32_t ticket,
-                                                 char** conflictsOut, tStatusRecord* status);
+VARMEX_EXPORT void VARMEX_CALL telmar_ra_varmex_reserveRoute(telmar_ra_Session* session,
+                                                             uint32_t ticket, char** conflictsOut,
+                                                             tStatusRecord* status);
 
 /* Checks the ticket. */
-VARMEX_EXPORT void telmar_ra_varmex_programRoute(telmar_ra_Session* session, uint32_t ticket,
-                                                 tStatusRecord* status);
+VARMEX_EXPORT void VARMEX_CALL telmar_ra_varmex_programRoute(telmar_ra_Session* session,
+                                                             uint32_t ticket,
+                                                             tStatusRecord* status);
 
 /* Does nothing. */
-VARMEX_EXPORT void telmar_ra_varmex_unprogramRoute(telmar_ra_Session* session, uint32_t ticket);
+VARMEX_EXPORT void VARMEX_CALL telmar_ra_varmex_unprogramRoute(telmar_ra_Session* session,
+                                                               uint32_t ticket);
 
 /* Gives the route's terminal back, once no other route of the session holds it. An unknown ticket
  * does nothing. */
-VARMEX_EXPORT void telmar_ra_varmex_unreserveRoute(telmar_ra_Session* session, uint32_t ticket);
+VARMEX_EXPORT void VARMEX_CALL telmar_ra_varmex_unreserveRoute(telmar_ra_Session* session,
+                                                               uint32_t ticket);
 
 /* Does nothing. */
-VARMEX_EXPORT void telmar_ra_varmex_beginExceptionalRouteDestruction(telmar_ra_Session* session,
-                                                                     uint32_t ticket);
+VARMEX_EXPORT void VARMEX_CALL
+telmar_ra_varmex_beginExceptionalRouteDestruction(telmar_ra_Session* session, uint32_t ticket);
 
 /* Ends a route in any state, its reservation with it. An unknown ticket does nothing. */
-VARMEX_EXPORT void telmar_ra_varmex_destroyRoute(telmar_ra_Session* session, uint32_t ticket);
+VARMEX_EXPORT void VARMEX_CALL telmar_ra_varmex_destroyRoute(telmar_ra_Session* session,
+                                                             uint32_t ticket);
 
 /* Replies an array of one terminal name: that of the device's first terminal, whichever the route
  * has. */
-VARMEX_EXPORT void telmar_ra_varmex_getRouteTerminalPath(telmar_ra_Session* session,
-                                                         uint32_t ticket, char** pathOut,
-                                                         tStatusRecord* status);
+VARMEX_EXPORT void VARMEX_CALL telmar_ra_varmex_getRouteTerminalPath(telmar_ra_Session* session,
+                                                                     uint32_t ticket,
+                                                                     char** pathOut,
+                                                                     tStatusRecord* status);
 
 /* An iterator at the device's first terminal, owned by the caller. */
-VARMEX_EXPORT telmar_ra_TerminalIterator* telmar_ra_varmex_getAllTerminals(
-    telmar_ra_Session* session, tStatusRecord* status);
+VARMEX_EXPORT telmar_ra_TerminalIterator* VARMEX_CALL
+telmar_ra_varmex_getAllTerminals(telmar_ra_Session* session, tStatusRecord* status);
 
 /* Moves on by one, past the end too. */
-VARMEX_EXPORT void telmar_ra_varmex_TerminalIterator_next(telmar_ra_TerminalIterator* iterator,
-                                                          tStatusRecord* status);
+VARMEX_EXPORT void VARMEX_CALL
+telmar_ra_varmex_TerminalIterator_next(telmar_ra_TerminalIterator* iterator, tStatusRecord* status);
 
 /* Whether the iterator is behind the last terminal. */
-VARMEX_EXPORT bool telmar_ra_varmex_TerminalIterator_isEnd(telmar_ra_TerminalIterator* iterator);
+VARMEX_EXPORT bool VARMEX_CALL
+telmar_ra_varmex_TerminalIterator_isEnd(telmar_ra_TerminalIterator* iterator);
 
 /* Attributes of the terminal by name: "name", "visibility", "busType", "busName", "canonicalName"
  * as texts, owned by the library for its life; "isExternal", "isOwned", "isAlias", "isMaskedOut" as
  * booleans; "busLine" as a number. Any other name, and any name at the end, answers null, false or
  * 0 without a failure. */
-VARMEX_EXPORT const char* telmar_ra_varmex_TerminalIterator_getStringAttribute(
+VARMEX_EXPORT const char* VARMEX_CALL telmar_ra_varmex_TerminalIterator_getStringAttribute(
     telmar_ra_TerminalIterator* iterator, const char* name, tStatusRecord* status);
-VARMEX_EXPORT bool telmar_ra_varmex_TerminalIterator_getBoolAttribute(
+VARMEX_EXPORT bool VARMEX_CALL telmar_ra_varmex_TerminalIterator_getBoolAttribute(
     telmar_ra_TerminalIterator* iterator, const char* name, tStatusRecord* status);
-VARMEX_EXPORT uint32_t telmar_ra_varmex_TerminalIterator_getU32Attribute(
+VARMEX_EXPORT uint32_t VARMEX_CALL telmar_ra_varmex_TerminalIterator_getU32Attribute(
     telmar_ra_TerminalIterator* iterator, const char* name, tStatusRecord* status);
 
 /* Fails with telmar_ra_errorFeatureUnsupported. */
-VARMEX_EXPORT void telmar_ra_varmex_TerminalIterator_resetTerminal(
+VARMEX_EXPORT void VARMEX_CALL telmar_ra_varmex_TerminalIterator_resetTerminal(
     telmar_ra_TerminalIterator* iterator, void* argument, tStatusRecord* status);
 
 /* An operation of the session in spite of its name. Fails with telmar_ra_errorFeatureUnsupported.
  */
-VARMEX_EXPORT void* telmar_ra_varmex_TerminalIterator_calculateResetTerminal(
+VARMEX_EXPORT void* VARMEX_CALL telmar_ra_varmex_TerminalIterator_calculateResetTerminal(
     telmar_ra_Session* session, void* first, void* second, tStatusRecord* status);
 
-VARMEX_EXPORT void telmar_ra_varmex_TerminalIterator_destroy(telmar_ra_TerminalIterator* iterator);
+VARMEX_EXPORT void VARMEX_CALL
+telmar_ra_varmex_TerminalIterator_destroy(telmar_ra_TerminalIterator* iterator);
 
 #ifdef __cplusplus
 }

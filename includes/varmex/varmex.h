@@ -195,7 +195,14 @@ enum {
 #define varmex_u32_BridgeDestinationTriggerBus UINT32_C(16386)
 /* For the source line 0 to 7: the destination lines that a signal may come out on, bit n for line
  * n. varmex_errorInformationConflict for a destination line below 0 or above 8. A destination line
- * 8 in the description raises a C++ std::out_of_range, which passes through to the caller. */
+ * 8 in the description raises a C++ std::out_of_range, which passes through to the caller: the one
+ * exception that leaves the library. Only C++ of the library's own compiler (GCC; on Windows
+ * MinGW-w64) can catch it as such. On Windows it is the system's exception
+ * varmex_systemException, which a host of another compiler takes with __try and __except, .NET with
+ * SEHException; a host that has neither must not ask. No other thing is left undone by it, but the
+ * exception's own memory, some 200 bytes, is lost. varmex.hpp does this where it has to, and throws
+ * the host's own std::out_of_range. */
+#define varmex_systemException UINT32_C(0x20474343)
 #define varmex_u32_BridgeLineMapping0 UINT32_C(16387)
 #define varmex_u32_BridgeLineMapping1 UINT32_C(16388)
 #define varmex_u32_BridgeLineMapping2 UINT32_C(16389)
@@ -225,50 +232,53 @@ typedef struct tDeviceAddress {
  * varmex_errorInformationNotAvailable (an unsupported encoding, a missing or malformed list or PCI
  * number), varmex_errorInformationConflict (two slots claim one device) and the platform layer's
  * codes, ostrelerr_osFault among them when the folder of the description is missing. */
-VARMEX_EXPORT varmex_Item* varmex_openPXISession(uint32_t flags, tStatusRecord* status);
+VARMEX_EXPORT varmex_Item* VARMEX_CALL varmex_openPXISession(uint32_t flags, tStatusRecord* status);
 
 /* Opens the chassis of that number. Fails with varmex_errorInvalidHandle unless `session` is a
  * session, varmex_errorUnknownItem when neither file has the chassis,
  * varmex_errorInformationConflict when the files disagree on it or its slot path is invalid,
  * varmex_errorInformationNotAvailable when vendor, model or what identifies it is missing,
  * varmex_softwareFault when its root bus is no number. */
-VARMEX_EXPORT varmex_Item* varmex_openChassisByNumber(varmex_Item* session, uint32_t chassisNumber,
-                                                      tStatusRecord* status);
+VARMEX_EXPORT varmex_Item* VARMEX_CALL varmex_openChassisByNumber(varmex_Item* session,
+                                                                  uint32_t chassisNumber,
+                                                                  tStatusRecord* status);
 
 /* Opens a slot of a chassis. Fails with varmex_errorInvalidHandle unless `chassis` is a chassis and
  * varmex_errorUnknownItem when neither file has the slot. */
-VARMEX_EXPORT varmex_Item* varmex_openSlotByNumber(varmex_Item* chassis, uint32_t slotNumber,
-                                                   tStatusRecord* status);
+VARMEX_EXPORT varmex_Item* VARMEX_CALL varmex_openSlotByNumber(varmex_Item* chassis,
+                                                               uint32_t slotNumber,
+                                                               tStatusRecord* status);
 
 /* Opens the device at a PCI address. The bus and device number must be in the description; the
  * function is not looked at and is that of the device opened. Fails with
  * varmex_errorInvalidParameter when `address` is null or its reserved field not 0,
  * varmex_errorInvalidHandle unless `session` is a session, varmex_errorUnknownItem. */
-VARMEX_EXPORT varmex_Item* varmex_openDeviceByAddr(varmex_Item* session,
-                                                   const tDeviceAddress* address,
-                                                   tStatusRecord* status);
+VARMEX_EXPORT varmex_Item* VARMEX_CALL varmex_openDeviceByAddr(varmex_Item* session,
+                                                               const tDeviceAddress* address,
+                                                               tStatusRecord* status);
 
 /* Opens the item of kind `kind` that contains `item`. A session refuses with
  * varmex_errorFeatureUnsupported; a chassis, and any item asked for a kind that does not contain
  * it, with varmex_errorInvalidParameter. */
-VARMEX_EXPORT varmex_Item* varmex_openContainingItem(varmex_Item* item, uint32_t kind,
-                                                     tStatusRecord* status);
+VARMEX_EXPORT varmex_Item* VARMEX_CALL varmex_openContainingItem(varmex_Item* item, uint32_t kind,
+                                                                 tStatusRecord* status);
 
 /* The value of a numeric attribute. Fails with varmex_errorAttributeNotApplicable when the item
  * does not have it, and as the attribute says. */
-VARMEX_EXPORT uint32_t varmex_getU32Attribute(varmex_Item* item, uint32_t attribute,
-                                              tStatusRecord* status);
+VARMEX_EXPORT uint32_t VARMEX_CALL varmex_getU32Attribute(varmex_Item* item, uint32_t attribute,
+                                                          tStatusRecord* status);
 
 /* The text of an attribute, NUL-terminated, owned by the item or its session and valid as long as
  * both are open. Fails as varmex_getU32Attribute does. */
-VARMEX_EXPORT const char* varmex_getStringAttribute(varmex_Item* item, uint32_t attribute,
-                                                    tStatusRecord* status);
+VARMEX_EXPORT const char* VARMEX_CALL varmex_getStringAttribute(varmex_Item* item,
+                                                                uint32_t attribute,
+                                                                tStatusRecord* status);
 
 /* An independent handle to the same item. A session refuses with varmex_errorFeatureUnsupported. */
-VARMEX_EXPORT varmex_Item* varmex_duplicate(varmex_Item* item, tStatusRecord* status);
+VARMEX_EXPORT varmex_Item* VARMEX_CALL varmex_duplicate(varmex_Item* item, tStatusRecord* status);
 
 /* Releases an item; null does nothing. */
-VARMEX_EXPORT void varmex_close(varmex_Item* item);
+VARMEX_EXPORT void VARMEX_CALL varmex_close(varmex_Item* item);
 
 /* What varmex_waitForSessionInvalidation answers. */
 typedef uint32_t varmex_WaitResult;
@@ -288,16 +298,15 @@ enum {
  * session, but it must not be closed while one does. On Linux a thread can be cancelled while it
  * waits, and in no other function of the library; what a waiter can't notice is in
  * docs/platforms.md. */
-VARMEX_EXPORT varmex_WaitResult varmex_waitForSessionInvalidation(varmex_Item* session,
-                                                                  uint32_t timeout,
-                                                                  tStatusRecord* status);
+VARMEX_EXPORT varmex_WaitResult VARMEX_CALL
+varmex_waitForSessionInvalidation(varmex_Item* session, uint32_t timeout, tStatusRecord* status);
 
 /* Ends all waits on a session, now and later: they answer varmex_waitCancelled at once. Everything
  * else of the session works as before. What fails goes unreported: the first wait or cancel of a
  * session begins to watch its files, and a cancel that can't (the folder is gone, the system has no
  * descriptor or watch left) leaves the session uncancelled. After a wait that did not fail, if only
  * one of 0 milliseconds, no cancel fails. */
-VARMEX_EXPORT void varmex_cancelWaitForInvalidation(varmex_Item* session);
+VARMEX_EXPORT void VARMEX_CALL varmex_cancelWaitForInvalidation(varmex_Item* session);
 
 /* What a container lists, as the argument of varmex_getItemContainer. */
 #define varmex_container_Chassis UINT32_C(0)           /* of a session */
@@ -309,28 +318,29 @@ VARMEX_EXPORT void varmex_cancelWaitForInvalidation(varmex_Item* session);
  * devices by PCI address; maybe none. Fails with varmex_errorAttributeNotApplicable for a number
  * that is no container attribute or none of this item, and with whatever opening anything below
  * `item` fails with, also below what is listed: chassis because of one slot's fault. */
-VARMEX_EXPORT varmex_ItemContainer* varmex_getItemContainer(varmex_Item* item, uint32_t attribute,
-                                                            tStatusRecord* status);
+VARMEX_EXPORT varmex_ItemContainer* VARMEX_CALL varmex_getItemContainer(varmex_Item* item,
+                                                                        uint32_t attribute,
+                                                                        tStatusRecord* status);
 
 /* A second handle to the list, which shares its items. */
-VARMEX_EXPORT varmex_ItemContainer* varmex_duplicateItemContainer(varmex_ItemContainer* container,
-                                                                  tStatusRecord* status);
+VARMEX_EXPORT varmex_ItemContainer* VARMEX_CALL
+varmex_duplicateItemContainer(varmex_ItemContainer* container, tStatusRecord* status);
 
 /* Releases a container, also after its items were handed out; null does nothing. */
-VARMEX_EXPORT void varmex_destroyItemContainer(varmex_ItemContainer* container);
+VARMEX_EXPORT void VARMEX_CALL varmex_destroyItemContainer(varmex_ItemContainer* container);
 
 /* The position of the first item, 0, and the one behind the last. */
-VARMEX_EXPORT varmex_ItemIterator varmex_ItemIterator_begin(varmex_ItemContainer* container,
-                                                            tStatusRecord* status);
-VARMEX_EXPORT varmex_ItemIterator varmex_ItemIterator_end(varmex_ItemContainer* container,
-                                                          tStatusRecord* status);
+VARMEX_EXPORT varmex_ItemIterator VARMEX_CALL
+varmex_ItemIterator_begin(varmex_ItemContainer* container, tStatusRecord* status);
+VARMEX_EXPORT varmex_ItemIterator VARMEX_CALL
+varmex_ItemIterator_end(varmex_ItemContainer* container, tStatusRecord* status);
 
 /* A new handle to the item at `*position`, which moves on by one. The handle outlives the
  * container. Fails with varmex_errorInvalidParameter for a null `position` and
  * varmex_errorIterationFailure at the end. */
-VARMEX_EXPORT varmex_Item* varmex_ItemIterator_nextItem(varmex_ItemContainer* container,
-                                                        varmex_ItemIterator* position,
-                                                        tStatusRecord* status);
+VARMEX_EXPORT varmex_Item* VARMEX_CALL varmex_ItemIterator_nextItem(varmex_ItemContainer* container,
+                                                                    varmex_ItemIterator* position,
+                                                                    tStatusRecord* status);
 
 #ifdef __cplusplus
 }

@@ -30,6 +30,10 @@
 #include <utility>
 #include <vector>
 
+#if defined(_MSC_VER)
+#include <excpt.h>
+#endif
+
 #include "varmex/telmar_ra_varmex.h"
 #include "varmex/varmex.h"
 
@@ -219,6 +223,34 @@ struct Reply {
 
 }  // namespace detail
 
+namespace detail {
+
+#if defined(_MSC_VER)
+// Takes the one exception of the library, which this compiler can't catch as such.
+inline std::uint32_t getU32(varmex_Item* item, std::uint32_t attribute, tStatusRecord* status,
+                            bool* isOutOfRange) {
+  __try {
+    return varmex_getU32Attribute(item, attribute, status);
+  } __except (_exception_code() == varmex_systemException) {
+    *isOutOfRange = true;
+    return 0;
+  }
+}
+
+inline std::uint32_t getU32(varmex_Item* item, std::uint32_t attribute, tStatusRecord* status) {
+  bool isOutOfRange = false;
+  const std::uint32_t value = getU32(item, attribute, status, &isOutOfRange);
+  if (isOutOfRange) throw std::out_of_range("invalid bitset<N> position");
+  return value;
+}
+#else
+inline std::uint32_t getU32(varmex_Item* item, std::uint32_t attribute, tStatusRecord* status) {
+  return varmex_getU32Attribute(item, attribute, status);
+}
+#endif
+
+}  // namespace detail
+
 enum class Kind : std::uint32_t {
   session = varmex_itemType_Session,
   chassis = varmex_itemType_Chassis,
@@ -242,7 +274,7 @@ class ItemBase {
 
   std::uint32_t u32(std::uint32_t attribute) const {
     Status status;
-    const std::uint32_t value = varmex_getU32Attribute(handle(), attribute, status);
+    const std::uint32_t value = detail::getU32(handle(), attribute, status);
     status.check();
     return value;
   }
@@ -254,7 +286,7 @@ class ItemBase {
   }
   std::optional<std::uint32_t> u32IfAny(std::uint32_t attribute) const {
     Status status;
-    const std::uint32_t value = varmex_getU32Attribute(handle(), attribute, status);
+    const std::uint32_t value = detail::getU32(handle(), attribute, status);
     if (meansNothing(status.code())) return std::nullopt;
     status.check();
     return value;

@@ -31,7 +31,7 @@ static const tReallocate reallocate = varmex_reallocateStatus;
 static long lineMapping(varmex_Item* bridge, tStatusRecord* status) {
   __try {
     return (long)varmex_getU32Attribute(bridge, varmex_u32_BridgeLineMapping0, status);
-  } __except (_exception_code() == 0x20474343) {
+  } __except (_exception_code() == varmex_systemException) {
     return -1;
   }
 }
