@@ -34,8 +34,9 @@ target_compile_options(varmex_hardening INTERFACE
   $<${optimised}:-U_FORTIFY_SOURCE>
   $<${optimised}:-D_FORTIFY_SOURCE=2>)
 if(WIN32)
+  # The compiler brings its runtime for the stack protector where it is told of it when linking.
   target_link_options(varmex_hardening INTERFACE
-    -Wl,--dynamicbase,--nxcompat,--high-entropy-va)
+    -fstack-protector-strong -Wl,--dynamicbase,--nxcompat,--high-entropy-va)
 else()
   target_compile_options(varmex_hardening INTERFACE $<${optimised}:-fcf-protection>)
   target_link_options(varmex_hardening INTERFACE -Wl,-z,relro,-z,now)

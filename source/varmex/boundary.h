@@ -22,7 +22,7 @@ void reportRefusal(const tRefusal& refusal, tStatusRecord& record, const tSource
 // what the boundary knows.
 template <class Body>
 auto callInsideBoundary(tStatusRecord* status, const tSourcePosition& position, Body body)
-    -> decltype(body())::tValue {
+    -> typename decltype(body())::tValue {
   try {
     auto result = body();
     if (result) return std::move(*result);
@@ -37,7 +37,7 @@ auto callInsideBoundary(tStatusRecord* status, const tSourcePosition& position, 
 // thread that is cancelled meanwhile is so behind it.
 template <class Body>
 auto callAtBoundary(tStatusRecord* status, const tSourcePosition& position, Body body)
-    -> decltype(body())::tValue {
+    -> typename decltype(body())::tValue {
   const tCancellationOff uncancelled;
   if (status && isFailure(*status)) return {};
   return callInsideBoundary(status, position, body);
