@@ -27,7 +27,7 @@ inBash() {
 inZsh() {
   zsh -f -c '
     _files() { print :files }
-    _describe() { print -r -- "${(@)${(@)candidates%:*}//\\:/:}" }
+    _describe() { print -r -- "${(@)${(@)${(@)candidates//\\:/=}%%:*}//=/:}" }
     words=(varmex "${@[2,-1]}")
     CURRENT=$#words
     source $1' zsh "$completions/_varmex" "$@"
