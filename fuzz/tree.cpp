@@ -60,6 +60,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     });
   }
   swallow([&] { ServicesTreeUtil::getTriggerManagerLibrary(line); });
-  swallow([&] { isNativeTriggerManager("V", "M", line.c_str()); });
+  swallow([&] { static_cast<void>(isNativeTriggerManager("V", "M", line.c_str())); });
   return 0;
 }

@@ -21,8 +21,8 @@ void reportRefusal(const tRefusal& refusal, tStatusRecord& record, const tSource
 // Runs `body()` and answers the value of its result; the null value when it is refused or throws
 // what the boundary knows.
 template <class Body>
-auto callInsideBoundary(tStatusRecord* status, const tSourcePosition& position, Body body)
-    -> typename decltype(body())::tValue {
+auto callInsideBoundary(tStatusRecord* status, const tSourcePosition& position, Body body) ->
+    typename decltype(body())::tValue {
   try {
     auto result = body();
     if (result) return std::move(*result);
@@ -36,8 +36,8 @@ auto callInsideBoundary(tStatusRecord* status, const tSourcePosition& position, 
 // The body of an exported function with a status: nothing is touched when that holds an error. A
 // thread that is cancelled meanwhile is so behind it.
 template <class Body>
-auto callAtBoundary(tStatusRecord* status, const tSourcePosition& position, Body body)
-    -> typename decltype(body())::tValue {
+auto callAtBoundary(tStatusRecord* status, const tSourcePosition& position, Body body) ->
+    typename decltype(body())::tValue {
   const tCancellationOff uncancelled;
   if (status && isFailure(*status)) return {};
   return callInsideBoundary(status, position, body);
