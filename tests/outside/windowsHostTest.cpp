@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/support/model.h"
+#include "tests/support/testPlace.h"
 
 namespace test {
 
@@ -138,9 +139,8 @@ class tLastingThread {
 
 TEST(WindowsHost, canLoadAndFreeTheLibraryForEver) {
   const tTestMachine machine;
-  const fs::path copy = fs::path(VARMEX_TEST_PROGRAMS) / "varmex_loaded.dll";
-  fs::copy_file(fs::path(VARMEX_TEST_PROGRAMS) / "varmex.dll", copy,
-                fs::copy_options::overwrite_existing);
+  const fs::path copy = tTestPlace::programs() / "varmex_loaded.dll";
+  fs::copy_file(tTestPlace::programs() / "varmex.dll", copy, fs::copy_options::overwrite_existing);
   tLastingThread lasting;
   const auto cycle = [&] {
     const tLoadedLibrary library(copy);
