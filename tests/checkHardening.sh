@@ -31,8 +31,11 @@ for file in "$@"; do
       for flag in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do
         holds "$file" "$flag" "^\s+$flag\$" x86_64-w64-mingw32-objdump -p
       done
-      holds "$file" 'the stack protector' ' __stack_chk_fail$' x86_64-w64-mingw32-nm
-      holds "$file" 'FORTIFY' ' __chk_fail$' x86_64-w64-mingw32-nm
+      # The symbols of a library that ships stand beside it.
+      symbols=$file
+      [ ! -e "$file.debug" ] || symbols=$file.debug
+      holds "$symbols" 'the stack protector' ' __stack_chk_fail$' x86_64-w64-mingw32-nm
+      holds "$symbols" 'FORTIFY' ' __chk_fail$' x86_64-w64-mingw32-nm
       ;;
     *)
       holds "$file" 'RELRO' '^ +GNU_RELRO ' readelf -lW

@@ -139,7 +139,7 @@ class tLastingThread {
 
 TEST(WindowsHost, canLoadAndFreeTheLibraryForEver) {
   const tTestMachine machine;
-  const fs::path copy = tTestPlace::programs() / "varmex_loaded.dll";
+  const fs::path copy = tTestPlace::folder() / "varmex_loaded.dll";
   fs::copy_file(tTestPlace::programs() / "varmex.dll", copy, fs::copy_options::overwrite_existing);
   tLastingThread lasting;
   const auto cycle = [&] {
