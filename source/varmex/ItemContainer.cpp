@@ -60,7 +60,9 @@ class ItemCollector final : public ItemVisitor {
       if (isKnown(item)) return kDone;
       auto copy = item.clone();
       if (!copy) return copy.refusal();
-      items_.emplace_back(copy->release());
+      // Owned ahead of the list's growth, which may find no memory.
+      boost::shared_ptr<const Item> shared(copy->release());
+      items_.push_back(std::move(shared));
     }
     return item.acceptVisitor(*this);
   }
