@@ -86,7 +86,7 @@ hasManual() { grep -q '^\.B VARMEX_FSROOT' "$1/share/man/man1/varmex.1"; }
 
 unpackDebs() {
   for package in "$work"/packages/*.deb; do dpkg-deb -x "$package" "$work/deb" || return 1; done
-  [ "$(ls "$work"/packages/*.deb | wc -l)" -eq 3 ] &&
+  [ "$(ls "$work"/packages/*.deb | wc -l)" -eq 4 ] &&
     dpkg-deb -f "$work"/packages/varmex_*.deb Depends | grep -q libvarmex19
 }
 

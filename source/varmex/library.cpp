@@ -9,12 +9,16 @@ namespace {
 
 constexpr const char* kServiceLibraryName = "dunmorsvc";
 
+const std::runtime_error noMessage("");
+
 void reportMissing(tFixedStatus& status, const tSourcePosition& position) {
   fixedStatusSet(status, kOstrelInvalidParameter.value, position.component, position.file,
                  position.line);
 }
 
 }  // namespace
+
+tLibraryNotAvailable::tLibraryNotAvailable() : std::runtime_error(noMessage) {}
 
 // The text is the path alone, without the keys that every other failure begins with.
 LibraryNotAvailableException::LibraryNotAvailableException(const char* path) {

@@ -9,10 +9,11 @@
 
 namespace varmex {
 
-// A runtime error whose message takes no memory.
+// A runtime error whose message takes no memory: that of its base, which may take some even when it
+// is empty, is shared with one from the time of loading.
 class tLibraryNotAvailable : public std::runtime_error {
  public:
-  tLibraryNotAvailable() : std::runtime_error("") {}
+  tLibraryNotAvailable();
   const char* what() const noexcept override { return "ERROR: Library not available."; }
 };
 

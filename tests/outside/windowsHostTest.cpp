@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <ostream>
-#include <semaphore>
 #include <thread>
 #include <vector>
 
@@ -106,34 +105,50 @@ class tLoadedLibrary {
   decltype(varmex_close)* close_ = nullptr;
 };
 
+// The system's own, which makes nothing later: those of the compiler's library take handles when
+// they are contended, and can sleep for ever.
+class tTurn {
+ public:
+  tTurn() : event_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
+  ~tTurn() { CloseHandle(event_); }
+  tTurn(const tTurn&) = delete;
+  tTurn& operator=(const tTurn&) = delete;
+
+  void give() { SetEvent(event_); }
+  void await() { WaitForSingleObject(event_, INFINITE); }
+
+ private:
+  HANDLE event_;
+};
+
 // A thread that outlives the library, again and again.
 class tLastingThread {
  public:
   ~tLastingThread() {
     library_ = nullptr;
-    turn_.release();
+    turn_.give();
     thread_.join();
   }
 
   std::int32_t fail(const tLoadedLibrary& library) {
     library_ = &library;
-    turn_.release();
-    done_.acquire();
+    turn_.give();
+    done_.await();
     return code_;
   }
 
  private:
   void run() {
-    for (turn_.acquire(); library_; turn_.acquire()) {
+    for (turn_.await(); library_; turn_.await()) {
       code_ = library_->fail();
-      done_.release();
+      done_.give();
     }
   }
 
   const tLoadedLibrary* library_ = nullptr;
   std::int32_t code_ = 0;
-  std::binary_semaphore turn_{0};
-  std::binary_semaphore done_{0};
+  tTurn turn_;
+  tTurn done_;
   std::thread thread_{[this] { run(); }};
 };
 
