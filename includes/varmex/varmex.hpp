@@ -18,6 +18,7 @@
 #ifndef VARMEX_VARMEX_HPP
 #define VARMEX_VARMEX_HPP
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -266,6 +267,8 @@ class Chassis;
 class Slot;
 class Device;
 class TriggerBridge;
+struct Module;
+struct ModuleAttempt;
 
 // What all items have in common, by attribute number.
 class ItemBase {
@@ -602,6 +605,13 @@ class Chassis : public ItemBase {
     return detail::openEach<Slot>([this] { return slots(); }, numbers,
                                   [this](std::uint32_t n) { return slot(n); });
   }
+
+  // What sits in the slots, in their order. modules() fails as a whole with the first fault;
+  // eachModule() goes on behind what can't be opened, by the numbers as eachSlot() does.
+  inline std::vector<Module> modules() const;
+  inline std::vector<ModuleAttempt> eachModule() const;
+  template <class Numbers>
+  std::vector<ModuleAttempt> eachModule(Numbers numbers) const;
 };
 
 inline Chassis TriggerBridge::chassis() const {
@@ -610,6 +620,218 @@ inline Chassis TriggerBridge::chassis() const {
 inline Slot Device::slot() const { return containing<Slot>(varmex_itemType_Slot); }
 inline Chassis Device::chassis() const { return containing<Chassis>(varmex_itemType_Chassis); }
 inline Chassis Slot::chassis() const { return containing<Chassis>(varmex_itemType_Chassis); }
+
+// A PCI address as the library has it, in decimal with dots: "13.0.0".
+struct PciAddress {
+  std::uint32_t bus = 0;
+  std::uint32_t device = 0;
+  std::uint32_t function = 0;
+
+  std::string text() const {
+    return std::to_string(bus) + '.' + std::to_string(device) + '.' + std::to_string(function);
+  }
+  bool operator==(const PciAddress& other) const {
+    return bus == other.bus && device == other.device && function == other.function;
+  }
+  bool operator!=(const PciAddress& other) const { return !(*this == other); }
+};
+
+// What sits in a slot, its PCI functions as one thing; or the controller in a system slot, of which
+// the description may name no function. Everything was read when the module was made, each once.
+// What the description does not tell, or tells unreadably, is an empty text or no number; of a
+// module that only pxisys.ini describes it tells functions and addresses alone.
+struct Module {
+  std::uint32_t chassisNumber;
+  std::uint32_t slotNumber;          // the slot that it is anchored in
+  std::vector<std::uint32_t> slots;  // all that it covers, the anchor first
+  std::string name;                  // "PXI1Slot9"
+  std::string alias;                 // the user's name for it
+  std::string vendor;
+  std::string model;
+  std::string chassisSerialNumber;  // modules have none of their own
+  std::string chassisIdentity;
+  std::vector<std::string> resourceNames;
+  std::vector<PciAddress> addresses;  // one for each function, in ascending order
+  std::vector<Device> functions;
+  std::optional<std::uint32_t> linkWidth;      // lanes as the link runs
+  std::optional<std::uint32_t> linkWidthMax;   // that the module can use
+  std::optional<std::uint32_t> slotLinkWidth;  // that its slot has
+
+  // "1/9": chassis and slot.
+  std::string place() const {
+    return std::to_string(chassisNumber) + '/' + std::to_string(slotNumber);
+  }
+
+  // Vendor and model, or the name where the description knows neither.
+  std::string title() const {
+    if (vendor.empty() && model.empty()) return name;
+    return vendor + (vendor.empty() || model.empty() ? "" : " ") + model;
+  }
+
+  // The most lanes that both module and slot can.
+  std::optional<std::uint32_t> possibleLinkWidth() const {
+    if (!linkWidthMax || !slotLinkWidth) return linkWidthMax ? linkWidthMax : slotLinkWidth;
+    return *linkWidthMax < *slotLinkWidth ? linkWidthMax : slotLinkWidth;
+  }
+  bool isLinkReduced() const {
+    const auto possible = possibleLinkWidth();
+    return linkWidth && possible && *linkWidth < *possible;
+  }
+
+  // Whether it goes by that name: its alias, name, place, one of its resource names or PCI
+  // addresses ("13.0.0"). The case of letters does not matter.
+  bool isCalled(const std::string& text) const;
+};
+
+// One of a list of modules that goes on behind what can't be opened: the module, or why there is
+// none; without a slot number where the whole chassis can't be opened.
+struct ModuleAttempt {
+  std::uint32_t chassisNumber = 0;
+  std::optional<std::uint32_t> slotNumber;
+  std::optional<Module> module;
+  std::optional<Error> error;
+};
+
+namespace detail {
+
+inline bool isSameName(const std::string& a, const std::string& b) {
+  const auto lower = [](char byte) {
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+  };
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
+                                            [&](char x, char y) { return lower(x) == lower(y); });
+}
+
+// The parts of AddressInfo: between semicolons and plus signs.
+inline std::vector<std::string> splitResourceNames(const std::string& text) {
+  std::vector<std::string> names;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find_first_of(";+", at), text.size());
+    if (end > at) names.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
+  return names;
+}
+
+// What the description tells of a module is in its slot: every function answers the same.
+inline void readModule(const Device& function, Module& module) {
+  module.alias = function.instanceNameIfAny().value_or("");
+  module.vendor = function.vendorIfAny().value_or("");
+  module.model = function.modelIfAny().value_or("");
+  module.resourceNames = splitResourceNames(function.addressInfoIfAny().value_or(""));
+  module.linkWidth = function.linkWidthNegotiatedIfAny();
+  module.linkWidthMax = function.linkWidthMaxIfAny();
+}
+
+inline void readController(const Slot& slot, Module& module) {
+  module.alias = slot.systemInstanceNameIfAny().value_or("");
+  module.vendor = slot.systemVendorIfAny().value_or("");
+  module.model = slot.systemModelIfAny().value_or("");
+  module.resourceNames = splitResourceNames(slot.systemAddressInfoIfAny().value_or(""));
+}
+
+// The modules of a chassis, collected from its slots.
+class ModuleReader {
+ public:
+  explicit ModuleReader(const Chassis& chassis)
+      : number_(chassis.number()),
+        serialNumber_(chassis.serialNumberIfAny().value_or("")),
+        identity_(chassis.identity()) {}
+
+  std::vector<ModuleAttempt> run(const std::vector<Attempt<Slot>>& slots) {
+    for (const Attempt<Slot>& slot : slots) add(slot);
+    // Slots without a function belong to the modules that cover them.
+    for (const auto& [slot, anchor] : covered_) {
+      for (ModuleAttempt& attempt : attempts_) {
+        std::optional<Module>& module = attempt.module;
+        if (module && module->slotNumber == anchor) module->slots.push_back(slot);
+      }
+    }
+    return std::move(attempts_);
+  }
+
+ private:
+  void add(const Attempt<Slot>& slot) {
+    if (slot.error) return addError(slot.number, *slot.error);
+    try {
+      read(slot.number, *slot.item);
+    } catch (const Error& error) {
+      addError(slot.number, error);
+    }
+  }
+
+  void addError(std::uint32_t slot, const Error& error) {
+    attempts_.push_back({number_, slot, std::nullopt, error});
+  }
+
+  void read(std::uint32_t number, const Slot& slot) {
+    Module module{};
+    for (Device device : slot.devices()) module.functions.push_back(std::move(device));
+    for (const Device& device : module.functions) {
+      module.addresses.push_back({device.bus(), device.number(), device.function()});
+    }
+    if (module.functions.empty()) {
+      readController(slot, module);
+    } else if (module.functions.front().isExpress()) {  // all come from one file
+      readModule(module.functions.front(), module);
+    }
+    const bool isThere = !module.functions.empty() || !module.alias.empty() ||
+                         !module.vendor.empty() || !module.model.empty();
+    if (!isThere) return addCovered(number, slot);
+    module.chassisNumber = number_;
+    module.slotNumber = number;
+    module.slots = {number};
+    module.name = "PXI" + std::to_string(number_) + "Slot" + std::to_string(number);
+    module.chassisSerialNumber = serialNumber_;
+    module.chassisIdentity = identity_;
+    module.slotLinkWidth = slot.linkWidth1IfAny();
+    attempts_.push_back({number_, number, std::move(module), std::nullopt});
+  }
+
+  void addCovered(std::uint32_t number, const Slot& slot) {
+    const auto anchor = slot.occupyingModuleSlotIfAny();
+    if (anchor && *anchor != number) covered_.emplace_back(number, *anchor);
+  }
+
+  std::uint32_t number_;
+  std::string serialNumber_;
+  std::string identity_;
+  std::vector<ModuleAttempt> attempts_;
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> covered_;  // and the slot of the module
+};
+
+inline std::vector<Module> modulesOf(std::vector<ModuleAttempt> attempts) {
+  std::vector<Module> modules;
+  for (ModuleAttempt& attempt : attempts) {
+    if (attempt.error) throw *attempt.error;
+    modules.push_back(std::move(*attempt.module));
+  }
+  return modules;
+}
+
+}  // namespace detail
+
+inline std::vector<Module> Chassis::modules() const { return detail::modulesOf(eachModule()); }
+inline std::vector<ModuleAttempt> Chassis::eachModule() const {
+  return detail::ModuleReader(*this).run(eachSlot());
+}
+template <class Numbers>
+std::vector<ModuleAttempt> Chassis::eachModule(Numbers numbers) const {
+  return detail::ModuleReader(*this).run(eachSlot(numbers));
+}
+
+inline bool Module::isCalled(const std::string& text) const {
+  for (const std::string& own : {alias, name, place()}) {
+    if (!text.empty() && detail::isSameName(own, text)) return true;
+  }
+  for (const std::string& own : resourceNames) {
+    if (detail::isSameName(own, text)) return true;
+  }
+  for (const PciAddress& own : addresses) {
+    if (own.text() == text) return true;
+  }
+  return false;
+}
 
 enum class WaitResult : std::uint32_t {
   changed = varmex_waitChanged,
@@ -667,6 +889,41 @@ class Session : public ItemBase {
   std::vector<Attempt<Chassis>> eachChassis(Numbers numbers) const {
     return detail::openEach<Chassis>([this] { return chassis(); }, numbers,
                                      [this](std::uint32_t n) { return chassis(n); });
+  }
+
+  // What sits in the slots of all chassis, in their order. modules() fails as a whole with the
+  // first fault; eachModule() goes on behind what can't be opened, as eachChassis() does.
+  std::vector<Module> modules() const { return detail::modulesOf(eachModule()); }
+  std::vector<ModuleAttempt> eachModule() const {
+    std::vector<ModuleAttempt> attempts;
+    for (const Attempt<Chassis>& chassis : eachChassis()) {
+      if (chassis.error) {
+        attempts.push_back({chassis.number, std::nullopt, std::nullopt, chassis.error});
+        continue;
+      }
+      for (ModuleAttempt& attempt : chassis.item->eachModule()) {
+        attempts.push_back(std::move(attempt));
+      }
+    }
+    return attempts;
+  }
+
+  // The first module that goes by that name (Module::isCalled); one whose alias it is goes ahead of
+  // all others. Nothing where none does; what can't be opened hides no other module, and its
+  // failure is thrown where none goes by the name.
+  std::optional<Module> findModule(const std::string& name) const {
+    std::optional<Module> found;
+    std::optional<Error> failure;
+    for (ModuleAttempt& attempt : eachModule()) {
+      if (attempt.error) {
+        if (!failure) failure = std::move(attempt.error);
+      } else if (attempt.module->isCalled(name)) {
+        if (detail::isSameName(attempt.module->alias, name)) return std::move(attempt.module);
+        if (!found) found = std::move(attempt.module);
+      }
+    }
+    if (!found && failure) throw *failure;
+    return found;
   }
 
   // Blocks until the description changed or the time ran out; without an argument, without limit.

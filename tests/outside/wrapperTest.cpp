@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <map>
 #include <thread>
 
 #include "tests/support/model.h"
@@ -43,6 +44,8 @@ TEST_F(tWrapper, answersWhatTheInterfaceAnswers) {
   EXPECT_EQ(session.version(), "19.5.0");
   EXPECT_TRUE(session.isCurrent());
   EXPECT_FALSE(session.warning());
+  EXPECT_EQ(session.modules().size(), 1U);
+  EXPECT_FALSE(session.findModule("none"));
   std::vector<std::string> serials;
   for (const varmex::Chassis& chassis : session.chassis())
     serials.push_back(chassis.serialNumber());
@@ -184,6 +187,63 @@ TEST_F(tWrapper, goesOnBehindWhatCannotBeOpened) {
   EXPECT_EQ(numbersOf(session.chassis(1).eachSlot()), "3 4 290! ");
   EXPECT_EQ(numbersOf(session.chassis(1).eachSlot(known)), "300! 2! 9! ");
   EXPECT_EQ(numbersOf(session.chassis(300).eachSlot(known)), "1 ");
+}
+
+std::string textOf(const varmex::Module& module) {
+  std::string text = module.place() + ' ' + module.name + " [" + module.alias + '|' +
+                     module.title() + '|' + module.chassisSerialNumber + ']';
+  for (const std::uint32_t slot : module.slots) text += ' ' + std::to_string(slot);
+  for (const varmex::PciAddress& address : module.addresses) text += ' ' + address.text();
+  for (const std::string& name : module.resourceNames) text += ' ' + name;
+  if (const auto possible = module.possibleLinkWidth()) {
+    text += " x" + std::to_string(module.linkWidth.value_or(0)) + '/' + std::to_string(*possible);
+  }
+  return text + (module.isLinkReduced() ? "!" : "");
+}
+
+// A controller without a function, a module of three slots below its width, one in both files, one
+// that only the classic file has, and two slots that can't be opened.
+TEST_F(tWrapper, tellsModules) {
+  machine_.writePxiSys(
+      "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSlotList=5,6\n"
+      "[Chassis1Slot5]\nPCIBusNumber=2\nPCIDeviceNumber=1\n"
+      "[Chassis1Slot6]\nPCIBusNumber=3\nPCIDeviceNumber=1\n");
+  const std::string express =
+      "[System]\nChassisList=1,2\n[Chassis2]\nVendor=V\nSlotList=\"\"\n"
+      "[Chassis1Slot1]\nSlotType=PXIeSystemSlot2Link\nModel=Host\n"
+      "[Chassis1Slot2]\nSlotType=PXIePeripheralSlot\nModel=Wide\nInstanceName=W\n"
+      "AddressInfo=PXI0::9-0.0::INSTR;;PXI0::8-0.0::INSTR+x\nPeripheralSlotLinkWidth1=4\n"
+      "PeripheralModuleLinkWidthMax=8\nPeripheralModuleLinkWidthNegotiated=2\n"
+      "PeripheralModuleOccupiedSlotList=3,4\n"
+      "[Chassis1Slot3]\nSlotType=PXIePeripheralSlot\n[Chassis1Slot4]\nSlotType=PXI-1Slot\n"
+      "[Chassis1Slot5]\nSlotType=PXIeHybridSlot\nModel=Both\nInstanceName=1/2\n"
+      "AddressInfo=PXI0::7-0.0::INSTR\n"
+      "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=1,2,3,4,5";
+  machine_.writePxieSys(express + ",8,9\n");
+  std::vector<std::string> texts;
+  for (const varmex::ModuleAttempt& attempt : varmex::Session().eachModule()) {
+    texts.push_back(attempt.module ? textOf(*attempt.module)
+                                   : std::to_string(attempt.chassisNumber) + '/' +
+                                         std::to_string(attempt.slotNumber.value_or(0)) + '!');
+  }
+  EXPECT_EQ(texts, (std::vector<std::string>{
+                       "1/1 PXI1Slot1 [|Host|S] 1",
+                       "1/2 PXI1Slot2 [W|Wide|S] 2 3 4 8.0.0 9.0.0 PXI0::9-0.0::INSTR "
+                       "PXI0::8-0.0::INSTR x x2/4!",
+                       "1/5 PXI1Slot5 [1/2|Both|S] 5 7.0.0 PXI0::7-0.0::INSTR",
+                       "1/6 PXI1Slot6 [|PXI1Slot6|S] 6 3.1.0", "1/8!", "2/0!"}));
+  const varmex::Session session;
+  EXPECT_EQ(thrownBy([&] { session.modules(); })->code(), varmex_errorUnknownItem);
+  EXPECT_EQ(thrownBy([&] { session.findModule("none"); })->code(), varmex_errorUnknownItem);
+  for (const auto& [name, place] : std::map<std::string, std::string>{{"w", "1/2"},
+                                                                      {"1/2", "1/5"},
+                                                                      {"1/1", "1/1"},
+                                                                      {"9.0.0", "1/2"},
+                                                                      {"pxi0::7-0.0::instr", "1/5"},
+                                                                      {"PXI1Slot6", "1/6"}}) {
+    const auto found = session.findModule(name);
+    EXPECT_EQ(found ? found->place() : "nothing", place) << name;
+  }
 }
 
 TEST_F(tWrapper, refusesSourceLinesThatNoBridgeHas) {
