@@ -35,6 +35,7 @@ if(WIN32)
   install(DIRECTORY docs examples DESTINATION . COMPONENT development)
 else()
   install(FILES docs/varmex.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
+  install(FILES docs/varmex.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/varmex COMPONENT tool)
   set(completions tools/varmex/completions)
   install(FILES ${completions}/varmex.bash RENAME varmex COMPONENT tool
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)

@@ -38,9 +38,9 @@ service=$(dirname "$varmex")/service
 LD_LIBRARY_PATH=$service/withoutmode expect 0 '^    native +no$' show 3
 LD_LIBRARY_PATH=$service/withoutmode expect 0 '^    native +yes$' show 2
 LD_LIBRARY_PATH=$service/withoutclose expect 1 '^    native +!1$' show 2
-LD_LIBRARY_PATH=$service/withoutclose expect 1 '^!1  chassis 2, IsTriggerManagerNative: .*-52005$' show 2
-expect 1 'There is no chassis 9\. \(varmex_errorUnknownItem -380751\)' show 9
-expect 1 'Chassis 1 has no slot 99\.' show 1/99
+LD_LIBRARY_PATH=$service/withoutclose expect 1 '^!1  chassis 2, IsTriggerManagerNative: The PXI service library lacks a function.* \(-52005\)$' show 2
+expect 1 'There is no chassis 9: neither file has a section \[Chassis9\]\. \(varmex_errorUnknownItem -380751\)' show 9
+expect 1 'Chassis 1 has no slot 99: neither file has a section \[Chassis1Slot99\]\.' show 1/99
 expect 2 'CHASSIS' show x
 expect 2 'subcommand' --nonsense
 expect 2 'subcommand is required'
@@ -73,7 +73,7 @@ printf '[System]\nChassisList = 1\n[Chassis1]\nVendor = \xff\x1b\nModel = "\nSer
   >"$VARMEX_FSROOT/etc/pxi/pxiesys.ini"
 expect 0 '"ChassisModel": "\\""' show --json
 echo '[System]' >"$VARMEX_FSROOT/etc/pxi/pxisys.ini"
-expect 1 '^varmex: Section System item: ChassisList not found\. ' show
+expect 1 '^varmex: Section \[System\] has no ChassisList\. ' show
 rm "$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 expect 1 '' watch --once --timeout 0.1
 expect 0 '' watch --timeout 0.1
@@ -88,7 +88,7 @@ expect 0 '' watch --timeout 0.1
 ) &
 watched=$("$varmex" watch --once --timeout 20 2>&1)
 wait
-for pattern in ' The description can.t be read: Section System item: ChassisList not found' \
+for pattern in ' The description can.t be read: Section \[System\] has no ChassisList\.' \
   '  chassis 1 \(V N\): model " -> N$' '  new chassis 2: V M$' '  new module in slot 1/5: W D$'; do
   if grep -qE -- "$pattern" <<<"$watched"; then
     passed=$((passed + 1))
@@ -124,6 +124,11 @@ finds 'line-map-out-of-range: .Chassis1LineMappingSpec1. PXI_TRIG3' pxisys.ini '
 finds '^pxisys.ini:50: doubtful: line-passed-over: .Chassis1LineMappingSpec1.$' pxisys.ini '50s/=//'
 finds '^  68 \| PCIBusNumber = ü$' pxisys.ini '68s/=.*/= ü/'
 finds '^     \| ~~~~~~~~~~~~   \^$' pxisys.ini '68s/=.*/= ü/'
+finds '^     \| ~~~~~~~~~~~~   \^~~~~$' pxisys.ini '68s/=.*/= 漢字x/'
+finds '^     \| ~~~~~~~~~~~~            \^$' pxisys.ini '68s/.*/PCIBusNumber\t=\tü/'
+finds '^  68 \| PCIBusNumber = \\xFC\\x1B$' pxisys.ini '68s/=.*/= \xfc\x1b/'
+finds '^     \| ~~~~~~~~~~~~   \^~~~~~~~$' pxisys.ini '68s/=.*/= \xfc\x1b/'
+COLUMNS=40 finds '^  68 \| PCIBusNumber = 漢漢漢漢漢漢漢\.\.\.$' pxisys.ini '68s/=.*/= 漢漢漢漢漢漢漢漢漢漢漢漢漢/'
 finds '^     \|  \^~~~~~~~~~~~~~~~~~~~~~~~$' pxisys.ini '50s/=//'
 finds '^pxisys.ini:14: wrong: missing-item: .Chassis1. SlotList$' pxisys.ini '14s/=.*/=/'
 finds 'line gives it no value' pxisys.ini '14s/=.*/=/'

@@ -245,8 +245,8 @@ WATCHED = [
      ['moved module in slot 1/9 -> 1/19: Orlindt Instruments, Inc. ORX-4081 Multimeter "DMM"',
       "slot 1/9: state readable -> (can't be read)"]),
     ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1,,2")],
-     ["The description can't be read: The number list in section System item ChassisList is "
-      "invalid. (varmex_errorInformationNotAvailable -380757)"]),
+     ["The description can't be read: ChassisList in section [System] is no list of numbers. "
+      "(varmex_errorInformationNotAvailable -380757)"]),
     ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1")],
      ["The description can be read.", "gone chassis 2: Tessmere Labs TLX-80"]),
 ]

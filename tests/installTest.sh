@@ -82,6 +82,8 @@ hasCompletions() {
   done
 }
 
+hasSchema() { grep -q 2020-12 "$1/share/varmex/varmex.schema.json"; }
+
 hasManual() { grep -q '^\.B VARMEX_FSROOT' "$1/share/man/man1/varmex.1"; }
 
 unpackDebs() {
@@ -94,6 +96,7 @@ testLinux() {
   local installed=$work/installed
   try 'install' cmake --install "$1" --prefix "$installed"
   try 'the manual' hasManual "$installed"
+  try 'the schema' hasSchema "$installed"
   try 'the completions' hasCompletions "$installed"
   try 'the installed command' env VARMEX_FSROOT="$here/samples" bash -c \
     "'$installed/bin/varmex' show | grep -q '^Chassis 3: Havrel'"

@@ -6,24 +6,11 @@
 
 #include "ostrel/quarks/throwingStatus.h"
 #include "source/varmex/Chassis.h"
+#include "source/varmex/slotTypes.h"
 
 namespace varmex {
 
 namespace {
-
-struct tSlotTypeRow {
-  std::string_view text;
-  std::uint32_t type;
-};
-
-constexpr tSlotTypeRow kSlotTypes[] = {
-    {"PXI-1Slot", varmex_slotType_PXI1Peripheral},
-    {"PXIePeripheralSlot", varmex_slotType_PXIePeripheral},
-    {"PXIeHybridSlot", varmex_slotType_PXI1Peripheral | varmex_slotType_PXIePeripheral},
-    {"PXIeSystemSlot2Link", varmex_slotType_PXIeSystem},
-    {"PXIeSystemSlot4Link", varmex_slotType_PXIeSystem},
-    {"PXIeSystemTimingSlot", varmex_slotType_PXIePeripheral | varmex_slotType_SystemTiming},
-};
 
 constexpr std::uint32_t kSlotTypePXISystem = varmex_slotType_PXISystem;
 constexpr std::uint32_t kSlotTypePXIStarController =
@@ -205,9 +192,7 @@ tResult<std::uint32_t> Slot::slotType() const {
   if (place_.sections.express) {
     const auto text = pxieSys.getValueText(expressPlace(), "SlotType");
     if (!text) return text.refusal();
-    for (const tSlotTypeRow& row : kSlotTypes) {
-      if (row.text == *text) return row.type;
-    }
+    if (const std::uint32_t type = slotTypeNamed(*text)) return type;
     return tRefusal(kErrorInformationNotAvailable, OSTREL_HERE)
         .debug()
         .text("bad_slot_type", *text);

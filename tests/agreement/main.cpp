@@ -19,6 +19,7 @@
 #include "tests/agreement/mutations.h"
 #include "tests/agreement/questions.h"
 #include "tools/varmex/check/check.h"
+#include "tools/varmex/check/library.h"
 
 namespace agreement {
 
@@ -38,22 +39,6 @@ const std::set<std::string> kWrong = {"bad-list",          "bad-number",
                                       "files-disagree",    "line-map-out-of-range",
                                       "missing-item",      "missing-section",
                                       "unknown-slot-type", "wrong-encoding"};
-
-const char* const kOptionalItems[] = {"PeripheralSlotLinkWidth1",
-                                      "PeripheralSlotLinkWidth2",
-                                      "SystemSlotLinkOrigin1",
-                                      "SystemSlotLinkOrigin2",
-                                      "PeripheralModuleLinkWidthMax",
-                                      "PeripheralModuleLinkWidthNegotiated",
-                                      "PCISlotPath",
-                                      "PCISlotPathRootBus",
-                                      "LocalBusLeft",
-                                      "LocalBusRight",
-                                      "Vendor",
-                                      "Model",
-                                      "InstanceName",
-                                      "AddressInfo",
-                                      "PeripheralModuleOccupiedSlotList"};
 
 std::string refusalOf(const tool::tFinding& finding) {
   const std::size_t place = finding.answer.find(kFails);
@@ -199,7 +184,7 @@ class tCase {
     }
     const std::string section = words.substr(place + 8, end - place - 8);
     if (section.find("Slot") == std::string::npos) return false;
-    for (const std::string item : kOptionalItems) {
+    for (const std::string item : tool::kOptionalItems) {
       if (!words.ends_with(" item: " + item + " not found")) continue;
       return item.find("Link") == std::string::npos ||
              !files[1].hasItem(files[1].findSection(section), item);

@@ -5,6 +5,8 @@
 #include "corpxiTools/fileSystem/utils.h"
 #include "tools/varmex/check/excerpt.h"
 #include "tools/varmex/check/library.h"
+#include "tools/varmex/text/columns.h"
+#include "tools/varmex/text/terminal.h"
 
 namespace tool {
 
@@ -30,15 +32,23 @@ void checkFiles(tRules& rules, tPlan& plan) {
   if (plan.isWhole) checkUnused(rules);
 }
 
+void showParagraph(const std::string& text, std::ostream& out) {
+  const std::string margin(4, ' ');
+  const std::size_t columns = outputColumns().value_or(std::string::npos);
+  const std::size_t room = columns > 2 * margin.size() ? columns - margin.size() : columns;
+  for (const std::string& line : wrapped(visible(text), room)) out << margin << line << '\n';
+}
+
+// The description's own texts may hold anything.
 void showFinding(const tFinding& finding, std::ostream& out) {
   const tPosition& position = finding.position;
-  out << position.file << ':' << position.line << ": " << severityName(finding.severity) << ": "
-      << finding.id;
-  if (!position.section.empty()) out << ": [" << position.section << ']';
-  if (!position.item.empty()) out << ' ' << position.item;
-  out << '\n'
-      << showExcerpt(position.line, finding.source) << "    " << finding.message
-      << "\n    varmex answers: " << finding.answer << '\n';
+  out << position.file << ':' << position.line << ": "
+      << coloured(severityName(finding.severity), tColour::bad) << ": " << finding.id;
+  if (!position.section.empty()) out << ": [" << visible(position.section) << ']';
+  if (!position.item.empty()) out << ' ' << visible(position.item);
+  out << '\n' << showExcerpt(position.line, finding.source);
+  showParagraph(finding.message, out);
+  showParagraph("varmex answers: " + finding.answer, out);
 }
 
 }  // namespace

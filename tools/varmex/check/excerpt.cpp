@@ -4,47 +4,52 @@
 #include <string>
 
 #include "corpxiTools/iniLine.h"
-#include "varmex/varmex.hpp"
+#include "tools/varmex/text/columns.h"
+#include "tools/varmex/text/terminal.h"
 
 namespace tool {
 
 namespace {
 
 constexpr std::size_t kWidest = 100;
+constexpr std::size_t kTabStop = 8;
+constexpr std::string_view kMore = "...";
 
-// Each character in one column, by its first byte; the bytes of no character are told apart by
-// those behind them.
-std::u32string columns(std::string_view line) {
-  std::u32string text;
-  for (std::size_t n = 0; n < line.size();) {
-    const auto byte = static_cast<unsigned char>(line[n++]);
-    std::size_t tail = byte >= 0xC2 && byte < 0xE0 ? 1 : byte >= 0xE0 && byte < 0xF0 ? 2 : 0;
-    if (byte >= 0xF0 && byte < 0xF5) tail = 3;
-    char32_t point = tail ? byte & (0x3FU >> tail) : byte;
-    for (; tail > 0 && n < line.size(); --tail, ++n) {
-      const auto next = static_cast<unsigned char>(line[n]);
-      if ((next & 0xC0) != 0x80) break;
-      point = point << 6 | (next & 0x3F);
-    }
-    if (byte == '\t') point = ' ';
-    const bool isShown = tail == 0 && point >= ' ' && (point < 0x7F || point >= 0xA0) &&
-                         (byte < 0x80 || byte >= 0xC2);
-    text += isShown ? point : U'?';
+// Tabs as wide as an editor shows them, all else as `visible` has it.
+std::string shown(std::string_view line) {
+  std::string text;
+  while (!line.empty()) {
+    const std::size_t tab = std::min(line.find('\t'), line.size());
+    text += visible(line.substr(0, tab));
+    if (tab == line.size()) break;
+    text.append(kTabStop - columnsOf(text) % kTabStop, ' ');
+    line.remove_prefix(tab + 1);
   }
   return text;
 }
 
-std::string utf8(std::u32string_view text) {
-  std::string bytes;
-  for (const char32_t point : text) {
-    varmex::detail::appendUtf8(bytes, point);
-  }
-  return bytes;
-}
+// Marks by where the bytes lie that they stand below.
+class tMarks {
+ public:
+  explicit tMarks(const char* line) : line_(line) {}
 
-std::size_t width(const char* begin, const char* end) {
-  return columns({begin, static_cast<std::size_t>(end - begin)}).size();
-}
+  void blanksTo(const char* end) { fillTo(end, ' '); }
+  void wavesTo(const char* end) { fillTo(end, '~'); }
+  void arrowTo(const char* end) {
+    marks_ += '^';
+    wavesTo(end);
+  }
+  const std::string& text() const { return marks_; }
+
+ private:
+  void fillTo(const char* end, char mark) {
+    const std::size_t columns = columnsOf(shown({line_, static_cast<std::size_t>(end - line_)}));
+    marks_.resize(std::max(columns, marks_.size()), mark);
+  }
+
+  const char* line_;
+  std::string marks_;
+};
 
 }  // namespace
 
@@ -57,23 +62,27 @@ std::string showExcerpt(std::uint32_t number, std::string_view line) {
       varmex::parseIniLine({begin, end, equals == end ? nullptr : equals});
   char* const first = varmex::skipIniSpace(begin, end);
   if (first == end) return {};
-  std::string mark(width(begin, first), ' ');
+  tMarks marks(begin);
+  marks.blanksTo(first);
   if (content.kind == varmex::tIniLineKind::item) {
-    mark += std::string(width(content.name, content.nameEnd), '~');
-    mark += std::string(width(content.nameEnd, content.value), ' ');
-    mark += '^' + std::string(width(content.value, content.valueEnd) - 1, '~');
+    marks.wavesTo(content.nameEnd);
+    marks.blanksTo(content.value);
+    marks.arrowTo(content.valueEnd);
   } else if (content.kind == varmex::tIniLineKind::header) {
-    mark += std::string(width(first, content.name), ' ');
-    mark += '^' + std::string(width(content.name, content.nameEnd) - 1, '~');
+    marks.blanksTo(content.name);
+    marks.arrowTo(content.nameEnd);
   } else {
-    mark += '^' + std::string(width(first, varmex::trimIniEnd(first, end)) - 1, '~');
+    marks.arrowTo(varmex::trimIniEnd(first, end));
   }
-  std::u32string text = columns(line);
-  if (text.size() > kWidest) text = text.substr(0, kWidest) + U"...";
-  if (mark.size() > kWidest) mark.resize(kWidest);
-  const std::string label = std::to_string(number);
-  return "  " + label + " | " + utf8(text) + '\n' + std::string(label.size() + 2, ' ') + " | " +
-         mark + '\n';
+  const std::string margin = "  " + std::to_string(number) + " | ";
+  const std::size_t least = margin.size() + 2 * kMore.size();
+  const std::size_t columns = std::max(outputColumns().value_or(kWidest), least) - margin.size();
+  std::string text = shown({begin, static_cast<std::size_t>(end - begin)});
+  if (columnsOf(text) > columns) {
+    text = text.substr(0, endWithin(text, columns - kMore.size())).append(kMore);
+  }
+  return margin + text + '\n' + std::string(margin.size() - 2, ' ') + "| " +
+         marks.text().substr(0, columns) + '\n';
 }
 
 }  // namespace tool

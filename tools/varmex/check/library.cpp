@@ -19,23 +19,6 @@ constexpr tRange kDeviceNumbers{varmex_u32_DeviceBus, varmex_u32_DeviceIsExpress
 constexpr tRange kDeviceTexts{varmex_str_DeviceInstanceName, varmex_str_DeviceName};
 constexpr tRange kBridgeNumbers{varmex_u32_BridgeNumber, varmex_u32_BridgeLineMapping7};
 
-// Items of a slot that a description need not have.
-constexpr const char* kOptionalItems[] = {"PeripheralSlotLinkWidth1",
-                                          "PeripheralSlotLinkWidth2",
-                                          "SystemSlotLinkOrigin1",
-                                          "SystemSlotLinkOrigin2",
-                                          "PCISlotPath",
-                                          "PCISlotPathRootBus",
-                                          "LocalBusLeft",
-                                          "LocalBusRight",
-                                          "Vendor",
-                                          "Model",
-                                          "InstanceName",
-                                          "AddressInfo",
-                                          "PeripheralModuleOccupiedSlotList",
-                                          "PeripheralModuleLinkWidthMax",
-                                          "PeripheralModuleLinkWidthNegotiated"};
-
 // Codes for what an item plainly does not have.
 bool meansAbsence(std::int32_t code) {
   return varmex::meansNothing(code) && code != varmex_errorInformationNotAvailable;

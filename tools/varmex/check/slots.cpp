@@ -1,27 +1,11 @@
 // A slot: its type, the numbers in its section, and the module that covers it.
 
-#include <string_view>
-
+#include "source/varmex/slotTypes.h"
 #include "tools/varmex/check/rules.h"
-#include "varmex/varmex.h"
 
 namespace tool {
 
 namespace {
-
-struct tTypeRow {
-  std::string_view text;
-  std::uint32_t type;
-};
-
-constexpr tTypeRow kTypes[] = {
-    {"PXI-1Slot", varmex_slotType_PXI1Peripheral},
-    {"PXIePeripheralSlot", varmex_slotType_PXIePeripheral},
-    {"PXIeHybridSlot", varmex_slotType_PXI1Peripheral | varmex_slotType_PXIePeripheral},
-    {"PXIeSystemSlot2Link", varmex_slotType_PXIeSystem},
-    {"PXIeSystemSlot4Link", varmex_slotType_PXIeSystem},
-    {"PXIeSystemTimingSlot", varmex_slotType_PXIePeripheral | varmex_slotType_SystemTiming},
-};
 
 constexpr const char* kLinkItems[] = {"PeripheralSlotLinkWidth1", "PeripheralSlotLinkWidth2",
                                       "SystemSlotLinkOrigin1", "SystemSlotLinkOrigin2"};
@@ -68,9 +52,7 @@ class tSlotCheck {
     const tCheckedFile& file = rules_.express;
     if (!file.hasSection(section_)) return classicType();
     const auto text = file.text(section_, kItem);
-    for (const tTypeRow& row : kTypes) {
-      if (row.text == text) return row.type;
-    }
+    if (const std::uint32_t type = text ? varmex::slotTypeNamed(*text) : 0) return type;
     if (text) {
       rules_.findings.addRefused("unknown-slot-type", file.at(section_, kItem),
                                  "no type that the library knows: \"" + *text + '"',

@@ -82,7 +82,7 @@ class tWatch : public tCommand {
       return session;
     } catch (const std::exception& failure) {
       const tReason reason = reasonOf(failure);
-      const std::string text = failureText(reason.constant, reason.code, reason.detail);
+      const std::string text = failureText(reason.constant, reason.code, reason.sentence);
       if (text != trouble_) {
         tell("The description can't be read: " + text, {{"event", "unreadable"},
                                                         {"code", reason.code},

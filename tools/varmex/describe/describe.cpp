@@ -22,6 +22,7 @@ void tellNotes(const char* name, const tNotes& notes, tSink& sink) {
     sink.number("code", reason.code);
     sink.text("constant", reason.constant);
     sink.text("detail", reason.detail);
+    sink.text("sentence", reason.sentence);
     sink.endObject();
   }
   sink.endObject();

@@ -48,12 +48,8 @@ std::string shortened(std::string text) {
 }
 
 std::string sentenceOf(const tJson& failure) {
-  // The one exception of another kind that answers end with.
-  if (failure["constant"] == "std::out_of_range") {
-    return "the destination line 8 is named, and lines are 0 to 7 (std::out_of_range)";
-  }
   return failureText(failure["constant"].get<std::string>(), failure["code"].get<std::int32_t>(),
-                     failure["detail"].get<std::string>());
+                     failure["sentence"].get<std::string>());
 }
 
 }  // namespace

@@ -2,24 +2,24 @@
 
 #include <string_view>
 
-#include "corpxiTools/iniException.h"
+#include "tools/varmex/text/failures.h"
 
 namespace tool {
 
 tReason reasonOf(const varmex::Error& error) {
-  return {error.code(), error.constant(), error.detail()};
+  return {error.code(), error.constant(), error.detail(), sentenceFor(error)};
 }
 
 tReason reasonOf(const std::exception& exception) {
   if (const auto* const error = dynamic_cast<const varmex::Error*>(&exception)) {
     return reasonOf(*error);
   }
-  if (dynamic_cast<const varmex::tIniException*>(&exception)) {
-    return {varmex_errorInformationNotAvailable, "varmex_errorInformationNotAvailable",
-            std::string("wrappedMessage: ") + exception.what()};
+  // The one exception of another kind that answers end with.
+  if (dynamic_cast<const std::out_of_range*>(&exception)) {
+    return {0, "std::out_of_range", exception.what(),
+            "The line map names the destination line 8, and lines are 0 to 7."};
   }
-  const bool isRange = dynamic_cast<const std::out_of_range*>(&exception);
-  return {0, isRange ? "std::out_of_range" : "std::exception", exception.what()};
+  return {0, "std::exception", exception.what(), exception.what()};
 }
 
 // The code for "not available" stands both for an item that is not there and for one that can't be

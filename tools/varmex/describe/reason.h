@@ -15,6 +15,7 @@ struct tReason {
   std::int32_t code;     // 0 for an exception that is none of the library's
   std::string constant;  // that of the code, or the exception's type
   std::string detail;
+  std::string sentence;  // for people
 };
 
 tReason reasonOf(const varmex::Error& error);

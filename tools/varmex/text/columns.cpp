@@ -77,19 +77,6 @@ std::size_t columnsOf(std::uint32_t point) {
   return isIn(point, kWide) ? 2 : 1;
 }
 
-// The end of the longest beginning of `text` that fits into so many columns.
-std::size_t endWithin(std::string_view text, std::size_t columns) {
-  std::size_t at = 0;
-  while (at < text.size()) {
-    const tCharacter character = takeCharacter(text.substr(at));
-    const std::size_t wanted = columnsOf(character.point);
-    if (wanted > columns) break;
-    columns -= wanted;
-    at += std::max<std::size_t>(character.size, 1);
-  }
-  return at;
-}
-
 }  // namespace
 
 std::string visible(std::string_view text) {
@@ -117,6 +104,18 @@ std::size_t columnsOf(std::string_view text) {
     text.remove_prefix(std::max<std::size_t>(character.size, 1));
   }
   return columns;
+}
+
+std::size_t endWithin(std::string_view text, std::size_t columns) {
+  std::size_t at = 0;
+  while (at < text.size()) {
+    const tCharacter character = takeCharacter(text.substr(at));
+    const std::size_t wanted = columnsOf(character.point);
+    if (wanted > columns) break;
+    columns -= wanted;
+    at += std::max<std::size_t>(character.size, 1);
+  }
+  return at;
 }
 
 std::vector<std::string> wrapped(std::string_view text, std::size_t columns) {

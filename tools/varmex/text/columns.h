@@ -17,6 +17,9 @@ std::string visible(std::string_view text);
 // characters.
 std::size_t columnsOf(std::string_view text);
 
+// Where the longest beginning of a visible text ends that needs at most so many columns.
+std::size_t endWithin(std::string_view text, std::size_t columns);
+
 // A visible text in lines of at most that many columns, broken at blanks where there are any.
 std::vector<std::string> wrapped(std::string_view text, std::size_t columns);
 

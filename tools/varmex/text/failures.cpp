@@ -1,5 +1,6 @@
 #include "tools/varmex/text/failures.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <map>
@@ -43,18 +44,124 @@ bool isThere(const std::string& path) {
   return fs::exists(path, ignored);
 }
 
-tSentence unknownItem(const tFields& fields) {
-  const auto field = [&](const char* key) {
-    const auto found = fields.find(key);
-    return found == fields.end() ? std::string() : found->second;
-  };
-  const std::string remedy = "\"varmex show\" lists what there is.";
-  const std::string type = field("type");
-  if (type == "slot") {
-    return {"Chassis " + field("chassisNum") + " has no slot " + field("slotNum") + ".", remedy};
+// What the library says no with, in words. Of the rows with an error's code the first one counts
+// whose key its text has; names in braces stand for what that has under them.
+struct tWords {
+  std::int32_t code;
+  const char* key;  // empty for any
+  const char* what;
+  const char* remedy;
+};
+
+constexpr const char* kLook = "\"varmex show\" lists what there is.";
+constexpr const char* kCheck = "Run \"varmex check\" to see what to mend.";
+constexpr const char* kNoRight =
+    "You have no right to look at {pxisys}, {pxiesys} or {configuration}.";
+constexpr const char* kGrant = "Grant the right to read them and to enter their folders.";
+constexpr const char* kNoMemory = "There is not enough memory.";
+
+constexpr tWords kWords[] = {
+    {varmex_errorUnknownItem, "slotNum",
+     "Chassis {chassisNum} has no slot {slotNum}: neither file has a section "
+     "[Chassis{chassisNum}Slot{slotNum}].",
+     kLook},
+    {varmex_errorUnknownItem, "bridgeNum",
+     "Chassis {chassisNum} has no trigger bridge {bridgeNum}: neither file has a section "
+     "[Chassis{chassisNum}TriggerBridge{bridgeNum}].",
+     kLook},
+    {varmex_errorUnknownItem, "chassisNumber",
+     "There is no chassis {chassisNumber}: neither file has a section [Chassis{chassisNumber}].",
+     kLook},
+    {varmex_errorUnknownItem, "", "No module has that PCI address.", kLook},
+    {varmex_errorInformationConflict, "existingSlot",
+     "Slots {existingChassis}/{existingSlot} and {chassis}/{slot} both claim the device "
+     "{bus}.{dev}.",
+     kCheck},
+    {varmex_errorInformationConflict, "destinationLine",
+     "{attribute} of the line map names line {destinationLine}, and lines are 0 to 7.", kCheck},
+    {varmex_errorInformationConflict, "sectionName_",
+     "The two files disagree on {itemName} in section [{sectionName_}].", kCheck},
+    {varmex_errorInformationConflict, "tmIdentifier", "The trigger manager's name is empty.",
+     kCheck},
+    {varmex_errorInformationNotAvailable, "mappingSection_",
+     "Neither file has the line map [{mappingSection_}].", kCheck},
+    {varmex_errorInformationNotAvailable, "sectionName_",
+     "Neither file has {itemName} in section [{sectionName_}].", kCheck},
+    {varmex_errorInformationNotAvailable, "bad_slot_type",
+     "\"{bad_slot_type}\" is no type of slot.", kCheck},
+    {varmex_softwareFault, "wrappedMessage", "The library met with a fault: {wrappedMessage}.",
+     kCheck},
+    {varmex_errorLockTimeout, "", "Another program kept {configuration} locked for 10 seconds.",
+     "Try again when it is done; \"fuser {configuration}\" names it."},
+    {varmex_pxiSystemDescriptionInaccessible, "path", "{path} could not be opened for 10 seconds.",
+     "Make it a regular file that you have the right to read."},
+    {ostrelerr_insufficientPermissions, "", kNoRight, kGrant},
+    {varmex_fileAccessDenied, "", kNoRight, kGrant},
+    {ostrelerr_invalidParameter, "",
+     "The PXI service library lacks a function, or the system calls a path invalid.",
+     "Install or repair the PXI service library."},
+    {varmex_errorMemoryFull, "", kNoMemory, "Try again with more."},
+    {ostrelerr_memoryFull, "", kNoMemory, "Try again with more."},
+    {telmar_ra_errorResourcesInUse, "", "The terminal is held under another token.",
+     "Wait, or use the holder's token."},
+    {varmex_errorTriggerManagerLibraryNotFound, "",
+     "The registry names no library for the trigger manager.",
+     "Install the trigger manager's software."},
+    {varmex_warningFailedSync, "",
+     "The description could not be brought up to date and is shown as it stands.",
+     "Install or repair the PXI service library."},
+    {varmex_errorNotConnected, "", "The slot does not have this trigger line.",
+     "\"varmex terminals\" lists those it has."},
+    {varmex_errorStarController, "", "The slot does not have this trigger line.",
+     "\"varmex terminals\" lists those it has."},
+};
+
+// The messages of the reader of the files: {1} is the section, {2} the item.
+struct tReaderWords {
+  const char* between;  // the two names
+  const char* end;
+  const char* what;
+};
+
+constexpr tReaderWords kReaderWords[] = {
+    {" item: ", " not found", "Section [{1}] has no {2}."},
+    {" item ", " is invalid", "{2} in section [{1}] is no number."},
+    {" item ", " is invalid.", "{2} in section [{1}] is no list of numbers."},
+};
+
+std::string filled(const char* words, const tFields& fields) {
+  std::string text;
+  for (std::string_view rest = words; !rest.empty();) {
+    const std::size_t open = std::min(rest.find('{'), rest.size());
+    text += rest.substr(0, open);
+    rest.remove_prefix(open);
+    if (rest.empty()) break;
+    const std::size_t close = rest.find('}');
+    const auto field = fields.find(std::string(rest.substr(1, close - 1)));
+    text += field == fields.end() ? "?" : field->second;
+    rest.remove_prefix(close + 1);
   }
-  if (type == "chassis") return {"There is no chassis " + field("chassisNumber") + ".", remedy};
-  return {"No module has that PCI address.", remedy};
+  return text;
+}
+
+// A sentence that ends with one full stop.
+std::string ended(std::string text) { return text.ends_with('.') ? text : text + '.'; }
+
+std::string readerSentence(const std::string& message) {
+  constexpr std::string_view kSection = "ection ";
+  const std::size_t begin = message.find(kSection);
+  for (const tReaderWords& words : kReaderWords) {
+    const std::size_t between = message.find(words.between);
+    if (begin == std::string::npos || between == std::string::npos) continue;
+    if (!message.ends_with(words.end)) continue;
+    const std::size_t first = begin + kSection.size();
+    const std::size_t second = between + std::string_view(words.between).size();
+    const std::size_t end = message.size() - std::string_view(words.end).size();
+    if (first > between || second > end) continue;
+    return filled(words.what, {{"1", message.substr(first, between - first)},
+                               {"2", message.substr(second, end - second)}});
+  }
+  return ended(message);
 }
 
 // The system refused something; most often the folder of the description is not there.
@@ -71,50 +178,30 @@ tSentence systemFault(const tFields& fields) {
 }
 
 tSentence sentenceOf(const varmex::Error& error) {
-  const tFields fields = fieldsOf(error);
-  const auto path = fields.find("path");
-  const auto wrapped = fields.find("wrappedMessage");
-  switch (error.code()) {
-    case varmex_errorUnknownItem: return unknownItem(fields);
-    case varmex_errorLockTimeout:
-      return {"Another program kept " + configurationPath() + " locked for 10 seconds.",
-              "Try again when it is done; \"fuser " + configurationPath() + "\" names it."};
-    case varmex_pxiSystemDescriptionInaccessible:
-      if (path == fields.end()) break;
-      return {path->second + " could not be opened for 10 seconds.",
-              "Make it a regular file that you have the right to read."};
-    case ostrelerr_insufficientPermissions:
-    case varmex_fileAccessDenied:
-      return {"You have no right to look at " + varmex::getPxiSysPath() + ", " +
-                  varmex::getPxieSysPath() + " or " + configurationPath() + ".",
-              "Grant the right to read them and to enter their folders."};
-    case ostrelerr_osFault: return systemFault(fields);
-    case varmex_errorMemoryFull:
-    case ostrelerr_memoryFull: return {"There is not enough memory.", "Try again with more."};
-    case telmar_ra_errorResourcesInUse:
-      return {"The terminal is held under another token.", "Wait, or use the holder's token."};
-    case varmex_errorTriggerManagerLibraryNotFound:
-      return {"The registry names no library for the trigger manager.",
-              "Install the trigger manager's software."};
-    case varmex_warningFailedSync:
-      return {"The description could not be brought up to date and is shown as it stands.",
-              "Install or repair the PXI service library."};
-    case varmex_errorNotConnected:
-    case varmex_errorStarController:
-      return {"The slot does not have this trigger line.",
-              "\"varmex terminals\" lists those it has."};
-    default: break;
+  tFields fields = fieldsOf(error);
+  if (error.code() == ostrelerr_osFault) return systemFault(fields);
+  for (const tWords& words : kWords) {
+    if (words.code != error.code()) continue;
+    if (*words.key != '\0' && !fields.contains(words.key)) continue;
+    fields["configuration"] = configurationPath();
+    fields["pxisys"] = varmex::getPxiSysPath();
+    fields["pxiesys"] = varmex::getPxieSysPath();
+    return {filled(words.what, fields), filled(words.remedy, fields)};
   }
-  const std::string remedy = "Run \"varmex check\" to see what to mend.";
-  if (wrapped != fields.end()) return {wrapped->second + ".", remedy};
-  if (error.code() == varmex_errorInformationConflict) {
-    return {"The description contradicts itself: " + error.detail() + ".", remedy};
+  // Where the library has a message, it is one for people.
+  if (const auto message = fields.find("wrappedMessage"); message != fields.end()) {
+    return {readerSentence(message->second), kCheck};
   }
-  return {error.detail().empty() ? "The library refused." : error.detail() + ".", remedy};
+  if (const auto message = fields.find("message"); message != fields.end()) {
+    return {ended(message->second), kCheck};
+  }
+  return {error.detail().empty() ? "The library refused." : ended(error.detail()), kCheck};
 }
 
+// An exception that is none of the library's has no code.
 std::string nameOf(const std::string& constant, std::int32_t code) {
-  return '(' + (constant.empty() ? std::string() : constant + ' ') + std::to_string(code) + ')';
+  const std::string number = code == 0 ? "" : std::to_string(code);
+  return '(' + constant + (constant.empty() || number.empty() ? "" : " ") + number + ')';
 }
 
 void tell(const char* severity, const varmex::Error& error) {
@@ -122,12 +209,6 @@ void tell(const char* severity, const varmex::Error& error) {
   std::cerr << "varmex: " << severity << visible(sentence.what) << ' '
             << nameOf(visible(error.constant()), error.code()) << '\n';
   if (!sentence.remedy.empty()) std::cerr << "  " << visible(sentence.remedy) << '\n';
-}
-
-// What the library passes on from its reader of files is a sentence of its own.
-std::string plainDetail(const std::string& detail) {
-  const std::string mark = "wrappedMessage: ";
-  return detail.starts_with(mark) ? detail.substr(mark.size()) : detail;
 }
 
 }  // namespace
@@ -142,10 +223,11 @@ void tellFailure(const std::exception& failure) {
 
 void tellWarning(const varmex::Error& warning) { tell("warning: ", warning); }
 
-std::string failureText(const std::string& constant, std::int32_t code, const std::string& detail) {
-  const std::string name = constant.empty() ? "unnamed" : constant;
-  const std::string kind = code == 0 ? name : name + ' ' + std::to_string(code);
-  return detail.empty() ? kind : plainDetail(detail) + " (" + kind + ')';
+std::string sentenceFor(const varmex::Error& error) { return sentenceOf(error).what; }
+
+std::string failureText(const std::string& constant, std::int32_t code,
+                        const std::string& sentence) {
+  return sentence + ' ' + nameOf(constant, code);
 }
 
 std::string noChassisText(const std::string& pxiSys, const std::string& pxieSys) {

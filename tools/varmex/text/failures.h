@@ -15,8 +15,12 @@ void tellWarning(const varmex::Error& warning);
 // Why there is nothing to show, in lines of its own.
 std::string noChassisText(const std::string& pxiSys, const std::string& pxieSys);
 
-// One failure in a line: what the library tells of it, then its constant and code.
-std::string failureText(const std::string& constant, std::int32_t code, const std::string& detail);
+// What happened, as a sentence for people.
+std::string sentenceFor(const varmex::Error& error);
+
+// One failure in a line: such a sentence, then its constant and code.
+std::string failureText(const std::string& constant, std::int32_t code,
+                        const std::string& sentence);
 
 }  // namespace tool
 
