@@ -1,5 +1,6 @@
 #include "pxiRoutingAdaptor/pxiRoutingAdaptorDevice.h"
 
+#include <memory>
 #include <span>
 
 #include "telmar/TelmarUtils.h"
@@ -32,18 +33,37 @@ const tLineGroup& groupOf(const std::string& busType) {
   tFailure({varmex_errorInvalidParameter, "varmex_errorInvalidParameter"}, OSTREL_HERE).raise();
 }
 
+// Notes what is being changed.
+class tChange {
+ public:
+  tChange(std::atomic<TerminalRecord*>& note, TerminalRecord& record) : note_(note) {
+    note_ = &record;
+  }
+  tChange(const tChange&) = delete;
+  tChange& operator=(const tChange&) = delete;
+  ~tChange() { note_ = nullptr; }
+
+ private:
+  std::atomic<TerminalRecord*>& note_;
+};
+
 }  // namespace
 
-std::unique_lock<std::mutex> pxiRoutingAdaptorDevice::lockOwners() const {
-  return std::unique_lock<std::mutex>(lock_);
+pxiRoutingAdaptorDevice::tOwnersLock::tOwnersLock(pxiRoutingAdaptorDevice& device)
+    : held_(device.lock_) {
+  TerminalRecord* const broken = device.changing_.exchange(nullptr);
+  if (!broken) return;
+  std::construct_at(&broken->owners);
+  std::construct_at(&broken->ownerToken);
 }
 
 bool pxiRoutingAdaptorDevice::reserveTerminal(const pxiRoutingAdaptorSession* session,
                                               const std::string& token, std::uint32_t terminal) {
   std::string ownerToken = token;
-  const std::lock_guard<std::mutex> held(lock_);
+  const tOwnersLock held(*this);
   TerminalRecord& record = terminals_[terminal];
   if (!record.ownerToken.empty() && record.ownerToken != token) return false;
+  const tChange change(changing_, record);
   record.owners.insert(session);
   record.ownerToken = std::move(ownerToken);
   return true;
@@ -51,8 +71,9 @@ bool pxiRoutingAdaptorDevice::reserveTerminal(const pxiRoutingAdaptorSession* se
 
 void pxiRoutingAdaptorDevice::releaseTerminal(const pxiRoutingAdaptorSession* session,
                                               std::uint32_t terminal) {
-  const std::lock_guard<std::mutex> held(lock_);
+  const tOwnersLock held(*this);
   TerminalRecord& record = terminals_[terminal];
+  const tChange change(changing_, record);
   if (record.owners.erase(session) > 0 && record.owners.empty()) record.ownerToken.clear();
 }
 

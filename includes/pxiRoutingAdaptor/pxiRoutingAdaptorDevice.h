@@ -4,14 +4,13 @@
 #include <atomic>
 #include <cstdint>
 #include <forward_list>
-#include <mutex>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "ostrel/quarks/failure.h"
-#include "ostrel/quarks/synchronization.h"
+#include "ostrel/quarks/forkProofLock.h"
 #include "telmar/TerminalNames.h"
 
 namespace varmex::nCorPxiRoutingAdaptor {
@@ -54,7 +53,7 @@ struct TerminalRecord {
 // One module's terminals and their holders, shared by all sessions of the process that name it.
 class pxiRoutingAdaptorDevice {
  public:
-  pxiRoutingAdaptorDevice() { prepareLock(lock_); }
+  pxiRoutingAdaptorDevice() = default;
   pxiRoutingAdaptorDevice(const pxiRoutingAdaptorDevice&) = delete;
   pxiRoutingAdaptorDevice& operator=(const pxiRoutingAdaptorDevice&) = delete;
   virtual ~pxiRoutingAdaptorDevice() = default;
@@ -69,8 +68,15 @@ class pxiRoutingAdaptorDevice {
   const std::vector<TerminalRecord>& terminals() const { return terminals_; }
   const telmar::TerminalNames& names() const { return names_; }
 
-  // Keeps the owners as they are while it is held.
-  std::unique_lock<std::mutex> lockOwners() const;
+  // Keeps the owners as they are while it lives. In the child of a fork, the terminal that a thread
+  // of the parent was just reserving or releasing is free.
+  class tOwnersLock {
+   public:
+    explicit tOwnersLock(pxiRoutingAdaptorDevice& device);
+
+   private:
+    tForkProofLock::tHeld held_;
+  };
 
   // Whether the terminal is free or held under `token`. The caller holds the owners' lock.
   bool isAvailable(std::uint32_t terminal, std::string_view token) const {
@@ -93,7 +99,9 @@ class pxiRoutingAdaptorDevice {
   std::vector<TerminalRecord> terminals_;
   std::forward_list<std::string> busNames_;
   telmar::TerminalNames names_;
-  mutable std::mutex lock_;  // of owners and ownerToken
+  tForkProofLock lock_;  // of owners and ownerToken
+  // Whose owners are being changed; null otherwise.
+  std::atomic<TerminalRecord*> changing_{nullptr};
 };
 
 inline constexpr tErrorCode kRoutingFault{-313328, "(-313300-28)"};

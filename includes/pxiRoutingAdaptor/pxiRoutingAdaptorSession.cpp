@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 #include "ostrel/quarks/throwingStatus.h"
 #include "pxiRoutingAdaptor/TerminalIterator.h"
@@ -14,8 +15,6 @@ constexpr tErrorCode kNotDelivered{-313314, "(-313300-14)"};
 constexpr tErrorCode kInvalidArgument{-313325, "(-313300-25)"};
 constexpr tErrorCode kResourcesInUse{-89137, "telmar::errors::kErrorResourcesInUseForRoute"};
 constexpr tErrorCode kFeatureUnsupported{-52002, "nOSTRELS100::tStatus::kFeatureUnsupported"};
-
-using tGuard = std::lock_guard<tCriticalSection>;
 
 void requireArguments(std::initializer_list<const void*> arguments,
                       const tSourcePosition& position) {
@@ -40,9 +39,27 @@ void raiseFeatureUnsupported() { tFailure(kFeatureUnsupported, OSTREL_HERE).rais
 
 pxiRoutingAdaptorSession::pxiRoutingAdaptorSession(const char* deviceName, tReallocFunc reallocFunc)
     : lock_(tThrowingStatus<tFixedStatus>()), reallocFunc_(reallocFunc) {
-  const tGuard held(lock_);
   device_ = getRoutingDevice(deviceName ? deviceName : "");
   if (!device_) tFailure(kRoutingFault, OSTREL_HERE).raise();
+}
+
+pxiRoutingAdaptorSession::tGuard::tGuard(pxiRoutingAdaptorSession& session) : held_(session.lock_) {
+  if (held_.wasAbandoned()) session.beginAnew();
+}
+
+// What there was is in any state, and left as it is.
+void pxiRoutingAdaptorSession::beginAnew() {
+  std::construct_at(&reservations_);
+  std::construct_at(&routes_);
+  std::construct_at(&spareRoutes_);
+  std::construct_at(&seeds_);
+  std::construct_at(&destinations_);
+  std::construct_at(&firstSeeds_);
+  std::construct_at(&tickets_);
+  nextTicket_ = 1;
+  for (std::uint32_t terminal = 0; terminal < terminals().size(); ++terminal) {
+    device_->releaseTerminal(this, terminal);
+  }
 }
 
 void pxiRoutingAdaptorSession::getHandledConstraints(char** constraintsOut) {
@@ -55,7 +72,7 @@ std::int32_t pxiRoutingAdaptorSession::calculateRoute(const char* seedsJson,
                                                       const char* destinationsJson, const void*,
                                                       char** routesOut) {
   requireArguments({seedsJson, destinationsJson, routesOut}, OSTREL_HERE);
-  const tGuard held(lock_);
+  const tGuard held(*this);
   const tCalculation calculation(*this);
   telmar::parseSeedList(seedsJson, device_->names(), raiseUnknownTerminal, seeds_);
   telmar::parseTerminalList(destinationsJson, device_->names(), destinations_);
@@ -86,7 +103,7 @@ void pxiRoutingAdaptorSession::matchDestinations() {
   for (std::size_t seed = seeds_.size(); seed-- > 0;) {
     firstSeeds_[seeds_[seed].terminal] = static_cast<std::uint32_t>(seed);
   }
-  const auto held = device_->lockOwners();
+  const pxiRoutingAdaptorDevice::tOwnersLock held(*device_);
   std::erase_if(destinations_, [this](std::uint32_t terminal) {
     const std::uint32_t seed = firstSeeds_[terminal];
     return seed == kNone || !device_->isAvailable(terminal, seeds_[seed].token);
@@ -139,7 +156,7 @@ void pxiRoutingAdaptorSession::adopt(tRoutes& routes) {
 }
 
 void pxiRoutingAdaptorSession::reserveRoute(std::uint32_t ticket, char** conflictsOut) {
-  const tGuard held(lock_);
+  const tGuard held(*this);
   const RouteRecord& route = requireRoute(ticket);
   for (ReservationRecord& reservation : reservations_) {
     if (reservation.terminal != route.terminal) continue;
@@ -165,14 +182,14 @@ void pxiRoutingAdaptorSession::raiseConflict(const ReservationRecord& holder,
 }
 
 void pxiRoutingAdaptorSession::programRoute(std::uint32_t ticket) {
-  const tGuard held(lock_);
+  const tGuard held(*this);
   requireRoute(ticket);
 }
 
 void pxiRoutingAdaptorSession::unprogramRoute(std::uint32_t) {}
 
 void pxiRoutingAdaptorSession::unreserveRoute(std::uint32_t ticket) {
-  const tGuard held(lock_);
+  const tGuard held(*this);
   if (findRoute(ticket) == routes_.end()) return;
   const auto reservation = findReservation(ticket);
   if (reservation == reservations_.end()) return;
@@ -185,7 +202,7 @@ void pxiRoutingAdaptorSession::unreserveRoute(std::uint32_t ticket) {
 void pxiRoutingAdaptorSession::beginExceptionalRouteDestruction(std::uint32_t) {}
 
 void pxiRoutingAdaptorSession::destroyRoute(std::uint32_t ticket) {
-  const tGuard held(lock_);
+  const tGuard held(*this);
   const auto route = findRoute(ticket);
   if (route == routes_.end()) return;
   if (findReservation(ticket) != reservations_.end()) unreserveRoute(ticket);
@@ -206,7 +223,7 @@ void pxiRoutingAdaptorSession::destroyRoute(std::uint32_t ticket) {
 // route's own: coordinators have always been given the first terminal.
 void pxiRoutingAdaptorSession::getRouteTerminalPath(std::uint32_t ticket, char** pathOut) {
   requireArguments({pathOut}, OSTREL_HERE);
-  const tGuard held(lock_);
+  const tGuard held(*this);
   const std::array<std::uint32_t, 1> path{requireRoute(ticket).terminal};
   telmar::Reply reply;
   for (std::size_t row = 0; row < path.size(); ++row) {

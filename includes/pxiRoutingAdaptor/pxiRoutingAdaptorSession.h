@@ -16,7 +16,8 @@ namespace varmex::nCorPxiRoutingAdaptor {
 using tReallocFunc = void* (*)(void* existing, std::size_t size);
 
 // One routing client on one device: the routes that it has calculated and the terminals that it
-// holds. Operations may come from several threads. Its destruction gives no terminal back.
+// holds. Operations may come from several threads. In the child of a fork, a session that a thread
+// of the parent was just using begins anew. Its destruction gives no terminal back.
 class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
  public:
   pxiRoutingAdaptorSession(const char* deviceName, tReallocFunc reallocFunc);
@@ -56,6 +57,15 @@ class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
   };
   using tReservations = std::list<ReservationRecord>;
 
+  // The session for one operation.
+  class tGuard {
+   public:
+    explicit tGuard(pxiRoutingAdaptorSession& session);
+
+   private:
+    tCriticalSection::tHeld held_;
+  };
+
   // Gives back what a calculation took, however it ends.
   class tCalculation {
    public:
@@ -68,6 +78,7 @@ class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
     pxiRoutingAdaptorSession& session_;
   };
 
+  void beginAnew();
   void matchDestinations();
   tRoutes makeRoutes();
   std::uint32_t allocateTicket();

@@ -8,13 +8,11 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <mutex>
 #include <optional>
 #include <typeinfo>
 
 #include "corpxiTools/fileSystem/folders.h"
 #include "corpxiTools/fileSystem/registry.h"
-#include "ostrel/quarks/throwingStatus.h"
 #include "sevrin/iDataTreeManager.h"
 #include "source/varmex/ServicesTreeUtil.h"
 #include "source/varmex/errorCodes.h"
@@ -162,9 +160,7 @@ tResult<Chassis::tPlace> Chassis::find(std::uint32_t number, const tDescription&
 Chassis::Chassis(const tPlace& place) : Chassis(place, findDescriptionFile(place)) {}
 
 Chassis::Chassis(const tPlace& place, std::string descriptionFile)
-    : place_(place),
-      descriptionFile_(std::move(descriptionFile)),
-      libraryLock_(tThrowingStatus<tFixedStatus>()) {}
+    : place_(place), descriptionFile_(std::move(descriptionFile)) {}
 
 tResult<const char*> Chassis::mergedItem(tLiteral item) const {
   return mergedItemOf(number(), place_.sections, description(), item);
@@ -206,12 +202,12 @@ tResult<std::uint32_t> Chassis::isTriggerManagerNative() const {
 }
 
 tResult<const char*> Chassis::triggerManagerLibrary() const {
-  const std::lock_guard<tCriticalSection> held(libraryLock_);
-  if (!triggerManagerLibrary_.empty()) return triggerManagerLibrary_.c_str();
+  if (const std::string* const known = triggerManagerLibrary_.find()) return known->c_str();
   const auto identifier = mergedItem("TriggerManager");
   if (!identifier) return identifier.refusal();
+  std::string library;
   try {
-    triggerManagerLibrary_ = ServicesTreeUtil::getTriggerManagerLibrary(*identifier);
+    library = ServicesTreeUtil::getTriggerManagerLibrary(*identifier);
   } catch (const corerr::Exception& exception) {
     const std::int32_t code = exception.record().code;
     const bool meansNone = code == kStatusFileOpenFault.value ||
@@ -219,7 +215,7 @@ tResult<const char*> Chassis::triggerManagerLibrary() const {
                            code == kStatusChildNotFound.value;
     if (!meansNone) throw;
   }
-  if (!triggerManagerLibrary_.empty()) return triggerManagerLibrary_.c_str();
+  if (!library.empty()) return triggerManagerLibrary_.get([&] { return library; }).c_str();
   return tRefusal(kErrorTriggerManagerLibraryNotFound, OSTREL_HERE)
       .debug()
       .u32("attribute", varmex_str_ChassisTriggerManagerLibrary);
@@ -252,8 +248,9 @@ tResult<const char*> Chassis::getStringAttribute(std::uint32_t attribute) const 
 
 tResult<std::unique_ptr<Item>> Chassis::clone() const {
   std::unique_ptr<Chassis> copy(new Chassis(place_, descriptionFile_));
-  const std::lock_guard<tCriticalSection> held(libraryLock_);
-  copy->triggerManagerLibrary_ = triggerManagerLibrary_;
+  if (const std::string* const known = triggerManagerLibrary_.find()) {
+    copy->triggerManagerLibrary_.get([known] { return *known; });
+  }
   return copy;
 }
 

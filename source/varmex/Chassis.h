@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "ostrel/quarks/synchronization.h"
+#include "ostrel/quarks/onceMade.h"
 #include "source/varmex/Item.h"
 #include "source/varmex/description.h"
 
@@ -11,7 +11,7 @@ namespace varmex {
 
 // A chassis. It may stand in either description file or in both; what stands in both must agree.
 // All is fixed once it is made but for the library of its trigger manager, which is found at first
-// need under the chassis's lock and kept.
+// need and kept.
 class Chassis : public Item {
  public:
   struct tPlace {
@@ -50,8 +50,7 @@ class Chassis : public Item {
 
   tPlace place_;
   std::string descriptionFile_;  // empty when it could not be worked out
-  mutable tCriticalSection libraryLock_;
-  mutable std::string triggerManagerLibrary_;  // empty until found, then never written again
+  tOnceMade<std::string> triggerManagerLibrary_;
 };
 
 // The identity of a chassis that one of the files has; it lives as long as the description.

@@ -1,10 +1,8 @@
 #include "source/varmex/Slot.h"
 
 #include <algorithm>
-#include <mutex>
 #include <string_view>
 
-#include "ostrel/quarks/throwingStatus.h"
 #include "source/varmex/Chassis.h"
 #include "source/varmex/slotTypes.h"
 
@@ -67,7 +65,7 @@ tSlotTable<std::uint32_t> readModules(const tIniFile& pxieSys, const tIniSection
 
 }  // namespace
 
-Slot::Slot(const tSlotPlace& place) : place_(place), lock_(tThrowingStatus<tFixedStatus>()) {}
+Slot::Slot(const tSlotPlace& place) : place_(place) {}
 
 tResult<tSlotPlace> Slot::find(std::uint32_t chassisNumber, std::uint32_t slotNumber,
                                const tDescription& description) {
@@ -139,7 +137,7 @@ bool Slot::lessThan(const Item& other) const {
 }
 
 tResult<const TriggerBusInfo*> Slot::triggerBus() const {
-  return triggerBus_.get(lock_, [this] {
+  return triggerBus_.get([this] {
     return findTriggerBus(place_).then(
         [this](std::uint32_t bus) { return nameTriggerBus(place_, bus); });
   });
@@ -175,12 +173,12 @@ tResult<const tStarMatch*> Slot::dstarController() const {
 
 tResult<const StarTriggerInfo*> Slot::starNames(const tResult<const tStarMatch*>& star) const {
   if (!star) return star.refusal();
-  return starNames_.get(lock_, [&] { return nameStarTrigger(place_, **star); });
+  return starNames_.get([&] { return nameStarTrigger(place_, **star); });
 }
 
 tResult<const DStarTriggerInfo*> Slot::dstarNames(const tResult<const tStarMatch*>& dstar) const {
   if (!dstar) return dstar.refusal();
-  return dstarNames_.get(lock_, [&] { return nameDStarTrigger(place_, **dstar); });
+  return dstarNames_.get([&] { return nameDStarTrigger(place_, **dstar); });
 }
 
 tIniPlace Slot::placeOf(const tIniSection* section) const {

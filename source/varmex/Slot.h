@@ -4,9 +4,8 @@
 #include <atomic>
 #include <memory>
 #include <string>
-#include <vector>
 
-#include "ostrel/quarks/synchronization.h"
+#include "ostrel/quarks/onceMade.h"
 #include "ostrel/quarks/transientFailures.h"
 #include "source/varmex/Item.h"
 #include "source/varmex/description.h"
@@ -15,7 +14,7 @@
 namespace varmex {
 
 // A slot of a chassis. Plain attributes are read from the description at each call; what takes a
-// search is found once, under the slot's lock, and kept.
+// search is found once and kept.
 class Slot : public Item {
  public:
   using tPlace = tSlotPlace;
@@ -36,40 +35,26 @@ class Slot : public Item {
   const tSlotPlace& place() const { return place_; }
 
  private:
-  // A record that is made at first need and never replaced. The pointer is read without the lock.
-  // One that was made without the registry because of a failure of the moment stays, as texts of it
-  // may be in use, but the next need makes another.
+  // A record that is made at first need and never replaced, without a lock: threads that need it at
+  // once may each make it. One that was made without the registry because of a failure of the
+  // moment stays, as texts of it may be in use, but the next need makes another.
   template <class Record>
   class tCache {
    public:
     // `make` answers a tResult; what it refuses is not kept.
     template <class Make>
-    tResult<const Record*> get(tCriticalSection& lock, Make make) {
-      if (const Record* record = ready_.load(std::memory_order_acquire)) return record;
-      const std::lock_guard<tCriticalSection> held(lock);
-      if (!owned_) {
-        const std::uint64_t failures = transientFailures;
-        tResult<Record> made = make();
-        if (!made) return made.refusal();
-        auto record = std::make_unique<const Record>(std::move(*made));
-        if (transientFailures != failures) return answerForNow(std::move(record));
-        owned_ = std::move(record);
-        ready_.store(owned_.get(), std::memory_order_release);
-      }
-      return owned_.get();
+    tResult<const Record*> get(Make make) const {
+      if (const Record* const record = kept_.find()) return record;
+      const std::uint64_t failures = transientFailures;
+      tResult<Record> made = make();
+      if (!made) return made.refusal();
+      if (transientFailures != failures) return &forNow_.add(std::move(*made));
+      return &kept_.get([&made] { return std::move(*made); });
     }
 
    private:
-    const Record* answerForNow(std::unique_ptr<const Record> record) {
-      for (const auto& known : forNow_) {
-        if (*known == *record) return known.get();
-      }
-      return forNow_.emplace_back(std::move(record)).get();
-    }
-
-    std::unique_ptr<const Record> owned_;
-    std::vector<std::unique_ptr<const Record>> forNow_;  // each content once
-    std::atomic<const Record*> ready_{nullptr};
+    tOnceMade<Record> kept_;
+    tGrowingList<Record> forNow_;
   };
 
   tResult<const TriggerBusInfo*> triggerBus() const;
@@ -100,10 +85,9 @@ class Slot : public Item {
   tResult<std::uint32_t> findOccupyingModule() const;
 
   tSlotPlace place_;
-  mutable tCriticalSection lock_;
-  mutable tCache<TriggerBusInfo> triggerBus_;
-  mutable tCache<StarTriggerInfo> starNames_;
-  mutable tCache<DStarTriggerInfo> dstarNames_;
+  tCache<TriggerBusInfo> triggerBus_;
+  tCache<StarTriggerInfo> starNames_;
+  tCache<DStarTriggerInfo> dstarNames_;
   mutable std::atomic<std::uint32_t> occupyingModule_{0};  // 0: not searched yet
 };
 

@@ -7,6 +7,7 @@
 
 #include "corpxiTools/fileSystem/registryKey.h"
 #include "ostrel/quarks/transientFailures.h"
+#include "tests/support/posix/child.h"
 #include "tests/support/posix/systemCalls.h"
 #include "tests/support/testMachine.h"
 
@@ -186,6 +187,26 @@ TEST_F(tRegistryFile, servesTheChildOfAFork) {
   int status = -1;
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
+}
+
+// Whatever the lost thread was doing to it.
+TEST_F(tRegistryFile, isForgottenByTheChildOfAThreadThatHasIt) {
+  write(5);
+  settle();
+  EXPECT_EQ(number(), 5);
+  tSystemCalls calls;
+  calls.beforeStat = [&] {
+    calls.beforeStat = nullptr;
+    test::inChild([&] {
+      const tSystemCalls own;
+      for (const int expected : {1, 1}) {
+        EXPECT_EQ(number(), 5);
+        EXPECT_EQ(own.counts.at("open"), expected) << "it is read again, and kept";
+      }
+    });
+  };
+  EXPECT_EQ(number(), 5);
+  EXPECT_EQ(calls.counts.count("open"), 0U);
 }
 
 // Names up to the last that the buffers of the data tree hold.

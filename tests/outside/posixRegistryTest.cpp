@@ -1,5 +1,7 @@
 // Names that are worked out while the registry can't be read, and forks while they are.
 
+#include <atomic>
+
 #include "tests/support/posix/child.h"
 #include "tests/support/routing.h"
 #include "tests/support/wait.h"
@@ -111,6 +113,46 @@ TEST_F(tRegistryMoment, aForkWhileADeviceIsMadeLeavesAChildThatMakesOthers) {
     });
   }
   maker.join();
+}
+
+std::atomic<bool> isDelivering{false}, mayDeliver{false};
+
+void* deliverLate(void* existing, std::size_t size) {
+  isDelivering = true;
+  isDelivering.notify_one();
+  mayDeliver.wait(false);
+  return std::realloc(existing, size);
+}
+
+// A thread of the parent is lost amid a calculation on a session that holds a terminal.
+TEST_F(tRegistryMoment, aForkAmidACalculationLeavesASessionThatBeginsAnew) {
+  const auto calculate = [](const tRoutingSession& session, const char* token) {
+    tText reply;
+    telmar_ra_varmex_calculateRoute(session.get(), seed("PXI_Trig5", token).c_str(),
+                                    R"(["PXI_Trig5"])", nullptr, &reply.text, nullptr);
+    return std::string(reply.text ? reply.text : "");
+  };
+  const tRoutingSession other = open("5.0.0:1 forked");
+  const tRoutingSession session(
+      telmar_ra_varmex_createSession("5.0.0:1 forked", deliverLate, status_));
+  mayDeliver = true;
+  const std::string first = calculate(session, "a");
+  telmar_ra_varmex_reserveRoute(session.get(), 1, nullptr, status_);
+  ASSERT_EQ(status_.code(), 0) << first << status_.text();
+  EXPECT_EQ(calculate(other, "b"), "[]");
+  isDelivering = mayDeliver = false;
+  std::thread lost(calculate, std::cref(session), "a");
+  isDelivering.wait(false);
+  inChild([&] {
+    mayDeliver = true;
+    telmar_ra_varmex_programRoute(session.get(), 1, status_);
+    EXPECT_EQ(status_.code(), -313325) << status_.text();
+    EXPECT_NE(calculate(other, "b"), "[]") << "it holds nothing";
+    EXPECT_EQ(calculate(session, "a"), first) << "from the first ticket on";
+  });
+  mayDeliver = true;
+  mayDeliver.notify_one();
+  lost.join();
 }
 
 }  // namespace

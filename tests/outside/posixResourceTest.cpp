@@ -107,7 +107,7 @@ TEST_F(tResources, loadingAndUnloadingKeepsNothing) {
     dlclose(loaded);
   };
   // The system enlarges lists of its own now and then.
-  constexpr int kCycles = 30;
+  constexpr int kCycles = 10;
   std::ptrdiff_t growth = PTRDIFF_MAX;
   for (int stretch = 0; stretch < 4; ++stretch) {
     const std::ptrdiff_t before = memory();

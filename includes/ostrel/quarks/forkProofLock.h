@@ -5,30 +5,38 @@
 
 namespace varmex::inline nOSTRELS100 {
 
+// Holds a lock that the child of a fork can take until the end of its life.
+template <class Lock>
+class tForkProofHold {
+ public:
+  explicit tForkProofHold(Lock& lock) : lock_(lock), wasAbandoned_(lock.lock()) {}
+  tForkProofHold(const tForkProofHold&) = delete;
+  tForkProofHold& operator=(const tForkProofHold&) = delete;
+  ~tForkProofHold() { lock_.unlock(); }
+
+  // Whether a thread that this process never had held it before: what it guards is in any state.
+  bool wasAbandoned() const { return wasAbandoned_; }
+
+ private:
+  Lock& lock_;
+  bool wasAbandoned_;
+};
+
 // A lock that the child of a fork can take, even if a thread of the parent held it at the fork. It
 // is not recursive, takes no memory and needs no destruction.
 class tForkProofLock {
  public:
-  // Holds the lock until the end of its life.
-  class tHeld {
-   public:
-    explicit tHeld(tForkProofLock& lock) : lock_(lock), wasAbandoned_(lock.take()) {}
-    tHeld(const tHeld&) = delete;
-    tHeld& operator=(const tHeld&) = delete;
-    ~tHeld() { lock_.give(); }
+  using tHeld = tForkProofHold<tForkProofLock>;
 
-    // Whether a thread that this process never had held it before: what it guards is in any state.
-    bool wasAbandoned() const { return wasAbandoned_; }
+  // Answers whether it was abandoned, see above.
+  bool lock();
+  void unlock();
 
-   private:
-    tForkProofLock& lock_;
-    bool wasAbandoned_;
-  };
+  // Whether a thread with the name of the caller holds it, and not the caller: the child of a fork
+  // gives the names of threads that it does not have to others.
+  bool isHeldByNamesake() const;
 
  private:
-  bool take();
-  void give();
-
   std::intptr_t state_ = 0;  // the platform's; 0 while it is free
 };
 

@@ -1,18 +1,24 @@
 #include "ostrel/quarks/synchronization.h"
 
-#include "ostrel/quarks/failure.h"
-
 namespace varmex::inline nOSTRELS100 {
 
-tCriticalSection::tCriticalSection(tFixedStatus& status) {
-  if (status.code < 0) return;
-  try {
-    lock_.emplace();
-    prepareLock(*lock_);
-  } catch (const std::exception&) {
-    lock_.reset();
-    fixedStatusSet(status, kOstrelMemoryFull.value, kComponentName, __FILE__, __LINE__);
+bool tCriticalSection::lock() {
+  const auto self = std::this_thread::get_id();
+  bool wasAbandoned = false;
+  // Only this thread itself can have put its own name there.
+  if (owner_.load(std::memory_order_relaxed) != self || lock_.isHeldByNamesake()) {
+    wasAbandoned = lock_.lock();
+    owner_.store(self, std::memory_order_relaxed);
+    depth_ = 0;
   }
+  ++depth_;
+  return wasAbandoned;
+}
+
+void tCriticalSection::unlock() {
+  if (--depth_ > 0) return;
+  owner_.store({}, std::memory_order_relaxed);
+  lock_.unlock();
 }
 
 }  // namespace varmex::inline nOSTRELS100

@@ -4,11 +4,11 @@
 #include <atomic>
 #include <mutex>
 #include <new>
-#include <optional>
 #include <system_error>
 #include <thread>
 
 #include "ostrel/quarks/fixedStatus.h"
+#include "ostrel/quarks/forkProofLock.h"
 
 namespace varmex::inline nOSTRELS100 {
 
@@ -24,45 +24,24 @@ void prepareLock(Lock& lock) {
   }
 }
 
-// A lock that its holder may take again. The standard one of some systems takes memory at its first
-// use that it never gives back.
-class tRecursiveLock {
- public:
-  void lock() {
-    const auto self = std::this_thread::get_id();
-    // Only this thread itself can have put its own name there.
-    if (owner_.load(std::memory_order_relaxed) != self) {
-      lock_.lock();
-      owner_.store(self, std::memory_order_relaxed);
-    }
-    ++depth_;
-  }
-
-  void unlock() {
-    if (--depth_ > 0) return;
-    owner_.store({}, std::memory_order_relaxed);
-    lock_.unlock();
-  }
-
- private:
-  std::mutex lock_;
-  std::atomic<std::thread::id> owner_{};
-  std::uint32_t depth_ = 0;
-};
-
-// A recursive lock that reports its own construction: with an error already in `status` it stays
-// uninitialised, and a failure to set the lock up puts one there. Only an initialised one may be
-// locked.
+// A recursive lock that the child of a fork can take. Its construction heeds a status: with an
+// error in it the lock stays uninitialised. Only an initialised one may be locked.
 class tCriticalSection {
  public:
-  explicit tCriticalSection(tFixedStatus& status);
+  using tHeld = tForkProofHold<tCriticalSection>;
 
-  void lock() { lock_->lock(); }
-  void unlock() { lock_->unlock(); }
-  bool isInitialized() const { return lock_.has_value(); }
+  explicit tCriticalSection(const tFixedStatus& status) : isInitialized_(status.code >= 0) {}
+
+  // Answers like that of tForkProofLock.
+  bool lock();
+  void unlock();
+  bool isInitialized() const { return isInitialized_; }
 
  private:
-  std::optional<tRecursiveLock> lock_;
+  bool isInitialized_;
+  tForkProofLock lock_;
+  std::atomic<std::thread::id> owner_{};
+  std::uint32_t depth_ = 0;
 };
 
 }  // namespace varmex::inline nOSTRELS100

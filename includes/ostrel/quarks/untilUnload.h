@@ -12,7 +12,8 @@ bool isLastUse();
 
 // Whoever uses such data says so ahead of it, unless it is reached through tUntilUnload itself. The
 // system ends the libraries that a program is linked to just as it unloads them: what tells the one
-// from the other is noted at the first use, which is behind the start of the program.
+// from the other is noted at the first use, which must be behind the start of the program: what the
+// constructors of its libraries use comes too early.
 void expectExit();
 
 // Static data that threads may use until the process ends: they are destroyed when the library is

@@ -45,7 +45,7 @@ bool agrees(const std::string& answer, const std::string& other) {
   return std::ranges::equal(lines, others, agree);
 }
 
-class tSystemCallInjection : public tModel {
+class tSystemCallInjection : public tModel, public testing::WithParamInterface<tSystemCall> {
  protected:
   void SetUp() override {
     machine_.writeConfiguration();
@@ -63,20 +63,19 @@ class tSystemCallInjection : public tModel {
   void inject(const tScenario& scenario, const std::string& unloaded = "") {
     const std::string undisturbed = run(scenario);
     const std::ptrdiff_t descriptors = openDescriptors();
-    for (const tSystemCall& call : systemCalls()) {
-      for (const int error : call.errors) {
-        for (long n = 1; !HasFailure(); ++n) {
-          tStatus status;
-          failSystemCall(call.name, n, error);
-          const std::string answer = scenario(status);
-          if (!systemCallFailed()) break;
-          SCOPED_TRACE(call.name + ' ' + std::to_string(n) + ": " + std::strerror(error));
-          const bool isAbsence = call.name.starts_with("dl") && answer == unloaded;
-          EXPECT_TRUE(status.code() != 0 || agrees(answer, undisturbed) || isAbsence) << answer;
-          EXPECT_TRUE(isWellFormed(status.text())) << status.text();
-          EXPECT_EQ(run(scenario), undisturbed);
-          EXPECT_EQ(openDescriptors(), descriptors);
-        }
+    const auto& [call, errors] = GetParam();
+    for (const int error : errors) {
+      for (long n = 1; !HasFailure(); ++n) {
+        tStatus status;
+        failSystemCall(call, n, error);
+        const std::string answer = scenario(status);
+        if (!systemCallFailed()) break;
+        SCOPED_TRACE(std::to_string(n) + ": " + std::strerror(error));
+        const bool isAbsence = call.starts_with("dl") && answer == unloaded;
+        EXPECT_TRUE(status.code() != 0 || agrees(answer, undisturbed) || isAbsence) << answer;
+        EXPECT_TRUE(isWellFormed(status.text())) << status.text();
+        EXPECT_EQ(run(scenario), undisturbed);
+        EXPECT_EQ(openDescriptors(), descriptors);
       }
     }
   }
@@ -136,7 +135,7 @@ TEST(FileExists, tellsWhyItCannotKnow) {
   }
 }
 
-TEST_F(tSystemCallInjection, opening) {
+TEST_P(tSystemCallInjection, opening) {
   const tInstalledServiceLibrary service("full");
   for (const std::uint32_t flags : {0U, 1U}) {
     inject([=](tStatus& status) {
@@ -148,7 +147,7 @@ TEST_F(tSystemCallInjection, opening) {
   }
 }
 
-TEST_F(tSystemCallInjection, walking) {
+TEST_P(tSystemCallInjection, walking) {
   inject([](tStatus& status) {
     const tItem session(varmex_openPXISession(0, status));
     return attributes(session.get(), 0, 5) +
@@ -160,7 +159,7 @@ TEST_F(tSystemCallInjection, walking) {
 
 // Without the service library, or where it can't tell, the manager is native unless the list names
 // it.
-TEST_F(tSystemCallInjection, triggerManagers) {
+TEST_P(tSystemCallInjection, triggerManagers) {
   for (const char* variant : {"full", "withoutmode"}) {
     const tInstalledServiceLibrary service(variant, "mode 2");
     inject(
@@ -174,7 +173,21 @@ TEST_F(tSystemCallInjection, triggerManagers) {
   }
 }
 
-TEST_F(tSystemCallInjection, waiting) {
+// The system takes its time to close a watch: it is opened for this alone.
+TEST_P(tSystemCallInjection, beginningToWait) {
+  std::vector<tItem> sessions;
+  for (int n = 0; n < 100; ++n) sessions.emplace_back(varmex_openPXISession(0, status_));
+  inject([&](tStatus& status) {
+    const tItem session = std::move(sessions.at(sessions.size() - 1));
+    sessions.pop_back();
+    return std::to_string(varmex_waitForSessionInvalidation(session.get(), 0, status));
+  });
+}
+
+// Beside another session, so that the watch stays open.
+TEST_P(tSystemCallInjection, waiting) {
+  const tItem keeper(varmex_openPXISession(0, status_));
+  ASSERT_EQ(varmex_waitForSessionInvalidation(keeper.get(), 0, status_), varmex_waitTimedOut);
   int round = 0;
   inject([&](tStatus& status) {
     const tItem session(varmex_openPXISession(0, status));
@@ -190,7 +203,7 @@ TEST_F(tSystemCallInjection, waiting) {
   });
 }
 
-TEST_F(tSystemCallInjection, routing) {
+TEST_P(tSystemCallInjection, routing) {
   int round = 0;
   inject([&](tStatus& status) {
     const std::string name = "5.0.0:7 " + std::to_string(round++);
@@ -202,6 +215,9 @@ TEST_F(tSystemCallInjection, routing) {
     return std::string(reply.text ? reply.text : "none");
   });
 }
+
+INSTANTIATE_TEST_SUITE_P(With, tSystemCallInjection, testing::ValuesIn(systemCalls()),
+                         [](const auto& call) { return call.param.name; });
 
 }  // namespace
 

@@ -25,6 +25,11 @@ bool intercept(const char* name, Hook hook) {
 
 void doNothing(test::tSystemCalls&) {}
 
+// One that may take itself away.
+void call(std::function<void()> hook) {
+  if (hook) hook();
+}
+
 }  // namespace
 
 extern "C" {
@@ -42,14 +47,15 @@ int __wrap_open(const char* path, int flags, ...) {
 }
 
 ssize_t __wrap_read(int descriptor, void* buffer, size_t size) {
-  const auto hook = [](test::tSystemCalls& calls) {
-    if (calls.beforeRead) calls.beforeRead();
-  };
-  return intercept("read", hook) ? -1 : __real_read(descriptor, buffer, size);
+  return intercept("read", [](test::tSystemCalls& calls) { call(calls.beforeRead); })
+             ? -1
+             : __real_read(descriptor, buffer, size);
 }
 
 int __wrap_stat(const char* path, struct stat* status) {
-  return intercept("stat", doNothing) ? -1 : __real_stat(path, status);
+  return intercept("stat", [](test::tSystemCalls& calls) { call(calls.beforeStat); })
+             ? -1
+             : __real_stat(path, status);
 }
 
 int __wrap_fstat(int descriptor, struct stat* status) {

@@ -18,6 +18,7 @@ class tSystemCalls {
 
   std::function<void(const char* path)> beforeOpen;
   std::function<void()> beforeRead;
+  std::function<void()> beforeStat;
 
   // The next call of that name fails with that error, once.
   std::map<std::string, int> failures;

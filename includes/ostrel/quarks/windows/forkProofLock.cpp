@@ -15,11 +15,13 @@ SRWLOCK* asNative(std::intptr_t* state) {
 }  // namespace
 
 // There is no fork.
-bool tForkProofLock::take() {
+bool tForkProofLock::lock() {
   AcquireSRWLockExclusive(asNative(&state_));
   return false;
 }
 
-void tForkProofLock::give() { ReleaseSRWLockExclusive(asNative(&state_)); }
+void tForkProofLock::unlock() { ReleaseSRWLockExclusive(asNative(&state_)); }
+
+bool tForkProofLock::isHeldByNamesake() const { return false; }
 
 }  // namespace varmex::inline nOSTRELS100

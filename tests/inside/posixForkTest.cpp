@@ -1,0 +1,116 @@
+// What a child of a fork finds locked.
+
+#include <atomic>
+#include <thread>
+
+#include "ostrel/quarks/synchronization.h"
+#include "pxiRoutingAdaptor/pxiRoutingAdaptorDevice.h"
+#include "tests/support/posix/child.h"
+
+namespace varmex::nCorPxiRoutingAdaptor {
+
+namespace {
+
+using test::inChild;
+
+// Runs `work` in a child while another thread of the parent holds what `hold` takes.
+template <class Hold>
+void inChildAmid(Hold hold, const std::function<void()>& work) {
+  std::atomic<bool> isHeld{false}, isDone{false};
+  std::thread holder([&] {
+    hold([&] {
+      isHeld = true;
+      isHeld.notify_one();
+      isDone.wait(false);
+    });
+  });
+  isHeld.wait(false);
+  inChild(work);
+  isDone = true;
+  isDone.notify_one();
+  holder.join();
+}
+
+TEST(CriticalSection, isTheChilds) {
+  tFixedStatus status;
+  tCriticalSection lock(status);
+  const auto enterTwice = [&lock](auto within) {
+    const tCriticalSection::tHeld held(lock);
+    const tCriticalSection::tHeld again(lock);
+    EXPECT_FALSE(again.wasAbandoned());
+    within();
+    return held.wasAbandoned();
+  };
+  inChildAmid([&](auto within) { EXPECT_FALSE(enterTwice(within)); },
+              [&] {
+                // A thread of the child may have the name of the one that is lost.
+                bool wasAbandoned = false;
+                std::thread([&] { wasAbandoned = enterTwice([] {}); }).join();
+                EXPECT_TRUE(wasAbandoned);
+                EXPECT_FALSE(enterTwice([] {}));
+              });
+  enterTwice([&] {
+    inChild([&] { EXPECT_FALSE(enterTwice([] {})) << "the holder itself made the child"; });
+  });
+}
+
+class tDevice : public pxiRoutingAdaptorDevice {
+ public:
+  void loadTerminals(const std::string&) override { addBusTerminals("bus", "PXI_Trig"); }
+
+  bool take(int session, const char* token) { return reserveTerminal(keyOf(session), token, 0); }
+  void give(int session) { releaseTerminal(keyOf(session), 0); }
+
+ private:
+  // The device uses such a pointer as a key alone.
+  static const pxiRoutingAdaptorSession* keyOf(int session) {
+    static char keys[4];
+    return reinterpret_cast<const pxiRoutingAdaptorSession*>(&keys[session]);
+  }
+};
+
+TEST(RoutingDevice, isTheChilds) {
+  tDevice device;
+  device.loadTerminals("");
+  ASSERT_TRUE(device.take(1, "a"));
+  inChildAmid(
+      [&](auto within) {
+        const tDevice::tOwnersLock held(device);
+        within();
+      },
+      [&] {
+        EXPECT_FALSE(device.take(2, "b")) << "what nobody was changing is as it was";
+        device.give(1);
+        EXPECT_TRUE(device.take(2, "b"));
+      });
+  device.give(1);
+}
+
+// The thread is lost in the middle of a change, sooner or later.
+TEST(RoutingDevice, isWholeInTheChild) {
+  tDevice device;
+  device.loadTerminals("");
+  std::atomic<bool> isDone{false};
+  std::thread busy([&] {
+    const std::string token(100, 't');
+    while (!isDone) {
+      device.take(1, token.c_str());
+      device.give(1);
+    }
+  });
+  for (int n = 0; n < 50; ++n) {
+    inChild([&] {
+      device.give(1);
+      ASSERT_TRUE(device.take(2, "b"));
+      EXPECT_FALSE(device.take(3, "c"));
+      device.give(2);
+      EXPECT_TRUE(device.take(3, "c"));
+    });
+  }
+  isDone = true;
+  busy.join();
+}
+
+}  // namespace
+
+}  // namespace varmex::nCorPxiRoutingAdaptor
