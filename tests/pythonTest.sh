@@ -38,7 +38,7 @@ suite() {  # NAME [pytest arguments] : counts each test
 
 wheel() {
   "$python" -m venv "$log/venv" &&
-    "$log/venv/bin/pip" install -q --no-index "$project"/build/wheels/varmex-*-linux_x86_64.whl &&
+    env -u PYTHONPATH "$log/venv/bin/pip" install -q --no-index "$project"/build/wheels/varmex-*-linux_x86_64.whl &&
     env -u PYTHONPATH -C "$log" VARMEX_FSROOT="$project/samples" "$log/venv/bin/python" -c '
 import varmex
 from pathlib import Path
@@ -49,7 +49,8 @@ assert varmex.routing._library._name.startswith(str(Path(varmex.__file__).parent
 }
 
 windows_wheel() {
-  "$python" -m zipfile -l "$project"/build/wheels/varmex-*-win_amd64.whl | grep -q '^varmex/varmex.dll'
+  "$python" -m zipfile -l "$project"/build/wheels/varmex-*-win_amd64.whl |
+    grep '^varmex/varmex\.dll'
 }
 
 count types "$python" -m mypy --strict --python-version 3.9 --cache-dir "$log/mypy" \
