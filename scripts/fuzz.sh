@@ -6,7 +6,7 @@ install "${build_tools[@]}" clang-14 libclang-rt-14-dev
 seconds=${1:?usage: fuzz.sh SECONDS [TARGET...]}
 shift
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(ini json registry tree model routing)
+[ ${#targets[@]} -gt 0 ] || targets=(ini json registry tree model routing saved)
 build linux-fuzz "${targets[@]/#/fuzz_}"
 
 for target in "${targets[@]}"; do

@@ -58,7 +58,7 @@ expect() {
 }
 
 VARMEX_FSROOT=$here/../samples
-expect 'show draw check terminals route watch make' ''
+expect 'show draw check terminals route watch save make' ''
 expect 'show' sh
 expect '--help --version' --
 expect '--json' check --j
@@ -75,6 +75,9 @@ expect 'PXIe_DStarA PXIe_DStarB PXIe_DStarC' route --token me 5.0.0 PXIe
 expect '' route 99.0.0 ''
 expect 'dec hex' show --pci ''
 expect '' watch --timeout ''
+expect ':files' check --from ''
+expect ':files' save ''
+expect '2/3' show --from "$here/../samples" 2/3
 expect '' nonsense ''
 
 # Nothing to read, something that can't be read, a chassis of which one slot is broken.

@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """describeTest.py VARMEX : what the command tells of broken installations, as text, JSON and events."""
 
+import base64
 import copy
 import json
 import os
 import queue
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -281,7 +283,95 @@ def testWatch():
         lines.end()
 
 
-for test in (testDocuments, testBroken, testWatch):
+SAVED_SCHEMA = json.loads((TOP / "docs/saved.schema.json").read_text())
+jsonschema.Draft202012Validator.check_schema(SAVED_SCHEMA)
+I_PATH, E_PATH = "etc/pxi/pxisys.ini", "etc/pxi/pxiesys.ini"
+REGISTRY = {"key": "SOFTWARE\\PXISA", "name": "Library"}
+# What a saved file is changed to, by key, and what is said of it; None takes a key away.
+HOSTILE = [
+    ("files", {"../../tmp/out": "x"}, "no place for"), ("files", {"/etc/passwd": "x"}, "no place for"),
+    ("files", {"etc/pxi/registry.reg": "x"}, "no place for"), ("files", [], "no object"),
+    ("files", {E_PATH: 5}, "neither"), ("files", {E_PATH: ["a", 5]}, "neither"),
+    ("files", {E_PATH: {"base64": "AAA"}}, "base64"), ("files", {E_PATH: {"base64": "AB=="}}, "base64"),
+    ("files", {E_PATH: {"base64": "A*=="}}, "base64"), ("files", None, "files: it is missing"),
+    ("host", 5, "no text"), ("varmex saved installation", 2, "another version"),
+    ("varmex saved installation", None, "it has no"),
+    ("registry", {}, "no list"), ("registry", [[]], "no object"), ("registry", [{}] * 1001, "no list"),
+    ("registry", [REGISTRY], "without text"), ("registry", [{**REGISTRY, "number": -1}], "32 bits"),
+    ("registry", [{**REGISTRY, "number": 2**32}], "32 bits"),
+    ("registry", [{**REGISTRY, "key": "a\n[b]", "text": ""}], "no name"),
+    ("registry", [{**REGISTRY, "text": "x" * 2**21}], "too long"),
+    ("chassisDescriptionFiles", [{"path": "x"}], "missing"), ("chassisDescriptionFiles", [5], "missing"),
+    ("other", [[[[[[[[[]]]]]]]]], "too deeply"),
+]
+# Whole texts of files that are no saved installations.
+NO_JSON = [b"", b"{", b"5", b"[" * 100000, b'{"host": "a", "host": "b"}', b'{"a": "\xff"}', b"\0"]
+SIGNALS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGPIPE]
+
+
+def testSaved():
+    with Root() as root, Root(["express:2"]) as other, tempfile.TemporaryDirectory() as place:
+        shared = Path(place)
+        environment = dict(other.environment(), TMPDIR=place)
+
+        def run(*arguments):
+            done = subprocess.run([VARMEX, *arguments], env=environment, capture_output=True, text=True,
+                                  errors="replace", timeout=DEADLINE)
+            left = [str(path) for path in shared.glob("varmex-saved-*")]
+            check(not left, f"{arguments} leaves {left}")
+            return done
+
+        text = root.file(E).read_bytes()
+        root.file(E).write_bytes(text.replace(b"FRONT", b"FR\xff\r") + b"; \xe4\r\n")
+        (root.folder / "usr/share/pxi/chassis/orlindt").mkdir(parents=True)
+        (root.folder / "usr/share/pxi/chassis/orlindt/ORX-1820.ini").write_text("[X]\n\n")
+        file = shared / "rack.json"
+        check(run("save", "--from", root.folder, file).returncode == 0, "save")
+        document = json.loads(file.read_text())
+        errors = [e.message for e in jsonschema.Draft202012Validator(strict(SAVED_SCHEMA)).iter_errors(document)]
+        check(not errors, f"a saved file against its schema: {errors[:3]}")
+        check(base64.b64decode(document["files"][E_PATH]["base64"]) == root.file(E).read_bytes(), E)
+        check("".join(document["files"][I_PATH]) == root.file(I).read_bytes().decode(), I)
+        check([f["content"] for f in document["chassisDescriptionFiles"]] == [["[X]\n", "\n"]], "chassis files")
+        # Every command answers the same of the folder and of the file.
+        for arguments in (["show"], ["show", "--json", "--why"], ["show", "1/10"], ["check"], ["draw", "-o", "-"],
+                          ["terminals", "5.0.0"], ["route", "5.0.0", "PXI_Trig3"], ["show", "9"]):
+            live, saved = root.run(*arguments), run(*arguments, "--from", file)
+            shown = saved.stdout.replace(f"{file}:", str(root.folder))
+            shown = re.sub(r"  saved +.*", "  description       current", shown)
+            check(live.returncode == saved.returncode and live.stdout == shown, f"{arguments} --from")
+        for arguments in (["watch"], ["save"]):
+            check("takes folders" in run(*arguments, "--from", file).stderr, f"{arguments} of a file")
+        for name in (shared / "nothing.json", ""):
+            check(run("check", "--from", name).returncode == 2, f"check --from {name}")
+        bad = shared / "bad.json"
+        for key, value, reason in HOSTILE:
+            broken = {**document, key: value}
+            bad.write_text(json.dumps(broken if value is not None else without(key, document)))
+            said = run("show", "--from", bad)
+            check(said.returncode == 1 and reason in said.stderr, f"{key} {str(value)[:60]}: {said.stderr}")
+        for content in NO_JSON:
+            bad.write_bytes(content)
+            check("no saved installation" in run("show", "--from", bad).stderr, f"{content[:30]}")
+        # Signals in the midst of the work, and what a kill left.
+        for number in [*SIGNALS, signal.SIGKILL]:
+            process = subprocess.Popen([VARMEX, "show", "--from", file], env=environment,
+                                       stdout=subprocess.PIPE, preexec_fn=unpiped(number))
+            while process.poll() is None and not list(shared.glob("varmex-saved-*/var/lib/PXISA")):
+                pass
+            process.send_signal(number)
+            process.wait(DEADLINE)
+            if number != signal.SIGKILL:
+                check(not list(shared.glob("varmex-saved-*")), f"a signal {number} leaves nothing")
+        run("show", "--from", file)
+
+
+def unpiped(number):
+    """Python ignores SIGPIPE, which a child would go on ignoring."""
+    return lambda: signal.signal(number, signal.SIG_DFL) if number != signal.SIGKILL else None
+
+
+for test in (testDocuments, testBroken, testWatch, testSaved):
     test()
 print(f"{passed} passed, {failed} failed")
 sys.exit(failed != 0)

@@ -12,8 +12,8 @@ namespace {
 using namespace tool;
 
 // In the order in which the help lists them.
-constexpr tCommandPtr (*kCommands[])() = {makeShow,  makeDraw,  makeCheck, makeTerminals,
-                                          makeRoute, makeWatch, makeMake,  makeComplete};
+constexpr tCommandPtr (*kCommands[])() = {makeShow,  makeDraw, makeCheck, makeTerminals, makeRoute,
+                                          makeWatch, makeSave, makeMake,  makeComplete};
 
 }  // namespace
 

@@ -7,6 +7,7 @@
 
 #include "tools/varmex/check/registryText.h"
 #include "tools/varmex/check/rules.h"
+#include "tools/varmex/text/utf8.h"
 
 namespace tool {
 
@@ -15,23 +16,6 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::string_view kFirstLine = "Windows Registry Editor Version 5.00";
-
-bool isUtf8(std::string_view text) {
-  for (std::size_t n = 0; n < text.size();) {
-    const auto first = static_cast<unsigned char>(text[n]);
-    const std::size_t tail = first < 0x80                    ? 0
-                             : first >= 0xC2 && first < 0xE0 ? 1
-                             : first >= 0xE0 && first < 0xF0 ? 2
-                             : first >= 0xF0 && first < 0xF5 ? 3
-                                                             : text.size();
-    if (n + tail >= text.size()) return false;
-    for (std::size_t m = 1; m <= tail; ++m) {
-      if ((static_cast<unsigned char>(text[n + m]) & 0xC0) != 0x80) return false;
-    }
-    n += tail + 1;
-  }
-  return true;
-}
 
 // The first line of a text of one byte or, in UTF-16LE, two bytes a character.
 std::string firstLine(std::string_view bytes, std::size_t width) {

@@ -6,6 +6,7 @@
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/output.h"
+#include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
 
@@ -15,12 +16,17 @@ class tCheck : public tCommand {
  public:
   tCheck() : tCommand("check", "Report what is wrong or doubtful with the description") {}
 
-  void addOptions(CLI::App& line) override { line.add_flag("--json", asJson_, "Print JSON"); }
+  void addOptions(CLI::App& line) override {
+    line.add_flag("--json", asJson_, "Print JSON");
+    installation_.addFrom(line);
+  }
 
   // The exit status tells findings from a description that can't be read.
   tExitStatus run() override {
     try {
-      const auto findings = checkDescription([this] { return installation_.open(); });
+      installation_.enter();
+      auto findings = checkDescription([this] { return installation_.open(); });
+      for (tFinding& finding : findings) finding.answer = withShownPaths(finding.answer);
       if (asJson_) {
         printJson(findingsJson(findings));
       } else {

@@ -2,11 +2,14 @@
 #include <cstdlib>
 #include <future>
 #include <iostream>
+#include <memory>
 #include <thread>
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/address.h"
 #include "tools/varmex/describe/terminals.h"
+#include "tools/varmex/saved/source.h"
+#include "tools/varmex/saved/temporaryRoot.h"
 
 namespace tool {
 
@@ -121,7 +124,8 @@ struct tRule {
 constexpr tRule kRules[] = {
     {"show", "place", places},   {"draw", "chassis", chassis}, {"draw", "--output", files},
     {"make", "folder", files},   {"make", "chassis", plans},   {"", "address", addresses},
-    {"", "terminal", terminals}, {"", "--pci", notations},
+    {"", "terminal", terminals}, {"", "--pci", notations},     {"", "--from", files},
+    {"save", "file", files},
 };
 
 bool takesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }
@@ -178,7 +182,15 @@ tCandidates valuesFor(const CLI::Option& option, const tWords& words) {
   return {};
 }
 
+// The installation that --from names, where it stands among the words.
+std::unique_ptr<tSource> sourceOf(const tWords& words) {
+  const auto option = std::find(words.begin(), words.end(), "--from");
+  if (words.end() - option <= 2) return nullptr;
+  return std::make_unique<tSource>(option[1]);
+}
+
 tCandidates candidatesFor(const tWords& words, const CLI::App& app) {
+  const std::unique_ptr<tSource> source = sourceOf(words);
   const bool isOption = words.back().starts_with('-');
   const auto verbs = verbsOf(app);
   if (words.size() == 1) return isOption ? optionsOf(app) : namesOf(verbs);
@@ -224,7 +236,10 @@ class tComplete : public tCommand {
     });
     std::future<std::string> lines = work.get_future();
     std::thread(std::move(work)).detach();
-    if (lines.wait_for(kPatience) != std::future_status::ready) std::_Exit(kDone);
+    if (lines.wait_for(kPatience) != std::future_status::ready) {
+      removeTemporaryRoot();
+      std::_Exit(kDone);
+    }
     std::cout << lines.get();
     return kDone;
   }

@@ -22,6 +22,7 @@ class tDraw : public tCommand {
                     "The file, which ends with .svg; - is the standard output")
         ->required();
     addPciOption(line, notation_);
+    installation_.addFrom(line);
   }
 
   tExitStatus run() override {

@@ -14,6 +14,7 @@ tCommandPtr makeComplete();
 tCommandPtr makeDraw();
 tCommandPtr makeMake();
 tCommandPtr makeRoute();
+tCommandPtr makeSave();
 tCommandPtr makeShow();
 tCommandPtr makeTerminals();
 tCommandPtr makeWatch();

@@ -67,6 +67,7 @@ class tRoute : public tCommand {
         ->required();
     line.add_option("--token", token_, "Name to hold the line under");
     line.add_flag("--json", asJson_, "Print JSON");
+    installation_.addFrom(line);
   }
 
   tExitStatus run() override {

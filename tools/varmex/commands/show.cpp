@@ -8,6 +8,7 @@
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/describe/place.h"
 #include "tools/varmex/describe/words.h"
+#include "tools/varmex/saved/savedFile.h"
 #include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/table.h"
@@ -100,16 +101,27 @@ void showChassis(const tJson& chassis, tPciNotation notation, std::ostream& out)
   showBridges(chassis["TriggerBridges"], out);
 }
 
-void showSession(const tJson& description, tPciNotation notation, std::ostream& out) {
+// "2026-11-21T14:31:07Z on rack7 (linux, varmex 19.5.0)"
+std::string originOf(const tSavedInstallation& saved) {
+  return saved.taken + " on " + saved.host + " (" + saved.platform + ", varmex " + saved.version +
+         ')';
+}
+
+void showSession(const tJson& description, const tSavedInstallation* saved, tPciNotation notation,
+                 std::ostream& out) {
   const tJson& session = description["machine"];
   out << "varmex " << textOf(session, "Version") << '\n';
   showLine("pxisys.ini", textOf(session, "PxiSysPath"), out);
   showLine("pxiesys.ini", textOf(session, "PxieSysPath"), out);
   showLine("configuration.ini", textOf(session, "ConfigurationPath"), out);
-  showLine("description",
-           numberOf(session, "SessionIsCurrent").value_or(0) ? "current" : "changed since", out);
+  if (saved) {
+    showLine("saved", visible(originOf(*saved)), out);
+  } else {
+    showLine("description",
+             numberOf(session, "SessionIsCurrent").value_or(0) ? "current" : "changed since", out);
+  }
   if (description["Chassis"].empty()) {
-    out << '\n' << noChassisText(textOf(session, "PxiSysPath"), textOf(session, "PxieSysPath"));
+    out << '\n' << noChassisText();
   }
   for (const tJson& chassis : description["Chassis"]) {
     out << '\n';
@@ -143,6 +155,7 @@ class tShow : public tCommand {
     CLI::Option* const json = line.add_flag("--json", asJson_, "Print JSON");
     line.add_flag("--why", isWhyAsked_, "Print why each absent attribute is absent")->needs(json);
     addPciOption(line, notation_);
+    installation_.addFrom(line);
     installation_.addSync(line);
   }
 
@@ -178,7 +191,9 @@ class tShow : public tCommand {
   }
 
   void showPlace(const tJson& description, const tPlace& place) const {
-    if (!place.chassis) return showSession(description, notation_, std::cout);
+    if (!place.chassis) {
+      return showSession(description, installation_.saved(), notation_, std::cout);
+    }
     const tJson& chassis = description["Chassis"].front();
     if (!place.slot) return showChassis(chassis, notation_, std::cout);
     showSlot(chassis["Slots"].front(), notation_, std::cout);

@@ -18,6 +18,7 @@ class tTerminals : public tCommand {
                     "PCI address of the module: 33.15.0 in decimal or 21:0f.0 as lspci writes it")
         ->required();
     line.add_flag("--json", asJson_, "Print JSON");
+    installation_.addFrom(line);
   }
 
   tExitStatus run() override {

@@ -55,9 +55,11 @@ class tWatch : public tCommand {
     line.add_option("--timeout", seconds_, "End after so many seconds")
         ->check(CLI::Range(0.0, 4e6));
     line.add_flag("--json", asJson_, "Print JSON, one object a line");
+    installation_.addFrom(line, tFrom::folders);
   }
 
   tExitStatus run() override {
+    installation_.enter();
     if (seconds_) {
       end_ = tClock::now() + std::chrono::milliseconds(static_cast<std::int64_t>(*seconds_ * 1000));
     }

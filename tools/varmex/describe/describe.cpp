@@ -6,6 +6,7 @@
 #include "tools/varmex/describe/attributes.h"
 #include "tools/varmex/describe/listing.h"
 #include "tools/varmex/describe/reason.h"
+#include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
 
@@ -202,7 +203,7 @@ class tDescriber {
     varmex::Status status;
     if (attribute.isText) {
       const char* const text = varmex_getStringAttribute(item.handle(), attribute.number, status);
-      if (status.code() >= 0) return sink_.text(attribute.name, text);
+      if (status.code() >= 0) return tellText(item, attribute.name, text);
     } else {
       const std::uint32_t number = varmex_getU32Attribute(item.handle(), attribute.number, status);
       if (status.code() >= 0) return sink_.number(attribute.name, number);
@@ -212,6 +213,12 @@ class tDescriber {
     } else if (isWhyAsked_) {
       absent_.emplace_back(attribute.name, reasonOf(status.error()));
     }
+  }
+
+  // What a session answers are paths and its version.
+  void tellText(const varmex::ItemBase& item, const char* name, const char* text) {
+    if (&item == &session_) return sink_.text(name, withShownPaths(text));
+    sink_.text(name, text);
   }
 
   template <class Work>

@@ -3,11 +3,13 @@
 #include <string_view>
 
 #include "tools/varmex/text/failures.h"
+#include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
 
 tReason reasonOf(const varmex::Error& error) {
-  return {error.code(), error.constant(), error.detail(), sentenceFor(error)};
+  return {error.code(), error.constant(), withShownPaths(error.detail()),
+          withShownPaths(sentenceFor(error))};
 }
 
 tReason reasonOf(const std::exception& exception) {

@@ -9,6 +9,7 @@
 #include "corpxiTools/fileSystem/utils.h"
 #include "ostrel/quarks/status.h"
 #include "tools/varmex/text/columns.h"
+#include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
 
@@ -204,11 +205,13 @@ std::string nameOf(const std::string& constant, std::int32_t code) {
   return '(' + constant + (constant.empty() || number.empty() ? "" : " ") + number + ')';
 }
 
+std::string told(const std::string& text) { return visible(withShownPaths(text)); }
+
 void tell(const char* severity, const varmex::Error& error) {
   const tSentence sentence = sentenceOf(error);
-  std::cerr << "varmex: " << severity << visible(sentence.what) << ' '
+  std::cerr << "varmex: " << severity << told(sentence.what) << ' '
             << nameOf(visible(error.constant()), error.code()) << '\n';
-  if (!sentence.remedy.empty()) std::cerr << "  " << visible(sentence.remedy) << '\n';
+  if (!sentence.remedy.empty()) std::cerr << "  " << told(sentence.remedy) << '\n';
 }
 
 }  // namespace
@@ -217,7 +220,7 @@ void tellFailure(const std::exception& failure) {
   if (const auto* const error = dynamic_cast<const varmex::Error*>(&failure)) {
     tell("", *error);
   } else {
-    std::cerr << "varmex: " << visible(failure.what()) << '\n';
+    std::cerr << "varmex: " << told(failure.what()) << '\n';
   }
 }
 
@@ -230,10 +233,11 @@ std::string failureText(const std::string& constant, std::int32_t code,
   return sentence + ' ' + nameOf(constant, code);
 }
 
-std::string noChassisText(const std::string& pxiSys, const std::string& pxieSys) {
+std::string noChassisText() {
+  const std::string pxiSys = varmex::getPxiSysPath();
+  const std::string pxieSys = varmex::getPxieSysPath();
   if (isThere(pxiSys) || isThere(pxieSys)) return "No chassis.\n";
-  return "No chassis: there is no description, neither " + visible(pxiSys) + "\nnor " +
-         visible(pxieSys) +
+  return "No chassis: there is no description, neither " + told(pxiSys) + "\nnor " + told(pxieSys) +
          ".\n"
          "  A resource manager writes them. To look at another root, set VARMEX_FSROOT to it;\n"
          "  \"varmex make FOLDER express:18\" writes a simulated installation into one.\n";

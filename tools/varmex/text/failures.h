@@ -13,7 +13,7 @@ void tellFailure(const std::exception& failure);
 void tellWarning(const varmex::Error& warning);
 
 // Why there is nothing to show, in lines of its own.
-std::string noChassisText(const std::string& pxiSys, const std::string& pxieSys);
+std::string noChassisText();
 
 // What happened, as a sentence for people.
 std::string sentenceFor(const varmex::Error& error);

@@ -1,0 +1,46 @@
+#include <iostream>
+
+#include "tools/varmex/commands/list.h"
+#include "tools/varmex/describe/installation.h"
+#include "tools/varmex/describe/lockNotice.h"
+#include "tools/varmex/saved/collect.h"
+#include "tools/varmex/text/output.h"
+
+namespace tool {
+
+namespace {
+
+class tSave : public tCommand {
+ public:
+  tSave() : tCommand("save", "Write the installation into one file, to be looked at elsewhere") {}
+
+  void addOptions(CLI::App& line) override {
+    line.add_option("file", file_,
+                    "The file, which other commands read with --from; - is the standard output")
+        ->capture_default_str();
+    installation_.addFrom(line, tFrom::folders);
+  }
+
+  tExitStatus run() override {
+    installation_.enter();
+    tSavedInstallation saved = take();
+    saved.version = VARMEX_VERSION;
+    save(textOf(saved), file_);
+    return kDone;
+  }
+
+ private:
+  static tSavedInstallation take() {
+    const tLockNotice notice;
+    return takeInstallation();
+  }
+
+  tInstallation installation_;
+  std::string file_ = "-";
+};
+
+}  // namespace
+
+tCommandPtr makeSave() { return std::make_unique<tSave>(); }
+
+}  // namespace tool

@@ -1,0 +1,147 @@
+#include "tools/varmex/saved/collect.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <ctime>
+#include <optional>
+#include <set>
+#include <stdexcept>
+#include <thread>
+
+#include "corpxiTools/fileSystem/fileBytes.h"
+#include "corpxiTools/fileSystem/utils.h"
+#include "halden/internal/nativeFileLock.h"
+#include "tools/varmex/saved/thisMachine.h"
+#include "varmex/varmex.hpp"
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t kMostChassisFileBytes = std::size_t{1} << 20;
+
+std::string configurationPath() {
+  tStatusRecord status = varmex_makeStatus();
+  std::string path = varmex::getConfigurationPath(status);
+  varmex_releaseStatus(&status);
+  return path;
+}
+
+// As long as it lives, nobody writes the description who takes the lock for it. Without the file
+// there is no lock.
+class tSharedLock {
+ public:
+  explicit tSharedLock(const std::string& path)
+      : file_(varmex::openInputStream(path.c_str()), std::fclose) {
+    if (!file_) return;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    if (!lock_.attach(file_.get())) refuse(path, "can't be locked");
+    halden::tLockAnswer answer = lock_.tryLockShared();
+    while (answer == halden::tLockAnswer::heldElsewhere) {
+      if (std::chrono::steady_clock::now() > end) {
+        refuse(path,
+               "was kept locked by another program for 10 seconds; try again when it is done");
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      answer = lock_.tryLockShared();
+    }
+    if (answer == halden::tLockAnswer::failed) refuse(path, "can't be locked");
+  }
+  tSharedLock(const tSharedLock&) = delete;
+  tSharedLock& operator=(const tSharedLock&) = delete;
+  ~tSharedLock() {
+    if (file_) lock_.unlock();
+  }
+
+ private:
+  [[noreturn]] static void refuse(const std::string& path, const char* reason) {
+    throw std::runtime_error(path + ' ' + reason);
+  }
+
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
+  halden::tNativeFileLock lock_;
+};
+
+// Nothing, with `errno` set, for a file that can't be read.
+std::optional<std::string> bytesOfFile(const std::string& path, std::size_t most) {
+  varmex::tInputFile file(path.c_str());
+  varmex::tFileBytes content;
+  if (!file.isOpen()) return std::nullopt;
+  if (file.size() > most) return errno = EFBIG, std::nullopt;
+  if (!varmex::readWholeFile(file, 0, content)) return std::nullopt;
+  return std::string(content.bytes.get(), content.size);
+}
+
+std::vector<tFileContent> takeFiles() {
+  const std::string paths[] = {varmex::getPxiSysPath(), varmex::getPxieSysPath(),
+                               configurationPath()};
+  std::vector<tFileContent> files;
+  std::size_t total = 0;
+  for (std::size_t n = 0; n < std::size(paths); ++n) {
+    auto bytes = bytesOfFile(paths[n], kMostSavedBytes / 4 - total);
+    if (!bytes && errno != ENOENT) {
+      throw std::runtime_error("can't read " + paths[n] + ": " + std::strerror(errno));
+    }
+    if (!bytes) continue;
+    total += bytes->size();
+    files.push_back({kSavedPaths[n], *std::move(bytes)});
+  }
+  const bool isDescribed = !files.empty() && files.front().path != std::end(kSavedPaths)[-1];
+  if (!isDescribed) {
+    throw std::runtime_error("there is no description to save, neither " + paths[0] + " nor " +
+                             paths[1]);
+  }
+  return files;
+}
+
+// What a description names is taken if it looks like a chassis description file. Best effort: the
+// library does not read them.
+void takeChassisFile(const std::string& path, std::set<std::string>& known,
+                     std::vector<tFileContent>& files) {
+  if (files.size() >= kMostChassisFiles || !path.ends_with(".ini")) return;
+  if (!known.insert(path).second) return;
+  auto bytes = bytesOfFile(pathBelowRoot(path), kMostChassisFileBytes);
+  if (bytes) files.push_back({path, *std::move(bytes)});
+}
+
+std::vector<tFileContent> takeChassisFiles() {
+  std::vector<tFileContent> files;
+  std::set<std::string> known;
+  try {
+    const varmex::Session session;
+    for (const auto& chassis : session.eachChassis()) {
+      if (!chassis.item) continue;
+      try {
+        takeChassisFile(chassis.item->descriptionFileIfAny().value_or(""), known, files);
+      } catch (const std::exception&) {
+        // `varmex check` tells what is wrong with it.
+      }
+    }
+  } catch (const std::exception&) {
+    // The same for a description that can't be opened, which is worth being saved, too.
+  }
+  return files;
+}
+
+std::string timeInUtc() {
+  const std::time_t now = std::time(nullptr);
+  char text[32];
+  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", std::gmtime(&now))};
+}
+
+}  // namespace
+
+tSavedInstallation takeInstallation() {
+  tSavedInstallation saved;
+  const tSharedLock lock(configurationPath());
+  saved.taken = timeInUtc();
+  saved.host = hostName();
+  saved.platform = platformName();
+  saved.files = takeFiles();
+  saved.registry = takeRegistryValues();
+  saved.chassisFiles = takeChassisFiles();
+  return saved;
+}
+
+}  // namespace tool

@@ -1,0 +1,26 @@
+#include "tools/varmex/text/shownPaths.h"
+
+namespace tool {
+
+namespace {
+
+struct tShownRoot {
+  std::string root;
+  std::string name;
+} shown;
+
+}  // namespace
+
+void showPathsBelow(const std::string& root, const std::string& name) { shown = {root, name}; }
+
+std::string withShownPaths(std::string text) {
+  if (shown.root.empty()) return text;
+  std::size_t at = 0;
+  while ((at = text.find(shown.root, at)) != std::string::npos) {
+    text.replace(at, shown.root.size(), shown.name + ':');
+    at += shown.name.size();
+  }
+  return text;
+}
+
+}  // namespace tool
