@@ -50,12 +50,12 @@ TEST(InputFile, isARegularOne) {
     make(machine.pxiSys().c_str());
     tSystemCalls calls;
     bool opened = false;
-    calls.beforeOpen = [&](const char*) { opened = true; };
+    calls.before["open"] = [&](const char*) { opened = true; };
     EXPECT_FALSE(tIniFile().read(machine.pxiSys().string())) << what;
     EXPECT_EQ(openInputStream(machine.pxiSys().c_str()), nullptr) << what;
     EXPECT_FALSE(opened) << what;
     machine.write(machine.pxieSys(), "[A]\n");
-    calls.beforeOpen = [&](const char* path) {
+    calls.before["open"] = [&](const char* path) {
       if (path != machine.pxieSys()) return;
       std::filesystem::remove(path);
       std::filesystem::rename(machine.pxiSys(), path);
@@ -115,13 +115,13 @@ TEST(FileBytes, followAFileThatChangesMeanwhile) {
       const std::string added(more, 'y');
       tSystemCalls calls;
       bool grown = false;
-      calls.beforeRead = [&] {
+      calls.before["read"] = [&](const char*) {
         if (!std::exchange(grown, true)) std::ofstream(path, std::ios::app) << added;
       };
       EXPECT_EQ(contentOf(path), text + added) << size << '+' << more;
     }
     tSystemCalls calls;
-    calls.beforeRead = [&] { std::filesystem::resize_file(path, size / 2); };
+    calls.before["read"] = [&](const char*) { std::filesystem::resize_file(path, size / 2); };
     machine.write(path, text);
     EXPECT_EQ(contentOf(path), text.substr(0, size / 2));
   }
@@ -137,7 +137,7 @@ TEST(FileBytes, haveABoundWithoutASize) {
     tInputFile file(machine.pxiSys().c_str());
     tSystemCalls calls;
     calls.failures = {{"fstat", EIO}};
-    calls.beforeRead = [&] { calls.failures = {{"fstat", EIO}}; };
+    calls.before["read"] = [&](const char*) { calls.failures = {{"fstat", EIO}}; };
     tFileBytes content;
     EXPECT_EQ(readWholeFile(file, 0, content), size == kMost);
     EXPECT_EQ(errno == EFBIG, size != kMost);

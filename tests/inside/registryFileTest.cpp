@@ -90,7 +90,7 @@ TEST_F(tRegistryFile, isNeverOutOfDate) {
   settle();
   tSystemCalls calls;
   bool changed = false;
-  calls.beforeRead = [&] {
+  calls.before["read"] = [&](const char*) {
     if (!std::exchange(changed, true)) write(8);
   };
   write(7);
@@ -176,7 +176,7 @@ TEST_F(tRegistryFile, servesTheChildOfAFork) {
   write(5);
   tSystemCalls calls;
   pid_t child = -1;
-  calls.beforeRead = [&] {
+  calls.before["read"] = [&](const char*) {
     if (child >= 0) return;
     child = fork();
     if (child != 0) return;
@@ -195,8 +195,8 @@ TEST_F(tRegistryFile, isForgottenByTheChildOfAThreadThatHasIt) {
   settle();
   EXPECT_EQ(number(), 5);
   tSystemCalls calls;
-  calls.beforeStat = [&] {
-    calls.beforeStat = nullptr;
+  calls.before["stat"] = [&](const char*) {
+    calls.before.clear();
     test::inChild([&] {
       const tSystemCalls own;
       for (const int expected : {1, 1}) {

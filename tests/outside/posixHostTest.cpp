@@ -1,6 +1,5 @@
 // Waits in hosts that fork, close descriptors, cancel threads, end while others wait.
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/inotify.h>
 #include <sys/resource.h>
@@ -280,34 +279,6 @@ TEST_F(tHost, endsWhileThreadsWait) {
   int status = 0;
   waitpid(child, &status, 0);
   EXPECT_EQ(status, 0);
-}
-
-// A library that is loaded a second time, under another name, is one of its own.
-TEST_F(tHost, unloadsTheLibrary) {
-  describe(kOneChassis, "");
-  Dl_info library{};
-  ASSERT_NE(dladdr(reinterpret_cast<const void*>(&varmex_close), &library), 0);
-  const fs::path copy = machine_.folder() / "copy.so";
-  fs::copy_file(library.dli_fname, copy);
-  const int before = openDescriptors();
-  for (int round = 0; round < 3; ++round) {
-    void* const loaded = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
-    ASSERT_TRUE(loaded) << dlerror();
-    const auto open =
-        reinterpret_cast<decltype(&varmex_openPXISession)>(dlsym(loaded, "varmex_openPXISession"));
-    const auto waits = reinterpret_cast<decltype(&varmex_waitForSessionInvalidation)>(
-        dlsym(loaded, "varmex_waitForSessionInvalidation"));
-    const auto close = reinterpret_cast<decltype(&varmex_close)>(dlsym(loaded, "varmex_close"));
-    ASSERT_NE(open, &varmex_openPXISession);
-    varmex_Item* const session = open(0, status_);
-    EXPECT_EQ(waits(session, 0, status_), varmex_waitTimedOut) << status_.text();
-    EXPECT_EQ(wait(0), varmex_waitTimedOut) << "two in one process";
-    close(session);
-    dlclose(loaded);
-    inChild([this] { EXPECT_EQ(wait(0), varmex_waitTimedOut); });
-  }
-  session_.reset();
-  EXPECT_EQ(openDescriptors(), before);
 }
 
 }  // namespace

@@ -1,9 +1,6 @@
-// Sharing in hosts that fork, and that unload the library.
-
-#include <dlfcn.h>
+// Sharing in hosts that fork.
 
 #include <atomic>
-#include <filesystem>
 #include <thread>
 
 #include "tests/support/posix/child.h"
@@ -48,30 +45,6 @@ TEST_F(tSharingHost, aForkAmidOpensLeavesAChildThatOpens) {
   }
   done = true;
   for (std::thread& thread : threads) thread.join();
-}
-
-// A copy of the library, which this program does not hold on to.
-TEST_F(tSharingHost, theLibraryIsUnloadedAndLoadedAgain) {
-  Dl_info loaded{};
-  ASSERT_NE(dladdr(reinterpret_cast<void*>(&varmex_openPXISession), &loaded), 0);
-  const std::filesystem::path copy = machine_.folder() / "copy.so";
-  std::filesystem::copy_file(loaded.dli_fname, copy);
-  write("one");
-  for (int round = 0; round < 3; ++round) {
-    void* const library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
-    ASSERT_TRUE(library) << dlerror();
-    const auto openThere =
-        reinterpret_cast<decltype(&varmex_openPXISession)>(dlsym(library, "varmex_openPXISession"));
-    const auto closeThere =
-        reinterpret_cast<decltype(&varmex_close)>(dlsym(library, "varmex_close"));
-    varmex_Item* const first = openThere(0, nullptr);
-    varmex_Item* const second = openThere(0, nullptr);
-    EXPECT_TRUE(first && second);
-    closeThere(first);
-    closeThere(second);
-    dlclose(library);
-    EXPECT_FALSE(dlopen(copy.c_str(), RTLD_NOW | RTLD_NOLOAD)) << "still loaded";
-  }
 }
 
 }  // namespace

@@ -33,7 +33,12 @@ class tPosixWait : public tWaiting {
     EXPECT_EQ(json["internal_error"]["code"], code) << status_.text();
     varmex_releaseStatus(status_);
   }
+
+  // A session on a root that is a link to "one", beside a "twin" of the same time.
+  fs::path openSwitched();
 };
+
+constexpr std::chrono::milliseconds kAtOnce{100};
 
 void writeTime(const fs::path& path, int hour) {
   const timespec times[] = {{hour * 3600, 0}, {hour * 3600, 0}};
@@ -56,6 +61,29 @@ void exchange(const fs::path& a, const fs::path& b) {
   ASSERT_EQ(renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE), 0);
 }
 
+constexpr const char* kFile = "etc/pxi/pxisys.ini";
+
+void rootIsLink(const fs::path& place) { relink(place / "root", "one"); }
+void folderIsLink(const fs::path& place) {
+  fs::create_directories(place / "root/etc");
+  relink(place / "root/etc/pxi", "../../one/../one/etc/pxi");
+}
+void fileIsLink(const fs::path& place) {
+  fs::create_directories(place / "root/etc/pxi");
+  relink(place / "root" / kFile, place / "one" / kFile);
+}
+void rootIsFolder(const fs::path& place) { fs::rename(place / "one", place / "root"); }
+
+fs::path tPosixWait::openSwitched() {
+  const fs::path place = base() / "switched";
+  writeOf(1, place / "one" / kFile);
+  writeOf(1, place / "twin" / kFile);
+  rootIsLink(place);
+  setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
+  session_.reset(varmex_openPXISession(0, status_));
+  return place;
+}
+
 // The root of the library is `root` below a folder of each case's own; "one" and "two" are roots
 // with files of different times, "twin" one with the time of "one".
 struct tWay {
@@ -64,61 +92,56 @@ struct tWay {
   void (*change)(const fs::path& place);
 };
 
-constexpr const char* kFile = "etc/pxi/pxisys.ini";
-
 const tWay kWays[] = {
-    {"the root is a link and switched", [](const fs::path& p) { relink(p / "root", "one"); },
+    {"the root is a link and switched", rootIsLink,
      [](const fs::path& p) { relink(p / "root", p / "two"); }},
-    {"the folder is a link and switched",
+    {"the root is left dangling and restored", rootIsLink,
      [](const fs::path& p) {
-       fs::create_directories(p / "root/etc");
-       relink(p / "root/etc/pxi", "../../one/../one/etc/pxi");
-     },
+       relink(p / "root", "none");
+       relink(p / "root", "two");
+     }},
+    {"the folder is a link and switched", folderIsLink,
      [](const fs::path& p) { relink(p / "root/etc/pxi", "../../two/etc/pxi"); }},
+    {"the folder is left dangling and restored", folderIsLink,
+     [](const fs::path& p) {
+       fs::rename(p / "one", p / "away");
+       fs::rename(p / "two", p / "one");
+     }},
     {"a link behind the link is switched",
      [](const fs::path& p) {
        relink(p / "middle", p / "one");
        relink(p / "root", "middle");
      },
      [](const fs::path& p) { relink(p / "middle", "two"); }},
-    {"the file is a link and its target is written",
-     [](const fs::path& p) {
-       fs::create_directories(p / "root/etc/pxi");
-       relink(p / "root" / kFile, p / "one" / kFile);
-     },
+    {"the file is a link and its target is written", fileIsLink,
      [](const fs::path& p) { std::ofstream(p / "one" / kFile, std::ios::app) << "; more\n"; }},
-    {"the file is a link and its target is renamed over",
-     [](const fs::path& p) {
-       fs::create_directories(p / "root/etc/pxi");
-       relink(p / "root" / kFile, p / "one" / kFile);
-     },
+    {"the file is a link and its target is renamed over", fileIsLink,
      [](const fs::path& p) { fs::rename(p / "two" / kFile, p / "one" / kFile); }},
     {"the file is a dangling link and its target appears",
      [](const fs::path& p) {
-       fs::create_directories(p / "root/etc/pxi");
-       relink(p / "root" / kFile, p / "later/file");
+       fileIsLink(p);
+       fs::remove(p / "one" / kFile);
      },
-     [](const fs::path& p) {
-       fs::create_directories(p / "later");
-       writeOf(1, p / "later/file");
-     }},
+     [](const fs::path& p) { writeOf(1, p / "one" / kFile); }},
     {"the file has another name by which it is written",
      [](const fs::path& p) {
-       fs::rename(p / "one", p / "root");
+       rootIsFolder(p);
        fs::create_hard_link(p / "root" / kFile, p / "name");
      },
      [](const fs::path& p) { std::ofstream(p / "name", std::ios::app) << "; more\n"; }},
-    {"a parent folder is replaced", [](const fs::path& p) { fs::rename(p / "one", p / "root"); },
+    {"a parent folder is replaced", rootIsFolder,
      [](const fs::path& p) { exchange(p / "root/etc", p / "two/etc"); }},
-    {"the folder is replaced while something stands in it",
+    {"the folder is removed and made again while something stands in it",
      [](const fs::path& p) {
-       fs::create_directories(p / "root/etc/pxi");
+       rootIsFolder(p);
        // Until the end of the program.
        EXPECT_GE(open((p / "root/etc/pxi").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), 0);
      },
-     [](const fs::path& p) { fs::rename(p / "two/etc/pxi", p / "root/etc/pxi"); }},
-    {"a switch that changes nothing, and a change behind it",
-     [](const fs::path& p) { relink(p / "root", "one"); },
+     [](const fs::path& p) {
+       fs::remove_all(p / "root/etc/pxi");
+       writeOf(2, p / "root" / kFile);
+     }},
+    {"a switch that changes nothing, and a change behind it", rootIsLink,
      [](const fs::path& p) {
        relink(p / "root", "twin");
        std::this_thread::sleep_for(std::chrono::milliseconds(100));
@@ -126,22 +149,33 @@ const tWay kWays[] = {
      }},
 };
 
-TEST_F(tPosixWait, seesAllThatDecidesWhatThePathsStandFor) {
+// A busy machine may be late, but not always.
+TEST_F(tPosixWait, seesAllThatDecidesWhatThePathsStandForAtOnce) {
   int number = 0;
-  for (const tWay& way : kWays) {
-    const fs::path place = base() / ("way" + std::to_string(number++));
-    writeOf(1, place / "one" / kFile);
-    writeOf(1, place / "twin" / kFile);
-    writeOf(2, place / "two" / kFile);
-    way.prepare(place);
-    setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
-    session_.reset(varmex_openPXISession(0, status_));
-    ASSERT_TRUE(session_) << way.name << ' ' << status_.text();
-    // What a session waits for does not depend on where another would look.
-    setenv("VARMEX_FSROOT", "/nonexistent", 1);
-    EXPECT_EQ(wait(0), varmex_waitTimedOut) << way.name;
-    EXPECT_EQ(waitDuring([&] { way.change(place); }), varmex_waitChanged)
-        << way.name << ' ' << status_.text();
+  for (const auto& [name, prepare, change] : kWays) {
+    std::chrono::nanoseconds best = std::chrono::hours(1);
+    for (int attempt = 0; attempt < 5 && best > kAtOnce; ++attempt) {
+      const fs::path place = base() / ("way" + std::to_string(number++));
+      writeOf(1, place / "one" / kFile);
+      writeOf(1, place / "twin" / kFile);
+      writeOf(2, place / "two" / kFile);
+      prepare(place);
+      setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
+      session_.reset(varmex_openPXISession(0, status_));
+      ASSERT_TRUE(session_) << name << ' ' << status_.text();
+      // What a session waits for does not depend on where another would look.
+      setenv("VARMEX_FSROOT", "/nonexistent", 1);
+      EXPECT_EQ(wait(0), varmex_waitTimedOut) << name;
+      varmex_WaitResult result = waitDuring([&, act = change] { act(place); });
+      best = std::min(best, latency_);
+      // The folder that is not there for a moment may be missed: the next wait looks again.
+      if (result == varmex_waitFailed) {
+        expectFault(result, ENOENT);
+        result = wait(kLongWait);
+      }
+      EXPECT_EQ(result, varmex_waitChanged) << name << ' ' << status_.text();
+    }
+    EXPECT_LT(best, kAtOnce) << name;
   }
 }
 
@@ -174,13 +208,17 @@ TEST_F(tPosixWait, seesMountsOverTheFolder) {
       return;
     }
     describe(kOneChassis, "");
-    const auto mountOver = [this] {
-      EXPECT_EQ(mount("none", machine_.folder().c_str(), "tmpfs", 0, nullptr), 0);
-    };
-    EXPECT_EQ(waitDuring(mountOver), varmex_waitChanged) << status_.text();
-    session_.reset(varmex_openPXISession(0, status_));
-    const auto unmount = [this] { EXPECT_EQ(umount2(machine_.folder().c_str(), MNT_DETACH), 0); };
-    EXPECT_EQ(waitDuring(unmount), varmex_waitChanged) << status_.text();
+    const std::string folder = machine_.folder().string();
+    const std::function<int()> acts[] = {
+        [&] { return mount("none", folder.c_str(), "tmpfs", 0, nullptr); },
+        [&] { return umount2(folder.c_str(), MNT_DETACH); }};
+    std::chrono::nanoseconds best[] = {std::chrono::hours(1), std::chrono::hours(1)};
+    for (int round = 0; round < 10; ++round) {
+      session_.reset(varmex_openPXISession(0, status_));
+      EXPECT_EQ(waitDuring([&] { EXPECT_EQ(acts[round % 2](), 0); }), varmex_waitChanged);
+      best[round % 2] = std::min(best[round % 2], latency_);
+    }
+    for (const auto latency : best) EXPECT_LT(latency, kAtOnce);
   });
 }
 
@@ -290,12 +328,7 @@ std::size_t watchesInUse() {
 }
 
 TEST_F(tPosixWait, watchesNothingButTheWay) {
-  const fs::path place = base() / "switched";
-  writeOf(1, place / "one" / kFile);
-  writeOf(1, place / "twin" / kFile);
-  relink(place / "root", "one");
-  setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
-  session_.reset(varmex_openPXISession(0, status_));
+  const fs::path place = openSwitched();
   const tItem other(varmex_openPXISession(0, status_));
   ASSERT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
   const std::size_t before = watchesInUse();
@@ -309,12 +342,7 @@ TEST_F(tPosixWait, watchesNothingButTheWay) {
 
 // Events get lost while nobody waits; among them the one that a link was switched.
 TEST_F(tPosixWait, aQueueThatRunsOverIsALookAtEverything) {
-  const fs::path place = base() / "overflow";
-  writeOf(1, place / "one" / kFile);
-  writeOf(1, place / "twin" / kFile);
-  relink(place / "root", "one");
-  setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
-  session_.reset(varmex_openPXISession(0, status_));
+  const fs::path place = openSwitched();
   ASSERT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
   std::size_t longest = 0;
   std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> longest;

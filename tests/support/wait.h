@@ -22,16 +22,26 @@ class tWaiting : public tModel {
     return varmex_waitForSessionInvalidation(session_.get(), timeout, status_);
   }
 
-  // The result of a wait that another thread makes while `act` runs.
+  // The result of a wait that another thread makes while `act` runs. How long behind the act it
+  // ended is in `latency_`.
   template <class Act>
   varmex_WaitResult waitDuring(Act act, std::uint32_t timeout = kLongWait) {
+    using tClock = std::chrono::steady_clock;
     varmex_WaitResult result = 0;
-    std::thread waiter([&] { result = wait(timeout); });
+    tClock::time_point end;
+    std::thread waiter([&] {
+      result = wait(timeout);
+      end = tClock::now();
+    });
     settle();
     act();
+    const tClock::time_point begin = tClock::now();
     waiter.join();
+    latency_ = end - begin;
     return result;
   }
+
+  std::chrono::nanoseconds latency_{};
 };
 
 }  // namespace test

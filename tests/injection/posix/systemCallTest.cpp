@@ -8,9 +8,8 @@
 #include <functional>
 #include <sstream>
 
-#include "corpxiTools/fileSystem/utils.h"
-#include "tests/injection/posix/systemCalls.h"
 #include "tests/support/model.h"
+#include "tests/support/posix/systemCalls.h"
 #include "tests/support/routing.h"
 #include "tests/support/serviceLibrary.h"
 
@@ -119,20 +118,6 @@ std::string walk(varmex_Item* session, std::uint32_t kind, std::uint32_t first, 
     answer += attributes(item.get(), first, last);
   }
   return answer;
-}
-
-TEST(FileExists, tellsWhyItCannotKnow) {
-  const std::pair<int, std::int32_t> codes[] = {
-      {ENOENT, 0}, {EACCES, -50207}, {EINVAL, -52005}, {ELOOP, -50202}, {EIO, -50202}};
-  for (const auto& [error, expected] : codes) {
-    for (const std::int32_t before : {0, -7}) {
-      std::int32_t code = before;
-      failSystemCall("stat", 1, error);
-      EXPECT_FALSE(varmex::fileExists("/", code));
-      EXPECT_TRUE(systemCallFailed());
-      EXPECT_EQ(code, before ? before : expected) << std::strerror(error);
-    }
-  }
 }
 
 TEST_P(tSystemCallInjection, opening) {

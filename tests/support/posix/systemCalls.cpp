@@ -1,73 +1,161 @@
 #include "tests/support/posix/systemCalls.h"
 
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <atomic>
 #include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <mutex>
 #include <utility>
+
+namespace test {
 
 namespace {
 
-test::tSystemCalls* current = nullptr;
+std::atomic<bool> armed{false};
+std::mutex mutex;
+std::string target;
+long countdown = 0;  // at 1 the next call fails
+int failure = 0;
 
-// Whether the call is to fail. What a hook does itself is left alone.
-template <class Hook>
-bool intercept(const char* name, Hook hook) {
-  test::tSystemCalls* const calls = std::exchange(current, nullptr);
-  if (!calls) return false;
-  ++calls->counts[name];
-  hook(*calls);
-  const auto failure = calls->failures.extract(name);
-  current = calls;
-  if (failure) errno = failure.mapped();
-  return !failure.empty();
+tSystemCalls* current = nullptr;
+
+int errorFor(const char* name, const char* path) {
+  if (tSystemCalls* const calls = std::exchange(current, nullptr)) {
+    ++calls->counts[name];
+    // It may take itself away.
+    if (const auto hook = calls->before.find(name); hook != calls->before.end()) {
+      const std::function<void(const char*)> act = hook->second;
+      act(path);
+    }
+    const auto planned = calls->failures.extract(name);
+    current = calls;
+    return planned ? planned.mapped() : 0;
+  }
+  if (!armed) return 0;
+  const std::lock_guard lock(mutex);
+  return target == name && countdown > 0 && --countdown == 0 ? failure : 0;
 }
 
-void doNothing(test::tSystemCalls&) {}
-
-// One that may take itself away.
-void call(std::function<void()> hook) {
-  if (hook) hook();
+// Whether this call is to fail; its error is then set.
+bool mustFail(const char* name, const char* path = "") {
+  const int error = errorFor(name, path);
+  if (error != 0) errno = error;
+  return error != 0;
 }
 
 }  // namespace
 
-extern "C" {
-
-int __real_open(const char* path, int flags, ...);
-ssize_t __real_read(int descriptor, void* buffer, size_t size);
-int __real_stat(const char* path, struct stat* status);
-int __real_fstat(int descriptor, struct stat* status);
-
-int __wrap_open(const char* path, int flags, ...) {
-  const auto hook = [path](test::tSystemCalls& calls) {
-    if (calls.beforeOpen) calls.beforeOpen(path);
-  };
-  return intercept("open", hook) ? -1 : __real_open(path, flags, 0600);
+const std::vector<tSystemCall>& systemCalls() {
+  // ENOENT is not among them, where it is an answer and no failure. The build reads the names here.
+  static const std::vector<tSystemCall> calls = {{"open", {EACCES, EMFILE, ENOMEM, EINTR, ELOOP}},
+                                                 {"fdopen", {ENOMEM}},
+                                                 {"read", {EIO, EINTR}},
+                                                 {"close", {EINTR, EIO}},
+                                                 {"fclose", {EIO}},
+                                                 {"fstat", {EIO, ENOMEM}},
+                                                 {"stat", {EACCES, EIO, ENOMEM, ELOOP}},
+                                                 {"lstat", {EACCES, EIO}},
+                                                 {"readlink", {EINVAL, EACCES}},
+                                                 {"flock", {EINTR, EWOULDBLOCK, ENOLCK}},
+                                                 {"inotify_init1", {EMFILE, ENOMEM}},
+                                                 {"inotify_add_watch", {ENOSPC, EACCES}},
+                                                 {"inotify_rm_watch", {EINVAL}},
+                                                 {"socketpair", {EMFILE}},
+                                                 {"poll", {EINTR, ENOMEM}},
+                                                 {"recv", {EINTR, ECONNRESET}},
+                                                 {"send", {EPIPE, EAGAIN}},
+                                                 {"nanosleep", {EINTR}},
+                                                 {"dlopen", {ENOMEM}},
+                                                 {"dlsym", {ENOENT}},
+                                                 {"dlclose", {EINVAL}},
+                                                 {"dlinfo", {EINVAL}},
+                                                 {"dladdr1", {EINVAL}},
+                                                 {"getrandom", {EINTR, ENOSYS}},
+                                                 {"syscall", {ENOSYS, EINTR}}};
+  return calls;
 }
 
-ssize_t __wrap_read(int descriptor, void* buffer, size_t size) {
-  return intercept("read", [](test::tSystemCalls& calls) { call(calls.beforeRead); })
-             ? -1
-             : __real_read(descriptor, buffer, size);
+void failSystemCall(const std::string& name, long n, int error) {
+  const std::lock_guard lock(mutex);
+  target = name;
+  countdown = n;
+  failure = error;
+  armed = true;
 }
 
-int __wrap_stat(const char* path, struct stat* status) {
-  return intercept("stat", [](test::tSystemCalls& calls) { call(calls.beforeStat); })
-             ? -1
-             : __real_stat(path, status);
+bool systemCallFailed() {
+  const std::lock_guard lock(mutex);
+  armed = false;
+  return countdown == 0;
 }
-
-int __wrap_fstat(int descriptor, struct stat* status) {
-  return intercept("fstat", doNothing) ? -1 : __real_fstat(descriptor, status);
-}
-
-}  // extern "C"
-
-namespace test {
 
 tSystemCalls::tSystemCalls() { current = this; }
 
 tSystemCalls::~tSystemCalls() { current = nullptr; }
 
 }  // namespace test
+
+// WRAP(result, name, parameters, arguments, what a failing call answers). The linker sends the
+// program's calls of each name here.
+#define WRAP(result, name, parameters, arguments, failed)            \
+  extern "C" result __real_##name parameters;                        \
+  extern "C" result __wrap_##name parameters {                       \
+    return test::mustFail(#name) ? failed : __real_##name arguments; \
+  }
+
+// RELEASE(name, type): the resource is gone even if the call tells of a failure.
+#define RELEASE(name, type)                     \
+  extern "C" int __real_##name(type resource);  \
+  extern "C" int __wrap_##name(type resource) { \
+    const bool fails = test::mustFail(#name);   \
+    const int error = errno;                    \
+    const int result = __real_##name(resource); \
+    if (!fails) return result;                  \
+    errno = error;                              \
+    return -1;                                  \
+  }
+
+// It may fail for a file on a disk, not for what the kernel makes up.
+extern "C" int __real_fstat(int file, struct stat* status);
+extern "C" int __wrap_fstat(int file, struct stat* status) {
+  const int result = __real_fstat(file, status);
+  const bool isOnDisk = result == 0 && S_ISREG(status->st_mode) && status->st_size > 0;
+  return isOnDisk && test::mustFail("fstat") ? -1 : result;
+}
+
+extern "C" int __real_open(const char* path, int flags, mode_t mode);
+extern "C" int __wrap_open(const char* path, int flags, mode_t mode) {
+  return test::mustFail("open", path) ? -1 : __real_open(path, flags, mode);
+}
+
+// clang-format off
+WRAP(FILE*, fdopen, (int file, const char* mode), (file, mode), nullptr)
+WRAP(ssize_t, read, (int file, void* bytes, std::size_t size), (file, bytes, size), -1)
+WRAP(int, stat, (const char* path, struct stat* status), (path, status), -1)
+WRAP(int, lstat, (const char* path, struct stat* status), (path, status), -1)
+WRAP(ssize_t, readlink, (const char* path, char* text, std::size_t size), (path, text, size), -1)
+WRAP(int, flock, (int file, int operation), (file, operation), -1)
+WRAP(int, inotify_init1, (int flags), (flags), -1)
+WRAP(int, inotify_add_watch, (int file, const char* path, std::uint32_t mask), (file, path, mask), -1)
+WRAP(int, inotify_rm_watch, (int file, int watch), (file, watch), -1)
+WRAP(int, socketpair, (int domain, int type, int protocol, int* pair), (domain, type, protocol, pair), -1)
+WRAP(int, poll, (pollfd* files, unsigned long count, int timeout), (files, count, timeout), -1)
+WRAP(ssize_t, recv, (int file, void* bytes, std::size_t size, int flags), (file, bytes, size, flags), -1)
+WRAP(ssize_t, send, (int file, const void* bytes, std::size_t size, int flags), (file, bytes, size, flags), -1)
+WRAP(int, nanosleep, (const timespec* time, timespec* left), (time, left), -1)
+WRAP(void*, dlopen, (const char* path, int flags), (path, flags), nullptr)
+WRAP(void*, dlsym, (void* library, const char* name), (library, name), nullptr)
+WRAP(int, dlinfo, (void* library, int request, void* answer), (library, request, answer), -1)
+WRAP(int, dladdr1, (const void* address, void* place, void** more, int flags), (address, place, more, flags), 0)
+WRAP(ssize_t, getrandom, (void* bytes, std::size_t size, unsigned flags), (bytes, size, flags), -1)
+WRAP(long, syscall, (long number, long a, long b, long c, long d, long e, long f), (number, a, b, c, d, e, f), -1)
+RELEASE(close, int)
+RELEASE(fclose, FILE*)
+RELEASE(dlclose, void*)
+// clang-format on

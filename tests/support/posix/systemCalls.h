@@ -4,11 +4,26 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace test {
 
-// As long as one lives it stands between this program's own code and the system calls "open",
-// "read", "stat" and "fstat", which the linker wraps. One thread uses it.
+// A system call that the library makes, and the errors that it may come to.
+struct tSystemCall {
+  std::string name;
+  std::vector<int> errors;
+};
+const std::vector<tSystemCall>& systemCalls();
+
+// Makes the n-th call of that name from now on fail with the error, once. Calls count in all
+// threads, as far as the program's own objects make them.
+void failSystemCall(const std::string& name, long n, int error);
+
+// Ends it; whether it came to the failure.
+bool systemCallFailed();
+
+// As long as one lives it stands between this program's own code and those calls, but for what its
+// hooks do themselves. One thread uses it.
 class tSystemCalls {
  public:
   tSystemCalls();
@@ -16,9 +31,8 @@ class tSystemCalls {
   tSystemCalls(const tSystemCalls&) = delete;
   tSystemCalls& operator=(const tSystemCalls&) = delete;
 
-  std::function<void(const char* path)> beforeOpen;
-  std::function<void()> beforeRead;
-  std::function<void()> beforeStat;
+  // What goes ahead of each call of that name; the path is that of "open".
+  std::map<std::string, std::function<void(const char* path)>> before;
 
   // The next call of that name fails with that error, once.
   std::map<std::string, int> failures;

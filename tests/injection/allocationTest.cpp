@@ -1,9 +1,11 @@
-// Every exported query function with every one of its allocations failing in turn.
+// Every exported function with every one of its allocations failing in turn.
 
 #include <functional>
+#include <nlohmann/json.hpp>
 
 #include "tests/injection/allocation.h"
 #include "tests/support/model.h"
+#include "tests/support/routing.h"
 #include "tests/support/serviceLibrary.h"
 
 namespace test {
@@ -32,6 +34,13 @@ constexpr const char* kPxieSys =
 
 // The result of a call, and how to give it back.
 using tCallUnderTest = std::function<bool(tStatusRecord*)>;
+
+bool openSession(tStatusRecord* status) {
+  return tItem(varmex_openPXISession(0, status)) != nullptr;
+}
+bool openSynchronized(tStatusRecord* status) {
+  return tItem(varmex_openPXISession(1, status)) != nullptr;
+}
 
 class tInjection : public tModel {
  protected:
@@ -90,15 +99,11 @@ class tInjection : public tModel {
 };
 
 TEST_F(tInjection, opening) {
-  const auto open = [](tStatusRecord* status) {
-    return tItem(varmex_openPXISession(0, status)) != nullptr;
-  };
-  inject("open beside a session of the same files", 0, open);
+  inject("open beside a session of the same files", 0, openSession);
   session_.reset();
-  inject("open", 0, open);
+  inject("open", 0, openSession);
   describe(kPxiSys, kPxieSys);
-  inject("open with a warning", varmex_warningFailedSync,
-         [](tStatusRecord* status) { return tItem(varmex_openPXISession(1, status)) != nullptr; });
+  inject("open with a warning", varmex_warningFailedSync, openSynchronized);
   for (std::uint32_t number : {1U, 2U, 3U}) {
     inject("chassis", number == 3 ? varmex_errorUnknownItem : 0, [=, this](tStatusRecord* status) {
       return tItem(varmex_openChassisByNumber(session_.get(), number, status)) != nullptr;
@@ -126,11 +131,9 @@ TEST_F(tInjection, aConflictingDescription) {
       "[System]\nChassisList=1\n[Chassis1]\nSlotList=2,3\n[Chassis1Slot2]\n"
       "PCIBusNumber=1\nPCIDeviceNumber=1\n[Chassis1Slot3]\nPCIBusNumber=1\n"
       "PCIDeviceNumber=1\n");
-  inject("conflict", varmex_errorInformationConflict,
-         [](tStatusRecord* status) { return tItem(varmex_openPXISession(0, status)) != nullptr; });
+  inject("conflict", varmex_errorInformationConflict, openSession);
   machine_.writePxiSys("[System]\nChassisList=x\n");
-  inject("bad list", varmex_errorInformationNotAvailable,
-         [](tStatusRecord* status) { return tItem(varmex_openPXISession(0, status)) != nullptr; });
+  inject("bad list", varmex_errorInformationNotAvailable, openSession);
 }
 
 TEST_F(tInjection, attributes) {
@@ -157,9 +160,6 @@ TEST_F(tInjection, triggerManagers) {
     const tItem item(varmex_openChassisByNumber(session_.get(), 1, status));
     return varmex_getU32Attribute(item.get(), varmex_u32_IsTriggerManagerNative, status) == 1;
   };
-  const auto open = [](tStatusRecord* status) {
-    return tItem(varmex_openPXISession(1, status)) != nullptr;
-  };
   describe(kPxiSys, std::string(kPxieSys) + "[Chassis1]\nTriggerManager=A\\T\n");
   inject("no library", varmex_errorTriggerManagerLibraryNotFound, library);
   machine_.setRegistryText("SOFTWARE\\PXISA\\Services\\Trigger Managers\\A\\T", "Library",
@@ -169,10 +169,10 @@ TEST_F(tInjection, triggerManagers) {
   {
     const tInstalledServiceLibrary service("full");
     inject("native", 0, native);
-    inject("synchronised open", 0, open);
+    inject("synchronised open", 0, openSynchronized);
     service.tell("initialize -9 modeStatus -9");
     inject("native, failed", -9, native);
-    inject("open, failed", varmex_warningFailedSync, open);
+    inject("open, failed", varmex_warningFailedSync, openSynchronized);
   }
   const tInstalledServiceLibrary service("withoutmode");
   machine_.setRegistryValue("SOFTWARE\\Corvane\\COR-DUNMOR", "TriggerManagersNoForward", 7,
@@ -229,6 +229,69 @@ TEST_F(tInjection, containersAndCopies) {
   inject("no container", varmex_errorAttributeNotApplicable, [this](tStatusRecord* status) {
     return varmex_getItemContainer(session_.get(), 7, status) != nullptr;
   });
+}
+
+class tRoutingInjection : public tInjection {
+ protected:
+  void SetUp() override {
+    describe("", kRoutingDescription);
+    open_ = newDevice();
+    routing_.reset(telmar_ra_varmex_createSession(open_.c_str(), std::realloc, status_));
+  }
+  // Devices live as long as the process.
+  static std::string newDevice() {
+    static int count = 0;
+    return "5.0.0:7 " + std::to_string(count++);
+  }
+  // `call` answers nothing but its status.
+  void injectRouting(const char* name, const std::function<void(tStatusRecord*)>& call) {
+    inject(name, 0, [&](tStatusRecord* status) { return call(status), status->code == 0; });
+  }
+
+  std::string open_;
+  tRoutingSession routing_;
+};
+
+TEST_F(tRoutingInjection, opening) {
+  injectRouting("create", [](tStatusRecord* status) {
+    const std::string name = newDevice();
+    tRoutingSession(telmar_ra_varmex_createSession(name.c_str(), std::realloc, status));
+  });
+  injectRouting("create again", [this](tStatusRecord* status) {
+    tRoutingSession(telmar_ra_varmex_createSession(open_.c_str(), std::realloc, status));
+  });
+  injectRouting("terminals", [this](tStatusRecord* status) {
+    tIterator(telmar_ra_varmex_getAllTerminals(routing_.get(), status));
+  });
+}
+
+TEST_F(tRoutingInjection, routes) {
+  telmar_ra_Session* const session = routing_.get();
+  const std::string seeds = seed("PXI_Trig5", "a token that no string object holds in place");
+  const char* const destinations =
+      R"(["PXI_Trig5","PXI_Trig5","PXI_Trig5","PXI_Trig5","PXI_Trig5","PXI_Trig5"])";
+  tText reply;
+  injectRouting("calculate", [&](tStatusRecord* status) {
+    telmar_ra_varmex_calculateRoute(session, seeds.c_str(), destinations, nullptr, &reply.text,
+                                    status);
+  });
+  const std::uint32_t ticket = nlohmann::json::parse(reply.text)[0]["ticket"];
+  for (const std::uint32_t reserved : {ticket, ticket + 1}) {
+    injectRouting("reserve", [&](tStatusRecord* status) {
+      telmar_ra_varmex_reserveRoute(session, reserved, nullptr, status);
+    });
+  }
+  injectRouting("path", [&](tStatusRecord* status) {
+    telmar_ra_varmex_getRouteTerminalPath(session, ticket, &reply.text, status);
+  });
+  injectRouting("constraints", [&](tStatusRecord* status) {
+    telmar_ra_varmex_getHandledConstraints(session, &reply.text, status);
+  });
+  for (const std::uint32_t gone : {ticket, ticket + 1})
+    telmar_ra_varmex_destroyRoute(session, gone);
+  telmar_ra_varmex_calculateRoute(session, seed("PXI_Trig5", "b").c_str(), destinations, nullptr,
+                                  &reply.text, status_);
+  EXPECT_NE(std::string(reply.text), "[]") << "nothing is held by a call that failed";
 }
 
 }  // namespace
