@@ -105,17 +105,11 @@ constexpr const char* kDescription =
     "[Chassis1Slot2]\nSlotType=PXIeSystemTimingSlot\nAddressInfo=PXI0::5-0.0::INSTR\n"
     "[Chassis1Slot3]\nSlotType=PXIeHybridSlot\nPeripheralModuleOccupiedSlotList=3\n";
 
-TEST_F(tConcurrency, threadsQueryOneSession) {
-  describe("", kDescription);
-  ASSERT_TRUE(session_) << status_.text();
-  runInThreads(4, [this](int) {
-    for (int round = 0; round < 20; ++round) readEverything(session_.get());
-  });
-}
-
-TEST_F(tConcurrency, threadsFillTheCachesOfOneSlot) {
-  for (int round = 0; round < 40; ++round) {
-    // Another description, of which nothing has been worked out.
+// Of a description of which nothing has been worked out: one item, one session, and sessions of
+// their own.
+TEST_F(tConcurrency, threadsAskWhatNobodyAskedBefore) {
+  machine_.writeConfiguration();
+  for (int round = 0; round < 30; ++round) {
     describe("", kDescription + (';' + std::to_string(round)));
     const tItem item = slot(1, 3);
     std::vector<const char*> names(4);
@@ -126,7 +120,10 @@ TEST_F(tConcurrency, threadsFillTheCachesOfOneSlot) {
       EXPECT_EQ(varmex_getU32Attribute(item.get(), varmex_u32_DStarTriggerSet, status), 0U);
       names[static_cast<std::size_t>(n)] =
           varmex_getStringAttribute(item.get(), varmex_str_TriggerBusStableName, status);
-      EXPECT_EQ(status.code(), 0) << status.text();
+      readEverything(session_.get());
+      const tItem own(varmex_openPXISession(0, status));
+      ASSERT_EQ(status.code(), 0) << status.text();
+      readEverything(own.get());
     });
     for (const char* name : names) EXPECT_EQ(name, names[0]);
   }
@@ -160,19 +157,6 @@ TEST_F(tConcurrency, threadsReadARegistryThatChanges) {
       for (const int before = looks; looks < before + 3;) std::this_thread::yield();
     }
     done = true;
-  });
-}
-
-TEST_F(tConcurrency, threadsOpenSessionsOfTheirOwn) {
-  machine_.writeConfiguration();
-  describe("", kDescription);
-  runInThreads(4, [](int) {
-    for (int round = 0; round < 10; ++round) {
-      tStatus status;
-      const tItem session(varmex_openPXISession(0, status));
-      ASSERT_TRUE(session) << status.text();
-      readEverything(session.get());
-    }
   });
 }
 

@@ -161,10 +161,6 @@ TEST_F(tStatusRules, aTextThatIsNoneIsReplaced) {
   EXPECT_FALSE(nlohmann::json::parse(buffer, nullptr, false).is_discarded()) << buffer;
 }
 
-extern "C" int useHeaderFromC(void);
-
-TEST_F(tStatusRules, theHeaderServesC) { EXPECT_EQ(useHeaderFromC(), 0); }
-
 }  // namespace
 
 }  // namespace test
