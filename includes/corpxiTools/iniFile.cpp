@@ -103,7 +103,7 @@ bool readNumberList(const char* text, tNumbers& numbers) {
     const tSignedText parsed = readSigned(text);
     if (!parsed.end) return false;
     numbers.push_back(static_cast<std::uint32_t>(parsed.value));
-    text = std::strchr(parsed.end, ',');
+    text = *parsed.end == ',' ? parsed.end : std::strchr(parsed.end, ',');
     if (!text) return true;
     ++text;
   }
@@ -128,19 +128,6 @@ bool readIniText(const std::string& path, tIniText& text, const tContentDigest* 
 bool tIniFile::read(const std::string& path) { return isLoaded(store_.load(path.c_str())); }
 
 void tIniFile::load(tIniText text) { isLoaded(store_.load(std::move(text))); }
-
-const tIniSection* tIniFile::findSection(std::string_view section) const {
-  return store_.findSection(section);
-}
-
-const tIniSection* tIniFile::findSectionBehind(const tIniSection* earlier,
-                                               std::string_view section) const {
-  return store_.findSectionBehind(earlier, section);
-}
-
-const tIniItem* tIniFile::findItem(const tIniSection* section, std::string_view item) const {
-  return section ? tIniStore::findItem(*section, item) : nullptr;
-}
 
 const char* tIniFile::findValueText(const tIniSection* section, std::string_view item) const {
   const tIniItem* const found = findItem(section, item);

@@ -46,10 +46,14 @@ class tIniFile {
   bool hasSection(std::string_view section) const { return findSection(section) != nullptr; }
 
   // Null when there is none. The section lives as long as the content.
-  const tIniSection* findSection(std::string_view section) const;
+  const tIniSection* findSection(std::string_view section) const {
+    return store_.findSection(section);
+  }
 
   // The same, at less cost for a section that stands just behind an earlier one, if there is one.
-  const tIniSection* findSectionBehind(const tIniSection* earlier, std::string_view section) const;
+  const tIniSection* findSectionBehind(const tIniSection* earlier, std::string_view section) const {
+    return store_.findSectionBehind(earlier, section);
+  }
 
   tIniPlace placeOf(const tShortName& section) const {
     const tIniSection* const found = findSection(section);
@@ -57,7 +61,9 @@ class tIniFile {
   }
 
   // Null when there is no such section or item.
-  const tIniItem* findItem(const tIniSection* section, std::string_view item) const;
+  const tIniItem* findItem(const tIniSection* section, std::string_view item) const {
+    return section ? tIniStore::findItem(*section, item) : nullptr;
+  }
 
   bool hasItem(const tIniSection* section, std::string_view item) const {
     return findItem(section, item) != nullptr;

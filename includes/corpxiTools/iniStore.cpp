@@ -6,6 +6,7 @@
 #include <new>
 
 #include "corpxiTools/iniLine.h"
+#include "ostrel/quarks/nameBytes.h"
 #include "ostrel/quarks/numbers.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
@@ -26,25 +27,6 @@ std::size_t countByte(const char* begin, const char* end, char byte) {
     count += found;
   }
   return count;
-}
-
-template <class Word>
-std::uint64_t loadBytes(const char* position) {
-  Word word;
-  std::memcpy(&word, position, sizeof word);
-  return word;
-}
-
-// All bytes of a text of up to eight.
-std::uint64_t loadShort(const char* text, std::size_t length) {
-  if (length >= 4) {
-    return loadBytes<std::uint32_t>(text) | loadBytes<std::uint32_t>(text + length - 4) << 32;
-  }
-  if (length == 0) return 0;
-  const auto byte = [text](std::size_t n) {
-    return std::uint64_t{static_cast<unsigned char>(text[n])};
-  };
-  return byte(0) | byte(length / 2) << 8 | byte(length - 1) << 16;
 }
 
 std::uint32_t hashName(std::string_view name, const tHashSeed& seed) {
@@ -108,7 +90,7 @@ std::size_t findSlot(const std::vector<std::uint32_t>& index,
   std::size_t slot = hash & mask;
   for (; index[slot]; slot = (slot + 1) & mask) {
     const tIniSection& section = sections[index[slot] - 1];
-    if (section.hash == hash && section.nameView() == name) break;
+    if (section.hash == hash && isSameName(section.nameView(), name)) break;
   }
   return slot;
 }
@@ -397,7 +379,7 @@ const tIniSection* tIniStore::findSectionBehind(const tIniSection* earlier,
     const tIniSection* const end = sections_.data() + sections_.size();
     const tIniSection* const stop = behind + std::min(kMostLooks, end - behind);
     for (const tIniSection* section = behind; section != stop; ++section) {
-      if (section->nameView() == name) return section;
+      if (isSameName(section->nameView(), name)) return section;
     }
   }
   return findSection(name);
@@ -415,10 +397,10 @@ const tIniItem* tIniStore::findItem(const tIniSection& section, std::string_view
     const tIniItem* const place = std::lower_bound(
         begin, end, item,
         [](const tIniItem& entry, std::string_view name) { return entry.nameView() < name; });
-    return place != end && place->nameView() == item ? place : nullptr;
+    return place != end && isSameName(place->nameView(), item) ? place : nullptr;
   }
   for (const tIniItem* entry = begin; entry != end; ++entry) {
-    if (entry->nameLength == item.size() && entry->nameView() == item) return entry;
+    if (isSameName(entry->nameView(), item)) return entry;
   }
   return nullptr;
 }

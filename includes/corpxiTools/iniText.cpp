@@ -36,7 +36,8 @@ int tIniText::read(const char* path, const tContentDigest* expected) {
 int tIniText::readFile(const char* path, const tContentDigest* expected) {
   tInputFile file(path);
   if (!file.isOpen()) return kIniNotOpened;
-  if (!expected || expected->size == 0 || file.size() != expected->size) return readBytes(file);
+  if (!expected || expected->size == 0 || file.sizeAtOpen() != expected->size)
+    return readBytes(file);
   const int result = compare(file, *expected);
   return result < 0 || isExpected_ ? result : readFile(path, nullptr);
 }

@@ -1,5 +1,6 @@
 #include "source/varmex/DeviceMap.h"
 
+#include <optional>
 #include <utility>
 
 #include "source/varmex/deviceReadings.h"
@@ -18,8 +19,9 @@ tResult<> forEachSlot(const tIniFile& file, tNumbers chassisNumbers, Take take) 
   for (const std::uint32_t chassis : chassisNumbers) {
     const auto slots = listedOnce(file, file.placeOf(chassisKey(chassis)), "SlotList");
     if (!slots) return slots.refusal();
+    const tShortName anySlot = chassisKey(chassis).add("Slot");
     for (const std::uint32_t slot : *slots) {
-      const auto* const found = file.findSectionBehind(section, slotKey(chassis, slot));
+      const auto* const found = file.findSectionBehind(section, tShortName(anySlot).add(slot));
       if (!found) continue;
       section = found;
       const auto done = take(*section, chassis, slot);
@@ -63,8 +65,11 @@ tResult<> DeviceMap::enterExpress(const tIniFile& pxieSys, tNumbers chassisNumbe
 
 tResult<> DeviceMap::enter(const std::vector<tDeviceAddress>& addresses,
                            const tDevicePlace& place) {
+  std::optional<std::uint64_t> last;  // functions of one device mostly stand together
   for (const tDeviceAddress& address : addresses) {
-    const tDevicePlace& existing = places_.insert(keyOf(address), place).first;
+    const std::uint64_t key = keyOf(address);
+    if (std::exchange(last, key) == key) continue;
+    const tDevicePlace& existing = places_.insert(key, place).first;
     if (existing == place) continue;
     return tRefusal(kErrorInformationConflict, OSTREL_HERE)
         .u32("existingChassis", existing.chassis)

@@ -1,7 +1,9 @@
 #include "source/varmex/deviceReadings.h"
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
+#include <string_view>
 
 #include "ostrel/quarks/numbers.h"
 #include "source/varmex/description.h"
@@ -28,51 +30,65 @@ tResult<> recordFunctionAddress(const tIniFile& file, const tIniSection& section
   return kDone;
 }
 
-// Reads literal texts and numbers one behind the other; what does not fit is left where it is. A
-// number is read as "%d" does, so it may have white space and a sign ahead of it.
+bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
+
+bool isSeparator(char byte) { return byte == ';' || byte == '+'; }
+
+// Reads the resource name at the start of a text piece by piece and never past its end: what does
+// not fit is left where it is. A number is read as "%d" does, so it may have white space and a sign
+// ahead of it; a plus is none, it ends the name.
 class tNameReader {
  public:
-  explicit tNameReader(const char* text) : text_(text) {}
+  explicit tNameReader(const char* text) : begin_(text), text_(text) {}
 
-  bool literal(const char* expected) {
-    const char* text = text_;
-    for (; *expected; ++text, ++expected) {
-      if (*text != *expected) return false;
+  std::optional<tDeviceAddress> address() {
+    std::uint32_t first = 0;
+    std::uint32_t second = 0;
+    std::uint32_t third = 0;
+    std::uint32_t fourth = 0;
+    if (!literal("PXI") || !number(first) || !literal("::") || !number(second)) return {};
+    if (literal("-")) {
+      if (!number(third) || !literal(".") || !number(fourth) || !isWhole()) return {};
+      return tDeviceAddress{0, second, third, fourth};
     }
-    text_ = text;
+    // In the older form the number behind "PXI" is the bus.
+    if (!literal("::") || !number(third) || !isWhole()) return {};
+    return tDeviceAddress{0, first, second, third};
+  }
+
+  // Behind the name.
+  const char* end() {
+    while (*text_ && !isSeparator(*text_)) ++text_;
+    return text_;
+  }
+
+ private:
+  bool isWhole() {
+    const bool isEnd = literal("::INSTR") && (*text_ == '\0' || isSeparator(*text_));
+    return isEnd || std::string_view(begin_, end()).ends_with("::INSTR");
+  }
+
+  template <std::size_t Size>
+  bool literal(const char (&expected)[Size]) {
+    for (std::size_t n = 0; n < Size - 1; ++n) {
+      if (text_[n] != expected[n]) return false;
+    }
+    text_ += Size - 1;
     return true;
   }
 
   bool number(std::uint32_t& value) {
     const tSignedText number = readSigned(text_);
     if (!number.end) return false;
+    if (!isDigit(*text_) && std::find(text_, number.end, '+') != number.end) return false;
     value = static_cast<std::uint32_t>(number.value);
     text_ = number.end;
     return true;
   }
 
- private:
+  const char* begin_;
   const char* text_;
 };
-
-std::optional<tDeviceAddress> parseResourceName(std::string_view token) {
-  if (!token.ends_with("::INSTR")) return std::nullopt;
-  // What follows the token cannot be taken for a part of a number: it is a separator or the end.
-  tNameReader name(token.data());
-  std::uint32_t first = 0;
-  std::uint32_t second = 0;
-  std::uint32_t third = 0;
-  std::uint32_t fourth = 0;
-  if (!name.literal("PXI") || !name.number(first)) return std::nullopt;
-  if (!name.literal("::") || !name.number(second)) return std::nullopt;
-  if (name.literal("-")) {
-    if (!name.number(third) || !name.literal(".") || !name.number(fourth)) return std::nullopt;
-    return tDeviceAddress{0, second, third, fourth};
-  }
-  // In the older form the number behind "PXI" is the bus.
-  if (!name.literal("::") || !name.number(third)) return std::nullopt;
-  return tDeviceAddress{0, first, second, third};
-}
 
 }  // namespace
 
@@ -122,7 +138,7 @@ tResult<> tFunctionWalk::walkBridgeDevice(const tIniSection& parent, std::uint32
 
 const tIniSection* tFunctionWalk::findBelow(const tIniSection& parent, const tShortName& name) {
   name_.assign(parent.nameView()).append(name.view());
-  return file_.findSection(name_);
+  return file_.findSectionBehind(&parent, name_);
 }
 
 tResult<> tFunctionWalk::descend(const tIniSection& section, const tIniItem& list,
@@ -137,13 +153,11 @@ tResult<> tFunctionWalk::descend(const tIniSection& section, const tIniItem& lis
 }
 
 void parseResourceNames(const char* text, std::vector<tDeviceAddress>& addresses) {
-  const auto isSeparator = [](char byte) { return byte == ';' || byte == '+'; };
   while (*text) {
-    const char* end = text;
-    while (*end && !isSeparator(*end)) ++end;
-    const auto address = parseResourceName({text, static_cast<std::size_t>(end - text)});
+    tNameReader name(text);
+    const auto address = name.address();
     if (address) addresses.push_back(*address);
-    text = end;
+    text = name.end();
     while (isSeparator(*text)) ++text;
   }
 }

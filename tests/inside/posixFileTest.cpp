@@ -131,10 +131,10 @@ TEST(FileBytes, haveABoundWithoutASize) {
   EXPECT_TRUE(contentOf("/proc/version").ends_with('\n'));
   constexpr std::size_t kMost = 16 << 20;
   const tTestMachine machine;
-  machine.write(machine.pxiSys(), "");
   for (const std::size_t size : {kMost, kMost + 1}) {
-    std::filesystem::resize_file(machine.pxiSys(), size);
+    machine.write(machine.pxiSys(), "");
     tInputFile file(machine.pxiSys().c_str());
+    std::filesystem::resize_file(machine.pxiSys(), size);
     tSystemCalls calls;
     calls.failures = {{"fstat", EIO}};
     calls.before["read"] = [&](const char*) { calls.failures = {{"fstat", EIO}}; };

@@ -22,7 +22,7 @@ void enlarge(tFileBytes& content, std::size_t capacity) {
 bool readWholeFile(tInputFile& file, std::size_t padding, tFileBytes& content) {
   content.size = 0;
   // One byte more than there is, so that the end is seen without another allocation.
-  const std::uint64_t told = file.size();
+  const std::uint64_t told = file.sizeAtOpen();
   std::uint64_t capacity = (told > 0 ? told : kFirstGuess) + 1;
   while (true) {
     enlarge(content, capacity + padding);

@@ -22,12 +22,17 @@ class tInputFile {
   // In bytes, 0 when the system does not tell. The file may grow or shrink meanwhile.
   std::uint64_t size() const;
 
+  // What it was when the file was opened.
+  std::uint64_t sizeAtOpen() const { return sizeAtOpen_; }
+
   // How many bytes came into the buffer, less than its size at the end of the file alone; negative
   // on failure.
   std::int64_t read(char* buffer, std::size_t size);
 
  private:
-  int descriptor_;
+  int descriptor_ = -1;
+  std::uint64_t sizeAtOpen_ = 0;
+  std::uint64_t position_ = 0;
 };
 
 // A stream on a regular file, for reading, which no child process inherits; null when it can't be

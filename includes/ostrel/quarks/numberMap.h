@@ -17,7 +17,7 @@ class tNumberMap {
  public:
   // The value of the number, and whether it is the one given here.
   std::pair<const Value&, bool> insert(std::uint64_t number, const Value& value) {
-    if (entries_.size() == index_.size() / 2) growIndex();
+    if (2 * entries_.size() == index_.size()) growIndex();
     std::uint32_t& entry = index_[findSlot(number)];
     const bool isNew = entry == 0;
     if (isNew) {
@@ -51,8 +51,7 @@ class tNumberMap {
   // At most half of the index is in use.
   void growIndex() {
     constexpr std::size_t kSmallest = 64;
-    index_.assign(std::max(kSmallest, 2 * index_.size()), 0);
-    entries_.reserve(index_.size() / 2);
+    index_.assign(std::max(kSmallest, 4 * index_.size()), 0);
     std::uint32_t count = 0;
     for (const tEntry& entry : entries_) index_[findSlot(entry.number)] = ++count;
   }

@@ -74,7 +74,7 @@ tUnsignedText readUnsignedBase0(const char* text) {
   return {sign.negative ? 0 - value : value, magnitude.end, false};
 }
 
-tSignedText readSigned(const char* text) {
+tSignedText readSignedAtLength(const char* text) {
   constexpr std::int64_t kMax = std::numeric_limits<std::int32_t>::max();
   const tSign sign = readSign(text);
   const tMagnitude magnitude = readDigits<10>(sign.end);

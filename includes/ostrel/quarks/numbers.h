@@ -1,6 +1,7 @@
 #ifndef OSTREL_QUARKS_NUMBERS_H
 #define OSTREL_QUARKS_NUMBERS_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -29,7 +30,19 @@ struct tSignedText {
 };
 
 // strtol with base 10.
-tSignedText readSigned(const char* text);
+tSignedText readSignedAtLength(const char* text);
+
+// The same, quicker for what numbers mostly are: a few digits and nothing ahead of them.
+inline tSignedText readSigned(const char* text) {
+  constexpr std::ptrdiff_t kMostDigits = 9;  // that always fit
+  const char* end = text;
+  std::uint32_t value = 0;
+  for (std::uint32_t digit = 0; (digit = static_cast<std::uint32_t>(*end - '0')) < 10; ++end) {
+    value = value * 10 + digit;
+  }
+  if (end == text || end - text > kMostDigits) return readSignedAtLength(text);
+  return {static_cast<std::int32_t>(value), end, false};
+}
 
 }  // namespace varmex::inline nOSTRELS100
 

@@ -34,9 +34,9 @@ bool isRegular(const struct stat& status) {
 }
 
 // The look ahead of the open is for devices that do something as soon as they are opened, and for
-// the writer that waits at a pipe; the look behind it for what took the file's place in between.
-int openRegularFile(const char* path) {
-  struct stat status {};
+// the writer that waits at a pipe; the look behind it, whose answer the caller gets, for what took
+// the file's place in between.
+int openRegularFile(const char* path, struct stat& status) {
   if (stat(path, &status) != 0 || !isRegular(status)) return -1;
   const int descriptor = openUninterrupted(path);
   if (descriptor < 0) return -1;
@@ -45,9 +45,17 @@ int openRegularFile(const char* path) {
   return -1;
 }
 
+std::uint64_t sizeOf(const struct stat& status) {
+  return status.st_size > 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
 }  // namespace
 
-tInputFile::tInputFile(const char* path) : descriptor_(openRegularFile(path)) {}
+tInputFile::tInputFile(const char* path) {
+  struct stat status {};
+  descriptor_ = openRegularFile(path, status);
+  if (isOpen()) sizeAtOpen_ = sizeOf(status);
+}
 
 tInputFile::~tInputFile() {
   if (isOpen()) closeKeepingError(descriptor_);
@@ -55,8 +63,7 @@ tInputFile::~tInputFile() {
 
 std::uint64_t tInputFile::size() const {
   struct stat status {};
-  const bool known = fstat(descriptor_, &status) == 0 && status.st_size > 0;
-  return known ? static_cast<std::uint64_t>(status.st_size) : 0;
+  return fstat(descriptor_, &status) == 0 ? sizeOf(status) : 0;
 }
 
 std::int64_t tInputFile::read(char* buffer, std::size_t size) {
@@ -67,12 +74,16 @@ std::int64_t tInputFile::read(char* buffer, std::size_t size) {
     if (count < 0) return -1;
     if (count == 0) break;
     total += static_cast<std::size_t>(count);
+    position_ += static_cast<std::uint64_t>(count);
+    // No more than the file was said to have, though more was asked for: its end.
+    if (position_ == sizeAtOpen_) break;
   }
   return static_cast<std::int64_t>(total);
 }
 
 std::FILE* openInputStream(const char* path) {
-  const int descriptor = openRegularFile(path);
+  struct stat status {};
+  const int descriptor = openRegularFile(path, status);
   if (descriptor < 0) return nullptr;
   std::FILE* const stream = fdopen(descriptor, "r");
   if (!stream) closeKeepingError(descriptor);

@@ -8,7 +8,9 @@
 namespace varmex::inline nCORPXITOOLS000 {
 
 tInputFile::tInputFile(const char* path)
-    : descriptor_(_open(path, _O_RDONLY | _O_BINARY | _O_NOINHERIT)) {}
+    : descriptor_(_open(path, _O_RDONLY | _O_BINARY | _O_NOINHERIT)) {
+  if (isOpen()) sizeAtOpen_ = size();
+}
 
 tInputFile::~tInputFile() {
   if (isOpen()) _close(descriptor_);
@@ -28,6 +30,9 @@ std::int64_t tInputFile::read(char* buffer, std::size_t size) {
     if (count < 0) return -1;
     if (count == 0) break;
     total += static_cast<std::size_t>(count);
+    position_ += static_cast<std::uint64_t>(count);
+    // No more than the file was said to have, though more was asked for: its end.
+    if (position_ == sizeAtOpen_) break;
   }
   return static_cast<std::int64_t>(total);
 }
