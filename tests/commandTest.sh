@@ -57,6 +57,11 @@ expect 0 '^calculate +\[\{"ticket":1,"destination":"PXI_Trig3"' route 5.0.0 PXI_
 expect 0 '^reserve +done$' route 5.0.0 PXI_Star --token t
 expect 0 '"step": "destroy"' route 5.0.0 PXIe_DStarB --json
 expect 2 'no such terminal: x' route 5.0.0 x
+expect 0 '^  1/9 +13\.0\.0 13\.0\.1 13\.1\.0  Orlindt Instruments, Inc\. ORX-4081 Multimeter "DMM"  x1/1$' find dmm
+expect 1 '^varmex: no module fits "nothing"$' find nothing
+expect 2 'text' find ''
+expect 0 '^  1/7 +11\.0\.0 +DIO-LEFT +Havrel Modular +HM-6220 Digital I/O +x1/4 reduced$' list
+expect 2 'excludes' list --csv --jsonl
 # A full device, a narrow output, colours, a lock that another program holds.
 "$varmex" show >/dev/full 2>/dev/null
 is_failed=$?

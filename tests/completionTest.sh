@@ -58,7 +58,7 @@ expect() {
 }
 
 VARMEX_FSROOT=$here/../samples
-expect 'show draw check terminals route watch save make' ''
+expect 'show find list draw check terminals route watch save make' ''
 expect 'show' sh
 expect '--help --version' --
 expect '--json' check --j
@@ -74,6 +74,8 @@ expect '5.0.0 5.0.1' terminals 5.
 expect 'PXIe_DStarA PXIe_DStarB PXIe_DStarC' route --token me 5.0.0 PXIe
 expect '' route 99.0.0 ''
 expect 'dec hex' show --pci ''
+expect 'DIGITIZER-A DIGITIZER-B' find DIG
+expect 'place,address place,addresses' list --columns place,addr
 expect '' watch --timeout ''
 expect ':files' check --from ''
 expect ':files' save ''

@@ -3,6 +3,8 @@
 
 import base64
 import copy
+import csv
+import io
 import json
 import os
 import queue
@@ -205,6 +207,54 @@ def testDocuments():
             conforms(root.show(), "installation", f"make {chassis}")
 
 
+# Words to find, and the places of the modules that fit.
+FOUND = [
+    (["dmm"], "1/9"), (["Tessmere", "rf"], "1/3 1/12 2/5"), (["5.0.0"], "1/2"), (["37:00.0"], "2/5"),
+    (["0000:37:00.0"], "2/5"), (["37:"], "2/5"), (["PXI0::5-"], "1/2"), (["TL-20417"], "2/1 2/2 2/4 2/5 2/8"),
+    (["1/12"], "1/12"), (["pxi3slot4"], "3/4"), (["81.1"], "3/2 3/3 3/4 3/6"), (["dmm", "tessmere"], ""),
+    (["TLX-80"], ""),
+]
+
+
+def places(modules):
+    return " ".join(module["place"] for module in modules)
+
+
+def testModules():
+    with Root() as root:
+        for words, wanted in FOUND:
+            run = root.run("find", *words, "--json")
+            found = json.loads(run.stdout)
+            conforms(found, "modules", f"find {words}")
+            check(places(found["modules"]) == wanted and run.returncode == (not wanted),
+                  f"find {words}: {places(found['modules'])}, {run.returncode}")
+        modules = [json.loads(line) for line in root.run("list", "--jsonl").stdout.splitlines()]
+        for module in modules:
+            conforms(module, "module", f"list {module}")
+        check(len(modules) == 22 and modules[9]["slots"] == [12, 13, 14], "list --jsonl")
+        keys = "place,alias,width,reduced,slots,link,addresses"
+        rows = list(csv.reader(io.StringIO(root.run("list", "--csv", "--columns", keys, "--pci", "hex").stdout)))
+        check(rows[0] == keys.split(",") and len(rows) == 23 and rows[10] == [
+            "1/12", "GENERATOR", "4", "0", "12,13,14", "x4/4", "13:00.0 13:00.1"], f"list --csv: {rows[10]}")
+        some = json.loads(root.run("list", "--jsonl", "--columns", "place,link").stdout.splitlines()[5])
+        check(some == {"place": "1/7", "link": "x1/4 reduced"}, f"list --columns: {some}")
+        conforms(some, "module", "list --columns")
+        check(root.run("list", "--columns", "place,x").returncode == 2, "a column that is not there")
+        # A slot that is not there, an alias that needs quotes, a width that is no number.
+        root.edit(E, '18"', '18,19"')
+        root.edit(E, '"DMM"', 'D"M,M\x1b\xff')
+        root.edit(E, "LinkWidthNegotiated = 8", "LinkWidthNegotiated = x")
+        run = root.run("list", "--csv", "--columns", "place,alias,width")
+        rows = list(csv.reader(io.StringIO(run.stdout)))
+        check(run.returncode == 1 and rows[3] == ["1/3", "ANALYZER", ""] and rows[7][1].startswith('D"M,M\x1b')
+              and rows[13] == ["1/19", "", ""] and "slot 1/19" in run.stderr, f"broken list --csv: {rows}")
+        check("!1 " in root.run("list").stdout, "a mark in the list")
+        found = json.loads(root.run("find", "ANALYZER", "--json").stdout)
+        conforms(found, "modules", "find in a broken description")
+        check(places(found["modules"]) == "1/3 1/19 2/5" and found["failureCount"] == 2 and
+              "width" in found["modules"][0]["failures"], f"find in a broken description: {found}")
+
+
 class Watch:
     """A running watch, line by line."""
 
@@ -371,7 +421,7 @@ def unpiped(number):
     return lambda: signal.signal(number, signal.SIG_DFL) if number != signal.SIGKILL else None
 
 
-for test in (testDocuments, testBroken, testWatch, testSaved):
+for test in (testDocuments, testBroken, testModules, testWatch, testSaved):
     test()
 print(f"{passed} passed, {failed} failed")
 sys.exit(failed != 0)

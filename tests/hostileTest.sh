@@ -44,6 +44,8 @@ for input in "$here"/../fuzz/corpus/{ini,model,json,registry}/* {1..12}; do
     done
     try check
     try check --json
+    try find 1
+    try list --csv
     try draw -o "$VARMEX_FSROOT/picture.svg"
   done
 done

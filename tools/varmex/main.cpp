@@ -12,8 +12,9 @@ namespace {
 using namespace tool;
 
 // In the order in which the help lists them.
-constexpr tCommandPtr (*kCommands[])() = {makeShow,  makeDraw, makeCheck, makeTerminals, makeRoute,
-                                          makeWatch, makeSave, makeMake,  makeComplete};
+constexpr tCommandPtr (*kCommands[])() = {makeShow,  makeFind,      makeList,    makeDraw,
+                                          makeCheck, makeTerminals, makeRoute,   makeWatch,
+                                          makeSave,  makeMake,      makeComplete};
 
 }  // namespace
 

@@ -7,6 +7,7 @@
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/address.h"
+#include "tools/varmex/describe/modules.h"
 #include "tools/varmex/describe/terminals.h"
 #include "tools/varmex/saved/source.h"
 #include "tools/varmex/saved/temporaryRoot.h"
@@ -110,6 +111,26 @@ tCandidates files(const tWords&) { return {{kFiles, ""}}; }
 
 tCandidates notations(const tWords&) { return {{"dec", "33.15.0"}, {"hex", "21:0f.0, as lspci"}}; }
 
+tCandidates aliases(const tWords&) {
+  tCandidates candidates;
+  for (const varmex::ModuleAttempt& attempt : varmex::Session().eachModule()) {
+    if (attempt.module && !attempt.module->alias.empty()) {
+      candidates.push_back({attempt.module->alias, attempt.module->title()});
+    }
+  }
+  return candidates;
+}
+
+// Of several columns the last is unfinished.
+tCandidates columns(const tWords& words) {
+  const std::string ahead = words.back().substr(0, words.back().rfind(',') + 1);
+  tCandidates candidates;
+  for (const tModuleColumn& column : kModuleColumns) {
+    candidates.push_back({ahead + column.key, column.about});
+  }
+  return candidates;
+}
+
 tCandidates plans(const tWords&) {
   return {{"express:18", "PXI Express, 18 slots"}, {"classic:8", "PXI, 8 slots"}};
 }
@@ -125,7 +146,7 @@ constexpr tRule kRules[] = {
     {"show", "place", places},   {"draw", "chassis", chassis}, {"draw", "--output", files},
     {"make", "folder", files},   {"make", "chassis", plans},   {"", "address", addresses},
     {"", "terminal", terminals}, {"", "--pci", notations},     {"", "--from", files},
-    {"save", "file", files},
+    {"save", "file", files},     {"find", "text", aliases},    {"list", "--columns", columns},
 };
 
 bool takesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }

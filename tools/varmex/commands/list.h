@@ -12,6 +12,8 @@ using tCommandPtr = std::unique_ptr<tCommand>;
 tCommandPtr makeCheck();
 tCommandPtr makeComplete();
 tCommandPtr makeDraw();
+tCommandPtr makeFind();
+tCommandPtr makeList();
 tCommandPtr makeMake();
 tCommandPtr makeRoute();
 tCommandPtr makeSave();

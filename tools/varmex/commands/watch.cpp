@@ -11,6 +11,7 @@
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/describe/reason.h"
 #include "tools/varmex/text/failures.h"
+#include "tools/varmex/text/output.h"
 
 namespace tool {
 
@@ -111,7 +112,7 @@ class tWatch : public tCommand {
     if (asJson_) {
       tJson json = {{"schemaVersion", kSchemaVersion}, {"time", localTimeForPrograms()}};
       json.update(event);
-      std::cout << json.dump(-1, ' ', false, tJson::error_handler_t::replace) << '\n';
+      printJsonLine(json);
     } else {
       std::cout << localTime("%Y-%m-%d %H:%M:%S  ") << line << '\n';
     }

@@ -13,6 +13,10 @@ constexpr std::size_t kMostShown = 20;
 constexpr std::size_t kLongestReason = 400;  // in bytes
 
 std::string nameOf(const tJson& item) {
+  if (item.contains("place")) {
+    return (item.contains("name") ? "module in slot " : "slot ") + textOf(item, "place");
+  }
+  if (item.contains("chassis")) return "chassis " + textOf(item, "chassis");
   const std::string chassis = textOf(item, "ChassisNumber");
   const std::string slot = chassis + '/' + textOf(item, "SlotNumber");
   if (item.contains("BridgeNumber")) {
@@ -30,7 +34,7 @@ void visitFailures(Json& item, const Visit& visit) {
   if (item.contains("failures")) {
     for (auto& [about, failure] : item["failures"].items()) visit(item, about, failure);
   }
-  for (const char* const list : {"Chassis", "Slots", "Devices", "TriggerBridges"}) {
+  for (const char* const list : {"Chassis", "Slots", "Devices", "TriggerBridges", "modules"}) {
     if (!item.contains(list)) continue;
     for (Json& below : item[list]) visitFailures(below, visit);
   }

@@ -90,10 +90,13 @@ tLink linkOf(const tJson& slot) {
 }
 
 std::string linkTextOf(const tJson& slot) {
-  const tLink link = linkOf(slot);
   const auto anchor = numberOf(slot, "OccupyingModuleSlot");
   const bool isCovered = anchor && anchor != numberOf(slot, "SlotNumber");
-  if (isCovered || (!link.now && !link.possible)) return {};
+  return isCovered ? std::string() : linkTextOf(linkOf(slot));
+}
+
+std::string linkTextOf(const tLink& link) {
+  if (!link.now && !link.possible) return {};
   const std::string now = link.now ? 'x' + std::to_string(*link.now) : "-";
   const std::string possible = link.possible ? std::to_string(*link.possible) : "?";
   return now + '/' + possible + (link.isReduced() ? kReducedMark : "");

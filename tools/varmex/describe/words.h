@@ -31,6 +31,7 @@ struct tLink {
 tLink linkOf(const tJson& slot);
 
 // "x4/8 reduced" for 4 lanes now of 8 that both can, "-/8" for an empty slot.
+std::string linkTextOf(const tLink& link);
 std::string linkTextOf(const tJson& slot);
 
 // "1.3" for line 3 of trigger 1, with "controller" where the slot drives it. The attributes that

@@ -6,10 +6,18 @@
 
 namespace tool {
 
-void printJson(const tJson& json) {
-  // Texts of a description may be in any encoding; what is no UTF-8 is replaced.
-  std::cout << json.dump(2, ' ', false, tJson::error_handler_t::replace) << '\n';
+namespace {
+
+// Texts of a description may be in any encoding; what is no UTF-8 is replaced.
+void print(const tJson& json, int indentation) {
+  std::cout << json.dump(indentation, ' ', false, tJson::error_handler_t::replace) << '\n';
 }
+
+}  // namespace
+
+void printJson(const tJson& json) { print(json, 2); }
+
+void printJsonLine(const tJson& json) { print(json, -1); }
 
 void save(const std::string& text, const std::string& path) {
   if (path == "-") {

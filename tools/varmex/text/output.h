@@ -9,6 +9,7 @@ namespace tool {
 
 // For a program, on the standard output.
 void printJson(const tJson& json);
+void printJsonLine(const tJson& json);  // in one line
 
 // A whole text into a file, or to the standard output for "-". Throws std::runtime_error when it
 // can't be written.
