@@ -94,7 +94,7 @@ expect 0 '' watch --timeout 0.1
 watched=$("$varmex" watch --once --timeout 20 2>&1)
 wait
 for pattern in ' The description can.t be read: Section \[System\] has no ChassisList\.' \
-  '  chassis 1 \(V N\): model " -> N$' '  new chassis 2: V M$' '  new module in slot 1/5: W D$'; do
+  '  chassis 1, V N: model " -> N$' '  new: chassis 2, V M$' '  new: W D in slot 1/5$'; do
   if grep -qE -- "$pattern" <<<"$watched"; then
     passed=$((passed + 1))
   else

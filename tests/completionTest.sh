@@ -58,7 +58,7 @@ expect() {
 }
 
 VARMEX_FSROOT=$here/../samples
-expect 'show find list draw check terminals route watch save make' ''
+expect 'show find list draw check terminals route watch save diff make' ''
 expect 'show' sh
 expect '--help --version' --
 expect '--json' check --j
@@ -79,6 +79,8 @@ expect 'place,address place,addresses' list --columns place,addr
 expect '' watch --timeout ''
 expect ':files' check --from ''
 expect ':files' save ''
+expect ':files' diff a.json ''
+expect 'link-width' diff --ignore link-w
 expect '2/3' show --from "$here/../samples" 2/3
 expect '' nonsense ''
 

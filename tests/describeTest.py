@@ -282,25 +282,24 @@ class Watch:
         self.process.wait()
 
 
-DIGITIZER = 'Orlindt Instruments, Inc. ORX-5105 Digitizer "DIGITIZER-A"'
+DIGITIZER = "DIGITIZER-A ORX-5105 Digitizer"
 # Edits one after the other, and all that is told of each.
 WATCHED = [
     ([(E, "0A41F27C", "NEW")],
-     ["chassis 1 (Orlindt Instruments, Inc. ORX-1820): serial number 0A41F27C -> NEW"]),
+     ["chassis 1, Orlindt Instruments, Inc. ORX-1820: serial number 0A41F27C -> NEW"]),
     ([(E, r"(\[Chassis1Slot2\].*?Negotiated) = 4", r"\1 = 1")],
-     [f"module in slot 1/2 ({DIGITIZER}): link width x4 -> x1"]),
+     [f"{DIGITIZER} in slot 1/2: link width x4 -> x1"]),
     ([(E, "$", "\n; nothing new")], []),
     ([(E, "DIGITIZER-A", "FRONT")],
-     ['module in slot 1/2 (Orlindt Instruments, Inc. ORX-5105 Digitizer "FRONT"): '
-      "name DIGITIZER-A -> FRONT"]),
+     ["FRONT ORX-5105 Digitizer in slot 1/2: name DIGITIZER-A -> FRONT"]),
     ([(E, r"\[Chassis1Slot9\]", "[Chassis1Slot19]"), (E, '18"', '18,19"')],
-     ['moved module in slot 1/9 -> 1/19: Orlindt Instruments, Inc. ORX-4081 Multimeter "DMM"',
+     ["DMM ORX-4081 Multimeter: slot 1/9 -> 1/19",
       "slot 1/9: state readable -> (can't be read)"]),
     ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1,,2")],
      ["The description can't be read: ChassisList in section [System] is no list of numbers. "
       "(varmex_errorInformationNotAvailable -380757)"]),
     ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1")],
-     ["The description can be read.", "gone chassis 2: Tessmere Labs TLX-80"]),
+     ["The description can be read.", "gone: chassis 2, Tessmere Labs TLX-80"]),
 ]
 
 
@@ -331,6 +330,52 @@ def testWatch():
         check(watch.process.poll() is None, "watch goes on")
         watch.end()
         lines.end()
+
+
+RACK = "chassis 1, Orlindt Instruments, Inc. ORX-1820"
+# Edits of an installation, options of diff, and all that it tells.
+DIFFERENT = [
+    ([], [], []),
+    ([(E, "0A41F27C", "NEW")], [], [f"{RACK}: serial number 0A41F27C -> NEW"]),
+    ([(E, "0A41F27C", "NEW")], ["--ignore", "serial-number"], []),
+    ([(E, rf"\[Chassis1Slot{a}\]", f"[Chassis1Slot{b}]") for a, b in ((9, 99), (11, 9), (99, 11))],
+     ["--ignore", "slot"],
+     ["DMM ORX-4081 Multimeter: slot 1/9 -> 1/11", "SWITCH TL-310 Switch: slot 1/11 -> 1/9"]),
+    ([(E, r"(\[Chassis1Slot2\].*?Negotiated) = 4", r"\1 = 1")], [], [f"{DIGITIZER} in slot 1/2: link width x4 -> x1"]),
+    ([(E, r"(\[Chassis1Slot2\].*?Negotiated) = 4", r"\1 = 1")], ["--ignore", "module"], []),
+    ([(E, "PXI0::13-0.0", "PXI0::113-0.0")], [], []),
+    ([(E, "PXI0::13-0.0", "PXI0::113-0.0")], ["--addresses"],
+     ["DMM ORX-4081 Multimeter in slot 1/9: PCI addresses 13.0.0 13.0.1 13.1.0 -> 13.0.1 13.1.0 113.0.0"]),
+    ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1")], [], ["gone: chassis 2, Tessmere Labs TLX-80"]),
+    ([(E, r"^ChassisList = \"1,2\"", 'ChassisList = "1,7"'), *[(E, r"\[Chassis2", "[Chassis7")] * 40], [],
+     ["chassis 2 -> 7: Tessmere Labs TLX-80"]),
+    ([(E, r"(\[Chassis1Slot9\].*?Model) = \"[^\"]*", r'\1 = "ORX-9')], [],
+     ["slot 1/9: module DMM ORX-4081 Multimeter -> DMM ORX-9"]),
+    ([(E, r"(\[Chassis1Slot9\].*?)AddressInfo[^\n]*", r"\1")], ["--ignore", "slot"],
+     ["gone: DMM ORX-4081 Multimeter from slot 1/9"]),
+]
+
+
+def testDiff():
+    with Root() as sample, tempfile.TemporaryDirectory() as place:
+        saved = f"{place}/a.json"
+        sample.run("save", saved)
+        for edits, options, wanted in DIFFERENT:
+            with Root() as root:
+                for name, pattern, text in edits:
+                    old = root.file(name).read_text(encoding="latin-1")
+                    if re.search(pattern, old, flags=re.M | re.S):
+                        root.edit(name, pattern, text)
+                told = sample.run("diff", saved, root.folder, *options)
+                lines = told.stdout.splitlines()
+                check(lines[:-1] == wanted, f"diff {edits[:1]} {options}: {told.stdout}{told.stderr}")
+                check(told.returncode == bool(wanted), f"diff {edits[:1]}: status")
+                check(root.run("diff", saved, *options).stdout == told.stdout, f"diff {edits[:1]} with the machine")
+                document = json.loads(root.run("diff", saved, *options, "--json").stdout)
+                conforms(document, "differences", f"diff {edits[:1]}")
+                check(len(document["changes"]) == len(wanted), f"diff --json {edits[:1]}")
+        for arguments in ([f"{place}/none", saved], [saved, f"{place}/none"], [saved, place], [saved, "--ignore", "x"]):
+            check(sample.run("diff", *arguments).returncode == 2, f"diff {arguments}")
 
 
 SAVED_SCHEMA = json.loads((TOP / "docs/saved.schema.json").read_text())
@@ -421,7 +466,7 @@ def unpiped(number):
     return lambda: signal.signal(number, signal.SIG_DFL) if number != signal.SIGKILL else None
 
 
-for test in (testDocuments, testBroken, testModules, testWatch, testSaved):
+for test in (testDocuments, testBroken, testModules, testWatch, testDiff, testSaved):
     test()
 print(f"{passed} passed, {failed} failed")
 sys.exit(failed != 0)

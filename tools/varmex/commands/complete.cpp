@@ -7,6 +7,7 @@
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/address.h"
+#include "tools/varmex/describe/compare.h"
 #include "tools/varmex/describe/modules.h"
 #include "tools/varmex/describe/terminals.h"
 #include "tools/varmex/saved/source.h"
@@ -111,6 +112,12 @@ tCandidates files(const tWords&) { return {{kFiles, ""}}; }
 
 tCandidates notations(const tWords&) { return {{"dec", "33.15.0"}, {"hex", "21:0f.0, as lspci"}}; }
 
+tCandidates kinds(const tWords&) {
+  tCandidates candidates;
+  for (const std::string& kind : kindsOfChange()) candidates.push_back({kind, ""});
+  return candidates;
+}
+
 tCandidates aliases(const tWords&) {
   tCandidates candidates;
   for (const varmex::ModuleAttempt& attempt : varmex::Session().eachModule()) {
@@ -147,6 +154,7 @@ constexpr tRule kRules[] = {
     {"make", "folder", files},   {"make", "chassis", plans},   {"", "address", addresses},
     {"", "terminal", terminals}, {"", "--pci", notations},     {"", "--from", files},
     {"save", "file", files},     {"find", "text", aliases},    {"list", "--columns", columns},
+    {"diff", "before", files},   {"diff", "after", files},     {"diff", "--ignore", kinds},
 };
 
 bool takesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }

@@ -11,6 +11,7 @@ using tCommandPtr = std::unique_ptr<tCommand>;
 
 tCommandPtr makeCheck();
 tCommandPtr makeComplete();
+tCommandPtr makeDiff();
 tCommandPtr makeDraw();
 tCommandPtr makeFind();
 tCommandPtr makeList();

@@ -10,6 +10,7 @@
 #include "tools/varmex/describe/describe.h"
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/describe/reason.h"
+#include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/output.h"
 
@@ -104,7 +105,7 @@ class tWatch : public tCommand {
     const tJson before = std::exchange(known_, std::move(now));
     if (before.is_null()) return false;
     const std::vector<tChange> changes = compare(before, known_);
-    for (const tChange& change : changes) tell(lineOf(change), jsonOf(change));
+    for (const tChange& change : changes) tell(visible(lineOf(change)), jsonOf(change));
     return !changes.empty();
   }
 

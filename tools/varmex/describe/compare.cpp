@@ -1,7 +1,9 @@
 #include "tools/varmex/describe/compare.h"
 
+#include <algorithm>
 #include <deque>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <optional>
 
@@ -46,6 +48,7 @@ constexpr tLabel kSlotLabels[] = {{"slot link width 1", "PeripheralSlotLinkWidth
                                   {"trigger bus", "TriggerBusNumber"}};
 
 constexpr const char* kUnreadable = "(can't be read)";
+constexpr const char* kAddresses = "PCI addresses";
 
 bool isUnreadable(const tJson& item, const char* name) { return !markOf(item, name).empty(); }
 
@@ -57,6 +60,15 @@ std::string valueOf(const tJson& item, const char* name) {
 std::string widthOf(const tJson& item, const char* name) {
   const std::string width = valueOf(item, name);
   return numberOf(item, name) ? 'x' + width : width;
+}
+
+// Something in a slot that has functions, or a controller that the description tells of.
+bool hasModule(const tJson& slot) {
+  if (!slot["Devices"].empty()) return true;
+  constexpr const char* kNames[] = {"SystemSlotVendor", "SystemSlotModel",
+                                    "SystemSlotInstanceName"};
+  return std::any_of(std::begin(kNames), std::end(kNames),
+                     [&](const char* name) { return !textOf(slot, name).empty(); });
 }
 
 tFacts factsOfChassis(const tJson& chassis) {
@@ -196,13 +208,20 @@ class tComparison {
     }
   }
 
+  // What a person calls a module: "DMM ORX-4081", else by its maker and model, else by its address.
+  static std::string titleOfModule(const tJson& slot, const std::string& vendor,
+                                   const std::string& model, const std::string& name) {
+    const std::string title = joined({name.empty() ? vendor : name, model}, " ");
+    return title.empty() ? moduleOf(slot) : title;
+  }
+
   static void addModules(const tPart& chassis, tParts& modules) {
     for (const tJson& slot : (*chassis.json)["Slots"]) {
+      if (!hasModule(slot)) continue;
       const tJson& devices = slot["Devices"];
       const bool isSystem = slot.contains("SystemSlotModel");
-      if (devices.empty() && !isSystem) continue;
-      const tJson& source = isSystem ? slot : devices.front();
-      const std::string prefix = isSystem ? "SystemSlot" : "Device";
+      const tJson& source = isSystem || devices.empty() ? slot : devices.front();
+      const std::string prefix = &source == &slot ? "SystemSlot" : "Device";
       const auto text = [&](const char* name) { return textOf(source, (prefix + name).c_str()); };
       const std::string vendor = text("Vendor");
       const std::string model = text("Model");
@@ -215,36 +234,35 @@ class tComparison {
                          chassis.shown + '/' + number,
                          vendor.empty() && model.empty() ? "" : keyOf(vendor, model),
                          name,
-                         moduleOf(slot),
+                         titleOfModule(slot, vendor, model, name),
                          {{"vendor", vendor},
                           {"model", model},
                           {"name", name},
                           {"link width", widthOf(module, "PeripheralModuleLinkWidthNegotiated")},
                           {"widest link", widthOf(module, "PeripheralModuleLinkWidthMax")},
                           {"covered slots", valueOf(module, "PeripheralModuleOccupiedSlotList")},
-                          {"PCI addresses", addressesOf(slot, tPciNotation::decimal)}}});
+                          {kAddresses, addressesOf(slot, tPciNotation::decimal)}}});
     }
   }
 
   void compareModules(tParts& before, tParts& after) {
+    // Where it stands, then by its name in the same chassis or in another, then by its place, then
+    // by what it is.
+    const auto named = [](const tPart& m, const std::string& chassis) {
+      return m.name.empty() ? std::nullopt : std::optional(keyOf(chassis, m.kind, m.name));
+    };
+    const auto unnamed = [](const tPart& m, const std::string& chassis) {
+      const bool fits = m.name.empty() && !m.kind.empty();
+      return fits ? std::optional(keyOf(chassis, m.kind)) : std::nullopt;
+    };
+    const tKey keys[] = {[](const tPart& m) { return keyOf(placeOf(m), m.kind, m.name); },
+                         [&](const tPart& m) { return named(m, m.chassis); },
+                         [&](const tPart& m) { return named(m, ""); },
+                         [](const tPart& m) { return keyOf(placeOf(m), m.kind); },
+                         [&](const tPart& m) { return unnamed(m, m.chassis); },
+                         [&](const tPart& m) { return unnamed(m, ""); }};
     tPairs pairs;
-    const auto hasName = [](const tPart& m) { return !m.name.empty(); };
-    pairUp(
-        before, after, [](const tPart& m) { return keyOf(placeOf(m), m.kind, m.name); }, pairs);
-    pairUp(
-        before, after,
-        [&](const tPart& m) {
-          return hasName(m) ? std::optional(keyOf(m.kind, m.name)) : std::nullopt;
-        },
-        pairs);
-    pairUp(
-        before, after, [](const tPart& m) { return keyOf(placeOf(m), m.kind); }, pairs);
-    pairUp(
-        before, after,
-        [&](const tPart& m) {
-          return hasName(m) || m.kind.empty() ? std::nullopt : std::optional(m.kind);
-        },
-        pairs);
+    for (const tKey& key : keys) pairUp(before, after, key, pairs);
     for (const auto& [old, now] : pairs) {
       const bool moved = placeOf(*old) != placeOf(*now);
       if (moved) {
@@ -269,28 +287,15 @@ class tComparison {
   }
 
   static void addRest(const tPart& chassis, tParts& rest) {
-    for (const tJson& slot : (*chassis.json)["Slots"]) {
-      const std::string number = textOf(slot, "SlotNumber");
-      rest.push_back({&slot,
-                      chassis.chassis,
-                      number,
-                      chassis.shown + '/' + number,
-                      "slot",
-                      {},
-                      {},
-                      factsOfSlot(slot)});
-    }
-    for (const tJson& bridge : (*chassis.json)["TriggerBridges"]) {
-      const std::string number = textOf(bridge, "BridgeNumber");
-      rest.push_back({&bridge,
-                      chassis.chassis,
-                      number,
-                      chassis.shown + '/' + number,
-                      "bridge",
-                      {},
-                      {},
-                      factsOfBridge(bridge)});
-    }
+    const auto add = [&](const char* list, const char* name, const char* item, auto factsOf) {
+      for (const tJson& json : (*chassis.json)[list]) {
+        const std::string number = textOf(json, name);
+        const std::string shown = chassis.shown + '/' + number;
+        rest.push_back({&json, chassis.chassis, number, shown, item, {}, {}, factsOf(json)});
+      }
+    };
+    add("Slots", "SlotNumber", "slot", factsOfSlot);
+    add("TriggerBridges", "BridgeNumber", "bridge", factsOfBridge);
   }
 
   void compareRest(tParts& before, tParts& after) {
@@ -311,10 +316,7 @@ class tComparison {
     }
   }
 
-  static bool isOfModule(const tPart& part) {
-    return part.kind == "slot" &&
-           (!(*part.json)["Devices"].empty() || part.json->contains("SystemSlotModel"));
-  }
+  static bool isOfModule(const tPart& part) { return part.kind == "slot" && hasModule(*part.json); }
 
   // What came or went with its chassis is told with that.
   void addRemaining(const char* item, const tParts& before, const tParts& after) {
@@ -363,13 +365,20 @@ class tComparison {
   std::map<std::string, bool> isNew_;
 };
 
-std::string quotedTitle(const std::string& title) { return title.empty() ? title : ": " + title; }
-
 std::string orNone(const std::string& value) { return value.empty() ? "(none)" : value; }
 
-// "chassis 1", "slot 1/9", "module in slot 1/9", "bridge 1/2".
-std::string placeInWords(const std::string& item, const std::string& place) {
-  return (item == "module" ? "module in slot " : item + ' ') + place;
+// "chassis 1, Orlindt ORX-1820", "slot 1/9", "bridge 1/2"; modules by what they are called.
+std::string placeInWords(const tChange& change, const std::string& place, const char* preposition) {
+  if (change.item == "module") return change.title + ' ' + preposition + " slot " + place;
+  return change.item + ' ' + place + (change.title.empty() ? "" : ", " + change.title);
+}
+
+constexpr const char* kEvents[] = {"new", "gone", "moved", "changed"};
+constexpr const char* kItems[] = {"chassis", "slot", "module", "bridge"};
+
+std::string withHyphens(std::string words) {
+  std::replace(words.begin(), words.end(), ' ', '-');
+  return words;
 }
 
 }  // namespace
@@ -379,24 +388,22 @@ std::vector<tChange> compare(const tJson& before, const tJson& after) {
 }
 
 std::string lineOf(const tChange& change) {
-  const std::string titled = change.title.empty() ? "" : " (" + change.title + ')';
   switch (change.kind) {
-    case tChange::isNew:
-      return "new " + placeInWords(change.item, change.after) + quotedTitle(change.title);
-    case tChange::isGone:
-      return "gone " + placeInWords(change.item, change.before) + quotedTitle(change.title);
-    case tChange::hasMoved:
-      return "moved " + placeInWords(change.item, change.before) + " -> " + change.after +
-             quotedTitle(change.title);
+    case tChange::isNew: return "new: " + placeInWords(change, change.after, "in");
+    case tChange::isGone: return "gone: " + placeInWords(change, change.before, "from");
+    case tChange::hasMoved: {
+      const std::string places = change.before + " -> " + change.after;
+      if (change.item == "module") return change.title + ": slot " + places;
+      return change.item + ' ' + places + ": " + change.title;
+    }
     default:
-      return placeInWords(change.item, change.after) + titled + ": " + change.attribute + ' ' +
+      return placeInWords(change, change.after, "in") + ": " + change.attribute + ' ' +
              orNone(change.from) + " -> " + orNone(change.to);
   }
 }
 
 tJson jsonOf(const tChange& change) {
-  constexpr const char* kNames[] = {"new", "gone", "moved", "changed"};
-  tJson json = {{"event", kNames[change.kind]}, {"item", change.item}};
+  tJson json = {{"event", kEvents[change.kind]}, {"item", change.item}};
   const auto add = [&](const char* name, const std::string& value) {
     if (!value.empty()) json[name] = value;
   };
@@ -407,6 +414,23 @@ tJson jsonOf(const tChange& change) {
   add("from", change.from);
   add("to", change.to);
   return json;
+}
+
+std::vector<std::string> kindsOfChange() {
+  std::vector<std::string> kinds(std::begin(kEvents), std::end(kEvents));
+  kinds.insert(kinds.end(), std::begin(kItems), std::end(kItems));
+  for (const char* const attribute : {"link width", "widest link", "covered slots", kAddresses,
+                                      "name", "type", "star line", "dstar set", "lines"}) {
+    kinds.push_back(withHyphens(attribute));
+  }
+  for (const auto& [label, attribute] : kChassisLabels) kinds.push_back(withHyphens(label));
+  for (const auto& [label, attribute] : kSlotLabels) kinds.push_back(withHyphens(label));
+  return kinds;
+}
+
+bool isOfKind(const tChange& change, const std::string& kind) {
+  return kind == kEvents[change.kind] || kind == change.item ||
+         kind == withHyphens(change.attribute);
 }
 
 }  // namespace tool

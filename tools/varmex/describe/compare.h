@@ -16,7 +16,7 @@ struct tChange {
   std::string item;       // "chassis", "slot", "module", "bridge"
   std::string before;     // its place, "1" or "1/9"; empty for what is new
   std::string after;      // empty for what is gone
-  std::string title;      // vendor, model and name, as far as there are any
+  std::string title;      // of a module name or vendor, and model; of a chassis vendor and model
   std::string attribute;  // of what has changed, in words
   std::string from;       // empty where there was nothing
   std::string to;
@@ -29,11 +29,18 @@ struct tChange {
 // module that moved.
 std::vector<tChange> compare(const tJson& before, const tJson& after);
 
-// In one line: "module DMM in slot 1/9: link width x4 -> x1".
+// In one line: "DMM ORX-4081 in slot 1/9: link width x4 -> x1", "DMM ORX-4081: slot 1/9 -> 1/11".
 std::string lineOf(const tChange& change);
 
 // The same for a program.
 tJson jsonOf(const tChange& change);
+
+// By what changes can be told apart: "new", "gone", "moved", "changed", the items, and the
+// attributes with hyphens for blanks ("link-width").
+std::vector<std::string> kindsOfChange();
+bool isOfKind(const tChange& change, const std::string& kind);
+
+inline constexpr const char* kAddressKind = "PCI-addresses";
 
 }  // namespace tool
 

@@ -1,0 +1,138 @@
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <optional>
+
+#include "corpxiTools/fileSystem/utils.h"
+#include "tools/varmex/commands/list.h"
+#include "tools/varmex/describe/compare.h"
+#include "tools/varmex/describe/describe.h"
+#include "tools/varmex/describe/lockNotice.h"
+#include "tools/varmex/saved/source.h"
+#include "tools/varmex/saved/thisMachine.h"
+#include "tools/varmex/text/columns.h"
+#include "tools/varmex/text/failures.h"
+#include "tools/varmex/text/output.h"
+#include "tools/varmex/text/shownPaths.h"
+#include "tools/varmex/text/terminal.h"
+
+namespace tool {
+
+namespace {
+
+// One of the two installations that are compared.
+struct tSide {
+  tJson description;
+  tJson origin;  // where it is from
+};
+
+tJson describeNow() {
+  const std::string paths[] = {varmex::getPxiSysPath(), varmex::getPxieSysPath()};
+  std::error_code ignored;
+  if (!std::filesystem::exists(paths[0], ignored) && !std::filesystem::exists(paths[1], ignored)) {
+    throw std::runtime_error("there is no description to compare, neither " +
+                             withShownPaths(paths[0]) + " nor " + withShownPaths(paths[1]));
+  }
+  const tLockNotice notice;
+  return describe(varmex::Session());
+}
+
+// Without a path, this machine's own.
+tSide read(const std::string& path) {
+  if (path.empty()) return {describeNow(), {{"host", hostName()}}};
+  const tSource source(path);
+  tSide side = {describeNow(), {{"from", path}}};
+  if (const tSavedInstallation* const saved = source.saved()) {
+    side.origin["host"] = saved->host;
+    side.origin["taken"] = saved->taken;
+  }
+  return side;
+}
+
+void show(const std::vector<tChange>& changes) {
+  const std::size_t columns = outputColumns().value_or(std::string::npos);
+  for (const tChange& change : changes) {
+    const char* indentation = "";
+    for (const std::string& line : wrapped(visible(lineOf(change)), columns)) {
+      std::cout << indentation << line << '\n';
+      indentation = "    ";
+    }
+  }
+  if (changes.empty()) {
+    std::cout << "No differences.\n";
+  } else {
+    std::cout << changes.size() << (changes.size() == 1 ? " difference.\n" : " differences.\n");
+  }
+}
+
+class tDiff : public tCommand {
+ public:
+  tDiff() : tCommand("diff", "Tell what is different between two installations") {}
+
+  void addOptions(CLI::App& line) override {
+    line.add_option("before", before_, "A file that varmex save made, or a folder (Linux)")
+        ->required();
+    line.add_option("after", after_, "Another one; without it this machine as it is now");
+    line.add_flag("--json", asJson_, "Print JSON");
+    line.add_flag("--addresses", withAddresses_, "Tell of changed PCI addresses, too");
+    line.add_option("--ignore", ignored_,
+                    "Leave out a kind of difference: new, gone, moved, changed; chassis, module, "
+                    "slot, bridge; or an attribute, such as link-width. May be repeated")
+        ->allow_extra_args(false)
+        ->type_name("KIND");
+  }
+
+  // The exit status tells differences from what can't be read.
+  tExitStatus run() override {
+    refuseUnknownKinds();
+    try {
+      const tSide before = read(before_);
+      const tSide after = read(after_);
+      std::vector<tChange> changes = compare(before.description, after.description);
+      std::erase_if(changes, [this](const tChange& change) { return isIgnored(change); });
+      if (asJson_) {
+        tJson json = {{"schemaVersion", kSchemaVersion},
+                      {"before", before.origin},
+                      {"after", after.origin},
+                      {"changes", tJson::array()}};
+        for (const tChange& change : changes) json["changes"].push_back(jsonOf(change));
+        printJson(json);
+      } else {
+        show(changes);
+      }
+      return changes.empty() ? kDone : kFailed;
+    } catch (const std::exception& failure) {
+      tellFailure(failure);
+      return kBadUsage;
+    }
+  }
+
+ private:
+  void refuseUnknownKinds() const {
+    const std::vector<std::string> kinds = kindsOfChange();
+    for (const std::string& kind : ignored_) {
+      if (std::find(kinds.begin(), kinds.end(), kind) != kinds.end()) continue;
+      std::string list;
+      for (const std::string& known : kinds) list += (list.empty() ? "" : ", ") + known;
+      throw CLI::ValidationError("--ignore", "no such kind: " + kind + "; there are " + list);
+    }
+  }
+
+  bool isIgnored(const tChange& change) const {
+    if (!withAddresses_ && isOfKind(change, kAddressKind)) return true;
+    return std::any_of(ignored_.begin(), ignored_.end(),
+                       [&](const std::string& kind) { return isOfKind(change, kind); });
+  }
+
+  std::string before_;
+  std::string after_;
+  bool asJson_ = false;
+  bool withAddresses_ = false;
+  std::vector<std::string> ignored_;
+};
+
+}  // namespace
+
+tCommandPtr makeDiff() { return std::make_unique<tDiff>(); }
+
+}  // namespace tool
