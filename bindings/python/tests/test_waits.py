@@ -115,3 +115,41 @@ def test_watch_is_cancelled_at_once_and_goes_on_after_it(root):
         assert change.session.is_current and not change.previous.is_current
 
     asyncio.run(main())
+
+
+def test_a_watch_that_is_thrown_away_leaves_no_thread(root):
+    loop = asyncio.new_event_loop()
+    waiting = varmex.watch().__anext__()
+    task = loop.create_task(waiting)
+    task._log_destroy_pending = False
+    loop.run_until_complete(asyncio.sleep(0.1))
+    assert threading.active_count() == 2
+    waiting.close()
+    assert threading.active_count() == 1
+    loop.close()
+
+
+@pytest.mark.skipif(sys.platform == "win32", reason="holds the lock as flock does")
+def test_a_loop_goes_on_while_others_hold_the_lock(root):
+    import fcntl
+
+    async def main():
+        watch = varmex.watch()
+        with open(root / "var/lib/PXISA/configuration.ini") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            task = asyncio.ensure_future(watch.__anext__())
+            await asyncio.sleep(0.1)
+            touch(root)
+            await asyncio.sleep(0.5)  # the thread is opening the new session now
+            task.cancel()
+            for _ in range(5):
+                await asyncio.sleep(0.02)
+                assert not task.done()
+                task.cancel()
+        with pytest.raises(asyncio.CancelledError):
+            await task
+        assert threading.active_count() == 1
+        change = await asyncio.wait_for(watch.__anext__(), LIMIT)
+        assert change.session.is_current and not change.previous.is_current
+
+    asyncio.run(main())

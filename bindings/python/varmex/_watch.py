@@ -21,34 +21,33 @@ class Watch:
 
     def __init__(self) -> None:
         self._session = Session()
+        self._is_cancelled = False
 
     def __aiter__(self) -> "Watch":
         return self
 
     async def __anext__(self) -> Change:
         """Waits for the next change. Cancelled, it ends its wait and its thread before it goes on;
-        a change of that moment is told by the next call."""
-        loop = asyncio.get_running_loop()
-        done: "asyncio.Future[None]" = loop.create_future()
-        waiter = _Waiter(self._session, loop, done)
+        a change of that moment is told by the next call. Error."""
+        waiter = _Waiter(self._session, self._is_cancelled, asyncio.get_running_loop())
         waiter.start()
         try:
-            await done
+            await asyncio.shield(waiter.ended)
+        except BaseException as end:  # cancelled, or thrown away with its loop
+            self._is_cancelled = True
+            waiter.cancel()
+            if isinstance(end, asyncio.CancelledError):
+                await waiter.end_in_loop()
+            raise
         finally:
-            # A wait that is cancelled once is so for ever: the next one needs a session that was
-            # opened ahead of the question whether anything changed meanwhile.
-            if waiter.is_alive():
-                self._session.cancel_waits()
-                waiter.join()
-                self._renew()
-        waiter.raise_failure()
-        previous, self._session = self._session, Session()
+            waiter.join()
+            self._session = waiter.session
+        if waiter.failure:
+            raise waiter.failure
+        assert waiter.renewed is not None
+        self._is_cancelled = False
+        previous, self._session = self._session, waiter.renewed
         return Change(self._session, previous)
-
-    def _renew(self) -> None:
-        renewed = Session()
-        if self._session.is_current:
-            self._session = renewed
 
     async def aclose(self) -> None:
         """Does nothing: between two changes nothing is held but a session."""
@@ -62,41 +61,65 @@ class Watch:
 
 
 class _Waiter(threading.Thread):
-    """A wait on a thread of its own, which ends with it."""
+    """A wait on a thread of its own, which ends with it. All that may block is done here."""
 
-    def __init__(self, session: Session, loop: asyncio.AbstractEventLoop,
-                 done: "asyncio.Future[None]") -> None:
+    def __init__(self, session: Session, is_cancelled: bool,
+                 loop: asyncio.AbstractEventLoop) -> None:
         super().__init__(name="varmex watch", daemon=True)
-        self._session = session
+        self.session = session
+        self.renewed: Optional[Session] = None
+        self.failure: Optional[BaseException] = None
+        self.ended: "asyncio.Future[None]" = loop.create_future()
+        self._is_cancelled = is_cancelled
+        self._must_end = False
         self._loop = loop
-        self._done = done
-        self._failure: Optional[BaseException] = None
+
+    def cancel(self) -> None:
+        """Ends the wait, and the thread soon after."""
+        self._must_end = True
+        self.session.cancel_waits()
+
+    async def end_in_loop(self) -> None:
+        """Waits for the end while the loop goes on: others may hold up the opening of a session."""
+        while not self.ended.done():
+            try:
+                await asyncio.shield(self.ended)
+            except asyncio.CancelledError:
+                pass
 
     def run(self) -> None:
         try:
-            while self._session.wait() is WaitResult.TIMED_OUT:
-                pass
+            self.renewed = self._await_change()
         except BaseException as failure:
-            self._failure = failure
+            self.failure = failure
         try:
             self._loop.call_soon_threadsafe(self._tell)
         except RuntimeError:
             pass  # the loop was closed meanwhile, and nobody waits
 
-    def _tell(self) -> None:
-        if not self._done.done():
-            self._done.set_result(None)
+    def _await_change(self) -> Optional[Session]:
+        if self._is_cancelled:
+            # A session whose waits were cancelled once waits no more. Another takes its place, opened
+            # ahead of the question whether anything changed meanwhile.
+            renewed = Session()
+            if not self.session.is_current:
+                return renewed
+            self.session = renewed
+        result = WaitResult.TIMED_OUT
+        while result is WaitResult.TIMED_OUT and not self._must_end:
+            result = self.session.wait()
+        return None if self._must_end else Session()
 
-    def raise_failure(self) -> None:
-        if self._failure is not None:
-            raise self._failure
+    def _tell(self) -> None:
+        if not self.ended.done():
+            self.ended.set_result(None)
 
 
 def watch() -> Watch:
     """The changes of the description from now on: `async for change in varmex.watch()`.
 
     Each change is a pair of sessions, now and before. Between two changes no thread is left behind,
-    and leaving the loop or cancelling the task ends the wait at once.
+    and leaving the loop or cancelling the task ends the wait at once. A watch serves one task.
 
     Raises:
         Error: the description can't be read or watched. The watch stays usable: iterate again.
