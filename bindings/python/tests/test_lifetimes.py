@@ -54,8 +54,9 @@ for _ in range(30):
     with varmex.Session() as session:
         items = tree(session)
     for item in items:
+        assert "closed session" in repr(item)
         try:
-            repr(item)
+            item.kind
             print("answered")
         except varmex.ClosedError:
             pass
@@ -102,8 +103,10 @@ def count(_):
     with varmex.Session() as mine:
         return len(mine.slots)
 session = varmex.Session()
+modules = session.modules()
 with multiprocessing.get_context("fork").Pool(2) as pool:
     assert pool.map(count, range(4)) == [len(session.slots)] * 4
+assert session.modules() == modules
 try:
     import pickle
     pickle.dumps(session.chassis[1])

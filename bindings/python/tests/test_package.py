@@ -1,12 +1,16 @@
 """What the package adds to the C interface: loading, numbers, types, texts, failures."""
 
+import os
 import re
+import shutil
 import subprocess
+from pathlib import Path
 
 import pytest
 import varmex
 from conftest import PROJECT, run_python
 from varmex import constants
+from varmex._line_8 import source_lines_in
 
 HEADERS = PROJECT / "includes"
 
@@ -50,6 +54,8 @@ VALUES = [
     ("session.chassis[2].slots[2]", "star_trigger_line", 0),
     ("session.chassis[2].slots[1]", "star_trigger_line", None),
     ("session.chassis[2].slots[2]", "system_vendor", None),
+    ("session.chassis[2]", "is_trigger_manager_native", True),
+    ("session", "is_current", True),
     ("session.device(51, 0)", "is_express", True),
     ("session.device(51, 0)", "link_width_negotiated", 4),
 ]
@@ -115,15 +121,94 @@ def test_texts_come_through_as_they_are(root):
         assert model == "ORX-\udcfc\udcff" and model.encode("utf-8", "surrogateescape") == b"ORX-\xfc\xff"
 
 
-def test_a_destination_line_8_does_not_end_the_process(root):
+LINE_8 = [
+    # The mapping of source line 6 as it is written; the source lines that are refused.
+    ("PXI_TRIG6 = 8", {6}),
+    ("PXI_TRIG6 = 0, +08", {6}),
+    ("PXI_TRIG6 = 6", set()),
+    ("; a remark\rPXI_TRIG6 = 8\r", {6}),
+    ("PXI_TRIG6 Line1 = 7,\nPXI_TRIG6 Line2 = 8", {6}),
+    ("PXI_TRIG6 = 7," + " " * 242 + "\r8\n", {6}),
+]
+
+
+@pytest.mark.parametrize("mapping, refused", LINE_8)
+def test_a_destination_line_8_does_not_end_the_process(root, mapping, refused):
+    assert source_lines_in(mapping.encode()) == refused
     file = root / "etc/pxi/pxisys.ini"
-    file.write_bytes(re.sub(rb"(PXI_TRIG6 *= *)[^\r\n]*", rb"\g<1>8", file.read_bytes()))
-    with varmex.Session() as session, pytest.raises(varmex.ConflictError, match="line 8"):
-        session.trigger_bridges[0].line_mapping(6)
-
-
-def test_picture_needs_the_command(root, monkeypatch):
-    command = PROJECT / "no-such-folder"
-    monkeypatch.setenv("PATH", str(command))
+    file.write_bytes(re.sub(rb"PXI_TRIG6 *= *[^\r\n]*", mapping.encode(), file.read_bytes()))
     with varmex.Session() as session:
-        assert session.chassis[1]._repr_svg_() is None
+        bridge = session.trigger_bridges[0]
+        for line in range(8):
+            if line not in refused:
+                bridge.line_mapping(line)
+                continue
+            for ask in (bridge.line_mapping,
+                        lambda line: bridge.u32(constants.varmex_u32_BridgeLineMapping0 + line)):
+                with pytest.raises(varmex.ConflictError, match="line 8"):
+                    ask(line)
+
+
+@pytest.mark.parametrize("asked_before", [True, False])
+def test_a_line_8_that_the_files_no_longer_have(root, asked_before):
+    file = root / "etc/pxi/pxisys.ini"
+    sound = file.read_bytes()
+    file.write_bytes(re.sub(rb"PXI_TRIG6 *= *[^\r\n]*", b"PXI_TRIG6 = 8", sound))
+    with varmex.Session() as session:
+        bridge = session.trigger_bridges[0]
+        if asked_before:
+            bridge.line_mapping(0)
+        file.write_bytes(sound)
+        os.utime(file, (1, 1))
+        with pytest.raises(varmex.ConflictError, match="destination line 8"):
+            bridge.line_mapping(6)
+        if asked_before:
+            bridge.line_mapping(0)
+
+
+def test_a_repr_tells_what_it_can(root):
+    for name in ("pxisys.ini", "pxiesys.ini"):
+        file = root / "etc/pxi" / name
+        file.write_bytes(file.read_bytes().replace(b"FunctionList", b"SomethingElse"))
+    with varmex.Session() as session:
+        slot = session.chassis[1].slots[2]
+        held = {slot}
+        assert repr(slot) == "Slot(chassis_number=1, number=2)"
+        assert "Chassis(number=1, vendor='Orlindt" in repr(session.chassis)
+    assert slot in held and repr(slot) == "<Slot of a closed session>"
+
+
+def test_pictures_come_from_the_command(root, monkeypatch):
+    with varmex.Session() as session:
+        drawn = subprocess.run(["varmex", "draw", "2", "-o", "-"], capture_output=True, text=True)
+        assert "<svg" in drawn.stdout and session.chassis[2]._repr_svg_() == drawn.stdout
+        chassis = session.chassis[2]
+        file = root / "etc/pxi/pxiesys.ini"
+        file.write_bytes(b"[")  # the command fails
+        (root / "etc/pxi/pxisys.ini").unlink()
+        assert chassis._repr_svg_() is None
+        monkeypatch.setenv("PATH", str(PROJECT / "no-such-folder"))
+        assert chassis._repr_svg_() is None
+
+
+def test_windows_looks_for_the_dll(tmp_path, monkeypatch):
+    """What there is of it here: the order of places. Nothing is loaded."""
+    program = """
+import ctypes, os, runpy, sys
+from ctypes import util
+from pathlib import Path
+sys.platform = "win32"
+util.find_library = lambda name: "C:/on/the/path/" + name
+package = Path(sys.argv[1])
+(package / "varmex.dll").touch()
+library = runpy.run_path(str(package / "_library.py"))
+print(*library["candidates"](), sep="\\n")
+os.environ["VARMEX_LIBRARY"] = "D:/own.dll"
+print(*library["candidates"](), sep="\\n")
+"""
+    shutil.copy(Path(varmex.__file__).parent / "_library.py", tmp_path)
+    monkeypatch.delenv("VARMEX_LIBRARY", raising=False)
+    assert run_python(program, tmp_path).splitlines() == [
+        str((str(tmp_path / "varmex.dll"), "the package")),
+        str(("C:/on/the/path/varmex.dll", "the system")),
+        str(("D:/own.dll", "VARMEX_LIBRARY"))]

@@ -1,20 +1,24 @@
 """Failures of the library as exceptions."""
 
 import json as _json
-from typing import Any, Dict, List, Tuple, Type
+from typing import Any, Dict, Iterator, Tuple, Type
 
 from . import constants as c
 
 
-def _details(value: Any, key: str = "") -> List[str]:
-    """The "key: value" pairs of a status text, whatever their depth, without its head."""
+_HEAD = ("error_constant", "file", "line", "component")
+
+
+def _pairs(value: Any, key: str = "") -> Iterator[Tuple[str, Any]]:
+    """The names and values of a status text, whatever their depth."""
     if isinstance(value, dict):
-        return [pair for name, inner in value.items()
-                if name not in ("error_constant", "file", "line", "component")
-                for pair in _details(inner, name)]
-    if isinstance(value, list):
-        return [pair for inner in value for pair in _details(inner, key)]
-    return [f"{key}: {value}"]
+        for name, inner in value.items():
+            yield from _pairs(inner, name)
+    elif isinstance(value, list):
+        for inner in value:
+            yield from _pairs(inner, key)
+    else:
+        yield key, value
 
 
 class Error(Exception):
@@ -41,8 +45,14 @@ class Error(Exception):
         self.code = code
         self.json = json
         self.constant = str(fields.get("error_constant", ""))
-        self.detail = ", ".join(_details(fields))
+        self.detail = ", ".join(f"{name}: {value}" for name, value in _pairs(fields)
+                                if name not in _HEAD)
+        self._told = dict(_pairs(fields))
         super().__init__(code, json)
+
+    def told(self, name: str) -> Any:
+        """What the status text tells under a name, such as "slotNum"; None where it does not."""
+        return self._told.get(name)
 
     def __str__(self) -> str:
         head = f"{self.constant or 'varmex'} ({self.code})"

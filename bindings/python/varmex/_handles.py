@@ -5,7 +5,7 @@ until the last of its children is closed. Sets and lists do their work in one st
 interpreter's lock: nothing here waits.
 """
 
-from typing import Any, Callable, List, Optional, Set
+from typing import Any, Callable, FrozenSet, List, Optional, Set
 
 from . import _raw
 from ._errors import ClosedError
@@ -15,10 +15,11 @@ class Owner:
     """An open handle with children. `closed` is set when the user ended it: what uses it after that
     is refused, while the handle itself stays open until its last user is gone."""
 
-    __slots__ = ("closed", "_pointer", "_close", "_children", "_open", "_released")
+    __slots__ = ("closed", "source_lines_to_8", "_pointer", "_close", "_children", "_open", "_released")
 
     def __init__(self, pointer: int, close: Any = _raw.library.varmex_close) -> None:
         self.closed = False
+        self.source_lines_to_8: Optional[FrozenSet[int]] = None  # once that is known
         self._pointer = pointer
         self._close = close
         self._children: Set[int] = set()

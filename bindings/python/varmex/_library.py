@@ -3,6 +3,7 @@
 import ctypes
 import os
 import sys
+from ctypes.util import find_library
 from pathlib import Path
 from typing import Iterator, List, Tuple
 
@@ -19,7 +20,8 @@ def candidates() -> Iterator[Tuple[str, str]]:
     packaged = Path(__file__).resolve().parent / FILE
     if packaged.exists():
         yield str(packaged), "the package"
-    yield FILE, "the system"
+    # Windows no longer looks along PATH by itself.
+    yield find_library(FILE) or FILE if sys.platform == "win32" else FILE, "the system"
 
 
 def load() -> ctypes.CDLL:

@@ -1,23 +1,24 @@
 """The description as objects: sessions, chassis, slots, devices, trigger bridges."""
 
+import dataclasses
 import enum
 import math
-import re
 import threading
 import time
 from ctypes import byref, c_uint64
-from typing import (Any, Callable, Generic, Iterator, List, Optional, Tuple, Type, TypeVar,
-                    Union, overload)
+from typing import (Any, Callable, ClassVar, Dict, Generic, Iterator, List, Optional, Tuple,
+                    Type, TypeVar, Union)
 
-from . import _raw
+from . import _attributes as a
+from . import _document, _line_8, _raw
 from . import constants as c
-from ._errors import ClosedError, Error, error_of
+from ._errors import Error, UnknownItemError
 from ._handles import Child, Owner
+from ._modules import Module, ModuleAttempt, PciAddress, fitting, named, opened, read_modules
 
 _get_u32 = _raw.library.varmex_getU32Attribute
 _get_string = _raw.library.varmex_getStringAttribute
 _call = _raw.call
-_call_if_any = _raw.call_if_any
 
 
 class ItemKind(enum.IntEnum):
@@ -53,133 +54,17 @@ class WaitResult(enum.IntEnum):
         return self is WaitResult.CHANGED
 
 
-class _Attribute:
-    """A read-only property that asks the library for an attribute by number."""
-
-    def __init__(self, attribute: int, doc: str) -> None:
-        self.attribute = attribute
-        self.__doc__ = doc
-
-    def __set__(self, item: "Item", value: object) -> None:
-        raise AttributeError("the description is read-only")
-
-    def require(self, item: "Item") -> Any:
-        raise NotImplementedError
-
-
-class _U32(_Attribute):
-    """A number that every item of the class has."""
-
-    @overload
-    def __get__(self, item: None, owner: type) -> "_U32": ...
-    @overload
-    def __get__(self, item: "Item", owner: type) -> int: ...
-
-    def __get__(self, item: Optional["Item"], owner: type) -> Union["_U32", int]:
-        return self if item is None else self.require(item)
-
-    def require(self, item: "Item") -> int:
-        number: int = _call(_get_u32, item._handle.pointer, self.attribute)
-        return number
-
-
-class _Flag(_Attribute):
-    """A number that is 1 or 0."""
-
-    @overload
-    def __get__(self, item: None, owner: type) -> "_Flag": ...
-    @overload
-    def __get__(self, item: "Item", owner: type) -> bool: ...
-
-    def __get__(self, item: Optional["Item"], owner: type) -> Union["_Flag", bool]:
-        return self if item is None else self.require(item)
-
-    def require(self, item: "Item") -> bool:
-        return bool(_call(_get_u32, item._handle.pointer, self.attribute))
-
-
-class _FlagIfAny(_Attribute):
-    """The same, None where the item has no such thing."""
-
-    @overload
-    def __get__(self, item: None, owner: type) -> "_FlagIfAny": ...
-    @overload
-    def __get__(self, item: "Item", owner: type) -> Optional[bool]: ...
-
-    def __get__(self, item: Optional["Item"], owner: type) -> Union["_FlagIfAny", bool, None]:
-        if item is None:
-            return self
-        number = _call_if_any(_get_u32, item._handle.pointer, self.attribute)
-        return None if number is None else bool(number)
-
-    def require(self, item: "Item") -> bool:
-        return bool(_call(_get_u32, item._handle.pointer, self.attribute))
-
-
-class _U32IfAny(_Attribute):
-    """A number, None where the item has no such thing."""
-
-    @overload
-    def __get__(self, item: None, owner: type) -> "_U32IfAny": ...
-    @overload
-    def __get__(self, item: "Item", owner: type) -> Optional[int]: ...
-
-    def __get__(self, item: Optional["Item"], owner: type) -> Union["_U32IfAny", int, None]:
-        if item is None:
-            return self
-        number: Optional[int] = _call_if_any(_get_u32, item._handle.pointer, self.attribute)
-        return number
-
-    def require(self, item: "Item") -> int:
-        number: int = _call(_get_u32, item._handle.pointer, self.attribute)
-        return number
-
-
-class _Text(_Attribute):
-    """A text that every item of the class has."""
-
-    @overload
-    def __get__(self, item: None, owner: type) -> "_Text": ...
-    @overload
-    def __get__(self, item: "Item", owner: type) -> str: ...
-
-    def __get__(self, item: Optional["Item"], owner: type) -> Union["_Text", str]:
-        return self if item is None else self.require(item)
-
-    def require(self, item: "Item") -> str:
-        text: bytes = _call(_get_string, item._handle.pointer, self.attribute)
-        return text.decode("utf-8", "surrogateescape")
-
-
-class _TextIfAny(_Attribute):
-    """A text, None where the item has no such thing."""
-
-    @overload
-    def __get__(self, item: None, owner: type) -> "_TextIfAny": ...
-    @overload
-    def __get__(self, item: "Item", owner: type) -> Optional[str]: ...
-
-    def __get__(self, item: Optional["Item"], owner: type) -> Union["_TextIfAny", str, None]:
-        if item is None:
-            return self
-        text: Optional[bytes] = _call_if_any(_get_string, item._handle.pointer, self.attribute)
-        return None if text is None else text.decode("utf-8", "surrogateescape")
-
-    def require(self, item: "Item") -> str:
-        text: bytes = _call(_get_string, item._handle.pointer, self.attribute)
-        return text.decode("utf-8", "surrogateescape")
-
-
-class Item:
+class Item(a.HasHandle):
     """What all items have in common.
 
     Items are equal when they are of one kind at one place, also across sessions. They keep their
     session open, may be used from any number of threads, and raise ClosedError once it is closed.
     """
 
-    __slots__ = ("_handle", "__weakref__")
+    __slots__ = ("_place", "__weakref__")
 
-    _handle: Union[Child, Owner]
+    _PLACE: ClassVar[Tuple[str, ...]] = ()  # the properties that tell one from the others
+    _TOLD: ClassVar[Tuple[str, ...]] = ()  # what is shown beside these
 
     def __init__(self, handle: Union[Child, Owner]) -> None:
         self._handle = handle
@@ -196,18 +81,27 @@ class Item:
 
     def text(self, attribute: int) -> str:
         """A text attribute by its number in `varmex.constants`. AbsentError, Error."""
-        text: bytes = _call(_get_string, self._handle.pointer, attribute)
-        return text.decode("utf-8", "surrogateescape")
+        return _raw.decode(_call(_get_string, self._handle.pointer, attribute))
 
     def require(self, name: str) -> Any:
         """The property of that name; AbsentError, which says why, where it answers None."""
         attribute = getattr(type(self), name)
-        if isinstance(attribute, _Attribute):
+        if isinstance(attribute, a.Attribute):
             return attribute.require(self)
         return getattr(self, name)
 
+    def to_dict(self, *, why: bool = False) -> Dict[str, Any]:
+        """What the item and all below it answer, as docs/varmex.schema.json has it: what
+        `varmex show --json` prints of it. What does not apply is left out, or told in "absent" with
+        `why`; what can't be answered stands in "failures". Texts have U+FFFD for what is no UTF-8."""
+        return _document.describe(self, a.attributes_of(type(self)), why)
+
     def _key(self) -> Tuple[object, ...]:
-        raise NotImplementedError
+        try:
+            return self._place
+        except AttributeError:
+            self._place: Tuple[object, ...] = tuple(getattr(self, name) for name in self._PLACE)
+            return self._place
 
     def __eq__(self, other: object) -> bool:
         if type(other) is not type(self) or not isinstance(other, Item):
@@ -216,6 +110,17 @@ class Item:
 
     def __hash__(self) -> int:
         return hash((type(self).__name__, self._key()))
+
+    def __repr__(self) -> str:
+        if self._handle.session.closed:
+            return f"<{type(self).__name__} of a closed session>"
+        told = []
+        for name in self._PLACE + self._TOLD:
+            try:
+                told.append(f"{name}={getattr(self, name)!r}")
+            except Error as error:
+                told.append(f"{name}=<{error.constant}>")
+        return f"{type(self).__name__}({', '.join(told)})"
 
     def __reduce__(self) -> Any:
         raise TypeError(f"a {type(self).__name__} belongs to this process; open it anew elsewhere")
@@ -229,9 +134,15 @@ class Item:
         count: int = _call(library.varmex_ItemIterator_end, listed.pointer)
         position = c_uint64(0)
         reference = byref(position)
-        return [kind(Child(
-            _call(library.varmex_ItemIterator_nextItem, listed.pointer, reference), session))
-            for _ in range(count)]
+        next_item = library.varmex_ItemIterator_nextItem
+        items = []
+        for index in range(count):
+            pointer = next_item(listed.pointer, reference, None)
+            if not pointer:  # once more, to be told why
+                position.value = index
+                pointer = _call(next_item, listed.pointer, reference)
+            items.append(kind(Child(pointer, session)))
+        return items
 
     def _containing(self, kind: "Type[_T]", number: ItemKind) -> "_T":
         pointer = _call(_raw.library.varmex_openContainingItem, self._handle.pointer, number)
@@ -239,6 +150,19 @@ class Item:
 
 
 _T = TypeVar("_T", bound=Item)
+
+
+@dataclasses.dataclass(frozen=True)
+class Attempt(Generic[_T]):
+    """One of a list that goes on behind what can't be opened: the item, or why there is none.
+
+    Attributes:
+        number: that of the chassis or slot.
+    """
+
+    number: int
+    item: Optional[_T] = None
+    error: Optional[Error] = None
 
 
 class Numbered(Generic[_T]):
@@ -282,36 +206,37 @@ def _u32_argument(number: int, what: str) -> int:
     return number
 
 
-_LINE_8 = ('{"error_constant":"varmex_errorInformationConflict","varmex_debug":{"message":'
-           '"a line mapping of the description names the destination line 8"}}')
-_LINE_MAP = re.compile(rb"^\s*\"?PXI_TRIG[^=\r\n\0]*=[^\r\n\0]*8", re.MULTILINE)
-
-
-def _maps_a_line_8(session: int) -> bool:
-    """Whether a line mapping of the description may name the line 8. The library answers it with
-    a C++ exception, which ends a process that has no C++ to catch it: so it is not asked."""
-    for attribute in (c.varmex_str_PxiSysPath, c.varmex_str_PxieSysPath):
-        path: bytes = _call(_get_string, session, attribute)
+def _open_each(listed: Numbered[_T], key: str) -> "List[Attempt[_T]]":
+    """The list; if it fails, what opens by the numbers up to 255, and the one that the failure names
+    under `key`, whether it exists or not."""
+    try:
+        return [Attempt(item.require("number"), item) for item in listed]
+    except Error as failure:
+        named = failure.told(key)
+    attempts: "List[Attempt[_T]]" = []
+    for number in [*range(256)] + ([named] if isinstance(named, int) and named > 255 else []):
         try:
-            with open(path, "rb") as file:
-                if _LINE_MAP.search(file.read()):
-                    return True
-        except OSError:
-            pass
-    return False
+            attempts.append(Attempt(number, listed[number]))
+        except UnknownItemError as error:
+            if number == named:
+                attempts.append(Attempt(number, error=error))
+        except Error as error:
+            attempts.append(Attempt(number, error=error))
+    return attempts
 
 
 class TriggerBridge(Item):
     """A bridge between two trigger buses of a chassis."""
 
     __slots__ = ()
+    _PLACE = ("chassis_number", "number")
 
-    chassis_number = _U32(c.varmex_u32_ChassisNumber, "Number of its chassis.")
-    number = _U32(c.varmex_u32_BridgeNumber, "Number of the bridge.")
-    source_trigger_bus = _U32IfAny(c.varmex_u32_BridgeSourceTriggerBus,
-                                   "Number of the bus that it takes signals from.")
-    destination_trigger_bus = _U32IfAny(c.varmex_u32_BridgeDestinationTriggerBus,
-                                        "Number of the bus that it hands them to.")
+    chassis_number = a.u32("ChassisNumber", "Number of its chassis.")
+    number = a.u32("BridgeNumber", "Number of the bridge.")
+    source_trigger_bus = a.u32_if_any(
+        "BridgeSourceTriggerBus", "Number of the bus that it takes signals from.")
+    destination_trigger_bus = a.u32_if_any(
+        "BridgeDestinationTriggerBus", "Number of the bus that it hands them to.")
 
     @property
     def chassis(self) -> "Chassis":
@@ -320,20 +245,24 @@ class TriggerBridge(Item):
 
     def line_mapping(self, source_line: int) -> Tuple[int, ...]:
         """The lines 0 to 7 of the destination bus that a signal on a source line 0 to 7 may come
-        out on. AbsentError, ConflictError for a destination line that does not exist; ValueError
-        for a source line beyond 7."""
+        out on. AbsentError; ConflictError for a destination line that does not exist, and where the
+        files changed ahead of a session's first question; ValueError for a source line beyond 7."""
         if not 0 <= source_line <= 7:
             raise ValueError(f"a trigger bus has the lines 0 to 7, not {source_line}")
-        if _maps_a_line_8(self._handle.session.pointer):
-            raise error_of(c.varmex_errorInformationConflict, _LINE_8)
         bits = self.u32(c.varmex_u32_BridgeLineMapping0 + source_line)
         return tuple(line for line in range(8) if bits >> line & 1)
 
-    def _key(self) -> Tuple[object, ...]:
-        return self.chassis_number, self.number
+    def to_dict(self, *, why: bool = False) -> Dict[str, Any]:
+        return _document.describe_bridge(self, a.attributes_of(TriggerBridge), why)
 
-    def __repr__(self) -> str:
-        return f"TriggerBridge(chassis={self.chassis_number}, number={self.number})"
+    def u32(self, attribute: int) -> int:
+        """As of every item; ConflictError for a line mapping as in `line_mapping`."""
+        source_line = attribute - c.varmex_u32_BridgeLineMapping0
+        if 0 <= source_line <= 7:
+            refusal = _line_8.refusal_for(self._handle.session, source_line)
+            if refusal:
+                raise refusal
+        return super().u32(attribute)
 
 
 class Device(Item):
@@ -341,30 +270,32 @@ class Device(Item):
     Express one."""
 
     __slots__ = ()
+    _PLACE = ("bus", "number", "function")
+    _TOLD = ("name",)
 
-    name = _Text(c.varmex_str_DeviceName, '"PXI1Slot2" for chassis 1, slot 2.')
-    chassis_number = _U32(c.varmex_u32_ChassisNumber, "Number of its chassis.")
-    slot_number = _U32(c.varmex_u32_SlotNumber, "Number of its slot.")
-    bus = _U32(c.varmex_u32_DeviceBus, "PCI bus number.")
-    number = _U32(c.varmex_u32_DeviceNumber, "PCI device number.")
-    function = _U32(c.varmex_u32_DeviceFunction, "PCI function number.")
-    is_express = _Flag(c.varmex_u32_DeviceIsExpress, "Whether it is a PXI Express device.")
-    vendor = _TextIfAny(c.varmex_str_DeviceVendor, "Maker of the module.")
-    model = _TextIfAny(c.varmex_str_DeviceModel, "Model of the module.")
-    instance_name = _TextIfAny(c.varmex_str_DeviceInstanceName, "The user's name for the module.")
-    address_info = _TextIfAny(c.varmex_str_DeviceAddressInfo,
-                              "Resource names of all functions of the module.")
-    occupied_slot_list = _TextIfAny(c.varmex_str_PeripheralModuleOccupiedSlotList,
-                                    "Further slots that the module covers, between commas.")
-    link_width_max = _U32IfAny(c.varmex_u32_PeripheralModuleLinkWidthMax,
-                               "Lanes that the module can use.")
-    link_width_negotiated = _U32IfAny(c.varmex_u32_PeripheralModuleLinkWidthNegotiated,
-                                      "Lanes that the module uses.")
+    name = a.text("DeviceName", '"PXI1Slot2" for chassis 1, slot 2.')
+    chassis_number = a.u32("ChassisNumber", "Number of its chassis.")
+    slot_number = a.u32("SlotNumber", "Number of its slot.")
+    bus = a.u32("DeviceBus", "PCI bus number.")
+    number = a.u32("DeviceNumber", "PCI device number.")
+    function = a.u32("DeviceFunction", "PCI function number.")
+    is_express = a.flag("DeviceIsExpress", "Whether it is a PXI Express device.")
+    vendor = a.text_if_any("DeviceVendor", "Maker of the module.")
+    model = a.text_if_any("DeviceModel", "Model of the module.")
+    instance_name = a.text_if_any("DeviceInstanceName", "The user's name for the module.")
+    address_info = a.text_if_any(
+        "DeviceAddressInfo", "Resource names of all functions of the module.")
+    occupied_slot_list = a.text_if_any(
+        "PeripheralModuleOccupiedSlotList", "Further slots that the module covers, between commas.")
+    link_width_max = a.u32_if_any(
+        "PeripheralModuleLinkWidthMax", "What the module can use.", "lanes")
+    link_width_negotiated = a.u32_if_any(
+        "PeripheralModuleLinkWidthNegotiated", "What the module uses.", "lanes")
 
     @property
-    def address(self) -> str:
-        """PCI address in decimal, "5.0.0": bus, device, function."""
-        return f"{self.bus}.{self.number}.{self.function}"
+    def address(self) -> PciAddress:
+        """PCI address; its text is decimal, "5.0.0"."""
+        return PciAddress(self.bus, self.number, self.function)
 
     @property
     def slot(self) -> "Slot":
@@ -376,71 +307,57 @@ class Device(Item):
         """The chassis that it is in."""
         return self._containing(Chassis, ItemKind.CHASSIS)
 
-    def _key(self) -> Tuple[object, ...]:
-        return self.bus, self.number, self.function
-
-    def __repr__(self) -> str:
-        return (f"Device(bus={self.bus}, number={self.number}, function={self.function}, "
-                f"name={self.name!r})")
-
 
 class Slot(Item):
     """One slot of a chassis."""
 
     __slots__ = ()
+    _PLACE = ("chassis_number", "number")
 
-    chassis_number = _U32(c.varmex_u32_ChassisNumber, "Number of its chassis.")
-    number = _U32(c.varmex_u32_SlotNumber, "Number of the slot.")
-    occupying_module_slot = _U32IfAny(
-        c.varmex_u32_OccupyingModuleSlot,
-        "Number of the slot that the module here is anchored in, its own for most; None when empty.")
-    link_width1 = _U32IfAny(c.varmex_u32_PeripheralSlotLinkWidth1, "Lanes of the first link.")
-    link_width2 = _U32IfAny(c.varmex_u32_PeripheralSlotLinkWidth2, "Lanes of the second link.")
-    link_origin1 = _U32IfAny(c.varmex_u32_SystemSlotLinkOrigin1,
-                             "Link of the system slot that the first link comes from.")
-    link_origin2 = _U32IfAny(c.varmex_u32_SystemSlotLinkOrigin2,
-                             "Link of the system slot that the second link comes from.")
-    system_link_count = _U32IfAny(c.varmex_u32_SystemSlotLinkCount,
-                                  "Links of a PXI Express system slot: 2 or 4.")
-    system_vendor = _TextIfAny(c.varmex_str_SystemSlotVendor,
-                               "Maker of the module in a PXI Express system slot.")
-    system_model = _TextIfAny(c.varmex_str_SystemSlotModel, "Model of that module.")
-    system_instance_name = _TextIfAny(c.varmex_str_SystemSlotInstanceName,
-                                      "The user's name for that module.")
-    system_address_info = _TextIfAny(c.varmex_str_SystemSlotAddressInfo,
-                                     "Resource names of that module.")
-    pci_slot_path = _TextIfAny(c.varmex_str_PCISlotPath,
-                               "PCI path of a slot for PXI-1 peripherals.")
-    pci_slot_path_root_bus = _U32IfAny(c.varmex_u32_PCISlotPathRootBus,
-                                       "PCI bus that the path begins at.")
-    local_bus_left = _TextIfAny(c.varmex_str_LocalBusLeft, "What lies on the left local bus.")
-    local_bus_right = _TextIfAny(c.varmex_str_LocalBusRight, "What lies on the right local bus.")
-    trigger_bus_number = _U32IfAny(c.varmex_u32_TriggerBusNumber,
-                                   "Trigger bus that the slot is on.")
-    trigger_bus_name = _TextIfAny(c.varmex_str_TriggerBusName, 'Its name, "TriggerBus3".')
-    trigger_bus_stable_name = _TextIfAny(
-        c.varmex_str_TriggerBusStableName,
-        "Its name in the whole installation, as the registry asks for it.")
-    star_trigger_number = _U32IfAny(c.varmex_u32_StarTriggerNumber,
-                                    "Star trigger, as a line or as the controller.")
-    star_trigger_line = _U32IfAny(c.varmex_u32_StarTriggerLine, "Line of the star trigger.")
-    star_trigger_line_name = _TextIfAny(c.varmex_str_StarTriggerLineName,
-                                        "Name of the line in the whole installation.")
-    star_trigger_controller_name = _TextIfAny(c.varmex_str_StarTriggerControllerName,
-                                              "Name of the controller, in its own slot alone.")
-    dstar_trigger_number = _U32IfAny(c.varmex_u32_DStarTriggerNumber,
-                                     "Differential star trigger, as a set or as the controller.")
-    dstar_trigger_set = _U32IfAny(c.varmex_u32_DStarTriggerSet, "Set of its lines.")
-    dstar_trigger_set_name = _TextIfAny(c.varmex_str_DStarTriggerSetName,
-                                        "Name of the set in the whole installation.")
-    dstar_trigger_controller_name = _TextIfAny(c.varmex_str_DStarTriggerControllerName,
-                                               "Name of the controller, in its own slot alone.")
-
-    @property
-    def type(self) -> Optional[SlotType]:
-        """What the slot takes; None for a type that the library does not know."""
-        bits = _call_if_any(_get_u32, self._handle.pointer, c.varmex_u32_SlotType)
-        return None if bits is None else SlotType(bits)
+    chassis_number = a.u32("ChassisNumber", "Number of its chassis.")
+    number = a.u32("SlotNumber", "Number of the slot.")
+    type = a.bits_if_any(
+        "SlotType", "What the slot takes; a type that the library does not know is none.", SlotType,
+        "bits: 1 PXI-1 peripheral, 2 PXI Express peripheral, 4 PXI Express system, 8 PXI system, "
+        "16 star controller, 32 system timing")
+    occupying_module_slot = a.u32_if_any("OccupyingModuleSlot",
+        "Number of the slot that the module here is anchored in, its own for most.")
+    link_width1 = a.u32_if_any("PeripheralSlotLinkWidth1", "Width of the first link.", "lanes")
+    link_width2 = a.u32_if_any("PeripheralSlotLinkWidth2", "Width of the second link.", "lanes")
+    link_origin1 = a.u32_if_any(
+        "SystemSlotLinkOrigin1", "Link of the system slot that the first link comes from.")
+    link_origin2 = a.u32_if_any(
+        "SystemSlotLinkOrigin2", "Link of the system slot that the second link comes from.")
+    system_link_count = a.u32_if_any(
+        "SystemSlotLinkCount", "Links of a PXI Express system slot: 2 or 4.", "links")
+    system_vendor = a.text_if_any(
+        "SystemSlotVendor", "Maker of the module in a PXI Express system slot.")
+    system_model = a.text_if_any("SystemSlotModel", "Model of that module.")
+    system_instance_name = a.text_if_any(
+        "SystemSlotInstanceName", "The user's name for that module.")
+    system_address_info = a.text_if_any("SystemSlotAddressInfo", "Resource names of that module.")
+    pci_slot_path = a.text_if_any("PCISlotPath", "PCI path of a slot for PXI-1 peripherals.")
+    pci_slot_path_root_bus = a.u32_if_any("PCISlotPathRootBus", "PCI bus that the path begins at.")
+    local_bus_left = a.text_if_any("LocalBusLeft", "What lies on the left local bus.")
+    local_bus_right = a.text_if_any("LocalBusRight", "What lies on the right local bus.")
+    trigger_bus_number = a.u32_if_any("TriggerBusNumber", "Trigger bus that the slot is on.")
+    trigger_bus_name = a.text_if_any("TriggerBusName", 'Its name, "TriggerBus3".')
+    trigger_bus_stable_name = a.text_if_any(
+        "TriggerBusStableName", "Its name in the whole installation, as the registry asks for it.")
+    star_trigger_number = a.u32_if_any(
+        "StarTriggerNumber", "Star trigger, as a line or as the controller.")
+    star_trigger_line = a.u32_if_any("StarTriggerLine", "Line of the star trigger.")
+    star_trigger_line_name = a.text_if_any(
+        "StarTriggerLineName", "Name of the line in the whole installation.")
+    star_trigger_controller_name = a.text_if_any(
+        "StarTriggerControllerName", "Name of the controller, in its own slot alone.")
+    dstar_trigger_number = a.u32_if_any(
+        "DStarTriggerNumber", "Differential star trigger, as a set or as the controller.")
+    dstar_trigger_set = a.u32_if_any("DStarTriggerSet", "Set of its lines.")
+    dstar_trigger_set_name = a.text_if_any(
+        "DStarTriggerSetName", "Name of the set in the whole installation.")
+    dstar_trigger_controller_name = a.text_if_any(
+        "DStarTriggerControllerName", "Name of the controller, in its own slot alone.")
 
     @property
     def devices(self) -> List[Device]:
@@ -452,36 +369,34 @@ class Slot(Item):
         """The chassis that it belongs to."""
         return self._containing(Chassis, ItemKind.CHASSIS)
 
-    def _key(self) -> Tuple[object, ...]:
-        return self.chassis_number, self.number
-
-    def __repr__(self) -> str:
-        return f"Slot(chassis={self.chassis_number}, number={self.number})"
+    def to_dict(self, *, why: bool = False) -> Dict[str, Any]:
+        return _document.describe(self, a.attributes_of(Slot), why, {
+            "Devices": lambda: [device.to_dict(why=why) for device in self.devices]})
 
 
 class Chassis(Item):
     """One chassis."""
 
     __slots__ = ()
+    _PLACE = ("number",)
+    _TOLD = ("vendor", "model")
 
-    number = _U32(c.varmex_u32_ChassisNumber, "Number of the chassis.")
-    vendor = _Text(c.varmex_str_ChassisVendor, "Maker.")
-    model = _Text(c.varmex_str_ChassisModel, "Model.")
-    serial_number = _TextIfAny(c.varmex_str_ChassisSerialNumber,
-                               "Serial number of a PXI Express chassis.")
-    identity = _Text(c.varmex_str_ChassisIdentity,
-                     "A text that stays the same wherever the chassis is numbered.")
-    description_file = _TextIfAny(c.varmex_str_ChassisDescriptionFile,
-                                  "Full path of the chassis description file.")
-    trigger_bus_list = _TextIfAny(c.varmex_str_ChassisTriggerBusList,
-                                  "Trigger bus numbers between commas, as written.")
-    trigger_manager = _TextIfAny(c.varmex_str_ChassisTriggerManagerIdentifier,
-                                 "Identifier of the trigger manager.")
-    trigger_manager_library = _TextIfAny(c.varmex_str_ChassisTriggerManagerLibrary,
-                                         "Library that implements the trigger manager.")
-    is_trigger_manager_native = _FlagIfAny(
-        c.varmex_u32_IsTriggerManagerNative,
-        "Whether the trigger manager is native. Asks the PXI service library, which takes its time.")
+    number = a.u32("ChassisNumber", "Number of the chassis.")
+    vendor = a.text("ChassisVendor", "Maker.")
+    model = a.text("ChassisModel", "Model.")
+    serial_number = a.text_if_any("ChassisSerialNumber", "Serial number of a PXI Express chassis.")
+    identity = a.text(
+        "ChassisIdentity", "A text that stays the same wherever the chassis is numbered.")
+    description_file = a.text_if_any(
+        "ChassisDescriptionFile", "Full path of the chassis description file.")
+    trigger_bus_list = a.text_if_any(
+        "ChassisTriggerBusList", "Trigger bus numbers between commas, as written.")
+    trigger_manager = a.text_if_any(
+        "ChassisTriggerManagerIdentifier", "Identifier of the trigger manager.")
+    trigger_manager_library = a.text_if_any(
+        "ChassisTriggerManagerLibrary", "Library that implements the trigger manager.")
+    is_trigger_manager_native = a.flag_if_any("IsTriggerManagerNative",
+        "Whether the trigger manager is native. Asks the PXI service library, which takes time.")
 
     @property
     def slots(self) -> Numbered[Slot]:
@@ -498,16 +413,34 @@ class Chassis(Item):
         """The PCI functions of all its modules, by address."""
         return self._list(Device, c.varmex_container_Devices)
 
+    def each_slot(self) -> List[Attempt[Slot]]:
+        """The slots, each for itself: all of `slots` unless that fails. Then the slots that have a
+        section, up to number 255 and whether they are listed or not, and the one at which `slots`
+        failed."""
+        return _open_each(self.slots, "slotNum")
+
+    def modules(self) -> List[Module]:
+        """What sits in the slots, in their order. Error with the first fault."""
+        return opened(self.each_module())
+
+    def each_module(self) -> List[ModuleAttempt]:
+        """The modules, going on behind what can't be opened, as `each_slot` does."""
+        return read_modules(self)
+
+    def to_dict(self, *, why: bool = False) -> Dict[str, Any]:
+        return _document.describe(self, a.attributes_of(Chassis), why, {
+            "Slots": lambda: [
+                slot.item.to_dict(why=why) if slot.item else _document.unopened(
+                    {"ChassisNumber": self.number, "SlotNumber": slot.number}, ["Devices"],
+                    slot.error)
+                for slot in self.each_slot()],
+            "TriggerBridges": lambda: [
+                bridge.to_dict(why=why) for bridge in self.trigger_bridges]})
+
     def _slot(self, number: int) -> Slot:
         pointer = _call(_raw.library.varmex_openSlotByNumber, self._handle.pointer,
                         _u32_argument(number, "slot"))
         return Slot(Child(pointer, self._handle.session))
-
-    def _key(self) -> Tuple[object, ...]:
-        return (self.number,)
-
-    def __repr__(self) -> str:
-        return f"Chassis(number={self.number}, vendor={self.vendor!r}, model={self.model!r})"
 
     def _repr_svg_(self) -> Optional[str]:
         """The picture of the chassis, for notebooks; None without the command `varmex`."""
@@ -536,15 +469,16 @@ class Session(Item):
     """
 
     __slots__ = ("warning",)
+    _TOLD = ("pxie_sys_path",)
 
     warning: Optional[Error]
 
-    version = _Text(c.varmex_str_Version, "Version of the library.")
-    pxi_sys_path = _Text(c.varmex_str_PxiSysPath, "Full path of pxisys.ini, there or not.")
-    pxie_sys_path = _Text(c.varmex_str_PxieSysPath, "Full path of pxiesys.ini, there or not.")
-    configuration_path = _Text(c.varmex_str_ConfigurationPath, "Full path of configuration.ini.")
-    is_current = _Flag(c.varmex_u32_SessionIsCurrent,
-                       "Whether both files are as they were when the session was opened.")
+    version = a.text("Version", "Version of the library.")
+    is_current = a.flag(
+        "SessionIsCurrent", "Whether both files are as they were when the session was opened.")
+    pxi_sys_path = a.text("PxiSysPath", "Full path of pxisys.ini, there or not.")
+    pxie_sys_path = a.text("PxieSysPath", "Full path of pxiesys.ini, there or not.")
+    configuration_path = a.text("ConfigurationPath", "Full path of configuration.ini.")
 
     def __init__(self, *, synchronize: bool = False) -> None:
         pointer, warning = _raw.call_with_warning(_raw.library.varmex_openPXISession,
@@ -599,6 +533,47 @@ class Session(Item):
         pointer = _call(_raw.library.varmex_openDeviceByAddr, self._handle.pointer, byref(address))
         return Device(Child(pointer, self._handle.session))
 
+    def each_chassis(self) -> List[Attempt[Chassis]]:
+        """The chassis, each for itself: all of `chassis` unless that fails. Then the chassis that
+        have a section, up to number 255 and whether they are listed or not, and the one at which
+        `chassis` failed."""
+        return _open_each(self.chassis, "chassisNumber")
+
+    def modules(self) -> List[Module]:
+        """What sits in the slots of all chassis, in their order. Error with the first fault."""
+        return opened(self.each_module())
+
+    def each_module(self) -> List[ModuleAttempt]:
+        """The modules of all chassis, going on behind what can't be opened, as `each_chassis` and
+        `each_slot` do."""
+        attempts: List[ModuleAttempt] = []
+        for chassis in self.each_chassis():
+            try:
+                if chassis.item:
+                    attempts += chassis.item.each_module()
+                else:
+                    attempts.append(ModuleAttempt(chassis.number, error=chassis.error))
+            except Error as error:
+                attempts.append(ModuleAttempt(chassis.number, error=error))
+        return attempts
+
+    def find_module(self, name: str) -> Optional[Module]:
+        """The first module that goes by that name (`Module.is_called`), one whose alias it is ahead
+        of all others; None where none does. What can't be opened hides no other module, and its
+        Error is raised where none goes by the name."""
+        return named(self.each_module(), name)
+
+    def find(self, *words: str) -> List[Module]:
+        """The modules that all the words fit: a part of the alias, name, vendor, model, a resource
+        name or the serial number of the chassis, in capitals or not; the place "1/9"; a PCI address
+        or its beginning, decimal "5.0.0" or as lspci has it, "05:00.0".
+
+        Raises:
+            ValueError: a word is empty, or there is none.
+            Error: no module fits, and something can't be read.
+        """
+        return fitting(self.each_module(), words)
+
     def wait(self, timeout: Optional[float] = None) -> WaitResult:
         """Blocks until the description changed, for at most `timeout` seconds, for ever without
         one. A change since the session was opened is reported at once; the session itself never
@@ -626,6 +601,18 @@ class Session(Item):
         """Ends all waits on the session, now and later: they answer CANCELLED."""
         _raw.library.varmex_cancelWaitForInvalidation(self._handle.pointer)
 
+    def to_dict(self, *, why: bool = False) -> Dict[str, Any]:
+        """The whole document of `varmex show --json`, by docs/varmex.schema.json; `why` as of every
+        item. Only what lies in a list that fails as a whole may be told in other words."""
+        kinds: List[Type[Item]] = [Slot, Device, TriggerBridge]
+        return _document.installation(
+            _document.describe(self, a.attributes_of(Session), why),
+            [attribute for kind in kinds for attribute in a.attributes_of(kind)],
+            lambda: [
+                chassis.item.to_dict(why=why) if chassis.item else _document.unopened(
+                    {"ChassisNumber": chassis.number}, ["Slots", "TriggerBridges"], chassis.error)
+                for chassis in self.each_chassis()])
+
     def _chassis(self, number: int) -> Chassis:
         pointer = _call(_raw.library.varmex_openChassisByNumber, self._handle.pointer,
                         _u32_argument(number, "chassis"))
@@ -634,6 +621,8 @@ class Session(Item):
     def _key(self) -> Tuple[object, ...]:
         return (id(self),)
 
-    def __repr__(self) -> str:
-        return f"<varmex.Session {'closed' if self.closed else self.pxie_sys_path}>"
 
+def find(*words: str) -> List[Module]:
+    """The modules of the installation that all the words fit, as `Session.find`. They keep a session
+    of their own open. Error."""
+    return Session().find(*words)

@@ -10,7 +10,7 @@ from ctypes import (CFUNCTYPE, POINTER, Structure, byref, c_bool, c_char_p, c_in
 from typing import Any, List, Optional, Tuple
 
 from . import _library
-from ._errors import ABSENT, Error, error_of
+from ._errors import Error, error_of
 
 Argument = Any
 """What ctypes takes for an argument."""
@@ -127,15 +127,13 @@ for _name, _result, _arguments in _PROTOTYPES:
 
 # Records without a text, for calls whose failure mostly is an answer. A call takes one and puts it
 # back, so that threads, signal handlers and finalizers never share one.
-_idle: List[Tuple[Record, Any]] = []
+idle: List[Tuple[Record, Any]] = []
 
 
-def _brief_record() -> Tuple[Record, Any]:
-    try:
-        return _idle.pop()
-    except IndexError:
-        record = Record()
-        return record, byref(record)
+def brief_record() -> Tuple[Record, Any]:
+    """A record without a text and the reference to it that a call takes."""
+    record = Record()
+    return record, byref(record)
 
 
 def call(function: Any, *arguments: Argument) -> Any:
@@ -161,21 +159,6 @@ def call_with_warning(function: Any, *arguments: Argument) -> Tuple[Any, Optiona
         return result, status
     finally:
         _free(record.text)
-
-
-def call_if_any(function: Any, handle: int, argument: Argument) -> Any:
-    """As `call` for a query, but None where the item has no such thing. A failure that is none of
-    these costs a second call, which fetches its text."""
-    pair = _brief_record()
-    record, reference = pair
-    result = function(handle, argument, reference)
-    code = record.code
-    if code:
-        record.code = 0
-    _idle.append(pair)
-    if code >= 0:
-        return result
-    return None if code in ABSENT else call(function, handle, argument)
 
 
 def _text_of(record: Record) -> str:

@@ -136,7 +136,7 @@ class RoutingSession:
 
     def __init__(self, device: Union[Device, str],
                  lines: Union[Lines, int] = Lines.TRIGGER_BUS) -> None:
-        name = device if isinstance(device, str) else device.address
+        name = device if isinstance(device, str) else str(device.address)
         self.device_name = name if ":" in name else f"{name}:{int(lines)}"
         self._session = Owner(
             _raw.call(_library.telmar_ra_varmex_createSession, _raw.encode(self.device_name),

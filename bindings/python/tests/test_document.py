@@ -1,0 +1,131 @@
+"""Documents and modules: what the command tells of the same installation."""
+
+import copy
+import json
+import re
+import subprocess
+
+import jsonschema
+import pytest
+import varmex
+from conftest import PROJECT
+
+SCHEMA = json.loads((PROJECT / "docs/varmex.schema.json").read_text())
+
+
+def strict(schema):
+    """The schema without room for keys that it does not tell of."""
+    if isinstance(schema, dict):
+        if "properties" in schema and schema.get("type") == "object":
+            schema.setdefault("additionalProperties", False)
+        for part in schema.values():
+            strict(part)
+    return schema
+
+
+def conform(document, kind):
+    part = {"$ref": f"#/$defs/{kind}", "$defs": strict(copy.deepcopy(SCHEMA["$defs"]))}
+    jsonschema.Draft202012Validator(part).validate(document)
+
+
+def shown(*options):
+    return json.loads(subprocess.run(["varmex", "show", "--json", *options], text=True,
+                                     capture_output=True).stdout)
+
+
+@pytest.mark.parametrize("why", [False, True])
+@pytest.mark.parametrize("plan", ["sample", "express:18:9x2 classic:8", "classic:5:0", "express:2"])
+def test_a_document_is_that_of_the_command(root, tmp_path, monkeypatch, plan, why):
+    if plan != "sample":
+        made = tmp_path / "made"
+        subprocess.run(["varmex", "make", made, *plan.split()], check=True)
+        monkeypatch.setenv("VARMEX_FSROOT", str(made))
+    with varmex.Session() as session:
+        document = session.to_dict(why=why)
+        assert document == shown(*["--why"] * why)
+        conform(document, "installation")
+        chassis = session.chassis[1].to_dict()
+        for kind, part in (("chassis", chassis), ("slot", chassis["Slots"][0]),
+                           ("slot", session.slots[0].to_dict()),
+                           *(("device", device.to_dict()) for device in session.devices),
+                           *(("bridge", bridge.to_dict()) for bridge in session.trigger_bridges)):
+            conform(part, kind)
+
+
+# File, what is replaced, by what, whether the command tells the same.
+FAULTS = [
+    ("pxiesys.ini", rb"ORX-1820", b"ORX-\xfc\xc3\xff", True),
+    ("pxiesys.ini", rb"(SlotType *= *)[^\r\n]*", rb"\1Nonsense", True),
+    ("pxiesys.ini", rb"(PeripheralSlotLinkWidth1 *= *)[^\r\n]*", rb"\1many", True),
+    ("pxisys.ini", rb"(PXI_TRIG6 *= *)[^\r\n]*", rb"\g<1>8", True),
+    ("pxisys.ini", rb"\[Chassis1TriggerBridge2\]", b"[Elsewhere]", False),
+    ("pxiesys.ini", rb'(Chassis1\][^\[]*SlotList *= *"?)', rb"\g<1>301,", False),
+]
+
+
+@pytest.mark.parametrize("name, pattern, text, is_same", FAULTS)
+def test_a_fault_hides_nothing_else(root, name, pattern, text, is_same):
+    file = root / "etc/pxi" / name
+    broken = re.sub(pattern, text, file.read_bytes())
+    assert broken != file.read_bytes()
+    for each in (root / "etc/pxi").glob("*.ini") if b"ORX" in text else [file]:
+        each.write_bytes(re.sub(pattern, text, each.read_bytes()))
+    with varmex.Session() as session:
+        document = session.to_dict()
+        conform(document, "installation")
+        told = shown()
+        assert (document == told) or not is_same
+        assert [slot["SlotNumber"] for chassis in document["Chassis"] for slot in chassis["Slots"]
+                ] == [slot["SlotNumber"] for chassis in told["Chassis"] for slot in chassis["Slots"]]
+        assert b"ORX" in text or document["failureCount"] > 0
+        assert any(module.alias == "DMM" for module in varmex.find("dmm"))
+        if b"301" in text:
+            for ask in (session.modules, lambda: varmex.find("no such thing")):
+                with pytest.raises(varmex.UnknownItemError, match="slotNum: 301"):
+                    ask()
+
+
+FOUND = [
+    # Words, places; found by the name alone or not at all.
+    (["DMM"], ["1/9"]),
+    (["mult", "orl"], ["1/9"]),
+    (["digitizer"], ["1/2", "2/2"]),
+    (["0a41f27C", "rf"], ["1/3", "1/12"]),
+    (["PXI0::5-0.1"], ["1/2"]),
+    (["5.0.0"], ["1/2"]),
+    (["0d:01.0"], ["1/9"]),
+    (["0000:0D:01.0"], ["1/9"]),
+    (["5.0."], ["1/2"]),
+    (["1/1"], ["1/1"]),
+    (["PXI3Slot7"], ["3/7"]),
+    (["DMM", "digitizer"], []),
+    (["nothing like it"], []),
+]
+
+
+@pytest.mark.parametrize("words, places", FOUND)
+def test_modules_are_found_by_what_they_are_known_by(root, words, places):
+    assert [module.place for module in varmex.find(*words)] == places
+
+
+def test_modules_hold_what_the_slots_tell(root):
+    with varmex.Session() as session:
+        modules = {module.place: module for module in session.modules()}
+        assert list(modules) == [module.place for chassis in session.chassis
+                                 for module in chassis.modules()]
+        wide = modules["1/12"]
+        assert wide.slots == (12, 13, 14) and wide.title == "Tessmere Labs TL-950 RF Generator"
+        assert wide.resource_names == ("PXI0::19-0.0::INSTR", "PXI0::19-0.1::INSTR")
+        assert [str(address) for address in wide.addresses] == ["19.0.0", "19.0.1"]
+        assert wide.addresses[1].hexadecimal == "13:00.1"
+        assert wide.functions == tuple(session.chassis[1].slots[12].devices)
+        reduced = modules["2/5"]
+        assert (reduced.link_width, reduced.possible_link_width, reduced.is_link_reduced) == (
+            4, 8, True)
+        assert modules["3/2"].alias is None and modules["3/2"].title == "PXI3Slot2"
+        assert modules["1/1"].functions[0].bus == 2
+        for name in ("dmm", "PXI1SLOT9", "1/9", "pxi0::13-0.0::instr", "13.1.0"):
+            assert session.find_module(name) == modules["1/9"], name
+        assert session.find_module("DM") is None and session.find_module("") is None
+    with pytest.raises(ValueError):
+        varmex.find("")
