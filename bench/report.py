@@ -97,6 +97,13 @@ def model_goals():
                    lambda t, what=what: t(f"threads/{what}/1/varmex"), 1 / 1.8)
 
 
+def python_goals():
+    def walk(who):
+        return f"walk/python/255/{who}"
+    yield Goal("everything that 255 answer, in Python: to C++ and the bare calls",
+               lambda t: t(walk("varmex")), lambda t: t(walk("cpp")) + t(walk("ctypes")), 3)
+
+
 def command_goals():
     for what, title, must, aim in (("showJson/255", "show --json of 255", 1 / 4, 1 / 8),
                                    ("hostile/1", "show of a hostile 2.7 MB", 1 / 8, 1 / 30)):
@@ -138,8 +145,8 @@ def latency_goals():
 GROUPS = (("Loading a file", load_goals), ("Looking up", look_up_goals),
           ("Opening", session_goals), ("Refusing", refusal_goals),
           ("Answering", attribute_goals), ("The model", model_goals),
-          ("The command", command_goals), ("Routing", routing_goals), ("Memory", memory_goals),
-          ("Waiting", latency_goals))
+          ("Python", python_goals), ("The command", command_goals), ("Routing", routing_goals),
+          ("Memory", memory_goals), ("Waiting", latency_goals))
 
 
 class Samples:

@@ -36,7 +36,8 @@ run_round() {
 
 cmake --preset linux -B build/bench -DVARMEX_BENCH=ON -DVARMEX_TESTS=OFF >/dev/null
 cmake --build build/bench --target \
-  varmex_bench varmex_bench_check varmex_bench_latency varmex_bench_memory -- --quiet
+  varmex_bench varmex_bench_check varmex_bench_latency varmex_bench_memory varmex_bench_python \
+  varmex_tool varmex_python -- --quiet
 build_before
 
 if [ "${1:-}" = --plot ]; then
@@ -52,6 +53,7 @@ fi
 rm -rf $results && mkdir -p $results
 "$programs/varmex_bench_memory" >"$results/values.txt"
 "$programs/varmex_bench_latency" >>"$results/values.txt"
+python3 bench/pythonWalk.py build/bench >>"$results/values.txt"
 started=$SECONDS
 round=0
 last=0 # what the last round took
