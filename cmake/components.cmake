@@ -6,6 +6,18 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 find_package(Threads REQUIRED)
 
+# Readers of the files, digests and JSON look at 16 bytes at a time as x86-64 does.
+include(CheckCXXSourceCompiles)
+check_cxx_source_compiles("
+  #if !defined __x86_64__ || defined __ILP32__ || __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
+  #error
+  #endif
+  int main() {}" VARMEX_TARGET_SERVED)
+if(NOT VARMEX_TARGET_SERVED)
+  message(FATAL_ERROR "varmex is for 64-bit x86 alone: "
+    "targets of 32 bits, big-endian ones and other processors can't be built for.")
+endif()
+
 if(WIN32)
   set(VARMEX_PLATFORM windows)
 else()
@@ -14,9 +26,14 @@ endif()
 
 add_library(varmex_common INTERFACE)
 target_compile_options(varmex_common INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${PROJECT_IS_TOP_LEVEL}>:-Werror>
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${VARMEX_WERROR}>:-Werror>
   -fvisibility=hidden
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+# What is built elsewhere than among the sources doesn't tell where, either.
+cmake_path(IS_PREFIX PROJECT_SOURCE_DIR ${PROJECT_BINARY_DIR} builds_among_sources)
+if(NOT builds_among_sources)
+  target_compile_options(varmex_common INTERFACE -ffile-prefix-map=${PROJECT_BINARY_DIR}/=build/)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # GCC 12 sees overlaps in the concatenation of strings where there are none.
   target_compile_options(varmex_common INTERFACE -Wno-restrict)
@@ -45,11 +62,27 @@ endif()
 # The cross compiler must not see the system's include folder: the header-only libraries that both
 # builds share are linked into a folder of the build.
 set(headers ${PROJECT_BINARY_DIR}/headers)
-foreach(library boost CLI nlohmann)
-  file(MAKE_DIRECTORY ${headers})
-  file(CREATE_LINK /usr/include/${library} ${headers}/${library} SYMBOLIC)
-endforeach()
+file(MAKE_DIRECTORY ${headers})
 target_include_directories(varmex_common SYSTEM INTERFACE ${headers})
+
+# varmex_headers(FOLDER FILE) : the library of headers that has FILE in its FOLDER.
+function(varmex_headers folder file)
+  find_path(VARMEX_${folder}_HEADERS ${folder}/${file} REQUIRED NO_CMAKE_FIND_ROOT_PATH
+    HINTS ${BOOST_ROOT} ENV BOOST_ROOT PATH_SUFFIXES include)
+  file(CREATE_LINK ${VARMEX_${folder}_HEADERS}/${folder} ${headers}/${folder} SYMBOLIC)
+endfunction()
+
+varmex_headers(boost version.hpp)
+file(STRINGS ${headers}/boost/version.hpp boost_version REGEX "define BOOST_VERSION ")
+string(REGEX REPLACE "[^0-9]" "" boost_version ${boost_version})
+if(boost_version LESS 107400)
+  message(FATAL_ERROR "varmex needs Boost 1.74 or later: ${VARMEX_boost_HEADERS} has ${boost_version}.")
+endif()
+# The command alone needs these.
+if(PROJECT_IS_TOP_LEVEL)
+  varmex_headers(CLI CLI.hpp)
+  varmex_headers(nlohmann json.hpp)
+endif()
 
 if(WIN32)
   target_compile_definitions(varmex_common INTERFACE

@@ -17,15 +17,14 @@ quietly() {
   return "$result"
 }
 
-# install PACKAGE... : from Debian, what is missing.
+# install PACKAGE... : from Debian, what is missing. Of "one|another" either will do.
 install() {
   local missing=() root=()
   for package in "$@"; do
-    dpkg-query -W -f='${db:Status-Abbrev}' "$package" 2>/dev/null | grep -q '^ii' ||
-      missing+=("$package")
+    grep -q '^ii' <(dpkg-query -W -f='${db:Status-Abbrev}\n' ${package//|/ } 2>/dev/null) ||
+      missing+=("${package%%|*}")
   done
   [ ${#missing[@]} -eq 0 ] && return
-  begin "installing ${missing[*]}"
   if [ "$(id -u)" -ne 0 ]; then
     # A password is asked for here, where it can be seen.
     if ! command -v sudo >/dev/null || ! sudo -v; then
@@ -35,12 +34,14 @@ install() {
     fi
     root=(sudo)
   fi
+  begin "installing ${missing[*]}"
   root+=(env DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8)
   quietly "${root[@]}" apt-get update
   quietly "${root[@]}" apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
-build_tools=(cmake ninja-build g++ libboost1.81-dev libcli11-dev nlohmann-json3-dev googletest)
+build_tools=(cmake ninja-build g++ 'libboost-dev|libboost1.81-dev' libcli11-dev nlohmann-json3-dev
+  googletest)
 
 # build PRESET [TARGET...] : into the folder of its name.
 build() { build_in "build/$1" "$@"; }
