@@ -4,7 +4,7 @@
 # the number of tests that passed and failed, over all of them.
 source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" g++-mingw-w64-x86-64-posix clang-14 lld-14 llvm-14 wine64 wine \
-  binutils libxml2-utils dpkg-dev file fish mypy pkg-config python3-build python3-jsonschema \
+  abigail-tools binutils debhelper debootstrap dh-python libxml2-utils lintian dpkg-dev file fish mypy pkg-config python3-build python3-jsonschema \
   python3-pytest python3-setuptools python3-venv python3-wheel unzip zsh
 
 results=$(mktemp -d)
@@ -55,6 +55,9 @@ start 'linux: describe' tests/describeTest.py build/linux/bin/varmex
 start 'linux: draw' tests/drawTest.sh build/linux/bin/varmex
 start 'linux: check and library' build/linux/bin/varmex_agreement 1000
 start 'linux: install' tests/installTest.sh build/linux
+
+scripts/packages.sh
+start 'packages' tests/packageTest.sh build/packages
 
 build linux-asan
 VARMEX_TEST_ROUNDS=500 suites linux-asan

@@ -1,28 +1,10 @@
 #!/usr/bin/env bash
-# installTest.sh BUILD... : installs and packs each build, and builds and runs the examples against
+# installTest.sh BUILD... : installs or packs each build, and builds and runs the examples against
 # every form that comes out, in empty folders. The Windows ones run under Wine, whose prefix
-# WINEPREFIX names.
-set -uo pipefail
-here=$(cd "$(dirname "$0")/.." && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+# WINEPREFIX names. Debian's packages are packageTest.sh's.
+source "$(dirname "$0")/steps.sh"
 # Where only Ninja is, it works.
 export CMAKE_GENERATOR=Ninja
-passed=0
-failed=0
-
-# try NAME COMMAND... : a step that must end well.
-try() {
-  local name=$1
-  shift
-  if "$@" >"$work/log" 2>&1; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    echo "$name:"
-    tail -n 30 "$work/log"
-  fi
-}
 
 # The devices of the sample, as the program lists them. It finds its library at LD_LIBRARY_PATH.
 lists() {
@@ -53,25 +35,45 @@ listBoth() {
   LD_LIBRARY_PATH=$1 lists "$work/listDevices" && LD_LIBRARY_PATH=$1 lists "$work/listDevicesCpp"
 }
 
-# A project that takes the sources in: nothing of them but the library, and its own settings as they
+# takenIn NAME LINES : a project that takes the sources in by these lines, with its own settings as they
 # were.
 takenIn() {
-  local project=$work/consumer
+  local project=$work/$1
   mkdir "$project"
   cp "$here"/examples/listDevices.c "$project"
   cat >"$project/CMakeLists.txt" <<END
 cmake_minimum_required(VERSION 3.25)
 project(consumer LANGUAGES C CXX)
-add_subdirectory($here varmex)
+$2
 add_executable(listDevices listDevices.c)
 target_link_libraries(listDevices PRIVATE varmex::varmex)
 END
-  cmake -S "$project" -B "$project/build" && cmake --build "$project/build" &&
+  cmake -S "$project" -B "$project/build" && ! grep -q -- -Werror "$project/build/build.ninja"
+}
+
+# It builds nothing of them but the library.
+buildsTaken() {
+  local project=$work/$1
+  cmake --build "$project/build" &&
     cmake --install "$project/build" --prefix "$project/installed" &&
     lists "$project/build/listDevices" && [ ! -e "$project/installed" ] &&
     [ -z "$(find "$project/build" -name 'varmex_*tests' -o -name CPackConfig.cmake -o \
-      -path '*/bin/varmex' -o -path '*varmex_tool.dir*.o')" ] &&
-    ! grep -q -- -Werror -r "$project/build" --include=flags.make --include=build.ninja
+      -path '*/bin/varmex' -o -path '*varmex_tool.dir*.o')" ]
+}
+
+# As an archive of the sources.
+fetched() {
+  tar -C "$here" --exclude=./build --exclude=./.git -cf "$work/varmex.tar" . &&
+    takenIn fetched "include(FetchContent)
+      FetchContent_Declare(varmex URL file://$work/varmex.tar)
+      FetchContent_MakeAvailable(varmex)"
+}
+
+# refuses OPTION... : a target that varmex does not serve, in a sentence.
+refuses() {
+  ! cmake -S "$here" -B "$(mktemp -d -p "$work")" -DVARMEX_TESTS=OFF \
+    -DCMAKE_TRY_COMPILE_TARGET_TYPE=STATIC_LIBRARY "$@" >"$work/refusal" 2>&1 &&
+    grep -q 'varmex is for 64-bit x86 alone' "$work/refusal"
 }
 
 hasCompletions() {
@@ -86,10 +88,12 @@ hasSchema() { grep -q 2020-12 "$1/share/varmex/varmex.schema.json"; }
 
 hasManual() { grep -q '^\.B VARMEX_FSROOT' "$1/share/man/man1/varmex.1"; }
 
-unpackDebs() {
-  for package in "$work"/packages/*.deb; do dpkg-deb -x "$package" "$work/deb" || return 1; done
-  [ "$(ls "$work"/packages/*.deb | wc -l)" -eq 4 ] &&
-    dpkg-deb -f "$work"/packages/varmex_*.deb Depends | grep -q libvarmex19
+hasDocuments() {
+  local file
+  for file in doc/varmex/getting-started.md doc/varmex/examples/listDevices.c \
+    varmex/varmex.schema.json; do
+    [ -s "$1/share/$file" ] || return 1
+  done
 }
 
 testLinux() {
@@ -98,6 +102,7 @@ testLinux() {
   try 'the manual' hasManual "$installed"
   try 'the schema' hasSchema "$installed"
   try 'the completions' hasCompletions "$installed"
+  try 'the documents' hasDocuments "$installed"
   try 'the installed command' env VARMEX_FSROOT="$here/samples" bash -c \
     "'$installed/bin/varmex' show | grep -q '^Chassis 3: Havrel'"
   # Where it was moved, it works as well.
@@ -108,11 +113,12 @@ testLinux() {
   try 'pkg-config' withPkgConfig "$work/moved"
   try 'built with pkg-config' listBoth "$work/moved/lib"
   rm "$work"/listDevices*
-  try 'add_subdirectory' takenIn
-  try 'the Debian packages' cpack --config "$1/CPackConfig.cmake" -B "$work/packages"
-  try 'their content' unpackDebs
-  try 'CMake and the packages' withCMake "$work/deb/usr"
-  try 'built with the packages' listBoth "$work/deb/usr/lib"
+  try 'add_subdirectory' takenIn added "add_subdirectory($here varmex)"
+  try 'FetchContent' fetched
+  try 'built with FetchContent' buildsTaken fetched
+  try '32 bits' refuses -DCMAKE_CXX_FLAGS=-m32
+  try 'a big-endian target' refuses -DCMAKE_C_COMPILER=clang-14 -DCMAKE_CXX_COMPILER=clang++-14 \
+    -DCMAKE_CXX_COMPILER_TARGET=s390x-linux-gnu
 }
 
 # There is no root of all paths: the description lies in the prefix's own Windows folder meanwhile.
@@ -142,5 +148,4 @@ for build in "$@"; do
     *) testLinux "$build" ;;
   esac
 done
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+finish

@@ -2,25 +2,8 @@
 # msvcTest.sh BUILD : a client of Microsoft's ABI, compiled by Clang and linked by lld-link against
 # varmex.lib, runs on the sample under Wine. The headers are MinGW-w64's, made to do without its
 # compiler.
-set -uo pipefail
-here=$(cd "$(dirname "$0")/.." && pwd)
+source "$(dirname "$0")/steps.sh"
 build=$(cd "$1" && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-passed=0
-failed=0
-
-try() {
-  local name=$1
-  shift
-  if "$@" >"$work/log" 2>&1; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    echo "$name:"
-    tail -n 30 "$work/log"
-  fi
-}
 
 compile() {
   local compiler=$1
@@ -75,5 +58,4 @@ printf '%s\n' '[System]' ChassisList=1 '[Chassis1]' Vendor=V Model=M TriggerBrid
 : >"$work/pxiesys.ini"
 try 'a destination line 8' runs "$work/pxisys.ini" "$work/pxiesys.ini" 'bridge: -1' 'code 0'
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+finish

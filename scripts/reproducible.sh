@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Builds Debian's packages twice from nothing, in folders of other names, minutes apart, with another
+# time zone and umask, and the library and the command alone with the preset, once in a build
+# folder outside of the sources: each pair must be the same, byte for byte.
+source "$(dirname "$0")/common.sh"
+install "${build_tools[@]}" debhelper dh-python dpkg-dev
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+result=0
+
+# same NAME FILE FILE
+same() {
+  if cmp "$2" "$3"; then echo "same: $1"; else result=1; fi
+}
+
+scripts/packages.sh "$work/first"
+(
+  umask 077
+  TZ=Asia/Tokyo scripts/packages.sh "$work/again/elsewhere"
+)
+for package in "$work"/first/*.deb; do
+  same "$(basename "$package")" "$package" "$work/again/elsewhere/$(basename "$package")"
+done
+
+copy=$work/first/varmex
+for build in "$copy/build/linux" "$work/elsewhere"; do
+  begin "building $build"
+  cmake -S "$copy" --preset linux -B "$build" -DVARMEX_TESTS=OFF >/dev/null
+  cmake --build "$build" -- --quiet
+done
+for file in lib/libvarmex.so.19 bin/varmex; do
+  same "$file" "$copy/build/linux/$file" "$work/elsewhere/$file"
+done
+exit "$result"
