@@ -51,6 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const tSavedInstallation again = readSaved(textOf(saved));
     fuzz::require(isSame(saved.files, again.files) && isSame(saved.registry, again.registry) &&
+                  jsonOfPciTree(saved.pci.value_or(tPciTree())) ==
+                      jsonOfPciTree(again.pci.value_or(tPciTree())) &&
                   isSame(saved.chassisFiles, again.chassisFiles) && saved.host == again.host);
     readRegistryText(registryTextOf(saved.registry));
   } catch (const std::runtime_error& refusal) {

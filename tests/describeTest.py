@@ -378,6 +378,54 @@ def testDiff():
             check(sample.run("diff", *arguments).returncode == 2, f"diff {arguments}")
 
 
+# Faults of a PCI tree, and what is found, by identifier.
+LIVE = [
+    ([], []),
+    (["missing"], ["module-not-present"]), (["unlisted"], ["device-not-listed"]),
+    (["driverless"], ["no-driver"]), (["narrow"], ["link-width-reduced"]), (["slow"], ["link-speed-reduced"]),
+    (["missing", "unlisted", "driverless", "narrow", "slow"],
+     ["device-not-listed", "link-speed-reduced", "link-width-reduced", "module-not-present", "no-driver"]),
+]
+
+
+def testLive():
+    for plans in (["express:18", "classic:8", "express:8"], ["express:4"], ["classic:8x3"]):
+        for faults, wanted in LIVE:
+            with Root() as root:
+                shutil.rmtree(root.file(""))
+                made = root.run("make", root.folder, *plans, "--pci", *(f"--pci-fault={f}" for f in faults))
+                if made.returncode:
+                    check(len(faults) > 2 and "no module is left" in made.stderr, f"make {plans} {faults}: {made.stderr}")
+                    continue
+                (root.folder / "usr/share/misc").mkdir(parents=True)
+                (root.folder / "usr/share/misc/pci.ids").write_text("# x\nfa02  Orlindt\n\t4081  Meter\nC 00  Class\n")
+                file = root.folder / "saved.json"
+                root.run("save", file)
+                live = root.run("check", "--live", "--json")
+                if plans == ["classic:8x3"]:  # without links
+                    wanted = [kind for kind in wanted if not kind.startswith("link-")]
+                conforms(json.loads(live.stdout), "findings", f"check --live {faults}")
+                found = sorted(finding["id"] for finding in json.loads(live.stdout))
+                check(found == wanted, f"{plans} {faults}: {live.stdout}{live.stderr}")
+                check(live.returncode == bool(wanted), f"{plans} {faults}: status")
+                saved = root.run("check", "--live", "--json", "--from", file)
+                without_names = re.sub(r"Orlindt Meter ", "", live.stdout)
+                check(saved.stdout == without_names, f"{plans} {faults}: saved {saved.stdout}{saved.stderr}")
+                check(root.run("check").stdout == "No findings.\n", f"{plans}: without --live")
+                named = {"device-not-listed", "no-driver"} & set(wanted)
+                check(("Orlindt Meter [fa02:4081]" in live.stdout) == bool(named), f"{plans} {faults}: names")
+                if faults or plans == ["express:4"]:
+                    continue
+                for device in (root.folder / "sys/bus/pci/devices").iterdir():
+                    if not device.name.startswith("0000:00"):
+                        shutil.rmtree(device)
+                gone = [finding["id"] for finding in json.loads(root.run("check", "--live", "--json").stdout)]
+                check(set(gone) <= {"chassis-not-present", "module-not-present"}, f"{plans} off: {gone}")
+                check(gone.count("chassis-not-present") == (3 if plans == ["classic:8x3"] else len(plans)), f"{plans} off: {gone}")
+                shutil.rmtree(root.folder / "sys")
+                check("no PCI tree" in root.run("check", "--live").stderr, "no PCI tree")
+
+
 SAVED_SCHEMA = json.loads((TOP / "docs/saved.schema.json").read_text())
 jsonschema.Draft202012Validator.check_schema(SAVED_SCHEMA)
 I_PATH, E_PATH = "etc/pxi/pxisys.ini", "etc/pxi/pxiesys.ini"
@@ -397,6 +445,9 @@ HOSTILE = [
     ("registry", [{**REGISTRY, "key": "a\n[b]", "text": ""}], "no name"),
     ("registry", [{**REGISTRY, "text": "x" * 2**21}], "too long"),
     ("chassisDescriptionFiles", [{"path": "x"}], "missing"), ("chassisDescriptionFiles", [5], "missing"),
+    ("pci", {}, "no list"), ("pci", [{}], "without an address"), ("pci", [{"address": "5"}], "no PCI address"),
+    ("pci", [{"address": "0:100:0.0"}], "no PCI address"), ("pci", [{"address": "0:1:0.0", "class": 5}], "plain text"),
+    ("pci", [{"address": "0:1:0.0", "class": "x" * 257}], "plain text"),
     ("other", [[[[[[[[[]]]]]]]]], "too deeply"),
 ]
 # Whole texts of files that are no saved installations.
@@ -466,7 +517,7 @@ def unpiped(number):
     return lambda: signal.signal(number, signal.SIG_DFL) if number != signal.SIGKILL else None
 
 
-for test in (testDocuments, testBroken, testModules, testWatch, testDiff, testSaved):
+for test in (testDocuments, testBroken, testModules, testWatch, testDiff, testLive, testSaved):
     test()
 print(f"{passed} passed, {failed} failed")
 sys.exit(failed != 0)

@@ -47,7 +47,25 @@ for input in "$here"/../fuzz/corpus/{ini,model,json,registry}/* {1..12}; do
     try find 1
     try list --csv
     try draw -o "$VARMEX_FSROOT/picture.svg"
+    try save "$VARMEX_FSROOT/saved.json"
+    try diff "$VARMEX_FSROOT/saved.json" "$here/../samples"
   done
+done
+# Saved files that are torn, and PCI trees that lead back to themselves.
+for input in {1..60}; do
+  source=$here/../fuzz/corpus/saved/sample size=$(stat -c %s "$here/../fuzz/corpus/saved/sample")
+  { head -c $((input * 97 % size)) "$source" && tail -c +$((input * 97 % size + input % 3 * 2)) "$source"; } \
+    >"$VARMEX_FSROOT/torn.json"
+  try check --live --from "$VARMEX_FSROOT/torn.json"
+done
+rm -r "$VARMEX_FSROOT"
+VARMEX_FSROOT=$(mktemp -d)
+"$varmex" make "$VARMEX_FSROOT" express:18x2 --pci
+for input in 0 5 253 254 255 256 -1 x; do
+  for bridge in "$VARMEX_FSROOT"/sys/bus/pci/devices/*; do
+    [ ! -e "$bridge/secondary_bus_number" ] || echo "$input" >"$bridge/secondary_bus_number"
+  done
+  try check --live
 done
 rm -r "$VARMEX_FSROOT"
 echo "$passed passed, $failed failed"

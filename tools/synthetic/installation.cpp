@@ -113,7 +113,7 @@ class tMaker {
       layout_ = tLayout(plan);
       addChassis();
     }
-    return {pxiSys_.take(), pxieSys_.take()};
+    return {pxiSys_.take(), pxieSys_.take(), std::move(functions_)};
   }
 
  private:
@@ -133,6 +133,7 @@ class tMaker {
       addStarTrigger(pxiSys_, "ControllerSlot");
     }
     for (std::uint32_t slot = 1; slot <= layout_.slots; ++slot) {
+      slot_ = slot;
       if (layout_.isExpress()) addExpressSlot(slot);
       if (layout_.takesClassic(slot)) addClassicSlot(slot);
     }
@@ -257,6 +258,7 @@ class tMaker {
     const std::string device =
         "PXI0::" + decimal(address.bus) + '-' + decimal(address.device) + '.';
     const bool isWide = layout_.module(slot) == tModule::wideExpress;
+    noteFunctions(address, 2, product.linkWidth);
     pxieSys_.addText("Vendor", product.vendor);
     pxieSys_.addText("Model", product.model);
     pxieSys_.addText("InstanceName", "MODULE-" + decimal(number_) + "-" + decimal(slot));
@@ -283,6 +285,14 @@ class tMaker {
     }
   }
 
+  void noteFunctions(const tAddress& address, std::uint32_t count, std::uint32_t lanes,
+                     std::uint32_t bridgedBus = 0) {
+    for (std::uint32_t function = 0; function < count; ++function) {
+      functions_.push_back(
+          {number_, slot_, address.bus, address.device, function, lanes, bridgedBus});
+    }
+  }
+
   void addNoAddress() {
     pxiSys_.addText("PCIBusNumber", "None");
     pxiSys_.addText("PCIDeviceNumber", "None");
@@ -296,6 +306,7 @@ class tMaker {
 
   void addClassicModule(const std::string& key, std::uint32_t device) {
     const tAddress address = numbering_.take(device);
+    noteFunctions(address, 2, 0);
     pxiSys_.addText("FunctionList", "0,1");
     addFunction(key + "Function0", address);
     addFunction(key + "Function1", address);
@@ -304,8 +315,11 @@ class tMaker {
   // A module whose two functions lie behind a PCI bridge of its own.
   void addClassicBridge(const std::string& key, std::uint32_t device) {
     pxiSys_.addText("FunctionList", "0");
-    addFunction(key + "Function0", numbering_.take(device));
+    const tAddress address = numbering_.take(device);
+    addFunction(key + "Function0", address);
     const tAddress behind = numbering_.take(4);
+    noteFunctions(address, 1, 0, behind.bus);
+    noteFunctions(behind, 2, 0);
     const std::string bridge = key + "Function0Device" + decimal(behind.device);
     pxiSys_.addText("DeviceList", decimal(behind.device));
     pxiSys_.addSection(bridge);
@@ -318,7 +332,9 @@ class tMaker {
   tDescription pxieSys_;
   tLayout layout_{tPlan()};   // of the chassis that is being added
   std::uint32_t number_ = 0;  // its number
+  std::uint32_t slot_ = 0;    // that is being added
   tNumbering numbering_;
+  std::vector<tFunction> functions_;
 };
 
 void writeFile(const std::string& path, const std::string& content) {

@@ -23,10 +23,22 @@ struct tPlan {
   std::uint32_t modules = kMostSlots;  // at most so many, from the left
 };
 
-// The content of the two description files.
+// A function of a module, where the description says that it is.
+struct tFunction {
+  std::uint32_t chassis;
+  std::uint32_t slot;
+  std::uint32_t bus;
+  std::uint32_t device;
+  std::uint32_t function;
+  std::uint32_t lanes;       // of its link; 0 for classic modules
+  std::uint32_t bridgedBus;  // behind it, where it is a bridge, else 0
+};
+
+// The content of the two description files, and the functions that they tell of.
 struct tTexts {
   std::string pxiSys;
   std::string pxieSys;  // empty when all chassis are classic
+  std::vector<tFunction> functions = {};
 };
 
 // The description of an installation that does not exist, in the form and with the line lengths

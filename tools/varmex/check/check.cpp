@@ -5,6 +5,7 @@
 #include "corpxiTools/fileSystem/utils.h"
 #include "tools/varmex/check/excerpt.h"
 #include "tools/varmex/check/library.h"
+#include "tools/varmex/check/live.h"
 #include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/terminal.h"
 
@@ -53,7 +54,8 @@ void showFinding(const tFinding& finding, std::ostream& out) {
 
 }  // namespace
 
-std::vector<tFinding> checkDescription(const std::function<varmex::Session()>& open) {
+std::vector<tFinding> checkDescription(const std::function<varmex::Session()>& open,
+                                       const tPciTree* machine) {
   const tCheckedFile classic("pxisys.ini", varmex::getPxiSysPath());
   const tCheckedFile express("pxiesys.ini", varmex::getPxieSysPath());
   if (!classic.exists() && !express.exists()) {
@@ -64,7 +66,9 @@ std::vector<tFinding> checkDescription(const std::function<varmex::Session()>& o
   tPlan plan;
   checkFiles(rules, plan);
   try {
-    checkAnswers(rules, plan, open());
+    const varmex::Session session = open();
+    checkAnswers(rules, plan, session);
+    if (machine != nullptr) checkLive(rules, plan, session, *machine);
   } catch (const varmex::Error& failure) {
     checkFailure(rules, failure);
   }

@@ -4,6 +4,8 @@
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/installation.h"
+#include "tools/varmex/machine/thisMachine.h"
+#include "tools/varmex/saved/savedFile.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/output.h"
 #include "tools/varmex/text/shownPaths.h"
@@ -18,6 +20,8 @@ class tCheck : public tCommand {
 
   void addOptions(CLI::App& line) override {
     line.add_flag("--json", asJson_, "Print JSON");
+    line.add_flag("--live", isLive_,
+                  "Hold the description against the machine's PCI tree as well (Linux)");
     installation_.addFrom(line);
   }
 
@@ -25,7 +29,9 @@ class tCheck : public tCommand {
   tExitStatus run() override {
     try {
       installation_.enter();
-      auto findings = checkDescription([this] { return installation_.open(); });
+      const std::optional<tPciTree> machine = isLive_ ? readMachine() : std::nullopt;
+      auto findings =
+          checkDescription([this] { return installation_.open(); }, machine ? &*machine : nullptr);
       for (tFinding& finding : findings) finding.answer = withShownPaths(finding.answer);
       if (asJson_) {
         printJson(findingsJson(findings));
@@ -40,8 +46,18 @@ class tCheck : public tCommand {
   }
 
  private:
+  std::optional<tPciTree> readMachine() const {
+    const tSavedInstallation* const saved = installation_.saved();
+    const std::string folder = pathBelowRoot(kPciFolder);
+    std::optional<tPciTree> machine = saved ? saved->pci : tPciTree::read(folder);
+    if (machine) return machine;
+    throw std::runtime_error(saved ? *installation_.from() + " was saved without a PCI tree"
+                                   : "there is no PCI tree to look at: no devices in " + folder);
+  }
+
   tInstallation installation_;
   bool asJson_ = false;
+  bool isLive_ = false;
 };
 
 }  // namespace

@@ -1,9 +1,11 @@
 #include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 
 #include "tools/synthetic/installation.h"
+#include "tools/synthetic/pciTree.h"
 #include "tools/varmex/commands/list.h"
 
 namespace tool {
@@ -41,8 +43,10 @@ void appendPlans(const std::string& chassis, std::vector<synthetic::tPlan>& plan
 
 // Writes the description below `folder`, where a session finds it when VARMEX_FSROOT names the
 // folder. Throws std::invalid_argument for a text of another form in `chassis`, and
-// std::runtime_error when a file can't be written or the folder holds a description already.
-void makeInstallation(const std::string& folder, const std::vector<std::string>& chassis) {
+// std::runtime_error when a file can't be written or the folder holds a description already. With
+// faults, be it none, writes the PCI tree of the machine as well.
+void makeInstallation(const std::string& folder, const std::vector<std::string>& chassis,
+                      const std::optional<std::vector<std::string>>& pciFaults) {
   namespace fs = std::filesystem;
   std::vector<synthetic::tPlan> plans;
   for (const std::string& text : chassis) appendPlans(text, plans);
@@ -53,6 +57,10 @@ void makeInstallation(const std::string& folder, const std::vector<std::string>&
   const fs::path pxieSys = description / "pxiesys.ini";
   if (fs::exists(pxiSys) || fs::exists(pxieSys)) {
     throw std::runtime_error("there is a description already in " + description.string());
+  }
+  if (pciFaults) {
+    synthetic::writePciTree(texts.functions, *pciFaults,
+                            (fs::path(folder) / "sys/bus/pci/devices").string());
   }
   fs::create_directories(description);
   fs::create_directories(lock);
@@ -73,11 +81,21 @@ class tMake : public tCommand {
             "chassis", chassis_,
             "express or classic, then :SLOTS, :MODULES and xCOUNT if wanted: express:18:7x2")
         ->required();
+    line.add_flag("--pci", hasPci_, "Write the machine's PCI tree, too, for varmex check --live");
+    line.add_option("--pci-fault", pciFaults_,
+                    "The same with a fault: missing, unlisted, driverless, narrow, slow. May be "
+                    "repeated")
+        ->allow_extra_args(false)
+        ->type_name("FAULT")
+        ->check(CLI::IsMember(std::vector<std::string>(std::begin(synthetic::kPciFaults),
+                                                       std::end(synthetic::kPciFaults)))
+                    .description(""));
   }
 
   tExitStatus run() override {
     try {
-      makeInstallation(folder_, chassis_);
+      const bool hasPci = hasPci_ || !pciFaults_.empty();
+      makeInstallation(folder_, chassis_, hasPci ? std::optional(pciFaults_) : std::nullopt);
       return kDone;
     } catch (const std::invalid_argument& error) {
       throw CLI::ValidationError("CHASSIS", error.what());
@@ -87,6 +105,8 @@ class tMake : public tCommand {
  private:
   std::string folder_;
   std::vector<std::string> chassis_;
+  bool hasPci_ = false;
+  std::vector<std::string> pciFaults_;
 };
 
 }  // namespace

@@ -12,7 +12,7 @@
 #include "corpxiTools/fileSystem/fileBytes.h"
 #include "corpxiTools/fileSystem/utils.h"
 #include "halden/internal/nativeFileLock.h"
-#include "tools/varmex/saved/thisMachine.h"
+#include "tools/varmex/machine/thisMachine.h"
 #include "varmex/varmex.hpp"
 
 namespace tool {
@@ -141,6 +141,7 @@ tSavedInstallation takeInstallation() {
   saved.files = takeFiles();
   saved.registry = takeRegistryValues();
   saved.chassisFiles = takeChassisFiles();
+  saved.pci = tPciTree::read(pathBelowRoot(kPciFolder));
   return saved;
 }
 

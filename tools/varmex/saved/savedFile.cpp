@@ -16,7 +16,8 @@ constexpr int kVersion = 1;
 constexpr int kMostDepth = 8;
 
 constexpr const char* kKeys[] = {kVersionKey, "taken", "host",     "platform",
-                                 "version",   "files", "registry", "chassisDescriptionFiles"};
+                                 "version",   "files", "registry", "chassisDescriptionFiles",
+                                 "pci"};
 
 // Parses with bounds that the parser itself does not have: no deep nesting, no key twice, and
 // nothing is kept below keys of later versions.
@@ -97,6 +98,7 @@ std::string textOf(const tSavedInstallation& saved) {
     json["chassisDescriptionFiles"].push_back(
         {{"path", jsonOfBytes(file.path)}, {"content", jsonOfBytes(file.bytes)}});
   }
+  if (saved.pci) json["pci"] = jsonOfPciTree(*saved.pci);
   return json.dump(2, ' ', false, tJson::error_handler_t::replace) + '\n';
 }
 
@@ -117,6 +119,7 @@ tSavedInstallation readSaved(std::string_view text) {
   saved.files = readMember(json, "files", filesOf);
   saved.registry = readMember(json, "registry", registryOfJson);
   saved.chassisFiles = readMember(json, "chassisDescriptionFiles", chassisFilesOf);
+  if (json.contains("pci")) saved.pci = readMember(json, "pci", pciTreeOfJson);
   return saved;
 }
 

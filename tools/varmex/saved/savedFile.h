@@ -1,10 +1,12 @@
 #ifndef TOOLS_VARMEX_SAVED_SAVEDFILE_H
 #define TOOLS_VARMEX_SAVED_SAVEDFILE_H
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tools/varmex/machine/pciTree.h"
 #include "tools/varmex/saved/registryValues.h"
 
 namespace tool {
@@ -23,6 +25,7 @@ struct tSavedInstallation {
   std::vector<tFileContent> files;  // by their path below a root, those of savedPaths() alone
   tRegistryValues registry;
   std::vector<tFileContent> chassisFiles;  // by their path as the library answers it
+  std::optional<tPciTree> pci;             // where the machine tells of it
 };
 
 // What an installation is made of: the files, as they lie below a root.

@@ -1,4 +1,4 @@
-#include "tools/varmex/saved/thisMachine.h"
+#include "tools/varmex/machine/thisMachine.h"
 
 #include <windows.h>
 

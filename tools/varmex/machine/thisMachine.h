@@ -1,11 +1,11 @@
-#ifndef TOOLS_VARMEX_SAVED_THISMACHINE_H
-#define TOOLS_VARMEX_SAVED_THISMACHINE_H
+#ifndef TOOLS_VARMEX_MACHINE_THISMACHINE_H
+#define TOOLS_VARMEX_MACHINE_THISMACHINE_H
 
 #include <string>
 
 namespace tool {
 
-// What a saved file tells of the machine it is from. A pair: one source for each platform.
+// What is told of the machine that this runs on. A pair: one source for each platform.
 
 std::string hostName();
 const char* platformName();
