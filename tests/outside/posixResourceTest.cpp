@@ -173,7 +173,7 @@ TEST_F(tConcurrencyOfExit, endsAmidThreads) {
         telmar_ra_varmex_calculateRoute(session.get(), seed("PXI_Trig5", "a").c_str(),
                                         "[\"PXI_Trig5\"]", nullptr, &reply.text, nullptr);
       });
-      settle();
+      std::this_thread::sleep_for(std::chrono::milliseconds(60));
       endLate();
       std::exit(kExitStatus);
     }

@@ -72,6 +72,9 @@ class tProcess {
 // Runs `work` on a thread whose stack has `bytes` bytes, and waits for it.
 void runWithStack(std::size_t bytes, const std::function<void()>& work);
 
+// Until every other thread of the process sleeps, or two seconds.
+void awaitSleep();
+
 }  // namespace test
 
 #endif

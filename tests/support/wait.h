@@ -15,8 +15,11 @@ constexpr std::uint32_t kLongWait = 20000;
 
 class tWaiting : public tModel {
  protected:
-  // Long enough for a thread to fall asleep.
-  static void settle() { std::this_thread::sleep_for(std::chrono::milliseconds(60)); }
+  // Lets threads that have been started begin, and fall asleep.
+  static void settle() {
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    awaitSleep();
+  }
 
   varmex_WaitResult wait(std::uint32_t timeout) {
     return varmex_waitForSessionInvalidation(session_.get(), timeout, status_);

@@ -7,8 +7,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
+#include <thread>
 
 extern char** environ;
 
@@ -98,6 +102,20 @@ int tProcess::wait() {
     state_->result = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
   return state_->result;
+}
+
+void awaitSleep() {
+  const auto isAwake = [](const fs::directory_entry& task) {
+    if (task.path().filename() == std::to_string(gettid())) return false;
+    std::string text;
+    std::getline(std::ifstream(task.path() / "stat"), text);
+    return text.find(") S ") == std::string::npos;
+  };
+  for (int look = 0; look < 100; ++look) {
+    const fs::directory_iterator tasks("/proc/self/task");
+    if (std::none_of(begin(tasks), end(tasks), isAwake)) return;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
 }
 
 void runWithStack(std::size_t bytes, const std::function<void()>& work) {

@@ -114,6 +114,8 @@ int tProcess::wait() {
   return state_->result;
 }
 
+void awaitSleep() { Sleep(100); }
+
 void runWithStack(std::size_t bytes, const std::function<void()>& work) {
   const auto run = [](void* argument) -> DWORD {
     (*static_cast<const std::function<void()>*>(argument))();
