@@ -162,6 +162,17 @@ TEST_F(tRegistryFile, endsAnEnumerationThatItFails) {
   EXPECT_EQ(key.enumKey(0, name, sizeof name), static_cast<std::uint32_t>(ENOENT));
 }
 
+TEST_F(tRegistryFile, isEnumeratedAsItWas) {
+  machine_.write(file(), textOf(1) + "[HKEY_LOCAL_MACHINE\\Y]\n");
+  tRegistryKey key;
+  ASSERT_EQ(key.open(tRegistryRoot::localMachine, "", tRegistryView::process), 0U);
+  char name[8];
+  EXPECT_EQ(key.enumKey(0, name, sizeof name), 0U);
+  write(1);
+  EXPECT_EQ(key.enumKey(1, name, sizeof name), 0U);
+  EXPECT_STREQ(name, "Y");
+}
+
 TEST_F(tRegistryFile, isRegular) {
   ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
   EXPECT_EQ(number(), -1);

@@ -65,6 +65,7 @@ TEST(RegistryText, readsEntries) {
       {"\"n\"=hex(2):7f,00,80,00,ff,07,00,08,00,e0",
        "n(2)\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEE\x80\x80"},
       {"\"n\"=hex(2):00,d8,00,dc,ff,db,ff,df", "n(2)\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
+      {"\"n\"=hex(2):00,d8,ff,db,00", "n(2)\xEF\xBF\xBD\xEF\xBF\xBD"},
       {"\"n\"=hex(2):00,d8,41,00,00,dc,00,dc,00,d8",
        "n(2)\xEF\xBF\xBD"
        "A\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
@@ -85,7 +86,7 @@ TEST(RegistryText, readsEntries) {
       {"\"Name\"=\"1\"\r\n\"x\"=\"2\"\r\n\"nAME\"=dword:3", "Name(4)\3\0\0\0 x(1)2"s},
       {"\"n\"=\"1\"\r\n\"x\"=\"2\"\r\n\"N\"=-", "x(1)2"},
       {"\"n\"=\"1\"\r\n\"N\"=- ; gone\r\n\"x\"=\"2\"\r\n\"N\"=\"3\"", "x(1)2 N(1)3"},
-      {"\"n\"=-\r\n@=\"1\"\r\n@=-", ""},
+      {"\"n\"=-\r\n@=\"1\"\r\n@=-\r\n\"N\"=\"1\"\r\n\"n\"=-x", "N(1)1"},
       {"\"n\"=-x\r\n\"b\"=\"2\"\r\n\"a\"=\"1\"", "b(1)2 a(1)1"},
   };
   for (const auto& [lines, values] : cases) {
@@ -172,6 +173,7 @@ TEST(RegistryText, readsHeaders) {
       {"[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[-HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[-HKEY_LOCAL_MACHINE\\A]"
        "\r\n",
        "no key", ""},
+      {"[HKEY_LOCAL_MACHINE\\A]\r\n@=\"1\"\r\n[-HKEY_LOCAL_MACHINE]\r\n", "(1)1", ""},
       {"[-HKEY_LOCAL_MACHINE\\A]\r\n[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[-HKEY_LOCAL_"
        "MACHINE\\A\\B\\C]",
        "", "B"},

@@ -70,6 +70,10 @@ TEST_F(tBridge, readsTheClassicFileFirst) {
   EXPECT_EQ(number(item, varmex_u32_BridgeLineMapping0), 32U);
   number(item, varmex_u32_BridgeSourceTriggerBus);
   EXPECT_TRUE(notFound("Section Chassis1TriggerBridge2 item: SourceTriggerBus not found"));
+  const tItem inBoth = bridge("LineMappingSpec=1\n[Chassis1LineMappingSpec1]\nPXI_TRIG0=1\n",
+                              "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\n"
+                              "[Chassis1LineMappingSpec1]\nPXI_TRIG0=5\n");
+  EXPECT_EQ(number(inBoth, varmex_u32_BridgeLineMapping0), 2U);
   const tItem unmapped = bridge("LineMappingSpec=9\n", "[A]\nB=1\n");
   number(unmapped, varmex_u32_BridgeLineMapping7);
   EXPECT_TRUE(

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -38,7 +39,9 @@ class tPosixWait : public tWaiting {
   fs::path openSwitched();
 };
 
+// A busy machine may be late, but not always.
 constexpr std::chrono::milliseconds kAtOnce{100};
+constexpr int kMostAttempts = 20;
 
 void writeTime(const fs::path& path, int hour) {
   const timespec times[] = {{hour * 3600, 0}, {hour * 3600, 0}};
@@ -84,6 +87,8 @@ fs::path tPosixWait::openSwitched() {
   return place;
 }
 
+int nameless = -1;  // a file that is open until the end of the program
+
 // The root of the library is `root` below a folder of each case's own; "one" and "two" are roots
 // with files of different times, "twin" one with the time of "one".
 struct tWay {
@@ -123,6 +128,14 @@ const tWay kWays[] = {
        fs::remove(p / "one" / kFile);
      },
      [](const fs::path& p) { writeOf(1, p / "one" / kFile); }},
+    {"the file is a link to one without a name",
+     [](const fs::path& p) {
+       nameless = open((p / "one" / kFile).c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+       fs::remove(p / "one" / kFile);
+       fs::create_directories(p / "root/etc/pxi");
+       relink(p / "root" / kFile, "/proc/self/fd/" + std::to_string(nameless));
+     },
+     [](const fs::path&) { EXPECT_EQ(write(nameless, ";", 1), 1); }},
     {"the file has another name by which it is written",
      [](const fs::path& p) {
        rootIsFolder(p);
@@ -149,12 +162,11 @@ const tWay kWays[] = {
      }},
 };
 
-// A busy machine may be late, but not always.
 TEST_F(tPosixWait, seesAllThatDecidesWhatThePathsStandForAtOnce) {
   int number = 0;
   for (const auto& [name, prepare, change] : kWays) {
     std::chrono::nanoseconds best = std::chrono::hours(1);
-    for (int attempt = 0; attempt < 5 && best > kAtOnce; ++attempt) {
+    for (int attempt = 0; attempt < kMostAttempts && best > kAtOnce; ++attempt) {
       const fs::path place = base() / ("way" + std::to_string(number++));
       writeOf(1, place / "one" / kFile);
       writeOf(1, place / "twin" / kFile);
@@ -213,7 +225,8 @@ TEST_F(tPosixWait, seesMountsOverTheFolder) {
         [&] { return mount("none", folder.c_str(), "tmpfs", 0, nullptr); },
         [&] { return umount2(folder.c_str(), MNT_DETACH); }};
     std::chrono::nanoseconds best[] = {std::chrono::hours(1), std::chrono::hours(1)};
-    for (int round = 0; round < 10; ++round) {
+    for (int round = 0; round < 2 * kMostAttempts; ++round) {
+      if (round % 2 == 0 && std::max(best[0], best[1]) < kAtOnce) break;
       session_.reset(varmex_openPXISession(0, status_));
       EXPECT_EQ(waitDuring([&] { EXPECT_EQ(acts[round % 2](), 0); }), varmex_waitChanged);
       best[round % 2] = std::min(best[round % 2], latency_);

@@ -84,6 +84,7 @@ TEST_F(tSlot, linksNeedThePeripheralBit) {
   EXPECT_EQ(text(system, varmex_str_SystemSlotVendor), "W");
   text(system, varmex_str_SystemSlotModel);
   EXPECT_TRUE(notFound("Section Chassis1Slot5 item: Model not found"));
+  EXPECT_EQ(number(ofType("PXIeSystemSlot2Link"), varmex_u32_SystemSlotLinkCount), 2U);
   const tItem hybrid = ofType("PXIeHybridSlot");
   number(hybrid, varmex_u32_SystemSlotLinkCount);
   EXPECT_TRUE(refusedFor(5, 3, "Number of links requires a PXIe system slot", 4));
@@ -118,12 +119,15 @@ TEST_F(tSlot, modulesMayCoverSeveralSlots) {
   EXPECT_EQ(number(slot(1, 2), varmex_u32_OccupyingModuleSlot), 2U);
   EXPECT_EQ(number(slot(1, 3), varmex_u32_OccupyingModuleSlot), 4U);
   EXPECT_EQ(number(slot(1, 4), varmex_u32_OccupyingModuleSlot), 4U);
-  const tItem empty = slot(1, 5);
-  for (int time = 0; time < 2; ++time) {
-    number(empty, varmex_u32_OccupyingModuleSlot);
+  const auto expectEmpty = [this](const tItem& item) {
+    number(item, varmex_u32_OccupyingModuleSlot);
     EXPECT_TRUE(failed(-380757, "varmex_errorInformationNotAvailable",
                        inDebug(R"({"message":"There is no device occupying this slot"})")));
-  }
+  };
+  const tItem empty = slot(1, 5);
+  expectEmpty(empty);
+  expectEmpty(empty);
+  expectEmpty(express("AddressInfo=PXI0::1-2.0::INSTR\n"));  // of a chassis without a list
 }
 
 // What could not be searched is searched again, and slots that need no search are not concerned.

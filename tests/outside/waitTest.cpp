@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <atomic>
 #include <random>
 
 #include "tests/support/wait.h"
@@ -15,13 +17,35 @@ TEST_F(tWait, runsOutOfTime) {
   describe(kOneChassis, "");
   EXPECT_EQ(number(session_, varmex_u32_SessionIsCurrent), 1U);
   EXPECT_EQ(wait(0), varmex_waitTimedOut);
-  const auto start = tClock::now();
-  EXPECT_EQ(waitDuring([this] { machine_.write(machine_.folder() / "other", "x"); }, 200),
-            varmex_waitTimedOut)
-      << "a change that leaves the two files alone";
-  EXPECT_GE(tClock::now() - start, 190ms);
+  // A busy machine may be late, but not always.
+  auto best = tClock::duration::max();
+  for (int attempt = 0; attempt < 5 && best > 700ms; ++attempt) {
+    const auto start = tClock::now();
+    EXPECT_EQ(waitDuring([this] { machine_.write(machine_.folder() / "other", "x"); }, 200),
+              varmex_waitTimedOut)
+        << "a change that leaves the two files alone";
+    best = std::min(best, tClock::now() - start);
+  }
+  EXPECT_GE(best, 190ms);
+  EXPECT_LE(best, 700ms);
   EXPECT_EQ(status_.code(), 0) << status_.text();
   std::filesystem::remove(machine_.folder() / "other");
+}
+
+// Whoever is woken over and over by what changes nothing does not outlast its time.
+TEST_F(tWait, runsOutOfTimeAmidNoise) {
+  describe(kOneChassis, "");
+  const auto time = std::filesystem::last_write_time(machine_.pxiSys());
+  std::atomic<bool> isOver{false};
+  std::thread noise([&] {
+    const auto end = tClock::now() + 5s;
+    while (!isOver && tClock::now() < end)
+      std::filesystem::last_write_time(machine_.pxiSys(), time);
+    if (!isOver) std::filesystem::remove(machine_.pxiSys());
+  });
+  EXPECT_EQ(wait(200), varmex_waitTimedOut) << status_.text();
+  isOver = true;
+  noise.join();
 }
 
 TEST_F(tWait, seesEveryWayOfReplacingAFile) {

@@ -87,6 +87,8 @@ class tSystemCallInjection : public tModel, public testing::WithParamInterface<t
   }
 };
 
+class tChangeAmidCalls : public tModel {};
+
 std::string line(std::uint32_t attribute, const std::string& value, const tStatus& status) {
   return std::to_string(attribute) +
          (status.code() == 0 ? '=' + value : '!' + std::to_string(status.code())) + '\n';
@@ -199,6 +201,29 @@ TEST_P(tSystemCallInjection, routing) {
                                     "[\"PXI_Trig5\"]", nullptr, &reply.text, status);
     return std::string(reply.text ? reply.text : "none");
   });
+}
+
+// Between which calls of the wait's the change comes does not matter.
+TEST_F(tChangeAmidCalls, isSeen) {
+  int round = 0;
+  for (const char* name : {"stat", "lstat", "inotify_add_watch", "poll"}) {
+    bool changed = true;
+    for (int n = 1; changed; ++n) {
+      session_.reset(varmex_openPXISession(0, status_));
+      changed = false;
+      int calls = 0;
+      tSystemCalls hooks;
+      hooks.before[name] = [&](const char*) {
+        if (++calls < n || changed) return;
+        changed = true;
+        machine_.writePxiSys(kPxiSys +
+                             std::string(static_cast<std::size_t>(++round % 9 + 1), '\n'));
+      };
+      const auto result = varmex_waitForSessionInvalidation(session_.get(), 300, status_);
+      EXPECT_EQ(result, changed ? varmex_waitChanged : varmex_waitTimedOut)
+          << name << ' ' << n << ' ' << status_.text();
+    }
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(With, tSystemCallInjection, testing::ValuesIn(systemCalls()),
