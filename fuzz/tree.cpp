@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       if (const auto node = iDataTreeManager::open(uri, status)) walk(*node, line);
     });
   }
-  swallow([&] { ServicesTreeUtil::getTriggerManagerLibrary(line); });
+  swallow([&] { static_cast<void>(ServicesTreeUtil::getTriggerManagerLibrary(line)); });
   swallow([&] { static_cast<void>(isNativeTriggerManager("V", "M", line.c_str())); });
   return 0;
 }

@@ -13,7 +13,6 @@
 
 #include "corpxiTools/fileSystem/folders.h"
 #include "corpxiTools/fileSystem/registry.h"
-#include "sevrin/iDataTreeManager.h"
 #include "source/varmex/ServicesTreeUtil.h"
 #include "source/varmex/errorCodes.h"
 #include "source/varmex/nativeTriggerManager.h"
@@ -205,17 +204,11 @@ tResult<const char*> Chassis::triggerManagerLibrary() const {
   if (const std::string* const known = triggerManagerLibrary_.find()) return known->c_str();
   const auto identifier = mergedItem("TriggerManager");
   if (!identifier) return identifier.refusal();
-  std::string library;
-  try {
-    library = ServicesTreeUtil::getTriggerManagerLibrary(*identifier);
-  } catch (const corerr::Exception& exception) {
-    const std::int32_t code = exception.record().code;
-    const bool meansNone = code == kStatusFileOpenFault.value ||
-                           code == kStatusAttributeNotFound.value ||
-                           code == kStatusChildNotFound.value;
-    if (!meansNone) throw;
+  auto library = ServicesTreeUtil::getTriggerManagerLibrary(*identifier);
+  if (!library) return library.refusal();
+  if (!library->empty()) {
+    return triggerManagerLibrary_.get([&] { return std::move(*library); }).c_str();
   }
-  if (!library.empty()) return triggerManagerLibrary_.get([&] { return library; }).c_str();
   return tRefusal(kErrorTriggerManagerLibraryNotFound, OSTREL_HERE)
       .debug()
       .u32("attribute", varmex_str_ChassisTriggerManagerLibrary);

@@ -3,15 +3,16 @@
 
 #include <string>
 
+#include "ostrel/quarks/result.h"
+
 namespace varmex::ServicesTreeUtil {
 
 // The name of the library that implements a trigger manager, out of the registry's services tree.
-// `identifier` is "Vendor\Manager" or, for a manager that stands alone, its name. A library that is
-// given as an empty text is answered so. Throws
-// corerr::Exception with a code of the data tree where the tree lacks the manager or its library,
-// with varmex_errorTriggerManagerLibraryNotFound where the library is given as a number. Keeps no
-// state.
-std::string getTriggerManagerLibrary(const std::string& identifier);
+// `identifier` is "Vendor\Manager" or, for a manager that stands alone, its name. Empty where the
+// tree lacks the manager or its library, and for a library that is given so; one that is given as a
+// number is refused with varmex_errorTriggerManagerLibraryNotFound. Throws corerr::Exception for
+// anything else that the tree reports. Keeps no state.
+tResult<std::string> getTriggerManagerLibrary(const std::string& identifier);
 
 }  // namespace varmex::ServicesTreeUtil
 
