@@ -9,6 +9,7 @@
 
 #include "bench/benchmarks.h"
 #include "bench/machine.h"
+#include "bench/timing.h"
 #include "varmex/varmex.h"
 
 namespace bench {
@@ -140,7 +141,7 @@ void timeByAddress(benchmark::State& state, const tItem& session, const tItem& d
 }
 
 // What one thread asks in a round: attributes of a slot and of a device of its own.
-void timeThread(benchmark::State& state, const std::vector<tItem>& sessions) {
+void timeThread(benchmark::State& state, tTogether& together, const std::vector<tItem>& sessions) {
   const auto thread = static_cast<std::size_t>(state.thread_index());
   const tItem& session = sessions[thread % sessions.size()];
   const tItem slot =
@@ -148,31 +149,33 @@ void timeThread(benchmark::State& state, const std::vector<tItem>& sessions) {
   const tItem device = lastThatAnswers(session, varmex_container_Devices,
                                        varmex_u32_PeripheralModuleLinkWidthMax, false);
   tStatusRecord status = varmex_makeStatus();
-  for (auto _ : state) {
+  constexpr int kItems = 200;
+  together.run(state, kItems, [&] {
     benchmark::DoNotOptimize(
         varmex_getStringAttribute(slot.get(), varmex_str_LocalBusLeft, &status));
     benchmark::DoNotOptimize(
         varmex_getStringAttribute(slot.get(), varmex_str_TriggerBusStableName, &status));
     benchmark::DoNotOptimize(
         varmex_getU32Attribute(device.get(), varmex_u32_PeripheralModuleLinkWidthMax, &status));
-  }
-  state.SetItemsProcessed(state.iterations());
+  });
 }
 
 void registerThreads() {
   const tItem one = openSession(16);
   const tItem other = openSession(16);
-  const auto shared = [one](benchmark::State& state) { timeThread(state, {one}); };
-  const auto own = [one, other](benchmark::State& state) { timeThread(state, {one, other}); };
-  for (const int threads : {1, 2}) {
-    const std::string who = '/' + std::to_string(threads) + "/varmex";
-    benchmark::RegisterBenchmark(("threads/oneSession" + who).c_str(), shared)
-        ->Threads(threads)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark(("threads/twoSessions" + who).c_str(), own)
-        ->Threads(threads)
-        ->UseRealTime();
-  }
+  const auto add = [](const char* what, const std::vector<tItem>& sessions) {
+    const auto together = std::make_shared<tTogether>();
+    for (const int threads : {1, 2}) {
+      benchmark::RegisterBenchmark(
+          (std::string("threads/") + what + '/' + std::to_string(threads) + "/varmex").c_str(),
+          [=](benchmark::State& state) { timeThread(state, *together, sessions); })
+          ->Threads(threads)
+          ->MinTime(threads == 1 ? 0.02 : 0.5)
+          ->UseRealTime();
+    }
+  };
+  add("oneSession", {one});
+  add("twoSessions", {one, other});
 }
 
 }  // namespace

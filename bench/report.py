@@ -6,7 +6,8 @@
 
 The folder has the outputs of varmex_bench, round-1.json and so on, and values.txt with lines of a
 name and a value. Of every case the best repetition counts, which other work on the machine
-disturbed least, and of those that run on one thread the processor's time. A ratio is settled when the even and the odd rounds, each taken alone, agree.
+disturbed least, and of those that run on one thread the processor's time; some tell of their best
+iteration themselves. A ratio is settled when the even and the odd rounds, each taken alone, agree.
 """
 
 import json
@@ -16,6 +17,7 @@ import sys
 
 AGREEMENT = 0.08
 FEWEST_ROUNDS = 4
+NEVER = 1e15  # in ns: threads that were to run at once did not
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 PEERS = ("SimpleIni", "inih", "GLib", "Boost")
 SIZES = (1, 16, 255)
@@ -93,7 +95,7 @@ def model_goals():
                lambda t: t("walk/all/255/before"), 1 / 5, 1 / 10)
     for what in ("oneSession", "twoSessions", "devices"):
         yield Goal(f"two threads, {what}: time for the same work, to one",
-                   lambda t, what=what: t(f"threads/{what}/2/varmex"),
+                   lambda t, what=what: t(f"threads/{what}/2/varmex") / 2,
                    lambda t, what=what: t(f"threads/{what}/1/varmex"), 1 / 1.8)
 
 
@@ -172,6 +174,10 @@ class Samples:
             time = run[clock] * NANOSECONDS[run["time_unit"]]
             if "items_per_second" in run:
                 time = 1e9 / run["items_per_second"]
+            if "best" in run:
+                time = run["best"] * 1e9
+                if time > NEVER:
+                    continue
             self.best[name] = min(time, self.best.get(name, time))
 
     def ratio(self, goal):

@@ -213,20 +213,20 @@ void timeReserve(benchmark::State& state, int live) {
   require(status);
 }
 
-void timeThread(benchmark::State& state) {
+void timeThread(benchmark::State& state, tTogether& together) {
   const tSession session = openSession(state.thread_index() == 0 ? 2 : 3);
   const tTexts texts = makeTexts(8);
   tStatusRecord status = varmex_makeStatus();
   char* reply = nullptr;
-  for (auto _ : state) {
+  constexpr int kItems = 8;
+  together.run(state, kItems, [&] {
     telmar_ra_varmex_calculateRoute(session.get(), texts.seeds.c_str(), texts.destinations.c_str(),
                                     nullptr, &reply, &status);
     for (std::uint32_t ticket = 1; ticket <= 1024; ++ticket) {
       telmar_ra_varmex_destroyRoute(session.get(), ticket);
     }
-  }
+  });
   std::free(reply);
-  state.SetItemsProcessed(state.iterations());
 }
 
 }  // namespace
@@ -237,10 +237,13 @@ void registerRouting() {
     benchmark::RegisterBenchmark(("reserve/-/" + std::to_string(live) + "/varmex").c_str(),
                                  [live](benchmark::State& state) { timeReserve(state, live); });
   }
+  const auto together = std::make_shared<tTogether>();
   for (const int threads : {1, 2}) {
-    benchmark::RegisterBenchmark(("threads/devices/" + std::to_string(threads) + "/varmex").c_str(),
-                                 timeThread)
+    benchmark::RegisterBenchmark(
+        ("threads/devices/" + std::to_string(threads) + "/varmex").c_str(),
+        [together](benchmark::State& state) { timeThread(state, *together); })
         ->Threads(threads)
+        ->MinTime(threads == 1 ? 0.02 : 0.5)
         ->UseRealTime();
   }
 }

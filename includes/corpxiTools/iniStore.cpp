@@ -320,7 +320,7 @@ class tIniStore::tLoad {
     joined.nameLength = static_cast<std::uint32_t>(joined.nameView().find(kPieceMark));
     const_cast<char*>(joined.name)[joined.nameLength] = '\0';  // our own text
     if (end - begin > 1) {
-      std::string& value = store_.joinedValues_.emplace_back();
+      std::string& value = store_.joinedValues_.emplace_front();
       for (const tIniItem* piece = begin; piece != end; ++piece) value += piece->value;
       joined.value = value.c_str();
     }

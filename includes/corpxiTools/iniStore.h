@@ -3,7 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <forward_list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -83,7 +83,7 @@ class tIniStore {
 
   std::unique_ptr<char[]> text_;
   std::unique_ptr<tIniItem[]> items_;
-  std::deque<std::string> joinedValues_;
+  std::forward_list<std::string> joinedValues_;
   std::vector<tIniSection> sections_;
   std::vector<std::uint32_t> index_;  // by hash: section number plus 1, 0 for none
   tHashSeed hashSeed_{this};

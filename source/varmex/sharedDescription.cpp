@@ -19,6 +19,15 @@ constexpr std::int32_t kChanging = -1;  // one thread fills or empties the place
 
 constinit tDescriptionPlace places[tDescriptionUse::kMostShared];
 constinit std::atomic<tDescriptionPlace*> latest{nullptr};
+constinit std::atomic<tDescriptionPlace*> behindUsed{
+    places};  // no place from here on was ever used
+
+void noteUsed(tDescriptionPlace& place) {
+  tDescriptionPlace* known = behindUsed.load(std::memory_order_relaxed);
+  while (known <= &place &&
+         !behindUsed.compare_exchange_weak(known, &place + 1, std::memory_order_relaxed)) {
+  }
+}
 
 }  // namespace
 
@@ -62,10 +71,11 @@ tDescriptionUse tDescriptionUse::of(tDescriptionTexts texts) {
 }
 
 tDescriptionUse tDescriptionUse::find(const tDescriptionKey& key) {
-  for (tDescriptionPlace& place : places) {
-    tDescriptionUse use = join(place);
+  const tDescriptionPlace* const end = behindUsed.load(std::memory_order_relaxed);
+  for (tDescriptionPlace* place = places; place != end; ++place) {
+    tDescriptionUse use = join(*place);
     if (!use || use->key != key) continue;
-    latest.store(&place, std::memory_order_relaxed);
+    latest.store(place, std::memory_order_relaxed);
     return use;
   }
   return {};
@@ -86,6 +96,7 @@ void tDescriptionUse::publish() {
   for (tDescriptionPlace& place : places) {
     std::int32_t users = kFree;
     if (!place.users.compare_exchange_strong(users, kChanging, std::memory_order_acquire)) continue;
+    noteUsed(place);
     place_ = &place;
     place.loaded = loaded_;
     place.users.store(1, std::memory_order_release);
