@@ -161,6 +161,11 @@ TEST(RegistryText, readsHeaders) {
       {"[HKEY_LOCAL_MACHINE\\A]\r\n@=\"1\"\r\n[-HKEY_LOCAL_MACHINE\\A]\r\n[HKEY_LOCAL_MACHINE\\A]"
        "\r\n\"x\"=\"2\"",
        "x(1)2", ""},
+      {"[HKEY_LOCAL_MACHINE\\A]\r\n[-HKEY_LOCAL_MACHINE\\A]\r\n[HKEY_LOCAL_MACHINE\\A]\r\n"
+       "\"x\"=\"2\"\r\n[-HKEY_LOCAL_MACHINE\\A]",
+       "no key", ""},
+      {"[HKEY_LOCAL_MACHINE\\A\\b]\r\n[HKEY_LOCAL_MACHINE\\A\\c]\r\n[HKEY_LOCAL_MACHINE\\A\\B]", "",
+       "b c"},
       {"[HKEY_LOCAL_MACHINE\\A\\B]\r\n[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[HKEY_LOCAL_MACHINE\\A\\BC]"
        "\r\n"
        "[-HKEY_LOCAL_MACHINE\\A\\B\\]\r\n",

@@ -33,7 +33,9 @@ BOOL WINAPI getAttributesOrFail(LPCSTR path, GET_FILEEX_INFO_LEVELS level, LPVOI
 }  // namespace
 
 // Through this the program's own objects call the system's function.
-extern "C" decltype(&getAttributesOrFail) __imp_GetFileAttributesExA = getAttributesOrFail;
+extern "C" {
+decltype(&getAttributesOrFail) __imp_GetFileAttributesExA = getAttributesOrFail;
+}
 
 namespace {
 
