@@ -2,7 +2,7 @@
 # drawTest.sh VARMEX : the pictures of the command, as XML.
 set -uo pipefail
 varmex=$1
-export VARMEX_FSROOT
+export VARMEX_FSROOT SOURCE_DATE_EPOCH=1000000000
 here=$(cd "$(dirname "$0")" && pwd)
 folder=$(mktemp -d)
 picture=$folder/picture.xml
@@ -62,8 +62,8 @@ holds 2 'count(//rect[@class="slot kind5"][../title="Slot 2, PXIe peripheral slo
 holds 2 'count(//text[.="Chassis 3: Havrel Modular HM-1008" or .="serial number 0A41F27C"])'
 
 draws 0 1
-module="//g[@class='module'][text='TL-950 RF Generator']"
-holds GENERATOR "string($module/text[2])"
+module="//g[@class='module'][text='TL-950 RF Generator']"  # below its alias
+holds GENERATOR "string($module/text[1])"
 holds true "$module/rect/@width > 2 * ($(slot 13) - $(slot 12))"
 holds true "$module/rect/@width < 3 * ($(slot 13) - $(slot 12))"
 reaches "//g[@class='bus'][title='Trigger bus 2']/rect" 7 12
@@ -72,8 +72,8 @@ holds 4 'count(//g[@class="bridge"])'
 head="number(substring-before(substring-after(//g[@class='bridge'][starts-with(title,'Bridge 3 ')]/path[@class='head']/@d,'M'),' '))"
 holds true "$head > $(slot 13) and $head < $(slot 14)"
 star='//g[@class="trigger"][title="Star 1"]'
-holds 16 "count($star/circle)"
-holds true "$star/rect[@class='controller']/@x > $(slot 10) and $star/rect[@class='controller']/@x < $(slot 11)"
+holds 16 "count($star/g[@class='line']/circle)"
+holds true "$star/g/rect[@class='controller']/@x > $(slot 10) and $star/g/rect[@class='controller']/@x < $(slot 11)"
 is "$(cat "$folder/picture.svg")" "$("$varmex" draw 1 -o -)" 'draw to the standard output'
 
 ends 2 '--output' 1
@@ -82,7 +82,20 @@ ends 1 'There is no chassis 9:' 9 -o -
 ends 1 "can't write $folder/none/x.svg" -o "$folder/none/x.svg"
 ln -s /dev/full "$folder/full.svg"
 ends 1 "can't write $folder/full.svg" -o "$folder/full.svg"
-ends 2 'does not end with .svg' -o "$folder/x.png"
+ends 2 'does not end with any of these' -o "$folder/x.gif"
+holds 1 'count(//rect[@class="reduced"][../title[contains(., "DIO-LEFT")]])'
+holds 1 'count(//text[.="Bridge 3 from bus 2 to bus 3: lines 0-5 each to the same, 6 to 6-7"])'
+holds "$(uname -n), 2001-09-09 01:46:40 UTC" 'string(//g[@class="foot"]/text)'
+
+# By rsvg-convert: a picture, a page for each chassis, and what to do without it.
+"$varmex" draw -o "$folder/all.png" && "$varmex" draw -o "$folder/all.pdf"
+is 0 $? 'PNG and PDF'
+is 89504e470d0a1a0a "$(head -c 8 "$folder/all.png" | od -An -tx1 | tr -d ' \n')" 'a PNG'
+for page in 1 2 3; do
+  is "Chassis $page:" "$(pdftotext -f $page -l $page "$folder/all.pdf" - | grep -o '^Chassis [0-9]:')" "page $page"
+done
+is 1 "$(PATH=$folder "$varmex" draw -o "$folder/none.png" 2>&1 | grep -c librsvg2-bin)" 'what to install'
+ends 1 "can't write $folder/none/x.pdf" -o "$folder/none/x.pdf"
 
 VARMEX_FSROOT=$folder
 mkdir -p "$folder/etc/pxi" "$folder/var/lib/PXISA"

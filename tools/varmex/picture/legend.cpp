@@ -35,11 +35,17 @@ void paintController(tSvg& svg, const char*) { paintMarker(svg, {0, "", true}, f
 
 void paintText(tSvg& svg, const char* text) { svg.text(text, {0, 0, 80, kSmallFont}); }
 
+void paintReduced(tSvg& svg, const char* text) {
+  svg.box({0, -11, 32, 14}, "reduced", 3);
+  svg.text(text, {16, 0, 30, kMarkedFont});
+}
+
 // In the order of tLegend::tSign.
 constexpr tEntry kSigns[] = {
     {"no module listed", 28, paintSwatch, "none"},
     {"PCI bus.device.function in decimal, further functions", 56, paintText, "33.0.0 +1"},
-    {"lanes now/lanes that module and slot can", 30, paintText, "x4/8"},
+    {"PCI Express lanes of the link", 22, paintText, "x4"},
+    {"runs below the lanes that module and slot can", 38, paintReduced, "x1/4"},
     {"trigger bus", 28, paintBar, "bar"},
     {"bridge, to its destination", 30, paintArrow, "arrow"},
     {"line of a star trigger", 28, paintStar, ""},
@@ -67,6 +73,7 @@ void tLegend::notePanels(const tStrip& strip) {
     covered += panel.last - panel.first + 1;
     if (!panel.address.empty()) signs_.insert(tSign::address);
     if (panel.link.find('x') != panel.link.npos) signs_.insert(tSign::link);
+    if (panel.isReduced) signs_.insert(tSign::reduced);
   }
   if (covered < strip.columns.size()) signs_.insert(tSign::empty);
 }

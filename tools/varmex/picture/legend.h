@@ -20,7 +20,7 @@ class tLegend {
   int paint(tSvg& svg, int width) const;
 
  private:
-  enum class tSign { empty, address, link, bus, bridge, star, dstar, controller };
+  enum class tSign { empty, address, link, reduced, bus, bridge, star, dstar, controller };
 
   void notePanels(const tStrip& strip);
   void noteTrigger(const tTriggerLane& trigger);

@@ -42,6 +42,7 @@ void addFunctions(tPanel& panel, const tJson& slot, tPciNotation notation) {
   panel.address = addressOf(first, notation);
   const std::string more = devices.size() > 1 ? '+' + std::to_string(devices.size() - 1) : "";
   panel.link = joined({more, shortLinkOf(slot)}, " ");
+  panel.isReduced = linkOf(slot).isReduced();
   for (const tJson& device : devices) panel.about += "\nPCI " + addressOf(device, notation);
 }
 
@@ -49,11 +50,13 @@ tPanel panelOf(const tJson& slot, std::size_t column, tPciNotation notation) {
   const tJson& devices = slot["Devices"];
   const bool isSystem = slot.contains("SystemSlotModel");
   const tJson& source = isSystem || devices.empty() ? slot : devices.front();
-  tPanel panel{column, column, {}, {}, {}, {}, {}, {}};
+  tPanel panel{};
+  panel.first = panel.last = column;
+  panel.slot = numberOf(slot, "SlotNumber").value_or(0);
   panel.vendor = textOf(source, isSystem ? "SystemSlotVendor" : "DeviceVendor");
   panel.model = textOf(source, isSystem ? "SystemSlotModel" : "DeviceModel");
   panel.instance = textOf(source, isSystem ? "SystemSlotInstanceName" : "DeviceInstanceName");
-  panel.about = joined({panel.vendor, panel.model, panel.instance}, " ");
+  panel.about = joined({panel.instance, panel.vendor, panel.model}, " ");
   addFunctions(panel, slot, notation);
   return panel;
 }
@@ -89,8 +92,11 @@ void addPanels(tStrip& strip, const tSlots& slots, tPciNotation notation) {
     const std::string anchor = textOf(*slots[column], "OccupyingModuleSlot");
     if (isTaken[column] || !numberOf(*slots[column], "OccupyingModuleSlot")) continue;
     if (anchor == textOf(*slots[column], "SlotNumber")) continue;
-    const std::string about = "module of slot " + anchor;
-    strip.panels.push_back({column, column, {}, about, {}, {}, {}, about});
+    tPanel panel{};
+    panel.first = panel.last = column;
+    panel.slot = *numberOf(*slots[column], "OccupyingModuleSlot");
+    panel.instance = panel.about = "module of slot " + anchor;
+    strip.panels.push_back(std::move(panel));
   }
 }
 
@@ -132,31 +138,22 @@ void addTriggers(tStrip& strip, const tSlots& slots, const tTriggerNames& names)
     if (!number) continue;
     tTriggerLane& lane = lanes[*number];
     lane.label = names.label + std::to_string(*number);
+    lane.number = *number;
     lane.isDStar = names.isDStar;
     lane.markers.push_back({column, textOf(slot, names.line), slot.contains(names.controller)});
   }
   for (auto& [number, lane] : lanes) strip.triggers.push_back(std::move(lane));
 }
 
-// The number of source lines that come out anywhere.
-std::size_t passedLines(const tJson& bridge) {
-  std::size_t lines = 0;
-  for (int line = 0; line < 8; ++line) {
-    const std::string name = "BridgeLineMapping" + std::to_string(line);
-    if (numberOf(bridge, name.c_str()).value_or(0) != 0) ++lines;
-  }
-  return lines;
-}
-
 void addBridges(tStrip& strip, const tJson& bridges) {
   for (const tJson& bridge : bridges) {
     const std::string number = textOf(bridge, "BridgeNumber");
+    const std::string lines = lineWordsOf(lineMasksOf(bridge));
     strip.bridges.push_back({number, numberOf(bridge, "BridgeSourceTriggerBus"),
                              numberOf(bridge, "BridgeDestinationTriggerBus"),
                              "Bridge " + number + " from bus " +
                                  textOf(bridge, "BridgeSourceTriggerBus") + " to bus " +
-                                 textOf(bridge, "BridgeDestinationTriggerBus") + ", " +
-                                 std::to_string(passedLines(bridge)) + " of 8 lines"});
+                                 textOf(bridge, "BridgeDestinationTriggerBus") + ": " + lines});
   }
 }
 

@@ -42,11 +42,13 @@ struct tColumn {
 struct tPanel {
   std::size_t first;
   std::size_t last;
+  std::uint32_t slot;    // that it belongs to
+  std::string instance;  // its alias
   std::string model;
-  std::string instance;
   std::string vendor;
-  std::string address;  // PCI address of its first function
-  std::string link;     // number of further functions, link width
+  std::string address;     // PCI address of its first function
+  std::string link;        // number of further functions, link width
+  bool isReduced = false;  // the link runs below what slot and module can
   std::string about;
 };
 
@@ -71,6 +73,7 @@ struct tMarker {
 
 struct tTriggerLane {
   std::string label;
+  std::uint32_t number;
   bool isDStar;
   std::vector<tMarker> markers;
 };

@@ -34,13 +34,17 @@ int spanOf(std::size_t first, std::size_t last) { return leftOf(last + 1) - left
 
 std::string point(int x, int y) { return std::to_string(x) + ' ' + std::to_string(y); }
 
+std::string keyOf(const char* what, std::uint32_t number) {
+  return std::string(what) + ' ' + std::to_string(number);
+}
+
 // From one height to another at one place.
 std::string upright(int x, int from, int to) {
   return 'M' + point(x, from) + 'V' + std::to_string(to);
 }
 
 void paintSlot(tSvg& svg, const tColumn& slot, std::size_t column) {
-  svg.openGroup("column", leftOf(column), kSlotTop, slot.about);
+  svg.openGroup("column", leftOf(column), kSlotTop, slot.about, keyOf("slot", slot.slot));
   const int height = kHeaderHeight + kPanelHeight;
   svg.box({0, 0, kSlotWidth, height}, std::string("slot ") + slot.kind->style);
   svg.box({4, kHeaderHeight, kSlotWidth - 8, kPanelHeight - 4}, "none", 2);
@@ -66,30 +70,37 @@ void paintGap(tSvg& svg, const tStrip& strip, std::size_t column) {
   svg.openGroup("jump", leftOf(column + 1), kSlotTop,
                 "No slots between " + std::to_string(before) + " and " + std::to_string(after));
   svg.box({-9, -12, 18, 11}, "gap", 3);
-  svg.text("\u2026", {0, -4, 18, kModelFont});
+  svg.text("\u2026", {0, -4, 18, kAliasFont});
   svg.closeGroup();
 }
 
 void paintPanel(tSvg& svg, const tPanel& panel) {
   constexpr int kFootHeight = 30;
-  constexpr int kLineHeight = 15;
+  constexpr int kLineHeight = 13;
   const int width = spanOf(panel.first, panel.last) - 8;
   const int height = kPanelHeight - 4;
-  svg.openGroup("module", leftOf(panel.first) + 4, kSlotTop + kHeaderHeight, panel.about);
+  svg.openGroup("module", leftOf(panel.first) + 4, kSlotTop + kHeaderHeight, panel.about,
+                keyOf("module", panel.slot));
   svg.box({0, 0, width, height}, "panel", 3);
   const int foot = panel.address.empty() ? 0 : kFootHeight;
   const std::pair<const std::string&, const tFont&> lines[] = {
-      {panel.model, kModelFont}, {panel.instance, kMiddleFont}, {panel.vendor, kSmallMiddleFont}};
+      {panel.instance, kAliasFont}, {panel.model, kMiddleFont}, {panel.vendor, kSmallMiddleFont}};
   const auto count = std::count_if(std::begin(lines), std::end(lines),
                                    [](const auto& line) { return !line.first.empty(); });
-  int x = width / 2 + 4 - (static_cast<int>(count) - 1) * kLineHeight / 2;
+  int x = width / 2 + 5 - (static_cast<int>(count) - 1) * kLineHeight / 2;
+  bool isFirst = true;
   for (const auto& [text, font] : lines) {
     if (text.empty()) continue;
-    svg.text(text, {x, (height - foot) / 2, height - foot - 8, font, true});
+    // Without an alias the model is the name that one looks for.
+    const tFont& size = isFirst ? kAliasFont : font;
+    svg.text(text, {x, (height - foot) / 2, height - foot - 8, size, true});
     x += kLineHeight;
+    isFirst = false;
   }
   svg.text(panel.address, {width / 2, height - 19, width - 2, kSmallMiddleFont});
-  svg.text(panel.link, {width / 2, height - 7, width - 2, kSmallMiddleFont});
+  if (panel.isReduced) svg.box({2, height - 17, width - 4, 14}, "reduced", 3);
+  svg.text(panel.link,
+           {width / 2, height - 7, width - 6, panel.isReduced ? kMarkedFont : kSmallMiddleFont});
   svg.closeGroup();
 }
 
@@ -112,7 +123,7 @@ tBarPlaces placeBuses(const std::map<std::uint32_t, tBusBar>& buses) {
 void paintBus(tSvg& svg, std::uint32_t number, const tBarPlace& bar) {
   const std::string name = "Trigger bus " + std::to_string(number);
   const int width = bar.right - bar.left;
-  svg.openGroup("bus", 0, 0, name);
+  svg.openGroup("bus", 0, 0, name, keyOf("bus", number));
   svg.box({bar.left, bar.bottom - kBusHeight, width, kBusHeight}, "bar", 4);
   svg.text(width < kSlotWidth ? "Bus " + std::to_string(number) : name,
            {(bar.left + bar.right) / 2, bar.bottom - 5, width - 4, kInverseFont});
@@ -123,7 +134,8 @@ void paintBuses(tSvg& svg, const tStrip& strip, const tBarPlaces& bars) {
   // Where bars are below each other, what leads to a lower one passes behind the upper ones.
   for (const auto& [number, bus] : strip.buses) {
     for (const std::size_t column : bus.columns) {
-      svg.path(upright(centreOf(column), kSlotBottom, bars.at(number).bottom - 2), "stub");
+      svg.path(upright(centreOf(column), kSlotBottom, bars.at(number).bottom - 2), "stub",
+               keyOf("stub", strip.columns[column].slot));
     }
   }
   for (const auto& [number, bar] : bars) paintBus(svg, number, bar);
@@ -157,7 +169,7 @@ void paintBridge(tSvg& svg, const tPlacedBridge& placed, const tArrowPlace& plac
   const auto [bridge, source, destination] = placed;
   const int from = place.from;
   const int to = place.to;
-  svg.openGroup("bridge", 0, 0, bridge->about);
+  svg.openGroup("bridge", 0, 0, bridge->about, "bridge " + bridge->number);
   svg.path('M' + point(from, source->bottom) + 'V' + std::to_string(y) + 'H' + std::to_string(to) +
                'V' + std::to_string(destination->bottom + 6),
            "arrow");
@@ -169,50 +181,54 @@ void paintBridge(tSvg& svg, const tPlacedBridge& placed, const tArrowPlace& plac
   svg.closeGroup();
 }
 
-struct tPaintedBridges {
-  int bottom;
-  std::set<const tBridgeArrow*> drawn;
-};
-
-tPaintedBridges paintBridges(tSvg& svg, const tStrip& strip, const tBarPlaces& bars) {
+// Answers how far down they reach.
+int paintBridges(tSvg& svg, const tStrip& strip, const tBarPlaces& bars) {
   int bottom = kSlotBottom;
   for (const auto& [number, bar] : bars) bottom = std::max(bottom, bar.bottom);
   const int top = bottom + 18;
-  tPaintedBridges painted{bottom, {}};
   tArrowLanes lanes;
   for (const tPlacedBridge& placed : bridgesBetween(strip, bars)) {
     const auto place = lanes.place(*placed.source, *placed.destination);
     if (!place) continue;
     paintBridge(svg, placed, *place, top + place->lane * kBridgeLane);
-    painted.drawn.insert(placed.bridge);
   }
-  if (lanes.count() > 0) painted.bottom = top + (lanes.count() - 1) * kBridgeLane + 6;
-  return painted;
+  return lanes.count() > 0 ? top + (lanes.count() - 1) * kBridgeLane + 6 : bottom;
 }
 
-// Of the bridges that are not drawn, and what else can't be.
-std::vector<std::string> notesOf(const tStrip& strip, const std::set<const tBridgeArrow*>& drawn) {
-  constexpr std::size_t kMostBridges = 6;
+// The lines of the bridges, and what can't be drawn.
+std::vector<std::string> notesOf(const tStrip& strip) {
+  constexpr std::size_t kMostBridges = 12;
   std::vector<std::string> notes;
-  std::size_t count = 0;
-  for (const tBridgeArrow& bridge : strip.bridges) {
-    if (drawn.count(&bridge) == 0 && count++ < kMostBridges) notes.push_back(bridge.about);
+  for (std::size_t n = 0; n < strip.bridges.size() && n < kMostBridges; ++n) {
+    notes.push_back(strip.bridges[n].about);
   }
-  if (count > kMostBridges) {
-    notes.push_back("And " + std::to_string(count - kMostBridges) + " more bridges");
+  if (strip.bridges.size() > kMostBridges) {
+    notes.push_back("And " + std::to_string(strip.bridges.size() - kMostBridges) + " more bridges");
   }
   notes.insert(notes.end(), strip.notes.begin(), strip.notes.end());
   return notes;
 }
 
-void paintTrigger(tSvg& svg, const tTriggerLane& trigger, int y) {
-  svg.openGroup("trigger", 0, 0, trigger.label);
+std::string aboutMarker(const tTriggerLane& trigger, const tMarker& marker, const tColumn& slot) {
+  std::string about = trigger.label;
+  if (!marker.line.empty()) about += (trigger.isDStar ? ", set " : ", line ") + marker.line;
+  return about + (marker.isController ? ": controller in slot " : ": slot ") +
+         std::to_string(slot.slot);
+}
+
+void paintTrigger(tSvg& svg, const tStrip& strip, const tTriggerLane& trigger, int y) {
+  const std::string key = keyOf(trigger.isDStar ? "dstar" : "star", trigger.number);
+  svg.openGroup("trigger", 0, 0, trigger.label, key);
   svg.text(trigger.label, {0, y + 4, kGutter - 6, kLaneFont});
   const int from = centreOf(trigger.markers.front().column);
   const int to = centreOf(trigger.markers.back().column);
   svg.path('M' + point(from, y) + 'H' + std::to_string(to), trigger.isDStar ? "dlane" : "lane");
   for (const tMarker& marker : trigger.markers) {
+    const tColumn& slot = strip.columns[marker.column];
+    svg.openGroup("line", 0, 0, aboutMarker(trigger, marker, slot),
+                  key + ' ' + std::to_string(slot.slot));
     paintMarker(svg, marker, trigger.isDStar, centreOf(marker.column), y);
+    svg.closeGroup();
   }
   svg.closeGroup();
 }
@@ -227,7 +243,8 @@ void paintGuides(tSvg& svg, const tStrip& strip, int bottom) {
     for (const tMarker& marker : trigger.markers) columns.insert(marker.column);
   }
   for (const std::size_t column : columns) {
-    svg.path(upright(centreOf(column), kSlotBottom, bottom), "guide");
+    svg.path(upright(centreOf(column), kSlotBottom, bottom), "guide",
+             keyOf("guide", strip.columns[column].slot));
   }
 }
 
@@ -262,14 +279,14 @@ tPainted paintStrip(const tStrip& strip) {
   tSvg lower;
   const tBarPlaces bars = placeBuses(strip.buses);
   paintBuses(lower, strip, bars);
-  const tPaintedBridges bridges = paintBridges(lower, strip, bars);
-  int y = strip.columns.empty() ? kSubtitleLine : bridges.bottom;
+  const int bottom = paintBridges(lower, strip, bars);
+  int y = strip.columns.empty() ? kSubtitleLine : bottom;
   for (const tTriggerLane& trigger : strip.triggers)
-    paintTrigger(lower, trigger, y += kTriggerLane);
+    paintTrigger(lower, strip, trigger, y += kTriggerLane);
   tSvg guides;
   paintGuides(guides, strip, y);
   y += strip.triggers.empty() ? 4 : 14;
-  for (const std::string& note : notesOf(strip, bridges.drawn)) {
+  for (const std::string& note : notesOf(strip)) {
     lower.text(note, {0, y += kNoteLine, width, kPlainFont});
   }
   return {width, y, guides.body() + upper.body() + lower.body()};

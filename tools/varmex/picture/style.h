@@ -10,13 +10,11 @@ inline constexpr tFont kPlainFont = {"plain", 11};
 inline constexpr tFont kSmallFont = {"plain", 10};
 inline constexpr tFont kLaneFont = {"title", 11, 114};
 inline constexpr tFont kSlotFont = {"strong", 13, 114};
-inline constexpr tFont kModelFont = {"strong", 12, 114};
+inline constexpr tFont kAliasFont = {"strong", 15, 114};
 inline constexpr tFont kMiddleFont = {"middle", 11};
 inline constexpr tFont kSmallMiddleFont = {"middle", 10};
+inline constexpr tFont kMarkedFont = {"strong", 10, 114};
 inline constexpr tFont kInverseFont = {"light", 11, 114};
-
-// Colours stand for kinds of slots; each also has a label or a pattern, for a print in grey.
-extern const char* const kStyleSheet;
 
 }  // namespace tool
 

@@ -133,6 +133,10 @@ std::string number(const char* name, int value) {
 
 std::string classOf(const std::string& style) { return " class=\"" + style + '"'; }
 
+std::string keyAttribute(const std::string& key) {
+  return key.empty() ? key : " data-key=\"" + key + '"';
+}
+
 std::string titleElement(const std::string& title) {
   return title.empty() ? title : "<title>" + xmlText(title) + "</title>";
 }
@@ -145,8 +149,9 @@ int textWidth(const std::string& text, const tFont& font) {
   return widthOf(codePointsOf(text), font);
 }
 
-void tSvg::openGroup(const char* style, int x, int y, const std::string& title) {
-  body_ += "<g" + classOf(style);
+void tSvg::openGroup(const char* style, int x, int y, const std::string& title,
+                     const std::string& key) {
+  body_ += "<g" + classOf(style) + keyAttribute(key);
   if (x != 0 || y != 0) {
     body_ += " transform=\"translate(" + std::to_string(x) + ' ' + std::to_string(y) + ")\"";
   }
@@ -167,8 +172,8 @@ void tSvg::circle(int x, int y, int radius, const char* style) {
       "<circle" + classOf(style) + number("cx", x) + number("cy", y) + number("r", radius) + "/>\n";
 }
 
-void tSvg::path(const std::string& commands, const char* style) {
-  body_ += "<path" + classOf(style) + " d=\"" + commands + "\"/>\n";
+void tSvg::path(const std::string& commands, const char* style, const std::string& key) {
+  body_ += "<path" + classOf(style) + keyAttribute(key) + " d=\"" + commands + "\"/>\n";
 }
 
 void tSvg::text(const std::string& text, const tTextPlace& place) {

@@ -40,11 +40,13 @@ struct tTextPlace {
 // `title` is what a browser shows under the mouse.
 class tSvg {
  public:
-  void openGroup(const char* style, int x, int y, const std::string& title = {});
+  // `key` says in a few letters what the group shows ("slot 7"), for scripts.
+  void openGroup(const char* style, int x, int y, const std::string& title = {},
+                 const std::string& key = {});
   void closeGroup();
   void box(const tBox& box, const std::string& style, int radius = 0);
   void circle(int x, int y, int radius, const char* style);
-  void path(const std::string& commands, const char* style);
+  void path(const std::string& commands, const char* style, const std::string& key = {});
   void text(const std::string& text, const tTextPlace& place);
 
   const std::string& body() const { return body_; }

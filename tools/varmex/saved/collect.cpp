@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <ctime>
 #include <optional>
 #include <set>
 #include <stdexcept>
@@ -13,6 +12,7 @@
 #include "corpxiTools/fileSystem/utils.h"
 #include "halden/internal/nativeFileLock.h"
 #include "tools/varmex/machine/thisMachine.h"
+#include "tools/varmex/text/moment.h"
 #include "varmex/varmex.hpp"
 
 namespace tool {
@@ -124,18 +124,12 @@ std::vector<tFileContent> takeChassisFiles() {
   return files;
 }
 
-std::string timeInUtc() {
-  const std::time_t now = std::time(nullptr);
-  char text[32];
-  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", std::gmtime(&now))};
-}
-
 }  // namespace
 
 tSavedInstallation takeInstallation() {
   tSavedInstallation saved;
   const tSharedLock lock(configurationPath());
-  saved.taken = timeInUtc();
+  saved.taken = momentInUtc();
   saved.host = hostName();
   saved.platform = platformName();
   saved.files = takeFiles();
