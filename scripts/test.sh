@@ -4,7 +4,9 @@
 # the number of tests that passed and failed, over all of them.
 source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" g++-mingw-w64-x86-64-posix clang-14 lld-14 llvm-14 wine64 wine \
-  abigail-tools binutils debhelper debootstrap dh-python libxml2-utils lintian dpkg-dev file fish mypy pkg-config python3-build python3-jsonschema \
+  abigail-tools binutils chromium chromium-driver debhelper debootstrap dh-python dpkg-dev file fish \
+  fonts-liberation librsvg2-bin libxml2-utils lintian mypy nodejs pkg-config poppler-utils \
+  python3-build python3-jsonschema python3-selenium python3-tinycss2 \
   python3-pytest python3-setuptools python3-venv python3-wheel unzip zsh
 
 results=$(mktemp -d)
@@ -53,6 +55,7 @@ start 'linux: command' tests/commandTest.sh build/linux/bin/varmex
 start 'linux: completion' tests/completionTest.sh build/linux/bin/varmex
 start 'linux: describe' tests/describeTest.py build/linux/bin/varmex
 start 'linux: draw' tests/drawTest.sh build/linux/bin/varmex
+start 'linux: report' tests/reportTest.py build/linux/bin/varmex
 start 'linux: check and library' build/linux/bin/varmex_agreement 1000
 start 'linux: install' tests/installTest.sh build/linux
 

@@ -47,6 +47,7 @@ for input in "$here"/../fuzz/corpus/{ini,model,json,registry}/* {1..12}; do
     try find 1
     try list --csv
     try draw -o "$VARMEX_FSROOT/picture.svg"
+    try report -o "$VARMEX_FSROOT/page.html"
     try save "$VARMEX_FSROOT/saved.json"
     try diff "$VARMEX_FSROOT/saved.json" "$here/../samples"
   done

@@ -12,9 +12,9 @@ namespace {
 using namespace tool;
 
 // In the order in which the help lists them.
-constexpr tCommandPtr (*kCommands[])() = {makeShow,  makeFind,      makeList,  makeDraw,
-                                          makeCheck, makeTerminals, makeRoute, makeWatch,
-                                          makeSave,  makeDiff,      makeMake,  makeComplete};
+constexpr tCommandPtr (*kCommands[])() = {
+    makeShow,  makeFind,  makeList, makeDraw, makeReport, makeCheck,   makeTerminals,
+    makeRoute, makeWatch, makeSave, makeDiff, makeMake,   makeComplete};
 
 }  // namespace
 

@@ -13,10 +13,6 @@ namespace tool {
 
 namespace {
 
-const char* severityName(tSeverity severity) {
-  return severity == tSeverity::wrong ? "wrong" : "doubtful";
-}
-
 void checkFiles(tRules& rules, tPlan& plan) {
   rules.classic.checkLines(rules.findings);
   rules.express.checkLines(rules.findings);

@@ -18,6 +18,10 @@ std::string refusalKey(const std::optional<std::uint32_t>& chassis, const std::s
 
 }  // namespace
 
+const char* severityName(tSeverity severity) {
+  return severity == tSeverity::wrong ? "wrong" : "doubtful";
+}
+
 tQuestion aboutSession() { return {"session", std::nullopt}; }
 
 tQuestion aboutChassis(std::uint32_t chassis, const std::string& attribute) {

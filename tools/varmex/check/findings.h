@@ -21,6 +21,8 @@ struct tPosition {
 // Doubtful: it answers, but maybe not what the writer meant.
 enum class tSeverity { wrong, doubtful };
 
+const char* severityName(tSeverity severity);
+
 struct tFinding {
   std::string id;  // stable from version to version
   tSeverity severity;

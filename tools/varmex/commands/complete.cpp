@@ -150,7 +150,7 @@ struct tRule {
 };
 
 constexpr tRule kRules[] = {
-    {"show", "place", places},   {"draw", "chassis", chassis}, {"draw", "--output", files},
+    {"show", "place", places},   {"draw", "chassis", chassis}, {"", "--output", files},
     {"make", "folder", files},   {"make", "chassis", plans},   {"", "address", addresses},
     {"", "terminal", terminals}, {"", "--pci", notations},     {"", "--from", files},
     {"save", "file", files},     {"find", "text", aliases},    {"list", "--columns", columns},

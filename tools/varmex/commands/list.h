@@ -16,6 +16,7 @@ tCommandPtr makeDraw();
 tCommandPtr makeFind();
 tCommandPtr makeList();
 tCommandPtr makeMake();
+tCommandPtr makeReport();
 tCommandPtr makeRoute();
 tCommandPtr makeSave();
 tCommandPtr makeShow();

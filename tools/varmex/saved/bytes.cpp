@@ -25,22 +25,6 @@ constexpr std::array<std::uint8_t, 256> valuesOfDigits() {
 
 constexpr std::array<std::uint8_t, 256> kValues = valuesOfDigits();
 
-std::string toBase64(std::string_view bytes) {
-  std::string text;
-  text.reserve((bytes.size() + 2) / 3 * 4);
-  for (std::size_t n = 0; n < bytes.size(); n += 3) {
-    std::uint32_t group = 0;
-    for (std::size_t m = 0; m < 3; ++m) {
-      group = group << 8 | (n + m < bytes.size() ? static_cast<unsigned char>(bytes[n + m]) : 0U);
-    }
-    const std::size_t digits = std::min<std::size_t>(bytes.size() - n, 3) + 1;
-    for (std::size_t m = 0; m < 4; ++m) {
-      text += m < digits ? kDigits[group >> (18 - 6 * m) & 0x3F] : '=';
-    }
-  }
-  return text;
-}
-
 [[noreturn]] void refuseBase64() { throw std::runtime_error("broken base64"); }
 
 std::string fromBase64(std::string_view text) {
@@ -64,6 +48,22 @@ std::string fromBase64(std::string_view text) {
 }
 
 }  // namespace
+
+std::string toBase64(std::string_view bytes) {
+  std::string text;
+  text.reserve((bytes.size() + 2) / 3 * 4);
+  for (std::size_t n = 0; n < bytes.size(); n += 3) {
+    std::uint32_t group = 0;
+    for (std::size_t m = 0; m < 3; ++m) {
+      group = group << 8 | (n + m < bytes.size() ? static_cast<unsigned char>(bytes[n + m]) : 0U);
+    }
+    const std::size_t digits = std::min<std::size_t>(bytes.size() - n, 3) + 1;
+    for (std::size_t m = 0; m < 4; ++m) {
+      text += m < digits ? kDigits[group >> (18 - 6 * m) & 0x3F] : '=';
+    }
+  }
+  return text;
+}
 
 tJson jsonOfBytes(std::string_view bytes) {
   if (!isUtf8(bytes)) return {{"base64", toBase64(bytes)}};

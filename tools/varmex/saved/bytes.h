@@ -12,6 +12,8 @@ namespace tool {
 // end, where there are several; all else as {"base64": ...}.
 tJson jsonOfBytes(std::string_view bytes);
 
+std::string toBase64(std::string_view bytes);
+
 // The bytes again. Throws std::runtime_error, which tells what is wrong, for JSON of another form.
 std::string bytesOfJson(const tJson& json);
 

@@ -82,6 +82,16 @@ std::vector<tFileContent> chassisFilesOf(const tJson& json) {
   return files;
 }
 
+// What a page holds in its element; all else is the document itself.
+std::string_view documentIn(std::string_view text) {
+  constexpr std::string_view kPageBegin = "<!doctype html>";
+  if (!text.starts_with(kPageBegin)) return text;
+  const std::size_t element = text.find(std::string(kSavedAttributes) + '>');
+  if (element == text.npos) throw std::runtime_error("it is a page without an installation");
+  text.remove_prefix(text.find('>', element) + 1);
+  return text.substr(0, text.find("</script>"));
+}
+
 }  // namespace
 
 std::string textOf(const tSavedInstallation& saved) {
@@ -104,7 +114,7 @@ std::string textOf(const tSavedInstallation& saved) {
 
 tSavedInstallation readSaved(std::string_view text) {
   if (text.size() > kMostSavedBytes) throw std::runtime_error("it has more than 64 MB");
-  const tJson json = parse(text);
+  const tJson json = parse(documentIn(text));
   if (!json.is_object() || !json.contains(kVersionKey)) {
     throw std::runtime_error(std::string("it has no \"") + kVersionKey + '"');
   }

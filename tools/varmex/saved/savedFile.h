@@ -35,11 +35,14 @@ inline constexpr const char* kSavedPaths[] = {"etc/pxi/pxisys.ini", "etc/pxi/pxi
 inline constexpr std::size_t kMostSavedBytes = std::size_t{64} << 20;
 inline constexpr std::size_t kMostChassisFiles = 255;
 
+// How the element of a page that holds the document begins ("<script" ahead of it).
+inline constexpr const char* kSavedAttributes = " id=\"saved-installation\"";
+
 // The document, for programs and people.
 std::string textOf(const tSavedInstallation& saved);
 
-// Reads the document. Nothing in it is trusted. Throws std::runtime_error, which tells what is
-// wrong, for all that is no saved installation of a version that this reads.
+// Reads the document, or a page that holds it. Nothing in it is trusted. Throws std::runtime_error,
+// which tells what is wrong, for all that is no saved installation of a version that this reads.
 tSavedInstallation readSaved(std::string_view text);
 
 }  // namespace tool

@@ -1,0 +1,37 @@
+#ifndef TOOLS_VARMEX_PAGE_ABOUT_H
+#define TOOLS_VARMEX_PAGE_ABOUT_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "tools/varmex/check/findings.h"
+#include "tools/varmex/describe/address.h"
+#include "tools/varmex/describe/json.h"
+
+namespace tool {
+
+// What the page's script is told, in words and numbers that it has no rules for itself.
+
+// A chassis as `describe` gives it: its slots, each with what is told of it in words ("told"), its
+// bridges, and the trigger lines between each two of its buses ("ways", by "1>3").
+tJson aboutChassis(const tJson& chassis, tPciNotation notation);
+
+// The table of all modules: its titles, and a row each with the slot that it leads to and a text
+// that a search looks at.
+tJson aboutModules(const tJson& modules, tPciNotation notation);
+
+// "Chassis 1: Orlindt ORX-1820, serial number 0A41F27C".
+std::string chassisTitle(const tJson& chassis);
+
+// What of the pictures a finding is about; `key` is that of a picture's group.
+struct tAboutPlace {
+  std::optional<std::uint32_t> chassis;
+  std::optional<std::uint32_t> slot;
+  std::string key;
+};
+tAboutPlace placeOf(const tFinding& finding);
+
+}  // namespace tool
+
+#endif
