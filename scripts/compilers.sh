@@ -25,7 +25,7 @@ while [ $# -gt 0 ]; do
   tar -c --exclude=./build --exclude=./.git . | tar -x -C "$system/srv/varmex"
   begin "building with $compiler of $release"
   # As elsewhere than in the presets: a warning of a new compiler is told, and ends nothing.
-  run_in "$system" cmake -S /srv/varmex -B "/srv/build-$compiler" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+  run_in "$system" cmake -S /srv/varmex -B "/srv/build-$compiler" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
     -DCMAKE_CXX_COMPILER="$compiler" -DVARMEX_GOOGLETEST_SOURCE=none >/dev/null
   run_in "$system" cmake --build "/srv/build-$compiler" --target varmex_tool varmex_inside_tests -- --quiet
   run_in "$system" "/srv/build-$compiler/bin/varmex_inside_tests" --gtest_brief=1
