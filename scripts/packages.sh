@@ -9,7 +9,7 @@ copy=$folder/varmex
 begin "building $folder"
 mkdir -p "$copy"
 find "$copy" -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} +
-rm -f "$folder"/*.deb
+rm -f "$folder"/*.{deb,changes,buildinfo}
 tar -c --exclude=./build --exclude=./.git . | tar -x -C "$copy"
 cd "$copy"
 quietly dpkg-buildpackage -us -uc -b -nc
