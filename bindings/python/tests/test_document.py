@@ -28,9 +28,21 @@ def conform(document, kind):
     jsonschema.Draft202012Validator(part).validate(document)
 
 
+def asked(*arguments):
+    return json.loads(subprocess.run(["varmex", *arguments], text=True, capture_output=True).stdout)
+
+
+def without_sentences(value):
+    """What is for people is the command's alone."""
+    if isinstance(value, list):
+        return [without_sentences(each) for each in value]
+    if not isinstance(value, dict):
+        return value
+    return {key: without_sentences(each) for key, each in value.items() if key != "sentence"}
+
+
 def shown(*options):
-    return json.loads(subprocess.run(["varmex", "show", "--json", *options], text=True,
-                                     capture_output=True).stdout)
+    return without_sentences(asked("show", "--json", *options))
 
 
 @pytest.mark.parametrize("why", [False, True])
@@ -50,6 +62,8 @@ def test_a_document_is_that_of_the_command(root, tmp_path, monkeypatch, plan, wh
                            *(("device", device.to_dict()) for device in session.devices),
                            *(("bridge", bridge.to_dict()) for bridge in session.trigger_bridges)):
             conform(part, kind)
+        assert [module.to_dict() for module in session.modules()] == asked(
+            "find", "--json", "PXI")["modules"]
 
 
 # File, what is replaced, by what, whether the command tells the same.
@@ -86,7 +100,7 @@ def test_a_fault_hides_nothing_else(root, name, pattern, text, is_same):
 
 
 FOUND = [
-    # Words, places; found by the name alone or not at all.
+    # Words, places.
     (["DMM"], ["1/9"]),
     (["mult", "orl"], ["1/9"]),
     (["digitizer"], ["1/2", "2/2"]),
@@ -105,7 +119,12 @@ FOUND = [
 
 @pytest.mark.parametrize("words, places", FOUND)
 def test_modules_are_found_by_what_they_are_known_by(root, words, places):
-    assert [module.place for module in varmex.find(*words)] == places
+    found = varmex.find(*words)
+    assert [module.place for module in found] == places
+    document = {"schemaVersion": 1, "modules": [module.to_dict() for module in found],
+                "failureCount": 0}
+    assert document == asked("find", "--json", *words)
+    conform(document, "modules")
 
 
 def test_modules_hold_what_the_slots_tell(root):

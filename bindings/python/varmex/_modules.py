@@ -2,7 +2,7 @@
 
 import re
 from dataclasses import dataclass, replace
-from typing import TYPE_CHECKING, Iterable, List, NamedTuple, Optional, Sequence, Tuple
+from typing import TYPE_CHECKING, Any, Dict, Iterable, List, NamedTuple, Optional, Sequence, Tuple
 
 from ._errors import Error
 
@@ -17,6 +17,11 @@ _LOWER = {capital: capital + 32 for capital in range(ord("A"), ord("Z") + 1)}
 def _lowered(text: str) -> str:
     """Case counts for nothing in ASCII alone, as in the C++ header."""
     return text.translate(_LOWER)
+
+
+def _whole(text: Optional[str]) -> Optional[str]:
+    """A text for a document; None where there is nothing in it."""
+    return text.encode("utf-8", "surrogateescape").decode("utf-8", "replace") if text else None
 
 
 class PciAddress(NamedTuple):
@@ -118,6 +123,22 @@ class Module:
                *self.resource_names)
         return (any(word in _lowered(text) for text in own if text) or word == self.place
                 or self._fits_address(word))
+
+    def to_dict(self) -> Dict[str, Any]:
+        """What `varmex find --json` prints of it, as docs/varmex.schema.json has it, without faults:
+        what the description does not tell, or tells unreadably, is left out. Texts have U+FFFD for
+        what is no UTF-8."""
+        told = {
+            "place": self.place, "chassis": self.chassis_number, "slot": self.slot_number,
+            "slots": list(self.slots), "name": self.name,
+            "addresses": [str(address) for address in self.addresses],
+            "resources": [_whole(name) for name in self.resource_names],
+            "alias": _whole(self.alias), "vendor": _whole(self.vendor), "model": _whole(self.model),
+            "width": self.link_width, "possibleWidth": self.possible_link_width,
+            "moduleWidth": self.link_width_max, "slotWidth": self.slot_link_width,
+            "reduced": self.is_link_reduced, "serial": _whole(self.chassis_serial_number),
+            "identity": _whole(self.chassis_identity)}
+        return {key: value for key, value in told.items() if value is not None}
 
     def _fits_address(self, word: str) -> bool:
         try:
