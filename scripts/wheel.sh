@@ -11,6 +11,7 @@ for platform in "${platforms[@]}"; do
   build "$platform" varmex_python
   tag=linux_x86_64
   [ "$platform" = linux ] || tag=win_amd64
+  rm -f build/wheels/varmex-*-"$tag".whl
   rm -rf "build/$platform/python/build" "build/$platform/python/varmex.egg-info"
   /usr/bin/python3 -m build --wheel --no-isolation --outdir build/wheels \
     -C--build-option=--plat-name="$tag" "build/$platform/python" >"build/$platform/wheel.log" 2>&1 ||

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # pythonTest.sh BUILD ASAN_BUILD : the Python package: types, tests, the same against the sanitized
-# library, and the wheel in an empty virtual environment. Ends with "N passed, N failed".
+# library, and the wheels: in an empty virtual environment, and as root on a bare system where
+# debootstrap is. Ends with "N passed, N failed".
 set -uo pipefail
 build=$(realpath "$1") asan=$(realpath "$2") project=$PWD
 python=/usr/bin/python3
@@ -48,9 +49,13 @@ with varmex.Session() as session:
 assert varmex.routing._library._name.startswith(str(Path(varmex.__file__).parent))'
 }
 
+# The DLL must need nothing that is not on every Windows. There is no Python to load it with.
 windows_wheel() {
-  "$python" -m zipfile -l "$project"/build/wheels/varmex-*-win_amd64.whl |
-    grep '^varmex/varmex\.dll'
+  local unpacked=$log/windows
+  "$python" -m zipfile -e "$project"/build/wheels/varmex-*-py3-none-win_amd64.whl "$unpacked" &&
+    [ -s "$unpacked/varmex/constants.py" ] && [ -e "$unpacked/varmex/py.typed" ] &&
+    [ -z "$(find "$unpacked" -name '*.so*')" ] &&
+    "$project/tests/checkExports.sh" "$unpacked/varmex/varmex.dll"
 }
 
 count types "$python" -m mypy --strict --python-version 3.9 --cache-dir "$log/mypy" \
@@ -62,6 +67,10 @@ VARMEX_LIBRARY=$asan/lib/libvarmex.so.19 ASAN_OPTIONS=detect_leaks=0 LD_PRELOAD=
 count 'wheels built' "$project/scripts/wheel.sh"
 count 'wheel in a bare environment' wheel
 count 'wheel for Windows' windows_wheel
+if [ "$(id -u)" -eq 0 ] && [ -x /usr/sbin/debootstrap ]; then
+  count 'wheel on a bare system' timeout 600 tests/bareWheelTest.sh \
+    "$project"/build/wheels/varmex-*-linux_x86_64.whl
+fi
 
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]
