@@ -196,19 +196,19 @@ class tLiveCheck {
     if (widest && slot && *slot > 0) widest = std::min(*widest, *slot);
     const bool isNarrow = width && widest && *width < *widest;
     if (isNarrow) {
-      addLink("link-width-reduced", module, below, lanes(*width), lanes(*widest));
+      addLink("link-width-reduced", module, below, "with " + lanes(*width), lanes(*widest));
     }
     const auto speed = below.speed("current_link_speed");
     const auto fastest = ends([](const tPciDevice& end) { return end.speed("max_link_speed"); });
     const bool isSlow = speed && fastest && *speed < *fastest;
-    if (isSlow) addLink("link-speed-reduced", module, below, rate(*speed), rate(*fastest));
+    if (isSlow) addLink("link-speed-reduced", module, below, "at " + rate(*speed), rate(*fastest));
     return isNarrow || isSlow;
   }
 
   void addLink(const char* id, const tLiveModule& module, const tPciDevice& below,
                const std::string& now, const std::string& possible) {
     add(tSeverity::doubtful, id, module.position,
-        "the link of " + module.what + " at " + addressText(below) + " runs at " + now +
+        "the link of " + module.what + " at " + addressText(below) + " runs " + now +
             ", and slot and module can " + possible,
         module.module.linkWidth
             ? "a link of " + lanes(*module.module.linkWidth) + ", as the description has it"
