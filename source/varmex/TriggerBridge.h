@@ -2,20 +2,14 @@
 #define SOURCE_VARMEX_TRIGGERBRIDGE_H
 
 #include "source/varmex/Item.h"
-#include "source/varmex/description.h"
+#include "source/varmex/bridgeReadings.h"
 
 namespace varmex {
-
-// What a std::out_of_range tells that leaves for a destination line 8.
-inline constexpr const char* kLineOutOfRange = "invalid bitset<N> position";
 
 // A bridge that hands signals from one trigger bus of a chassis to another.
 class TriggerBridge : public Item {
  public:
-  struct tPlace {
-    std::uint32_t chassis;
-    std::uint32_t number;
-    std::uint32_t mapping;  // number of the section with the lines
+  struct tPlace : tBridgePlace {
     const tDescription* description;
   };
 
@@ -33,9 +27,6 @@ class TriggerBridge : public Item {
   tResult<> acceptVisitor(ItemVisitor& visitor) const override;
 
  private:
-  tResult<std::uint32_t> busNumber(tLiteral item) const;
-  tResult<std::uint32_t> lineMapping(tLiteral item) const;
-
   tPlace place_;
 };
 

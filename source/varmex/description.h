@@ -17,15 +17,17 @@ struct tSectionPair {
   explicit operator bool() const { return classic || express; }
 };
 
-// The two description files. Items keep a reference to it.
-struct tDescription {
+struct tDescriptionFiles {
   tIniFile pxiSys;
   tIniFile pxieSys;
 
   tSectionPair sections(std::string_view name) const {
     return {pxiSys.findSection(name), pxieSys.findSection(name)};
   }
+};
 
+// The two files and what has been worked out of them. Items keep a reference to it.
+struct tDescription : tDescriptionFiles {
   // The chassis that each file lists, in file order.
   tResult<tNumbers> pxiSysChassisNumbers() const;
   tResult<tNumbers> pxieSysChassisNumbers() const;

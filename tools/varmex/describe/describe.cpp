@@ -155,7 +155,7 @@ class tDescriber {
 
   // A bridge in a chassis whose lists fail.
   void tellReadBridge(std::uint32_t chassis, std::uint32_t number) {
-    std::optional<tListing::tBridge> bridge;
+    std::optional<varmex::tBridgePlace> bridge;
     try {
       bridge = listing().openBridge(chassis, number);
     } catch (const std::exception& failure) {
@@ -166,7 +166,7 @@ class tDescriber {
     sink_.beginObject(nullptr);
     for (const tAttribute& attribute : kBridgeAttributes) {
       tryTo(attribute.name, failures,
-            [&] { sink_.number(attribute.name, bridge->u32(attribute.number)); });
+            [&] { sink_.number(attribute.name, listing().numberOf(*bridge, attribute.number)); });
     }
     endItem(failures);
   }

@@ -2,10 +2,9 @@
 #define TOOLS_VARMEX_DESCRIBE_LISTING_H
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
-#include "corpxiTools/iniFile.h"
+#include "source/varmex/bridgeReadings.h"
 #include "varmex/varmex.hpp"
 
 namespace tool {
@@ -14,7 +13,7 @@ using tNumbers = std::vector<std::uint32_t>;
 
 // What the lists of a description name, and the bridges, which the library opens through a list
 // alone. Asked only where a list of the library fails as a whole, so that the rest is told all the
-// same. Reads the files of a session with the library's own reader; its exceptions pass through.
+// same. Reads the files of a session as the library does, and throws what it would fail with.
 class tListing {
  public:
   explicit tListing(const varmex::Session& session);
@@ -24,30 +23,13 @@ class tListing {
   tNumbers slots(std::uint32_t chassis) const { return numbers(chassis, "SlotList"); }
   tNumbers bridges(std::uint32_t chassis) const { return numbers(chassis, "TriggerBridgeList"); }
 
-  // A bridge, answering as the library's would.
-  class tBridge {
-   public:
-    std::uint32_t u32(std::uint32_t attribute) const;
-
-   private:
-    friend class tListing;
-    std::uint32_t lineMapping(const std::string& item) const;
-
-    const tListing* listing_;
-    std::uint32_t chassis_;
-    std::uint32_t number_;
-    std::string section_;
-    std::string mapping_;
-  };
-  // Throws what the library fails with, as varmex::Error or tIniException.
-  tBridge openBridge(std::uint32_t chassis, std::uint32_t number) const;
+  varmex::tBridgePlace openBridge(std::uint32_t chassis, std::uint32_t number) const;
+  std::uint32_t numberOf(const varmex::tBridgePlace& bridge, std::uint32_t attribute) const;
 
  private:
-  tNumbers numbers(std::uint32_t chassis, const char* list) const;
-  const varmex::tIniFile* firstWith(const std::string& section) const;
+  tNumbers numbers(std::uint32_t chassis, varmex::tLiteral list) const;
 
-  varmex::tIniFile classic_;
-  varmex::tIniFile express_;
+  varmex::tDescriptionFiles files_;
 };
 
 }  // namespace tool
