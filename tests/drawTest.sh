@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# drawTest.sh VARMEX : the pictures of the command, as XML.
+# drawTest.sh [RUNNER...] VARMEX : the pictures of the command, as XML.
 set -uo pipefail
-varmex=$1
+varmex=("$@")
 export VARMEX_FSROOT SOURCE_DATE_EPOCH=1000000000
 here=$(cd "$(dirname "$0")" && pwd)
 folder=$(mktemp -d)
@@ -23,7 +23,7 @@ is() {
 ends() {
   local status=$1 pattern=$2 output result=0
   shift 2
-  output=$("$varmex" draw "$@" 2>&1) || result=$?
+  output=$("${varmex[@]}" draw "$@" 2>&1) || result=$?
   is "$status" "$result" "exit status of draw $*"
   is yes "$(grep -qE -- "$pattern" <<<"$output" && echo yes || echo "$output")" "$pattern"
 }
@@ -32,7 +32,7 @@ ends() {
 draws() {
   local status=$1
   shift
-  "$varmex" draw "$@" -o "$folder/picture.svg" 2>"$folder/faults"
+  "${varmex[@]}" draw "$@" -o "$folder/picture.svg" 2>"$folder/faults"
   is "$status" $? "exit status of draw $*"
   xmllint --noout "$folder/picture.svg"
   is 0 $? "well-formedness of draw $*"
@@ -74,7 +74,7 @@ holds true "$head > $(slot 13) and $head < $(slot 14)"
 star='//g[@class="trigger"][title="Star 1"]'
 holds 16 "count($star/g[@class='line']/circle)"
 holds true "$star/g/rect[@class='controller']/@x > $(slot 10) and $star/g/rect[@class='controller']/@x < $(slot 11)"
-is "$(cat "$folder/picture.svg")" "$("$varmex" draw 1 -o -)" 'draw to the standard output'
+is "$(cat "$folder/picture.svg")" "$("${varmex[@]}" draw 1 -o -)" 'draw to the standard output'
 
 ends 2 '--output' 1
 ends 2 'chassis' x -o -
@@ -88,13 +88,13 @@ holds 1 'count(//text[.="Bridge 3 from bus 2 to bus 3: lines 0-5 each to the sam
 holds "$(uname -n), 2001-09-09 01:46:40 UTC" 'string(//g[@class="foot"]/text)'
 
 # By rsvg-convert: a picture, a page for each chassis, and what to do without it.
-"$varmex" draw -o "$folder/all.png" && "$varmex" draw -o "$folder/all.pdf"
+"${varmex[@]}" draw -o "$folder/all.png" && "${varmex[@]}" draw -o "$folder/all.pdf"
 is 0 $? 'PNG and PDF'
 is 89504e470d0a1a0a "$(head -c 8 "$folder/all.png" | od -An -tx1 | tr -d ' \n')" 'a PNG'
 for page in 1 2 3; do
   is "Chassis $page:" "$(pdftotext -f $page -l $page "$folder/all.pdf" - | grep -o '^Chassis [0-9]:')" "page $page"
 done
-is 1 "$(PATH=$folder "$varmex" draw -o "$folder/none.png" 2>&1 | grep -c librsvg2-bin)" 'what to install'
+is 1 "$(PATH=$folder "${varmex[@]}" draw -o "$folder/none.png" 2>&1 | grep -c librsvg2-bin)" 'what to install'
 ends 1 "can't write $folder/none/x.pdf" -o "$folder/none/x.pdf"
 
 VARMEX_FSROOT=$folder

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# hostileTest.sh VARMEX : whatever stands in the description files, the command ends in its own way.
+# hostileTest.sh [RUNNER...] VARMEX : whatever stands in the description files, the command ends in its own way.
 # A sanitizer's finding counts as a crash.
 set -uo pipefail
-varmex=$1
+varmex=("$@")
 here=$(cd "$(dirname "$0")" && pwd)
 export VARMEX_FSROOT ASAN_OPTIONS=exitcode=99 UBSAN_OPTIONS=exitcode=99
 VARMEX_FSROOT=$(mktemp -d)
@@ -12,7 +12,7 @@ failed=0
 
 try() {
   local result=0
-  timeout 60 "$varmex" "$@" >"$VARMEX_FSROOT/output" 2>&1 || result=$?
+  timeout 60 "${varmex[@]}" "$@" >"$VARMEX_FSROOT/output" 2>&1 || result=$?
   if [ "$result" -le 2 ] && { [ "$result" -eq 0 ] || [ -s "$VARMEX_FSROOT/output" ]; }; then
     passed=$((passed + 1))
   else
@@ -61,7 +61,7 @@ for input in {1..60}; do
 done
 rm -r "$VARMEX_FSROOT"
 VARMEX_FSROOT=$(mktemp -d)
-"$varmex" make "$VARMEX_FSROOT" express:18x2 --pci
+"${varmex[@]}" make "$VARMEX_FSROOT" express:18x2 --pci
 for input in 0 5 253 254 255 256 -1 x; do
   for bridge in "$VARMEX_FSROOT"/sys/bus/pci/devices/*; do
     [ ! -e "$bridge/secondary_bus_number" ] || echo "$input" >"$bridge/secondary_bus_number"

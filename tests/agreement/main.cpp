@@ -1,16 +1,12 @@
-// varmex_agreement [COUNT [FIRST [FOLDER]]] : whether `varmex check` and the library agree.
+// varmex_agreement [COUNT [FIRST]] : whether `varmex check` and the library agree.
 //
 // Makes COUNT descriptions with faults, by numbers from FIRST on, and compares both ways: whatever
 // the library refuses for what the files say has a finding with its place, and whatever a finding
 // calls wrong is refused in the very words that it gives, unless another finding's fault comes
 // first. A fault that keeps the session from opening must hide none of the others.
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <map>
 #include <set>
@@ -18,6 +14,7 @@
 #include "corpxiTools/iniFile.h"
 #include "tests/agreement/mutations.h"
 #include "tests/agreement/questions.h"
+#include "tests/support/testMachine.h"
 #include "tools/varmex/check/check.h"
 #include "tools/varmex/check/library.h"
 
@@ -25,7 +22,6 @@ namespace agreement {
 
 namespace {
 
-namespace fs = std::filesystem;
 using tFindings = std::vector<tool::tFinding>;
 
 constexpr const char* kFails = " fails with ";
@@ -59,7 +55,7 @@ std::string withoutLine(std::string words) {
 
 class tCase {
  public:
-  tCase(const fs::path& folder, std::uint32_t number) : folder_(folder), random_(number) {
+  tCase(test::tTestMachine& machine, std::uint32_t number) : machine_(machine), random_(number) {
     description_ = makeRight(random_);
     const std::uint32_t count = number % 10 == 0 ? 0 : number % 2 == 0 ? 1 : 1 + random_() % 4;
     for (std::uint32_t n = 0; n < count; ++n) changes_.push_back(mutate(description_, random_));
@@ -85,12 +81,9 @@ class tCase {
   }
 
  private:
-  fs::path pathOf(int file) const { return folder_ / "etc" / "pxi" / kFileNames[file]; }
-
   void write() const {
-    for (const int file : {0, 1}) {
-      std::ofstream(pathOf(file), std::ios::binary | std::ios::trunc) << description_.text(file);
-    }
+    machine_.writePxiSys(description_.text(0));
+    machine_.writePxieSys(description_.text(1));
   }
 
   static tFindings check() {
@@ -149,7 +142,7 @@ class tCase {
     varmex::tIniFile files[2];
     for (const int file : {0, 1}) {
       try {
-        files[file].read(pathOf(file).string());
+        files[file].read((file == 0 ? machine_.pxiSys() : machine_.pxieSys()).string());
       } catch (const varmex::tIniException&) {
         // and then the session does not open
       }
@@ -215,7 +208,7 @@ class tCase {
            ' ' + finding.position.item + ": " + finding.answer;
   }
 
-  fs::path folder_;
+  test::tTestMachine& machine_;
   tRandom random_;
   tDescription description_;
   std::vector<std::string> changes_;
@@ -224,22 +217,12 @@ class tCase {
   bool isRight_ = true;
 };
 
-fs::path makeFolder(const char* wanted) {
-  const fs::path folder =
-      wanted ? fs::path(wanted)
-             : fs::temp_directory_path() / ("varmex-agreement-" + std::to_string(::getpid()));
-  fs::create_directories(folder / "etc" / "pxi");
-  fs::create_directories(folder / "var" / "lib" / "PXISA");
-  ::setenv("VARMEX_FSROOT", folder.c_str(), 1);
-  return folder;
-}
-
-int compare(std::uint32_t count, std::uint32_t first, const char* wantedFolder) {
-  const fs::path folder = makeFolder(wantedFolder);
+int compare(std::uint32_t count, std::uint32_t first) {
+  test::tTestMachine machine;
   std::set<std::string> met;
   std::uint32_t passed = 0;
   for (std::uint32_t number = first; number < first + count; ++number) {
-    const bool isRight = tCase(folder, number).run(met);
+    const bool isRight = tCase(machine, number).run(met);
     if (!isRight) std::cout << "in case " << number << '\n';
     passed += isRight ? 1 : 0;
   }
@@ -250,7 +233,6 @@ int compare(std::uint32_t count, std::uint32_t first, const char* wantedFolder) 
     std::cout << "never met: " << id << '\n';
     ++failed;
   }
-  if (!wantedFolder) fs::remove_all(folder);
   std::cout << passed << " passed, " << failed << " failed\n";
   return failed == 0 ? 0 : 1;
 }
@@ -263,5 +245,5 @@ int main(int argc, char** argv) {
   const auto number = [&](int n, const char* otherwise) {
     return static_cast<std::uint32_t>(std::atol(argc > n ? argv[n] : otherwise));
   };
-  return agreement::compare(number(1, "1000"), number(2, "1"), argc > 3 ? argv[3] : nullptr);
+  return agreement::compare(number(1, "1000"), number(2, "1"));
 }

@@ -1,11 +1,15 @@
 // varmex: shows what the library answers. A client of the exported functions alone.
 
+#include <algorithm>
 #include <iostream>
 #include <iterator>
 #include <stdexcept>
+#include <utility>
 
 #include "tools/varmex/commands/list.h"
+#include "tools/varmex/text/commandLine.h"
 #include "tools/varmex/text/failures.h"
+#include "tools/varmex/text/streams.h"
 
 namespace {
 
@@ -19,11 +23,14 @@ constexpr tCommandPtr (*kCommands[])() = {
 }  // namespace
 
 int main(int count, char** arguments) {
+  const tStreams streams;
   CLI::App app(
       "Shows what a PXI or PXI Express installation holds, how its trigger lines run, and\n"
-      "what is wrong with its description.");
+      "what is wrong with its description.",
+      "varmex");
   app.set_version_flag("--version", "varmex " VARMEX_VERSION, "Print the version and end");
   app.require_subcommand(1);
+  app.allow_windows_style_options(false);  // "/folder" is a path on every system
   tExitStatus status = kFailed;
   tCommandPtr commands[std::size(kCommands)];
   for (std::size_t n = 0; n < std::size(kCommands); ++n) {
@@ -33,7 +40,9 @@ int main(int count, char** arguments) {
     line->callback([&status, command = commands[n].get()] { status = command->run(); });
   }
   try {
-    app.parse(count, arguments);
+    std::vector<std::string> words = commandLine(count, arguments);
+    std::reverse(words.begin(), words.end());  // as CLI takes them
+    app.parse(std::move(words));
     // What did not reach its reader was not done.
     if (!std::cout.flush()) throw std::runtime_error("can't write the standard output");
     return status;

@@ -1,5 +1,4 @@
 #include <charconv>
-#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <stdexcept>
@@ -7,6 +6,8 @@
 #include "tools/synthetic/installation.h"
 #include "tools/synthetic/pciTree.h"
 #include "tools/varmex/commands/list.h"
+#include "tools/varmex/text/files.h"
+#include "tools/varmex/text/output.h"
 
 namespace tool {
 
@@ -47,26 +48,24 @@ void appendPlans(const std::string& chassis, std::vector<synthetic::tPlan>& plan
 // faults, be it none, writes the PCI tree of the machine as well.
 void makeInstallation(const std::string& folder, const std::vector<std::string>& chassis,
                       const std::optional<std::vector<std::string>>& pciFaults) {
-  namespace fs = std::filesystem;
   std::vector<synthetic::tPlan> plans;
   for (const std::string& text : chassis) appendPlans(text, plans);
   const synthetic::tTexts texts = synthetic::makeInstallation(plans);
-  const fs::path description = fs::path(folder) / "etc" / "pxi";
-  const fs::path lock = fs::path(folder) / "var" / "lib" / "PXISA";
-  const fs::path pxiSys = description / "pxisys.ini";
-  const fs::path pxieSys = description / "pxiesys.ini";
-  if (fs::exists(pxiSys) || fs::exists(pxieSys)) {
-    throw std::runtime_error("there is a description already in " + description.string());
+  const std::string description = folder + "/etc/pxi";
+  const std::string pxiSys = description + "/pxisys.ini";
+  const std::string pxieSys = description + "/pxiesys.ini";
+  if (isThere(pxiSys) || isThere(pxieSys)) {
+    throw std::runtime_error("there is a description already in " + description);
   }
+  const std::string lock = folder + "/var/lib/PXISA";
   if (pciFaults) {
-    synthetic::writePciTree(texts.functions, *pciFaults,
-                            (fs::path(folder) / "sys/bus/pci/devices").string());
+    synthetic::writePciTree(texts.functions, *pciFaults, folder + "/sys/bus/pci/devices");
   }
-  fs::create_directories(description);
-  fs::create_directories(lock);
-  synthetic::writeInstallation(texts, pxiSys.string(), pxieSys.string());
-  if (texts.pxieSys.empty()) fs::remove(pxieSys);
-  std::ofstream(lock / "configuration.ini", std::ios::app);
+  makeFolder(description);
+  makeFolder(lock);
+  save(texts.pxiSys, pxiSys);
+  if (!texts.pxieSys.empty()) save(texts.pxieSys, pxieSys);
+  std::ofstream(filePath(lock + "/configuration.ini"), std::ios::app);
 }
 
 class tMake : public tCommand {

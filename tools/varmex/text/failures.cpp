@@ -1,7 +1,6 @@
 #include "tools/varmex/text/failures.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 #include <map>
 
@@ -9,13 +8,12 @@
 #include "corpxiTools/fileSystem/utils.h"
 #include "ostrel/quarks/status.h"
 #include "tools/varmex/text/columns.h"
+#include "tools/varmex/text/files.h"
 #include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // What happened and what to do about it.
 struct tSentence {
@@ -38,11 +36,6 @@ std::string configurationPath() {
   std::string path = varmex::getConfigurationPath(status);
   varmex_releaseStatus(&status);
   return path;
-}
-
-bool isThere(const std::string& path) {
-  std::error_code ignored;
-  return fs::exists(path, ignored);
 }
 
 // What the library says no with, in words. Of the rows with an error's code the first one counts

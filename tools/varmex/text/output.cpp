@@ -4,6 +4,8 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "tools/varmex/text/files.h"
+
 namespace tool {
 
 namespace {
@@ -25,7 +27,7 @@ void save(const std::string& text, const std::string& path) {
     if (!std::cout) throw std::runtime_error("can't write the standard output");
     return;
   }
-  std::ofstream file(path, std::ios::binary);
+  std::ofstream file(filePath(path), std::ios::binary);
   file << text << std::flush;
   if (!file) throw std::runtime_error("can't write " + path);
 }

@@ -11,9 +11,7 @@ namespace {
 bool takesColours() {
   static const bool takes = [] {
     const char* const refusal = std::getenv("NO_COLOR");
-    const char* const kind = std::getenv("TERM");
-    const bool isDumb = kind && std::strcmp(kind, "dumb") == 0;
-    return outputIsTerminal() && !isDumb && !(refusal && *refusal);
+    return outputTakesColours() && !(refusal && *refusal);
   }();
   return takes;
 }

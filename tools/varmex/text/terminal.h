@@ -9,6 +9,7 @@ namespace tool {
 
 // What the standard output is. A pair: one source for each platform.
 bool outputIsTerminal();
+bool outputTakesColours();
 std::optional<std::size_t> terminalColumns();  // as the system tells, if it does
 
 // How wide a table may be: COLUMNS where the environment has it, else the terminal's width; nothing

@@ -3,9 +3,17 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cstdlib>
+#include <cstring>
+
 namespace tool {
 
 bool outputIsTerminal() { return isatty(STDOUT_FILENO) == 1; }
+
+bool outputTakesColours() {
+  const char* const kind = std::getenv("TERM");
+  return outputIsTerminal() && !(kind && std::strcmp(kind, "dumb") == 0);
+}
 
 std::optional<std::size_t> terminalColumns() {
   winsize size{};

@@ -4,9 +4,22 @@
 
 namespace tool {
 
-bool outputIsTerminal() {
+namespace {
+
+// Nothing for what is no console.
+std::optional<DWORD> consoleMode() {
   DWORD mode = 0;
-  return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
+  if (!GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode)) return std::nullopt;
+  return mode;
+}
+
+}  // namespace
+
+bool outputIsTerminal() { return consoleMode().has_value(); }
+
+// Older consoles refuse the mode that text/streams.h asks for.
+bool outputTakesColours() {
+  return (consoleMode().value_or(0) & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
 std::optional<std::size_t> terminalColumns() {

@@ -1,0 +1,22 @@
+#ifndef TOOLS_VARMEX_TEXT_FILES_H
+#define TOOLS_VARMEX_TEXT_FILES_H
+
+#include <filesystem>
+#include <string>
+
+namespace tool {
+
+// Files by their paths in UTF-8, of any length. A pair: one source for each platform.
+
+// The path by which a stream opens the file.
+std::filesystem::path filePath(const std::string& path);
+
+bool isThere(const std::string& path);
+
+// The folder with those above it, as far as they are missing. Throws std::runtime_error with its
+// path when that can't be done.
+void makeFolder(const std::string& path);
+
+}  // namespace tool
+
+#endif

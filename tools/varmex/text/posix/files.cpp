@@ -1,0 +1,20 @@
+#include "tools/varmex/text/files.h"
+
+#include <stdexcept>
+
+namespace tool {
+
+std::filesystem::path filePath(const std::string& path) { return path; }
+
+bool isThere(const std::string& path) {
+  std::error_code ignored;
+  return std::filesystem::exists(path, ignored);
+}
+
+void makeFolder(const std::string& path) {
+  std::error_code error;
+  std::filesystem::create_directories(path, error);
+  if (error) throw std::runtime_error("can't make the folder " + path + ": " + error.message());
+}
+
+}  // namespace tool

@@ -1,0 +1,52 @@
+#include "tools/varmex/text/files.h"
+
+#include <windows.h>
+
+#include <stdexcept>
+
+#include "tools/varmex/text/windows/unicode.h"
+
+namespace tool {
+
+namespace {
+
+// With the prefix that lifts the limit of 260 characters whatever the system's settings. It takes
+// full paths alone.
+std::wstring longPath(const std::string& path) {
+  const std::wstring given = wideOf(path);
+  std::wstring full(GetFullPathNameW(given.c_str(), 0, nullptr, nullptr), L'\0');
+  full.resize(
+      GetFullPathNameW(given.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+  if (full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\")) return full;
+  if (full.starts_with(L"\\\\")) return L"\\\\?\\UNC" + full.substr(1);
+  return L"\\\\?\\" + full;
+}
+
+bool isFolder(const std::wstring& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool makeWith(const std::wstring& path) {
+  if (isFolder(path) || CreateDirectoryW(path.c_str(), nullptr)) return true;
+  if (GetLastError() != ERROR_PATH_NOT_FOUND) return false;
+  const std::size_t end = path.find_last_of(L'\\');
+  return end != std::wstring::npos && end > 0 && makeWith(path.substr(0, end)) &&
+         CreateDirectoryW(path.c_str(), nullptr);
+}
+
+}  // namespace
+
+std::filesystem::path filePath(const std::string& path) { return longPath(path); }
+
+bool isThere(const std::string& path) {
+  return GetFileAttributesW(longPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+void makeFolder(const std::string& path) {
+  std::wstring folder = longPath(path);
+  if (folder.ends_with(L'\\')) folder.pop_back();
+  if (!makeWith(folder)) throw std::runtime_error("can't make the folder " + path);
+}
+
+}  // namespace tool
