@@ -82,6 +82,11 @@ start 'windows: outside' tests/sharded.sh 4 tests/inWine.sh \
 start 'windows: inside' tests/inWine.sh wine build/windows/bin/varmex_inside_tests.exe
 start 'windows: injection' tests/inWine.sh wine build/windows/bin/varmex_injection_tests.exe
 start 'python' tests/pythonTest.sh build/linux build/linux-asan
+start 'windows: command' tests/inWine.sh tests/commandTest.sh tests/onWine.sh build/windows/bin/varmex.exe
+start 'windows: describe' tests/inWine.sh tests/describeTest.py tests/onWine.sh \
+  build/windows/bin/varmex.exe
+start 'windows: draw' tests/inWine.sh tests/drawTest.sh tests/onWine.sh build/windows/bin/varmex.exe
+start 'windows: check and library' tests/inWine.sh wine build/windows/bin/varmex_agreement.exe 300
 start 'windows: exports' tests/checkExports.sh build/windows/bin/varmex.dll
 start 'windows: hardening' tests/checkHardening.sh build/windows/bin/varmex.{dll,exe}
 start 'windows: install' tests/inWine.sh tests/installTest.sh build/windows

@@ -12,10 +12,10 @@ imported=$WINEPREFIX/registry.imported
 put() {
   [ -e "$1" ] || { rm -rf "$2"; return; }
   cmp -s "$1" "$2" && return
-  rm -rf "$2.next"
-  cp -r "$1" "$2.next"
+  rm -rf "$2.next.$$"
+  cp -r "$1" "$2.next.$$"
   [ ! -d "$1" ] && [ ! -d "$2" ] || rm -rf "$2"
-  mv "$2.next" "$2"
+  mv "$2.next.$$" "$2"
 }
 
 putFiles() {
