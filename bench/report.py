@@ -17,6 +17,7 @@ import sys
 
 AGREEMENT = 0.08
 FEWEST_ROUNDS = 4
+FEWEST_OF_COMMANDS = 2  # whole processes that take seconds
 NEVER = 1e15  # in ns: threads that were to run at once did not
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 PEERS = ("SimpleIni", "inih", "GLib", "Boost")
@@ -232,8 +233,9 @@ def report(everything, halves):
 
 
 def unsettled(folder, halves):
-    if len(list(folder.glob("round-*.json"))) < FEWEST_ROUNDS:
-        return "."
+    rounds = len(list(folder.glob("round-*.json")))
+    if rounds < FEWEST_ROUNDS:
+        return "-^growth/" if rounds < FEWEST_OF_COMMANDS else "-^(growth|command)/"
     names = set()
     for _, goals in GROUPS:
         for goal in goals():

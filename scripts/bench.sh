@@ -60,7 +60,6 @@ last=0 # what the last round took
 while [ $((SECONDS - started + last)) -lt $time_for_rounds ]; do
   filter=$(python3 bench/report.py --unsettled $results)
   [ -n "$filter" ] || break
-  [ "$filter" != . ] || filter=-^growth/
   round=$((round + 1))
   last=$SECONDS
   run_round $round "$filter"
