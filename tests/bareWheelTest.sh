@@ -3,6 +3,7 @@
 # a compiler or a network, and reads samples/ there. Takes root and debootstrap. The system is kept in
 # build/bare-python; make it anew by removing that.
 set -euo pipefail
+export PATH=$PATH:/usr/sbin
 system=build/bare-python
 if [ ! -e $system.made ]; then
   rm -rf $system
@@ -25,6 +26,6 @@ with varmex.Session() as session:
     assert len(session.modules()) == 22 and session.chassis[1]._repr_svg_() is None
 assert [module.place for module in varmex.find("DMM")] == ["1/9"]
 END
-env -i PATH=/usr/bin:/bin VARMEX_FSROOT="${work#"$system"}/samples" chroot $system \
+chroot $system env -i PATH=/usr/bin:/bin VARMEX_FSROOT="${work#"$system"}/samples" \
   sh -ec 'cd "$1" && python3 -m venv venv && venv/bin/pip install -q --no-index ./*.whl &&
     venv/bin/python look.py' - "${work#"$system"}"
