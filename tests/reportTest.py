@@ -185,6 +185,7 @@ def testSample(browser, page):
     for sentence in ("From 1/2 (bus 1) to 1/17 (bus 3) by bridge 1, then 3: lines 0-7 each to 0-7.",
                      "From 1/17 (bus 3) to 1/2 (bus 1) by bridge 4, then 2: lines 0-6 each to 0-7."):
         check(sentence in between, f"{sentence}: {between}")
+    equal(browser.lit("bridge"), [f"bridge {number}" for number in (1, 2, 3, 4)], "bridges on the ways")
     browser.picture("chosen")
     browser.picture("chosen-dark", scheme="dark")
     browser.click(browser.group(1, "slot 10"))

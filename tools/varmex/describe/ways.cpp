@@ -50,7 +50,7 @@ std::vector<tTriggerWay> shortestWays(const tJson& chassis, std::uint32_t from, 
         if (seen.contains(*end) || next.size() + found.size() >= kMostWays) continue;
         tTriggerWay way{part.way.bridges, throughBoth(part.way.lines, lineMasksOf(bridge))};
         if (way.lines == tLineMap{}) continue;
-        way.bridges.push_back(textOf(bridge, "BridgeNumber"));
+        way.bridges.push_back(numberOf(bridge, "BridgeNumber").value_or(0));
         if (*end == to) {
           found.push_back(std::move(way));
         } else {

@@ -17,7 +17,7 @@ tLineMap lineMasksOf(const tJson& bridge);
 
 // A chain of bridges from one trigger bus to another, and where the lines come out behind it.
 struct tTriggerWay {
-  std::vector<std::string> bridges;
+  std::vector<std::uint32_t> bridges;
   tLineMap lines;
 };
 

@@ -131,17 +131,25 @@
   const chosen = [];
   let lit = [];
 
+  const lightKeys = (rack, keys) => {
+    rack.picture.classList.add("focused");
+    lit.push(rack.picture);
+    for (const key of new Set(keys)) {
+      for (const group of rack.groups(key)) {
+        group.classList.add("lit");
+        lit.push(group);
+      }
+    }
+  };
+
   const light = (targets) => {
     for (const element of lit) element.classList.remove("lit", "focused");
     lit = [];
-    for (const target of targets) {
-      target.rack.picture.classList.add("focused");
-      lit.push(target.rack.picture);
-      for (const key of new Set(wiredTo[target.kind](target.rack, target))) {
-        for (const group of target.rack.groups(key)) {
-          group.classList.add("lit");
-          lit.push(group);
-        }
+    for (const target of targets) lightKeys(target.rack, wiredTo[target.kind](target.rack, target));
+    const [first, second] = targets;
+    if (second && first.rack === second.rack) {
+      for (const { bridges } of [...waysBetween(first, second), ...waysBetween(second, first)]) {
+        lightKeys(first.rack, bridges.flatMap((number) => wiredTo.bridge(first.rack, { number })));
       }
     }
   };
@@ -164,7 +172,7 @@
     const found = rack.section.querySelectorAll(`[data-about="${key}"]`);
     return found.length === 0 ? [] : [make("ul", { class: "findings" },
       ...[...found].map((item) => make("li", { class: item.className },
-        item.cloneNode(true).textContent)))];
+        ...item.cloneNode(true).childNodes)))];
   };
 
   const bridgeRow = (bridge) => [
@@ -213,6 +221,11 @@
 
   // ---- The trigger lines between two slots ----
 
+  function waysBetween({ rack, number: from }, { number: to }) {
+    const [source, destination] = [from, to].map((number) => rack.slot(number)?.TriggerBusNumber);
+    return rack.data.ways[`${source}>${destination}`] ?? [];
+  }
+
   const busSentences = (rack, from, to) => {
     const [a, b] = [rack.slot(from)?.TriggerBusNumber, rack.slot(to)?.TriggerBusNumber];
     if (a === undefined || b === undefined) {
@@ -220,7 +233,7 @@
     }
     if (a === b) return [`Both are on trigger bus ${a}, and share its lines 0-7.`];
     return [[from, to, a, b], [to, from, b, a]].flatMap(([begin, end, source, destination]) => {
-      const ways = rack.data.ways[`${source}>${destination}`] ?? [];
+      const ways = waysBetween({ rack, number: begin }, { number: end });
       const head = `From ${rack.number}/${begin} (bus ${source}) to ${rack.number}/${end} (bus ${destination})`;
       if (ways.length === 0) return [`${head}: no bridge takes a line.`];
       return ways.map(({ bridges, lines }) =>
@@ -282,11 +295,10 @@
     }
   };
 
-  const isSame = (a, b) => a.rack === b.rack && a.number === b.number;
-
   // A second slot joins the first one; a third begins anew, and so does a chosen one by going.
   const choose = (target) => {
-    const at = chosen.findIndex((other) => isSame(other, target));
+    const at = chosen.findIndex(
+      ({ rack, number }) => rack === target.rack && number === target.number);
     if (at >= 0) {
       chosen.splice(at, 1);
     } else {
@@ -569,6 +581,7 @@
 
   search.addEventListener("keydown", (event) => {
     const count = hits.querySelectorAll("[data-place]").length;
+    if (event.key === "Escape") closeHits();
     if (hits.hidden || count === 0) return;
     if (event.key === "ArrowDown") activate((active() + 1) % count);
     else if (event.key === "ArrowUp") activate((active() + count - 1) % count);
@@ -576,7 +589,6 @@
     else return;
     event.preventDefault();
   });
-  search.addEventListener("keydown", (event) => { if (event.key === "Escape") closeHits(); });
   search.addEventListener("blur", closeHits);
   hits.addEventListener("pointerdown", (event) => {
     event.preventDefault();

@@ -13,6 +13,7 @@ namespace {
 // More than any real chassis has; slots beyond are counted in a note.
 constexpr std::size_t kMostStrips = 4;
 constexpr std::size_t kMostFaults = 6;
+constexpr std::size_t kMostBridges = 12;
 
 using tSlots = std::vector<const tJson*>;
 
@@ -174,6 +175,16 @@ tStrip makeStrip(const tJson& chassis, const tSlots& slots, tPciNotation notatio
   return strip;
 }
 
+void addBridgeNotes(tStrip& strip) {
+  for (std::size_t n = 0; n < strip.bridges.size() && n < kMostBridges; ++n) {
+    strip.notes.push_back(strip.bridges[n].about);
+  }
+  if (strip.bridges.size() > kMostBridges) {
+    strip.notes.push_back("And " + std::to_string(strip.bridges.size() - kMostBridges) +
+                          " more bridges");
+  }
+}
+
 void addFaults(tStrip& strip, const tJson& chassis) {
   const std::vector<tFault> faults = faultsOf(chassis);
   for (std::size_t n = 0; n < faults.size() && n < kMostFaults; ++n) {
@@ -200,6 +211,7 @@ std::vector<tStrip> planStrips(const tJson& chassis, tPciNotation notation) {
     strips.back().notes.push_back("And " + std::to_string(all.size() - drawn) + " more slots, to " +
                                   textOf(all.back(), "SlotNumber"));
   }
+  addBridgeNotes(strips.back());
   addFaults(strips.back(), chassis);
   return strips;
 }

@@ -87,7 +87,7 @@ struct tStrip {
   std::map<std::uint32_t, tBusBar> buses;
   std::vector<tBridgeArrow> bridges;
   std::vector<tTriggerLane> triggers;
-  std::vector<std::string> notes;  // what can't be drawn
+  std::vector<std::string> notes;  // the lines of bridges, and what can't be drawn
 };
 
 inline constexpr std::size_t kMostColumns = 18;

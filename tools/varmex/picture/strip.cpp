@@ -195,20 +195,6 @@ int paintBridges(tSvg& svg, const tStrip& strip, const tBarPlaces& bars) {
   return lanes.count() > 0 ? top + (lanes.count() - 1) * kBridgeLane + 6 : bottom;
 }
 
-// The lines of the bridges, and what can't be drawn.
-std::vector<std::string> notesOf(const tStrip& strip) {
-  constexpr std::size_t kMostBridges = 12;
-  std::vector<std::string> notes;
-  for (std::size_t n = 0; n < strip.bridges.size() && n < kMostBridges; ++n) {
-    notes.push_back(strip.bridges[n].about);
-  }
-  if (strip.bridges.size() > kMostBridges) {
-    notes.push_back("And " + std::to_string(strip.bridges.size() - kMostBridges) + " more bridges");
-  }
-  notes.insert(notes.end(), strip.notes.begin(), strip.notes.end());
-  return notes;
-}
-
 std::string aboutMarker(const tTriggerLane& trigger, const tMarker& marker, const tColumn& slot) {
   std::string about = trigger.label;
   if (!marker.line.empty()) about += (trigger.isDStar ? ", set " : ", line ") + marker.line;
@@ -286,7 +272,7 @@ tPainted paintStrip(const tStrip& strip) {
   tSvg guides;
   paintGuides(guides, strip, y);
   y += strip.triggers.empty() ? 4 : 14;
-  for (const std::string& note : notesOf(strip)) {
+  for (const std::string& note : strip.notes) {
     lower.text(note, {0, y += kNoteLine, width, kPlainFont});
   }
   return {width, y, guides.body() + upper.body() + lower.body()};
