@@ -85,17 +85,22 @@ ends 1 "can't write $folder/full.svg" -o "$folder/full.svg"
 ends 2 'does not end with any of these' -o "$folder/x.gif"
 holds 1 'count(//rect[@class="reduced"][../title[contains(., "DIO-LEFT")]])'
 holds 1 'count(//text[.="Bridge 3 from bus 2 to bus 3: lines 0-5 each to the same, 6 to 6-7"])'
-holds "$(uname -n), 2001-09-09 01:46:40 UTC" 'string(//g[@class="foot"]/text)'
+holds true 'contains(//g[@class="foot"]/text, ", 2001-09-09 01:46:40 UTC")'
 
-# By rsvg-convert: a picture, a page for each chassis, and what to do without it.
-"${varmex[@]}" draw -o "$folder/all.png" && "${varmex[@]}" draw -o "$folder/all.pdf"
-is 0 $? 'PNG and PDF'
-is 89504e470d0a1a0a "$(head -c 8 "$folder/all.png" | od -An -tx1 | tr -d ' \n')" 'a PNG'
-for page in 1 2 3; do
-  is "Chassis $page:" "$(pdftotext -f $page -l $page "$folder/all.pdf" - | grep -o '^Chassis [0-9]:')" "page $page"
-done
-is 1 "$(PATH=$folder "${varmex[@]}" draw -o "$folder/none.png" 2>&1 | grep -c librsvg2-bin)" 'what to install'
-ends 1 "can't write $folder/none/x.pdf" -o "$folder/none/x.pdf"
+if [ $# -gt 1 ]; then
+  ends 1 'on Windows pictures are written as .svg alone' -o "$folder/none.png"
+else
+  holds true "starts-with(//g[@class='foot']/text, '$(uname -n)')"
+  # By rsvg-convert: a picture, a page for each chassis, and what to do without it.
+  "$1" draw -o "$folder/all.png" && "$1" draw -o "$folder/all.pdf"
+  is 0 $? 'PNG and PDF'
+  is 89504e470d0a1a0a "$(head -c 8 "$folder/all.png" | od -An -tx1 | tr -d ' \n')" 'a PNG'
+  for page in 1 2 3; do
+    is "Chassis $page:" "$(pdftotext -f $page -l $page "$folder/all.pdf" - | grep -o '^Chassis [0-9]:')" "page $page"
+  done
+  is 1 "$(PATH=$folder "$1" draw -o "$folder/none.png" 2>&1 | grep -c librsvg2-bin)" 'what to install'
+  ends 1 "can't write $folder/none/x.pdf" -o "$folder/none/x.pdf"
+fi
 
 VARMEX_FSROOT=$folder
 mkdir -p "$folder/etc/pxi" "$folder/var/lib/PXISA"
