@@ -26,6 +26,10 @@ struct tSide {
   tJson origin;  // where it is from
 };
 
+std::string nameOf(const std::string& path) {
+  return path.empty() ? "this machine's installation" : visible(path);
+}
+
 tJson describeNow() {
   const std::string paths[] = {varmex::getPxiSysPath(), varmex::getPxieSysPath()};
   std::error_code ignored;
@@ -37,8 +41,16 @@ tJson describeNow() {
   return describe(varmex::Session());
 }
 
+// What is broken is the same as before where it was broken before, and may hide differences.
+void warnOfFaults(const tSide& side, const std::string& path) {
+  const auto count = side.description["failureCount"].get<std::size_t>();
+  if (count == 0) return;
+  std::cerr << "varmex: warning: faults hide " << count << (count == 1 ? " answer" : " answers")
+            << " of " << nameOf(path) << "; \"varmex check\" tells what to mend\n";
+}
+
 // Without a path, this machine's own.
-tSide read(const std::string& path) {
+tSide readSide(const std::string& path) {
   if (path.empty()) return {describeNow(), {{"host", hostName()}}};
   const tSource source(path);
   tSide side = {describeNow(), {{"from", path}}};
@@ -47,6 +59,18 @@ tSide read(const std::string& path) {
     side.origin["taken"] = saved->taken;
   }
   return side;
+}
+
+// What fails tells which of the two it was.
+tSide read(const std::string& path) {
+  try {
+    const tSide side = readSide(path);
+    warnOfFaults(side, path);
+    return side;
+  } catch (const varmex::Error&) {
+    std::cerr << "varmex: " << nameOf(path) << " can't be read:\n";
+    throw;
+  }
 }
 
 void show(const std::vector<tChange>& changes) {
