@@ -219,8 +219,14 @@ void paintTrigger(tSvg& svg, const tStrip& strip, const tTriggerLane& trigger, i
   svg.closeGroup();
 }
 
+// As wide as its slots, and as its texts as far as the widest strip goes.
 int widthOf(const tStrip& strip) {
-  return std::max(kLeastStripWidth, leftOf(strip.columns.size()));
+  int texts = textWidth(strip.title, kTitleFont);
+  for (const std::string& note : strip.notes) {
+    texts = std::max(texts, textWidth(note, kPlainFont));
+  }
+  return std::max(
+      {kLeastStripWidth, leftOf(strip.columns.size()), std::min(texts, leftOf(kMostColumns))});
 }
 
 void paintGuides(tSvg& svg, const tStrip& strip, int bottom) {
