@@ -29,7 +29,7 @@ build_before() {
 
 # run_round NUMBER FILTER
 run_round() {
-  "$programs/varmex_bench" --benchmark_filter="$2" --benchmark_repetitions=3 \
+  "$programs/varmex_bench" --benchmark_filter="$2" --benchmark_repetitions=1 \
     --benchmark_min_time=0.02 --benchmark_enable_random_interleaving=true \
     --benchmark_out_format=json --benchmark_out="$results/round-$1.json" >"$results/output.txt" 2>&1
 }
