@@ -174,6 +174,28 @@ tLines strangeSection(tRandom& random) {
       {"[Chassis8]", "Vendor = V", "Model = M", "SlotList = \"1,x\""},
       {"[Chassis8]", "Vendor = V", "Model = M", "SerialNumber = 9", "SlotList = 1",
        "TriggerBridgeList = 1", "[Chassis8Slot1]", "SlotType = PXIeSystemSlot2Link"},
+      // Every slot has been found before the number that is none.
+      {"[Chassis7]",
+       "Vendor = V",
+       "Model = M",
+       "SerialNumber = S",
+       "SlotList = \"2,3\"",
+       "StarTriggerList = \"1,2\"",
+       "StarSystemTimingSetList = \"1,2\"",
+       "[Chassis7Slot2]",
+       "SlotType = PXIeSystemTimingSlot",
+       "[Chassis7Slot3]",
+       "SlotType = PXIePeripheralSlot",
+       "[Chassis7StarTrigger1]",
+       "PXI_STAR0 = 3",
+       "SystemTimingSlot = 2",
+       "[Chassis7StarTrigger2]",
+       "PXI_STAR0 = x",
+       "[Chassis7StarSystemTimingSets1]",
+       "StarSystemTimingSet0 = 3",
+       "SystemTimingSlot = 2",
+       "[Chassis7StarSystemTimingSets2]",
+       "StarSystemTimingSet0 = x"},
   };
   return oneOf(kSections, random);
 }

@@ -17,6 +17,15 @@ using varmex::tIniLineContent;
 using varmex::tIniLineKind;
 using namespace std::string_view_literals;
 
+// Throws std::runtime_error where nobody may look.
+bool looksThere(const std::string& path) {
+  std::error_code error;
+  const bool exists = std::filesystem::exists(path, error);
+  if (!error) return exists;
+  throw std::runtime_error("can't look at " + path + ": " + error.message() +
+                           "; grant the right to enter its folders");
+}
+
 std::string readBytes(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -124,13 +133,16 @@ class tLineCheck {
 }  // namespace
 
 tCheckedFile::tCheckedFile(const char* name, std::string path)
-    : name_(name), path_(std::move(path)), exists_(std::filesystem::exists(path_)) {
+    : name_(name), path_(std::move(path)), exists_(looksThere(path_)) {
   if (exists_) load();
 }
 
 void tCheckedFile::load() {
   try {
-    if (!ini_.read(path_)) throw std::runtime_error("can't read " + path_);
+    if (!ini_.read(path_)) {
+      throw std::runtime_error("can't read " + path_ +
+                               ": make it a regular file that you have the right to read");
+    }
   } catch (const varmex::tIniException& error) {
     refusal_ = readerRefusal(error.what());
   }
