@@ -7,8 +7,11 @@ source "$(dirname "$0")/common.sh"
 install debootstrap
 [ $# -gt 0 ] || set -- bookworm g++-12 bookworm clang++-14 trixie g++-14 trixie clang++-19
 
-# run_in SYSTEM COMMAND...
-run_in() { chroot "$1" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive "${@:2}"; }
+# run_in SYSTEM COMMAND... : with a /proc, which the tests look at, for as long as it runs.
+run_in() {
+  unshare --mount sh -c 'mount -t proc proc "$0/proc" && exec chroot "$0" env -i \
+    PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive "$@"' "$@"
+}
 
 while [ $# -gt 0 ]; do
   release=$1 compiler=$2 system=$PWD/build/$1
