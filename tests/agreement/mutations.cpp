@@ -174,6 +174,11 @@ tLines strangeSection(tRandom& random) {
       {"[Chassis8]", "Vendor = V", "Model = M", "SlotList = \"1,x\""},
       {"[Chassis8]", "Vendor = V", "Model = M", "SerialNumber = 9", "SlotList = 1",
        "TriggerBridgeList = 1", "[Chassis8Slot1]", "SlotType = PXIeSystemSlot2Link"},
+      // A set's controller is read for slots on its lines as well.
+      {"[Chassis7]", "Vendor = V", "Model = M", "SerialNumber = S", "SlotList = \"2,3\"",
+       "StarSystemTimingSetList = 1", "[Chassis7Slot2]", "SlotType = PXIeSystemTimingSlot",
+       "[Chassis7Slot3]", "SlotType = PXIePeripheralSlot", "[Chassis7StarSystemTimingSets1]",
+       "StarSystemTimingSet0 = 3", "StarSystemTimingSet1 = 2", "SystemTimingSlot = x"},
       // Every slot has been found before the number that is none.
       {"[Chassis7]",
        "Vendor = V",
