@@ -64,6 +64,10 @@ expect 1 '^varmex: no module fits "nothing"$' find nothing
 expect 2 'text' find ''
 expect 0 '^  1/7 +11\.0\.0 +DIO-LEFT +Havrel Modular +HM-6220 Digital I/O +x1/4 reduced$' list
 expect 2 'excludes' list --csv --jsonl
+expect 0 '^Way 1: bus 1 > bridge 1 > bus 2 > bridge 3 > bus 3$' triggers 1/2 SUPPLY
+expect 0 'lines 0 to 7 reach from each to the other' triggers 1/7 1/9
+expect 0 '^Star trigger 1: 1/10 is the controller, 1/9 is line 7; this line joins the two\.$' triggers TIMING DMM
+expect 1 'two chassis, between which no trigger line runs' triggers 1/2 2/2
 # A full device, a narrow output, colours, a lock that another program holds.
 "${varmex[@]}" show >/dev/full 2>/dev/null
 is_failed=$?

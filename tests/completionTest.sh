@@ -58,7 +58,7 @@ expect() {
 }
 
 VARMEX_FSROOT=$here/../samples
-expect 'show find list draw report check terminals route watch save diff make' ''
+expect 'show find list draw report check triggers terminals route watch save diff make' ''
 expect 'show' sh
 expect '--help --version' --
 expect '--json' check --j

@@ -257,6 +257,46 @@ def testModules():
               "width" in found["modules"][0]["failures"], f"find in a broken description: {found}")
 
 
+# From, to, further arguments; the bridges of each way, the star triggers, what is said.
+TRIGGERS = [
+    ("1/2", "1/17", [], ["1,3"], ["star indirect", "dstar indirect"], ""),
+    ("SUPPLY", "5.0.0", ["--all"], ["4,2"], ["star indirect", "dstar indirect"], ""),
+    ("1/10", "1/9", [], [""], ["star direct", "dstar direct"], ""), ("0d:00.0", "1/8", [], [""], None, ""),
+    ("3/8", "3/2", [], [""], ["star direct"], ""), ("1/2", "2/2", [], [], [], "two chassis"),
+    ("1/1", "2/1", [], [], [], "two chassis"), ("nothing", "1/2", [], None, None, "no module"),
+    ("1/2", "1/99", [], None, None, "no slot 99"),
+]
+
+
+def testTriggers():
+    with Root() as root:
+        def ask(origin, target, *arguments):
+            run = root.run("triggers", origin, target, "--json", *arguments)
+            document = json.loads(run.stdout) if run.stdout else None
+            if document:
+                conforms(document, "triggers", f"triggers {origin} {target}")
+            return run, document
+
+        for origin, target, arguments, ways, stars, said in TRIGGERS:
+            run, document = ask(origin, target, *arguments)
+            check(said in run.stderr and run.returncode == bool(said), f"triggers {origin} {target}: {run}")
+            if document:
+                got = [",".join(str(b["bridge"]) for b in way["bridges"]) for way in document["ways"]]
+                near = [f"{s['family']} {'direct' if s['isDirect'] else 'indirect'}" for s in document["stars"]]
+                check(got == ways and stars in (None, near), f"triggers {origin} {target}: {got} {near}")
+        lines = ask("1/8", "1/17")[1]["ways"][0]["lines"]
+        check(lines[5:] == [[5], [6, 7], []], f"the lines of bridge 3: {lines}")
+        # A line map that can't be read, a slot that breaks the list of the bridges, a slot on no bus.
+        root.edit(I, r"^(PXI_TRIG3) =[^\n]*", r"\1 = 8")
+        root.edit(E, '18"', '18,19"')
+        run, document = ask("1/2", "1/7")
+        check(run.returncode == 0 and document["ways"][0]["lines"][3] == [] and len(document["unread"]) == 2
+              and "line 3" in run.stderr, f"triggers over a broken bridge: {run}")
+        root.edit(E, '"1,2,3,4,5,6"', '"1,3,4,5,6"')
+        run, document = ask("1/2", "1/7")
+        check("on no trigger bus" in document["reason"] and "bus" not in document["from"], f"no bus: {run}")
+
+
 class Watch:
     """A running watch, line by line."""
 
@@ -450,6 +490,35 @@ def testLive():
                 check("no PCI tree" in root.run("check", "--live").stderr, "no PCI tree")
 
 
+def testFleet():
+    """The example of docs/fleet.md over 1,000 racks of two weeks, two of them changed."""
+    with Root(["express:18"]) as root, tempfile.TemporaryDirectory() as place:
+        saved = json.loads(root.run("save").stdout)
+        text = json.dumps(saved)
+        serial = re.search(r"SerialNumber = \W*(\w+)", text).group(1)
+        for rack in range(500):
+            one = text.replace(serial, f"S{rack:04}")
+            for day in ("2026-11-14", "2026-11-21"):
+                folder = Path(place, day)
+                folder.mkdir(exist_ok=True)
+                if (rack, day) == (42, "2026-11-21"):
+                    one = one.replace("LinkWidthNegotiated = 8", "LinkWidthNegotiated = 2", 1)
+                    one = re.sub(r"\[Chassis1Slot([23])\]", lambda slot: f"[Chassis1Slot{5 - int(slot[1])}]", one)
+                (folder / f"rack-{rack:04}.json").write_text(one)
+        blocks = re.findall(r"^```sh\n(.*?)^```", (TOP / "docs/fleet.md").read_text(), re.M | re.S)
+        path = f"{Path(VARMEX[-1]).parent}:{os.environ['PATH']}"
+        told = [subprocess.run(["bash", "-ec", block], cwd=place, env=dict(os.environ, PATH=path),
+                               capture_output=True, text=True, timeout=10 * DEADLINE) for block in blocks]
+        check(all(run.returncode == 0 and not run.stderr for run in told), f"docs/fleet.md: {told}")
+        narrow, moved = (run.stdout.splitlines()[2:] for run in told[-2:])
+        check(len(narrow) == 1 and "rack-0042" in narrow[0], f"below the full width: {narrow}")
+        check(len(moved) == 2 and all("rack-0042" in line for line in moved), f"moved: {moved}")
+        Path(place, "2026-11-21/rack-0007.json").write_text("{")
+        run = root.run("list", "--csv", "--from", f"{place}/2026-11-21")
+        check(run.returncode == 1 and len(run.stdout.splitlines()) > 499 and "rack-0007" in run.stderr,
+              f"a saved file that can't be read: {run.stderr}")
+
+
 SAVED_SCHEMA = json.loads((TOP / "docs/saved.schema.json").read_text())
 jsonschema.Draft202012Validator.check_schema(SAVED_SCHEMA)
 I_PATH, E_PATH = "etc/pxi/pxisys.ini", "etc/pxi/pxiesys.ini"
@@ -543,7 +612,7 @@ def unpiped(number):
 
 
 # Windows has no other roots than its own, and no tree of files for the bus.
-ANYWHERE, ON_LINUX = (testDocuments, testBroken, testModules, testWatch), (testDiff, testLive, testSaved)
+ANYWHERE, ON_LINUX = (testDocuments, testBroken, testModules, testTriggers, testWatch), (testFleet, testDiff, testLive, testSaved)
 for test in ANYWHERE if ON_WINDOWS else ANYWHERE + ON_LINUX:
     test()
 print(f"{passed} passed, {failed} failed")

@@ -46,6 +46,7 @@ for input in "$here"/../fuzz/corpus/{ini,model,json,registry}/* {1..12}; do
     try check --json
     try find 1
     try list --csv
+    try triggers 1/2 1/17 --all
     try draw -o "$VARMEX_FSROOT/picture.svg"
     try report -o "$VARMEX_FSROOT/page.html"
     try save "$VARMEX_FSROOT/saved.json"

@@ -3,7 +3,7 @@
 #include <thread>
 
 #include "tests/support/model.h"
-#include "varmex/varmex.hpp"
+#include "varmex/triggers.hpp"
 
 namespace test {
 
@@ -244,6 +244,67 @@ TEST_F(tWrapper, tellsModules) {
     const auto found = session.findModule(name);
     EXPECT_EQ(found ? found->place() : "nothing", place) << name;
   }
+}
+
+// Bridges as "number:source>destination" with the pairs of lines that they join.
+varmex::BridgeMap bridge(std::uint32_t number, std::uint32_t source, std::uint32_t destination,
+                         std::initializer_list<std::pair<std::size_t, std::uint32_t>> lines) {
+  varmex::BridgeMap map{number, source, destination, {}};
+  for (const auto& [from, to] : lines) map.lines[from] |= 1U << to;
+  return map;
+}
+
+std::string textOf(const varmex::TriggerWays& ways) {
+  std::string text;
+  for (const varmex::TriggerWay& way : ways.ways) {
+    for (const varmex::BridgeMap& passed : way.bridges) text += std::to_string(passed.bridge);
+    for (std::size_t line = 0; line < 8; ++line) {
+      if (way.lines[line]) {
+        text += ' ' + std::to_string(line) + '>' + std::to_string(way.lines[line]);
+      }
+    }
+    text += ';';
+  }
+  return text + (ways.isComplete ? "" : "...");
+}
+
+TEST(tTriggerWays, areShortestFirstAndCarryALine) {
+  const std::vector<varmex::BridgeMap> bridges = {bridge(1, 1, 2, {{0, 1}, {3, 3}, {3, 4}}),
+                                                  bridge(2, 2, 3, {{0, 0}, {4, 7}}),
+                                                  bridge(3, 1, 3, {{5, 5}}),
+                                                  bridge(4, 2, 3, {{1, 6}}),
+                                                  bridge(5, 3, 4, {{6, 0}, {7, 0}}),
+                                                  bridge(6, 4, 4, {{0, 7}}),
+                                                  bridge(7, 4, 5, {{7, 7}}),
+                                                  bridge(8, 3, 1, {{2, 2}})};
+  struct tCase {
+    std::uint32_t from, to;
+    varmex::WaysWanted wanted;
+    std::size_t most;
+    const char* ways;
+  };
+  const auto shortest = varmex::WaysWanted::shortest;
+  const auto all = varmex::WaysWanted::all;
+  for (const tCase& each :
+       {tCase{1, 1, all, 9, " 0>1 1>2 2>4 3>8 4>16 5>32 6>64 7>128;"},
+        tCase{1, 3, shortest, 9, "3 5>32;"},                   // one bridge rather than two
+        tCase{1, 3, all, 9, "3 5>32;12 3>128;14 0>64;"},       // and the longer ones
+        tCase{1, 4, shortest, 9, "125 3>1;145 0>1;"},          // 3 then 5 carries no line
+        tCase{1, 4, shortest, 1, "125 3>1;..."},               //
+        tCase{1, 5, shortest, 9, "12567 3>128;14567 0>128;"},  // over bus 4 twice
+        tCase{4, 1, all, 9, ""}, tCase{3, 1, shortest, 9, "8 2>4;"}, tCase{9, 8, all, 9, ""}}) {
+    EXPECT_EQ(textOf(varmex::findTriggerWays(each.from, each.to, bridges, each.wanted, each.most)),
+              each.ways)
+        << each.from << " to " << each.to;
+  }
+  // So many that no one wants them all.
+  std::vector<varmex::BridgeMap> many;
+  for (std::uint32_t bus = 0; bus < 20; ++bus) {
+    for (std::uint32_t n = 0; n < 10; ++n) many.push_back(bridge(n, bus, bus + 1, {{0, 0}}));
+  }
+  const auto ways = varmex::findTriggerWays(0, 20, many, all, 50);
+  EXPECT_EQ(ways.ways.size(), 50U);
+  EXPECT_FALSE(ways.isComplete);
 }
 
 TEST_F(tWrapper, refusesSourceLinesThatNoBridgeHas) {

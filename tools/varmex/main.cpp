@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "tools/varmex/commands/list.h"
+#include "tools/varmex/commands/triggers.h"
 #include "tools/varmex/text/commandLine.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/streams.h"
@@ -17,8 +18,8 @@ using namespace tool;
 
 // In the order in which the help lists them.
 constexpr tCommandPtr (*kCommands[])() = {
-    makeShow,  makeFind,  makeList, makeDraw, makeReport, makeCheck,   makeTerminals,
-    makeRoute, makeWatch, makeSave, makeDiff, makeMake,   makeComplete};
+    makeShow,      makeFind,  makeList,  makeDraw, makeReport, makeCheck, makeTriggers,
+    makeTerminals, makeRoute, makeWatch, makeSave, makeDiff,   makeMake,  makeComplete};
 
 }  // namespace
 

@@ -1,11 +1,13 @@
 #include "tools/varmex/commands/list.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 
 #include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/describe/modules.h"
+#include "tools/varmex/saved/source.h"
 #include "tools/varmex/text/output.h"
 
 namespace tool {
@@ -66,6 +68,51 @@ tJson selected(const tJson& module, const tModuleColumns& columns, tPciNotation 
   return row;
 }
 
+// A folder that is no root stands for the saved files in it, in the order of their names.
+std::vector<std::string> allSources(const std::vector<std::string>& from) {
+  std::vector<std::string> sources;
+  for (const std::string& path : from) {
+    const std::filesystem::path folder(path);
+    std::vector<std::string> files;
+    if (std::filesystem::is_directory(folder) && !std::filesystem::exists(folder / "etc")) {
+      for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        if (entry.path().extension() == ".json") files.push_back(entry.path().string());
+      }
+    }
+    std::sort(files.begin(), files.end());
+    if (files.empty()) files.push_back(path);
+    sources.insert(sources.end(), files.begin(), files.end());
+  }
+  return sources;
+}
+
+tJson describeSource(const std::string& path) {
+  try {
+    const tSource source(path);
+    return describeModules(varmex::Session());
+  } catch (const std::exception& failure) {
+    return describeUnreadModules(failure);
+  }
+}
+
+// One document of all, each module with where it was read where that are many.
+tJson describeEach(const std::vector<std::string>& sources, bool isMany) {
+  if (!isMany) return describeSource(sources.front());
+  tJson all = {{"modules", tJson::array()}};
+  std::size_t failureCount = 0;
+  for (const std::string& source : sources) {
+    const tJson document = describeSource(source);
+    failureCount += document["failureCount"].get<std::size_t>();
+    for (const tJson& module : document["modules"]) {
+      tJson row = {{"from", source}};
+      row.update(module);
+      all["modules"].push_back(std::move(row));
+    }
+  }
+  all["failureCount"] = failureCount;
+  return all;
+}
+
 constexpr const char* kDefaultColumns[] = {"place", "address", "alias",   "vendor",
                                            "model", "link",    "identity"};
 constexpr const char* kDefaultCsvColumns[] = {
@@ -82,12 +129,20 @@ class tList : public tCommand {
     line.add_option("--columns", keys_, "Names of columns between commas: " + columnNames())
         ->delimiter(',');
     addPciOption(line, notation_);
-    installation_.addFrom(line);
+    line.add_option(
+            "--from", from_,
+            "Read a file that varmex save made, all such files (*.json) in a folder, or the "
+            "installation below a folder (Linux); may be given many times")
+        ->expected(1)
+        ->take_all();
   }
 
   tExitStatus run() override {
-    const tModuleColumns columns = moduleColumns(keysOrDefault());
-    tJson document = describeModules(installation_.open());
+    const std::vector<std::string> sources = allSources(from_);
+    const bool isMany = sources.size() > 1 || sources != from_;
+    const tModuleColumns columns = moduleColumns(keysOrDefault(isMany));
+    tJson document =
+        from_.empty() ? describeModules(tInstallation().open()) : describeEach(sources, isMany);
     if (asJsonLines_) {
       for (const tJson& module : document["modules"]) {
         printJsonLine(selected(module, columns, notation_));
@@ -109,13 +164,19 @@ class tList : public tCommand {
     return names;
   }
 
-  std::vector<std::string> keysOrDefault() const {
+  std::vector<std::string> keysOrDefault(bool isMany) const {
     if (!keys_.empty() || asJsonLines_) return keys_;
-    if (asCsv_) return {std::begin(kDefaultCsvColumns), std::end(kDefaultCsvColumns)};
-    return {std::begin(kDefaultColumns), std::end(kDefaultColumns)};
+    std::vector<std::string> keys;
+    if (isMany) keys.emplace_back("from");
+    if (asCsv_) {
+      keys.insert(keys.end(), std::begin(kDefaultCsvColumns), std::end(kDefaultCsvColumns));
+    } else {
+      keys.insert(keys.end(), std::begin(kDefaultColumns), std::end(kDefaultColumns));
+    }
+    return keys;
   }
 
-  tInstallation installation_;
+  std::vector<std::string> from_;
   bool asCsv_ = false;
   bool asJsonLines_ = false;
   std::vector<std::string> keys_;

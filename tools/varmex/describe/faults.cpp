@@ -13,10 +13,12 @@ constexpr std::size_t kMostShown = 20;
 constexpr std::size_t kLongestReason = 400;  // in bytes
 
 std::string nameOf(const tJson& item) {
+  const std::string of = item.contains("from") ? " of " + textOf(item, "from") : "";
   if (item.contains("place")) {
-    return (item.contains("name") ? "module in slot " : "slot ") + textOf(item, "place");
+    return (item.contains("name") ? "module in slot " : "slot ") + textOf(item, "place") + of;
   }
-  if (item.contains("chassis")) return "chassis " + textOf(item, "chassis");
+  if (item.contains("chassis")) return "chassis " + textOf(item, "chassis") + of;
+  if (item.contains("from")) return textOf(item, "from");
   const std::string chassis = textOf(item, "ChassisNumber");
   const std::string slot = chassis + '/' + textOf(item, "SlotNumber");
   if (item.contains("BridgeNumber")) {

@@ -15,6 +15,13 @@ namespace tool {
 
 namespace {
 
+tJson jsonOf(const tReason& reason) {
+  return {{"code", reason.code},
+          {"constant", reason.constant},
+          {"detail", reason.detail},
+          {"sentence", reason.sentence}};
+}
+
 class tModuleDescriber {
  public:
   explicit tModuleDescriber(const varmex::Session& session) : session_(session) {}
@@ -26,7 +33,7 @@ class tModuleDescriber {
       const auto numbers = [&](const varmex::Error&) { return listing().chassis(); };
       for (const auto& chassis : session_.eachChassis(numbers)) addChassis(chassis, modules);
     } catch (const std::exception& failure) {
-      addFailure(document, "modules", reasonOf(failure));
+      addFailure(modules.emplace_back(tJson::object()), "opening", reasonOf(failure));
     }
     document["failureCount"] = failureCount_;
     return document;
@@ -110,10 +117,7 @@ class tModuleDescriber {
   }
 
   void addFailure(tJson& json, const char* about, const tReason& reason) {
-    json["failures"][about] = {{"code", reason.code},
-                               {"constant", reason.constant},
-                               {"detail", reason.detail},
-                               {"sentence", reason.sentence}};
+    json["failures"][about] = jsonOf(reason);
     ++failureCount_;
   }
 
@@ -187,6 +191,12 @@ std::string valueText(const tJson& value) {
 
 tJson describeModules(const varmex::Session& session) { return tModuleDescriber(session).run(); }
 
+tJson describeUnreadModules(const std::exception& failure) {
+  return {{"schemaVersion", kSchemaVersion},
+          {"modules", {{{"failures", {{"opening", jsonOf(reasonOf(failure))}}}}}},
+          {"failureCount", 1}};
+}
+
 const std::vector<tModuleColumn> kModuleColumns = {
     {"place", "Slot", "chassis and slot: 1/9"},
     {"chassis", "Chassis", "number of the chassis"},
@@ -207,7 +217,8 @@ const std::vector<tModuleColumn> kModuleColumns = {
     {"slotWidth", "Slot can", "lanes that the slot has"},
     {"reduced", "Reduced", "1 when it runs below what both can, else 0"},
     {"serial", "Serial number", "serial number of the chassis"},
-    {"identity", "Chassis identity", "the chassis, wherever it is numbered"}};
+    {"identity", "Chassis identity", "the chassis, wherever it is numbered"},
+    {"from", "From", "with many --from: the file or folder that it was read from"}};
 
 tModuleColumns moduleColumns(const std::vector<std::string>& keys) {
   tModuleColumns columns;
@@ -245,10 +256,11 @@ tRow rowOf(const tJson& module, const tModuleColumns& columns, tPciNotation nota
   return row;
 }
 
-// The identity of a chassis is long and stands beside the first of its modules alone.
+// What is long and the same for many modules in a row stands beside the first of them alone.
 void dropRepeated(const tModuleColumns& columns, std::vector<tRow>& rows) {
   for (std::size_t column = 0; column < columns.size(); ++column) {
-    if (std::string_view(columns[column]->key) != "identity") continue;
+    const std::string_view key = columns[column]->key;
+    if (key != "identity" && key != "from") continue;
     std::string last;
     for (tRow& row : rows) {
       if (row[column] == last)

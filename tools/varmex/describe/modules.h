@@ -16,6 +16,9 @@ namespace tool {
 // but its place.
 tJson describeModules(const varmex::Session& session);
 
+// The same where the installation can't be read at all.
+tJson describeUnreadModules(const std::exception& failure);
+
 // One thing that is told of a module, in a column of a table.
 struct tModuleColumn {
   const char* key;    // by which it is asked for

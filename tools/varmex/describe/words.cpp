@@ -5,6 +5,7 @@
 
 #include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
+#include "tools/varmex/describe/lines.h"
 #include "tools/varmex/text/table.h"
 
 namespace tool {
@@ -14,20 +15,6 @@ namespace {
 bool has(const tJson& item, const char* name) { return item.contains(name); }
 
 std::string quotedName(const std::string& name) { return name.empty() ? name : '"' + name + '"'; }
-
-// "0,3-5" for the bits of a line mask.
-std::string linesOf(std::uint32_t mask) {
-  std::vector<std::string> runs;
-  for (int line = 0; line < 8; ++line) {
-    if (!(mask >> line & 1)) continue;
-    int last = line;
-    while (mask >> (last + 1) & 1) ++last;
-    runs.push_back(line == last ? std::to_string(line)
-                                : std::to_string(line) + '-' + std::to_string(last));
-    line = last;
-  }
-  return joined(runs, ",");
-}
 
 }  // namespace
 

@@ -1,0 +1,182 @@
+#include "tools/varmex/describe/triggers.h"
+
+#include "tools/varmex/describe/describe.h"
+#include "tools/varmex/describe/fields.h"
+#include "tools/varmex/describe/lines.h"
+#include "tools/varmex/describe/listing.h"
+#include "tools/varmex/describe/reason.h"
+
+namespace tool {
+
+namespace {
+
+tJson jsonOf(const varmex::LineMap& map) {
+  tJson lines = tJson::array();
+  for (const std::uint32_t mask : map) {
+    tJson destinations = tJson::array();
+    for (int line = 0; line < 8; ++line) {
+      if (mask >> line & 1) destinations.push_back(line);
+    }
+    lines.push_back(std::move(destinations));
+  }
+  return lines;
+}
+
+tJson jsonOf(const varmex::TriggerWay& way) {
+  tJson json = {{"bridges", tJson::array()}, {"lines", jsonOf(way.lines)}};
+  for (const varmex::BridgeMap& bridge : way.bridges) {
+    json["bridges"].push_back({{"bridge", bridge.bridge},
+                               {"sourceBus", bridge.sourceBus},
+                               {"destinationBus", bridge.destinationBus},
+                               {"lines", jsonOf(bridge.lines)}});
+  }
+  return json;
+}
+
+tJson jsonOf(const varmex::StarRelation& relation) {
+  tJson json = {
+      {"family", relation.family == varmex::StarRelation::Family::star ? "star" : "dstar"},
+      {"trigger", relation.trigger}};
+  if (relation.fromLine) json["fromLine"] = *relation.fromLine;
+  if (relation.toLine) json["toLine"] = *relation.toLine;
+  json["fromIsController"] = relation.fromIsController;
+  json["toIsController"] = relation.toIsController;
+  json["isDirect"] = relation.isDirect();
+  return json;
+}
+
+// A slot on its bus; without a bus why that is.
+struct tEnd {
+  std::uint32_t chassis;
+  std::uint32_t slot;
+  std::optional<std::uint32_t> bus;
+  std::string failure;
+};
+
+tEnd endOf(const varmex::Slot& slot) {
+  tEnd end{slot.chassisNumber(), slot.number(), std::nullopt, {}};
+  try {
+    end.bus = slot.triggerBusNumber();
+  } catch (const varmex::Error& error) {
+    end.failure = reasonOf(error).sentence;
+  }
+  return end;
+}
+
+std::string placeOf(const tEnd& end) {
+  return std::to_string(end.chassis) + '/' + std::to_string(end.slot);
+}
+
+tJson jsonOf(const tEnd& end) {
+  tJson json = {{"place", placeOf(end)}, {"chassis", end.chassis}, {"slot", end.slot}};
+  if (end.bus) json["bus"] = *end.bus;
+  return json;
+}
+
+using tBridges = std::vector<varmex::BridgeMap>;
+
+// A bridge with what can be read of it: a line that can't leads nowhere, and `unread` tells of it.
+template <class Read>
+void addBridge(std::uint32_t number, Read read, tBridges& bridges, tJson& unread) {
+  const auto tell = [&](const std::string& part, const std::exception& failure) {
+    unread.push_back("bridge " + std::to_string(number) + part + ": " + reasonOf(failure).sentence);
+  };
+  varmex::BridgeMap map;
+  map.bridge = number;
+  try {
+    map.sourceBus = read(varmex_u32_BridgeSourceTriggerBus);
+    map.destinationBus = read(varmex_u32_BridgeDestinationTriggerBus);
+  } catch (const std::exception& failure) {
+    return tell("", failure);
+  }
+  for (std::uint32_t line = 0; line < 8; ++line) {
+    try {
+      map.lines[line] = read(varmex_u32_BridgeLineMapping0 + line);
+    } catch (const std::exception& failure) {
+      tell(", line " + std::to_string(line), failure);
+    }
+  }
+  bridges.push_back(map);
+}
+
+// Where the library's list fails as a whole, each for itself.
+tBridges readBridges(const varmex::Session& session, std::uint32_t chassis, tJson& unread) {
+  tBridges bridges;
+  try {
+    for (const auto& bridge : session.chassis(chassis).triggerBridges()) {
+      const auto read = [&](std::uint32_t attribute) { return bridge.u32(attribute); };
+      addBridge(bridge.number(), read, bridges, unread);
+    }
+    return bridges;
+  } catch (const varmex::Error&) {
+    bridges.clear();
+  }
+  const tListing listing(session);
+  for (const std::uint32_t number : listing.bridges(chassis)) {
+    try {
+      const auto bridge = listing.openBridge(chassis, number);
+      const auto read = [&](std::uint32_t attribute) {
+        return listing.numberOf(bridge, attribute);
+      };
+      addBridge(number, read, bridges, unread);
+    } catch (const std::exception& failure) {
+      unread.push_back("bridge " + std::to_string(number) + ": " + reasonOf(failure).sentence);
+    }
+  }
+  return bridges;
+}
+
+std::string noWayText(std::uint32_t from, std::uint32_t to, const tBridges& bridges) {
+  const std::string text = "no line gets from trigger bus " + std::to_string(from) + " to bus " +
+                           std::to_string(to) + " over the bridges of the chassis";
+  if (bridges.empty()) return text + ", which has none";
+  const bool isBackOnly = !varmex::findTriggerWays(to, from, bridges).ways.empty();
+  return isBackOnly ? text + ", only the other way round" : text;
+}
+
+}  // namespace
+
+std::string lineMapText(const tJson& lines) {
+  std::vector<std::string> parts;
+  for (std::size_t source = 0; source < lines.size(); ++source) {
+    std::uint32_t mask = 0;
+    for (const std::uint32_t line : lines[source]) mask |= 1U << line;
+    if (mask != 0) parts.push_back(std::to_string(source) + '>' + linesOf(mask));
+  }
+  return joined(parts, " ");
+}
+
+tJson describeTriggers(const varmex::Session& session, const varmex::Slot& from,
+                       const varmex::Slot& to, varmex::WaysWanted wanted) {
+  const tEnd ends[] = {endOf(from), endOf(to)};
+  const auto& [source, destination] = ends;
+  tJson unread = tJson::array();
+  varmex::TriggerWays ways;
+  std::string reason;
+  if (source.chassis != destination.chassis) {
+    reason = "the slots are in two chassis, between which no trigger line runs";
+  } else if (!source.bus || !destination.bus) {
+    const tEnd& bad = source.bus ? destination : source;
+    reason = "slot " + placeOf(bad) + " is on no trigger bus: " + bad.failure;
+  } else {
+    tBridges bridges;
+    if (*source.bus != *destination.bus) bridges = readBridges(session, source.chassis, unread);
+    ways = varmex::findTriggerWays(*source.bus, *destination.bus, bridges, wanted);
+    if (ways.ways.empty()) {
+      reason = ways.isComplete ? noWayText(*source.bus, *destination.bus, bridges)
+                               : "the bridges are too many to find a way over them";
+    }
+  }
+  tJson document = {{"schemaVersion", kSchemaVersion}, {"from", jsonOf(source)},
+                    {"to", jsonOf(destination)},       {"ways", tJson::array()},
+                    {"isComplete", ways.isComplete},   {"stars", tJson::array()}};
+  for (const varmex::TriggerWay& way : ways.ways) document["ways"].push_back(jsonOf(way));
+  for (const auto& star : varmex::findStarRelations(from, to)) {
+    document["stars"].push_back(jsonOf(star));
+  }
+  if (!reason.empty()) document["reason"] = reason;
+  document["unread"] = std::move(unread);
+  return document;
+}
+
+}  // namespace tool
