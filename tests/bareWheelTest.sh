@@ -1,17 +1,12 @@
 #!/usr/bin/env bash
-# bareWheelTest.sh WHEEL : installs the wheel with pip on a Debian that holds nothing but Python, without
-# a compiler or a network, and reads samples/ there. Takes root and debootstrap. The system is kept in
-# build/bare-python; make it anew by removing that.
+# bareWheelTest.sh WHEEL : installs the wheel with pip on a bare Debian, without a compiler or a network,
+# and reads samples/ there. Takes root and debootstrap.
 set -euo pipefail
+system=$(mktemp -d)
+trap 'rm -rf "$system"' EXIT
+tests/bareSystem.sh "$system"
 export PATH=$PATH:/usr/sbin
-system=build/bare-python
-if [ ! -e $system.made ]; then
-  rm -rf $system
-  debootstrap --variant=minbase --include=python3-venv bookworm $system
-  touch $system.made
-fi
-work=$(mktemp -d -p "$system/root")
-trap 'rm -rf "$work"' EXIT
+work=$system/root
 cp -r "$1" samples "$work"
 cat >"$work/look.py" <<'END'
 import shutil

@@ -15,18 +15,10 @@ sameInterface() {
     abidiff "$here/source/varmex.abi" "$work/varmex.abi"
 }
 
-# A fresh system of the release that runs here, without a network.
+# A fresh system, without a network.
 fresh() {
-  . /etc/os-release
-  local base=$here/build/$VERSION_CODENAME.tar
   root=$work/root
-  if [ ! -e "$base" ]; then
-    debootstrap --variant=minbase --include=libstdc++6,python3 "$VERSION_CODENAME" "$work/base" &&
-      rm -f "$work"/base/var/cache/apt/archives/*.deb &&
-      tar -C "$work/base" -cf "$base.new" . && mv "$base.new" "$base" && rm -rf "$work/base" ||
-      return 1
-  fi
-  mkdir "$root" && tar -C "$root" -xf "$base" && cp -r "$here/samples" "$root/srv" && files >"$work/before"
+  "$here/tests/bareSystem.sh" "$root" && cp -r "$here/samples" "$root/srv" && files >"$work/before"
 }
 
 inside() { chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin "$@"; }
