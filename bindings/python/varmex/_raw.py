@@ -7,7 +7,7 @@ and handles as integers.
 import ctypes
 from ctypes import (CFUNCTYPE, POINTER, Structure, byref, c_bool, c_char_p, c_int32, c_size_t,
                     c_uint32, c_uint64, c_void_p)
-from typing import Any, List, Optional, Tuple
+from typing import Any, Dict, List, Optional, Tuple
 
 from . import _library
 from ._errors import Error, error_of
@@ -18,6 +18,10 @@ Argument = Any
 
 class Record(Structure):
     """tStatusRecord."""
+
+    code: int
+    capacity: int
+    text: Optional[int]
 
 
 Reallocate = CFUNCTYPE(c_bool, POINTER(Record), c_uint32)
@@ -49,28 +53,23 @@ REPLY_BUFFER = ctypes.cast(_realloc, ReallocFunc)
 """What replies of the adaptor are written into; `take_reply` frees it."""
 
 
+_grown: Dict[int, Any] = {}  # buffers by the address of their record
+
+
 def _provide(record: Any, capacity: int) -> bool:
-    """The buffer policy of a record: the text is kept, and NULs follow it up to a last 'J'."""
+    """The buffer policy of a record: the text is kept."""
     fields = record.contents
-    if capacity == 0:
-        _free(fields.text)
-        fields.text = None
-        fields.capacity = 0
-        return True
-    if capacity <= fields.capacity:
-        return True
-    size = max(512, 2 * fields.capacity, capacity)
-    text = ctypes.string_at(fields.text) if fields.text else b"{}"
-    if len(text) + 2 > size:
-        return False
-    buffer = _realloc(fields.text, size)
-    if not buffer:
-        return False
-    ctypes.memset(buffer, 0, size)
-    ctypes.memmove(buffer, text, len(text))
-    ctypes.memset(buffer + size - 1, ord("J"), 1)
-    fields.text = buffer
-    fields.capacity = size
+    if capacity > fields.capacity:
+        text = ctypes.string_at(fields.text) if fields.text else b"{}"
+        size = max(512, 2 * fields.capacity, capacity)
+        try:
+            buffer = ctypes.create_string_buffer(text, size)
+        except MemoryError:
+            return False
+        _grown[ctypes.addressof(fields)] = buffer
+        fields.text, fields.capacity = ctypes.addressof(buffer), size
+    elif capacity == 0:
+        fields.text, fields.capacity = None, 0
     return True
 
 
@@ -136,33 +135,50 @@ def brief_record() -> Tuple[Record, Any]:
     return record, byref(record)
 
 
+class _TextRecord(Record):
+    """A record with room for nearly every text: what a signal handler raises during a call, such as
+    KeyboardInterrupt, is lost if it runs inside the callback for more."""
+
+    def __init__(self) -> None:
+        self._room = ctypes.create_string_buffer(4096)
+        super().__init__(reallocate=_PROVIDE)
+        self._clear()
+
+    def _clear(self) -> None:
+        self._room.value = b"{}"
+        self.text, self.capacity = ctypes.addressof(self._room), len(self._room)
+        self.code = 0
+        _grown.pop(ctypes.addressof(self), None)
+
+    def take(self) -> Error:
+        """What a call told; the record may serve again."""
+        error = error_of(self.code, decode(ctypes.string_at(self.text)) if self.text else "{}")
+        self._clear()
+        return error
+
+
+_idle_texts: List[Tuple[_TextRecord, Any]] = []
+
+
 def call(function: Any, *arguments: Argument) -> Any:
     """Calls with a status as the last argument and answers the result. Error on failure."""
-    record = Record(0, 0, _PROVIDE, None)
-    try:
-        result = function(*arguments, byref(record))
-        if record.code < 0:
-            raise error_of(record.code, _text_of(record))
-        return result
-    finally:
-        _free(record.text)
+    return call_with_warning(function, *arguments)[0]
 
 
 def call_with_warning(function: Any, *arguments: Argument) -> Tuple[Any, Optional[Error]]:
     """As `call`; the second value is the warning that came with the result."""
-    record = Record(0, 0, _PROVIDE, None)
     try:
-        result = function(*arguments, byref(record))
-        status = error_of(record.code, _text_of(record)) if record.code else None
-        if status and record.code < 0:
-            raise status
-        return result, status
-    finally:
-        _free(record.text)
-
-
-def _text_of(record: Record) -> str:
-    return decode(ctypes.string_at(record.text)) if record.text else "{}"
+        pair = _idle_texts.pop()
+    except IndexError:
+        fresh = _TextRecord()
+        pair = fresh, byref(fresh)
+    record, reference = pair
+    result = function(*arguments, reference)
+    status = record.take() if record.code else None
+    _idle_texts.append(pair)  # what was interrupted on the way here is not put back
+    if status and status.code < 0:
+        raise status
+    return result, status
 
 
 def take_reply(reply: c_void_p) -> str:
