@@ -17,8 +17,10 @@ LIMIT = 60  # seconds, against hanging
 
 def touch(root):
     file = root / "etc/pxi/pxisys.ini"
-    file.write_bytes(file.read_bytes() + b"; changed\n")
-    os.utime(file, (1, time.time() + 5))
+    changed = root / "changed.ini"
+    changed.write_bytes(file.read_bytes() + b"; changed\n")
+    os.utime(changed, (1, time.time() + 5))
+    os.replace(changed, file)  # at once: what was opened in between would not be current
 
 
 def in_thread(work):
@@ -130,17 +132,21 @@ def test_a_watch_that_is_thrown_away_leaves_no_thread(root):
 
 
 @pytest.mark.skipif(sys.platform == "win32", reason="holds the lock as flock does")
-def test_a_loop_goes_on_while_others_hold_the_lock(root):
+@pytest.mark.parametrize("is_locked_before", [False, True])
+def test_a_loop_goes_on_while_others_hold_the_lock(root, is_locked_before):
     import fcntl
 
     async def main():
-        watch = varmex.watch()
         with open(root / "var/lib/PXISA/configuration.ini") as lock:
+            if is_locked_before:
+                fcntl.flock(lock, fcntl.LOCK_EX)
+            watch = varmex.watch()
+            await asyncio.sleep(0.1)
             fcntl.flock(lock, fcntl.LOCK_EX)
             task = asyncio.ensure_future(watch.__anext__())
             await asyncio.sleep(0.1)
             touch(root)
-            await asyncio.sleep(0.5)  # the thread is opening the new session now
+            await asyncio.sleep(0.5)  # a thread is opening a session now
             task.cancel()
             for _ in range(5):
                 await asyncio.sleep(0.02)
@@ -149,6 +155,7 @@ def test_a_loop_goes_on_while_others_hold_the_lock(root):
         with pytest.raises(asyncio.CancelledError):
             await task
         assert threading.active_count() == 1
+        touch(root)
         change = await asyncio.wait_for(watch.__anext__(), LIMIT)
         assert change.session.is_current and not change.previous.is_current
 
