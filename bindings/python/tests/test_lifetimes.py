@@ -5,6 +5,7 @@ import sys
 
 import pytest
 from conftest import run_python
+from varmex._handles import Child, Owner
 
 SETUP = """
 import gc, multiprocessing, os, random, sys, threading, varmex
@@ -115,6 +116,22 @@ except TypeError:
     pass
 """,
 }
+
+
+def test_a_handle_that_is_given_out_anew_keeps_its_session_open():
+    closed = []
+    held = []
+    owner = Owner(1, closed.append)
+
+    def close(handle):
+        closed.append(handle)
+        held.append(Child(7, owner, closed.append))  # as another thread may
+
+    Child(7, owner, close)
+    owner.__del__()  # as the collector, within a cycle
+    assert closed == [7]
+    held.clear()
+    assert closed == [7, 7, 1]
 
 
 @pytest.mark.parametrize("name", list(PROGRAMS) + (list(FORKS) if sys.platform != "win32" else []))

@@ -1,9 +1,13 @@
 """What the package adds to the C interface: loading, numbers, types, texts, failures."""
 
+import copy
+import json
 import os
+import pydoc
 import re
 import shutil
 import subprocess
+import sys
 from pathlib import Path
 
 import pytest
@@ -78,12 +82,20 @@ def test_properties_answer_or_are_none(root, place, name, value):
 
 FAILURES = [
     ("session.chassis[99]", varmex.UnknownItemError, "chassisNum"),
-    ("session.chassis[-1]", LookupError, "-1"),
+    ("session.chassis[-1]", varmex.UnknownItemError, "-1"),
+    ("session.chassis['1']", TypeError, "integer"),
+    ("session.chassis[1].slots[1.5]", TypeError, "integer"),
+    ("session.device(2**32, 0)", varmex.UnknownItemError, "4294967296"),
     ("session.chassis[1].slots[99]", LookupError, "slotNum: 99"),
     ("session.device(1, 2, 3)", varmex.UnknownItemError, ""),
     ("session.u32(123)", varmex.AbsentError, "attribute: 123"),
     ("session.trigger_bridges[0].line_mapping(8)", ValueError, "8"),
     ("varmex.RoutingSession('x')", varmex.InvalidArgumentError, ""),
+    ("varmex.RoutingSession('51.0.0').calculate(['PXI_Trig1'], 'PXI_Trig1')", TypeError, "lists"),
+    ("varmex.RoutingSession('51.0.0').calculate('PXI_Trig1', ['PXI_Trig1'])", TypeError, "lists"),
+    ("copy.copy(varmex.RoutingSession('51.0.0').calculate(['PXI_Trig1'], ['PXI_Trig1'])[0])",
+     TypeError, "Route"),
+    ("copy.copy(session.chassis[1])", TypeError, "Chassis"),
     ("session.wait(-1)", ValueError, "-1"),
 ]
 
@@ -109,7 +121,33 @@ def test_items_by_place(root):
         assert repr(device) == "Device(bus=51, number=0, function=1, name='PXI2Slot2')"
         assert 2 in session.chassis and 99 not in session.chassis and -1 not in session.chassis
         assert session.chassis.get(99) is None and len(session.chassis) == 3
+        assert [chassis.number for chassis in reversed(session.chassis)] == [3, 2, 1]
         assert session.chassis[1].trigger_bridges[2].line_mapping(6) == (6, 7)
+
+
+def test_help_tells_units():
+    assert "In lanes. None where" in pydoc.render_doc(varmex.Slot, renderer=pydoc.plaintext)
+
+
+@pytest.mark.parametrize("length", [10, 9000])
+def test_a_failure_keeps_its_text_and_runs_no_python_within_the_library(root, length):
+    """What a signal handler raises there is lost. A text without end can't do without."""
+    file = root / "etc/pxi/pxiesys.ini"
+    file.write_bytes(re.sub(rb"(SlotType *= *)[^\r\n]*", rb"\1" + b"N" * length, file.read_bytes()))
+    called = []
+    with varmex.Session() as session:
+        slot = session.chassis[1].slots[2]
+        for _ in range(2):
+            with pytest.raises(varmex.AbsentError) as raised:
+                sys.setprofile(lambda frame, event, _: called.append(frame.f_code.co_name))
+                try:
+                    slot.require("type")
+                finally:
+                    sys.setprofile(None)
+            assert json.loads(raised.value.json)["varmex_debug"]["bad_slot_type"] == "N" * length
+            with pytest.raises(varmex.UnknownItemError, match="^(?!.*NNN)"):
+                session.chassis[99]
+    assert "require" in called and ("_provide" in called) == (length > 4000)
 
 
 def test_texts_come_through_as_they_are(root):
@@ -179,6 +217,9 @@ def test_a_repr_tells_what_it_can(root):
 
 
 def test_pictures_come_from_the_command(root, monkeypatch):
+    with varmex.Session() as session:
+        closed = session.chassis[2]
+    assert closed._repr_svg_() is None
     with varmex.Session() as session:
         drawn = subprocess.run(["varmex", "draw", "2", "-o", "-"], capture_output=True, text=True)
         assert "<svg" in drawn.stdout and session.chassis[2]._repr_svg_() == drawn.stdout

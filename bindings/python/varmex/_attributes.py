@@ -7,13 +7,13 @@ from typing import TYPE_CHECKING, Any, Callable, Generic, List, Optional, Type, 
 from . import _raw
 from . import constants as c
 from ._errors import ABSENT, ClosedError
-from ._handles import Child, Owner
+from ._handles import Bound, Child, Owner
 
 _T = TypeVar("_T")
 _decode = methodcaller("decode", "utf-8", "surrogateescape")
 
 
-class HasHandle:
+class HasHandle(Bound):
     """What the attributes of an item are asked of."""
 
     __slots__ = ("_handle",)
@@ -28,15 +28,19 @@ class Attribute(property, Generic[_T]):
         name: that of its constant without the prefix, which is its key in `to_dict()`.
         number: the attribute's number.
         unit: its unit, None for texts and for plain numbers.
+        read: what answers it of an item.
     """
 
     def __init__(self, name: str, doc: str, ask: Any, number: int,
                  convert: Optional[Callable[[Any], Any]], is_optional: bool,
                  unit: Optional[str]) -> None:
-        super().__init__(_reader(ask, number, convert, is_optional), doc=" ".join(filter(None, [
+        self.read: Callable[[HasHandle], _T] = _reader(ask, number, convert, is_optional)
+        super().__init__(self.read)
+        # Handed to property it would be hidden by that of this class up to Python 3.11.
+        self.__doc__ = " ".join(filter(None, [
             doc, f"In {unit}." if unit else "",
             "None where there is no such thing." if is_optional else "",
-            "Error where the description can't be read."])))
+            "Error where the description can't be read."]))
         self.name = name
         self.number = number
         self.unit = unit

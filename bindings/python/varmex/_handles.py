@@ -11,6 +11,15 @@ from . import _raw
 from ._errors import ClosedError
 
 
+class Bound:
+    """What stands for something of this process: a copy of it would end it a second time."""
+
+    __slots__ = ()
+
+    def __reduce__(self) -> Any:
+        raise TypeError(f"a {type(self).__name__} belongs to this process; open it anew elsewhere")
+
+
 class Owner:
     """An open handle with children. `closed` is set when the user ended it: what uses it after that
     is refused, while the handle itself stays open until its last user is gone."""
@@ -36,11 +45,12 @@ class Owner:
     def session(self) -> "Owner":
         return self
 
-    def adopt(self, child: int) -> None:
-        self._children.add(child)
+    def adopt(self, child: object) -> None:
+        # Not by its handle: the library may give that to another child before this one is disowned.
+        self._children.add(id(child))
 
-    def disown(self, child: int) -> None:
-        self._children.discard(child)
+    def disown(self, child: object) -> None:
+        self._children.discard(id(child))
         if self._released:
             self._close_when_last()
 
@@ -67,7 +77,7 @@ class Child:
         self._pointer = pointer
         self._close: Callable[[int], Optional[object]] = close
         self.session = session
-        session.adopt(pointer)
+        session.adopt(self)
 
     @property
     def pointer(self) -> int:
@@ -77,4 +87,4 @@ class Child:
 
     def __del__(self) -> None:
         self._close(self._pointer)
-        self.session.disown(self._pointer)
+        self.session.disown(self)

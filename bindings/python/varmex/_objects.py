@@ -3,6 +3,7 @@
 import dataclasses
 import enum
 import math
+import operator
 import threading
 import time
 from ctypes import byref, c_uint64
@@ -122,9 +123,6 @@ class Item(a.HasHandle):
                 told.append(f"{name}=<{error.constant}>")
         return f"{type(self).__name__}({', '.join(told)})"
 
-    def __reduce__(self) -> Any:
-        raise TypeError(f"a {type(self).__name__} belongs to this process; open it anew elsewhere")
-
     def _list(self, kind: "Type[_T]", container: int) -> "List[_T]":
         """The items of a container, in its order."""
         library = _raw.library
@@ -190,6 +188,9 @@ class Numbered(Generic[_T]):
     def __iter__(self) -> Iterator[_T]:
         return iter(self._list_all())
 
+    def __reversed__(self) -> Iterator[_T]:
+        return reversed(self._list_all())
+
     def __len__(self) -> int:
         return len(self._list_all())
 
@@ -201,8 +202,11 @@ class Numbered(Generic[_T]):
 
 
 def _u32_argument(number: int, what: str) -> int:
+    number = operator.index(number)
     if not 0 <= number <= 0xFFFFFFFF:
-        raise LookupError(f"no {what} has the number {number}")
+        raise UnknownItemError(c.varmex_errorUnknownItem,
+                               '{"error_constant":"varmex_errorUnknownItem","varmex_debug":'
+                               f'{{"message":"no {what} has the number {number}"}}}}')
     return number
 
 
@@ -223,6 +227,10 @@ def _open_each(listed: Numbered[_T], key: str) -> "List[Attempt[_T]]":
         except Error as error:
             attempts.append(Attempt(number, error=error))
     return attempts
+
+
+_LINE_MAPPINGS = [a.u32(f"BridgeLineMapping{line}", "") for line in range(8)]
+_LINES = [tuple(line for line in range(8) if bits >> line & 1) for bits in range(256)]
 
 
 class TriggerBridge(Item):
@@ -249,8 +257,8 @@ class TriggerBridge(Item):
         files changed ahead of a session's first question; ValueError for a source line beyond 7."""
         if not 0 <= source_line <= 7:
             raise ValueError(f"a trigger bus has the lines 0 to 7, not {source_line}")
-        bits = self.u32(c.varmex_u32_BridgeLineMapping0 + source_line)
-        return tuple(line for line in range(8) if bits >> line & 1)
+        self._refuse_line_8(source_line)
+        return _LINES[_LINE_MAPPINGS[source_line].read(self)]
 
     def to_dict(self, *, why: bool = False) -> Dict[str, Any]:
         return _document.describe_bridge(self, a.attributes_of(TriggerBridge), why)
@@ -259,10 +267,13 @@ class TriggerBridge(Item):
         """As of every item; ConflictError for a line mapping as in `line_mapping`."""
         source_line = attribute - c.varmex_u32_BridgeLineMapping0
         if 0 <= source_line <= 7:
-            refusal = _line_8.refusal_for(self._handle.session, source_line)
-            if refusal:
-                raise refusal
+            self._refuse_line_8(source_line)
         return super().u32(attribute)
+
+    def _refuse_line_8(self, source_line: int) -> None:
+        refusal = _line_8.refusal_for(self._handle.session, source_line)
+        if refusal:
+            raise refusal
 
 
 class Device(Item):
@@ -443,10 +454,11 @@ class Chassis(Item):
         return Slot(Child(pointer, self._handle.session))
 
     def _repr_svg_(self) -> Optional[str]:
-        """The picture of the chassis, for notebooks; None without the command `varmex`."""
+        """The picture of the chassis, for notebooks; None without the command `varmex`, and once
+        the session is closed."""
         from ._picture import draw_chassis
 
-        return draw_chassis(self.number)
+        return None if self._handle.session.closed else draw_chassis(self.number)
 
 
 _FOREVER = 0xFFFFFFFF

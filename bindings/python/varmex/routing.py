@@ -13,7 +13,7 @@ from typing import Any, Iterable, List, NamedTuple, Optional, Type, Union
 
 from . import _raw
 from ._errors import ResourcesInUseError
-from ._handles import Child, Owner
+from ._handles import Bound, Child, Owner
 from ._objects import Device
 
 _library = _raw.library
@@ -57,7 +57,7 @@ class Conflict(NamedTuple):
     ticket: int
 
 
-class Route:
+class Route(Bound):
     """A calculated route. As a context manager it is reserved inside the block; at the end of the
     block, by `destroy` or by the collector it is destroyed, and its reservation with it."""
 
@@ -69,7 +69,7 @@ class Route:
         self.cost = cost
         self._session = session
         self._live = [ticket]
-        session.adopt(ticket)
+        session.adopt(self)
 
     def reserve(self) -> None:
         """Takes the terminal. ResourcesInUseError, which knows the conflicting routes of this
@@ -104,7 +104,7 @@ class Route:
         except IndexError:
             return
         end(self._session._pointer, ticket)
-        self._session.disown(ticket)
+        self._session.disown(self)
 
     def __enter__(self) -> "Route":
         self.reserve()
@@ -121,7 +121,7 @@ class Route:
         return f"Route(ticket={self.ticket}, destination={self.destination!r}, cost={self.cost})"
 
 
-class RoutingSession:
+class RoutingSession(Bound):
     """A client's session on the trigger lines of one module.
 
     Args:
@@ -176,7 +176,10 @@ class RoutingSession:
 
         Raises:
             Error: a seed on an unknown terminal, or 1024 routes live.
+            TypeError: a single text in the place of a list.
         """
+        if isinstance(seeds, str) or isinstance(destinations, str):
+            raise TypeError("seeds and destinations are lists, not single texts")
         listed = [seed if isinstance(seed, Seed) else Seed(seed) for seed in seeds]
         wanted = json.dumps(list(destinations), ensure_ascii=False)
         reply = c_void_p()
