@@ -27,9 +27,9 @@ build_before() {
   export VARMEX_BENCH_BEFORE=$PWD/$folder
 }
 
-# run_round NUMBER FILTER
+# run_round NUMBER FILTER SECONDS: false when it did not end within that time
 run_round() {
-  "$programs/varmex_bench" --benchmark_filter="$2" --benchmark_repetitions=1 \
+  timeout "$3" "$programs/varmex_bench" --benchmark_filter="$2" --benchmark_repetitions=1 \
     --benchmark_min_time=0.02 --benchmark_enable_random_interleaving=true \
     --benchmark_out_format=json --benchmark_out="$results/round-$1.json" >"$results/output.txt" 2>&1
 }
@@ -42,7 +42,7 @@ build_before
 
 if [ "${1:-}" = --plot ]; then
   rm -rf $results && mkdir -p $results
-  run_round 1 '^growth/'
+  run_round 1 '^growth/' 600
   exec python3 bench/plot.py "$results/round-1.json" docs/pictures/costs.svg
 fi
 if [ $# -gt 0 ]; then
@@ -62,7 +62,11 @@ while [ $((SECONDS - started + last)) -lt $time_for_rounds ]; do
   [ -n "$filter" ] || break
   round=$((round + 1))
   last=$SECONDS
-  run_round $round "$filter"
+  if ! run_round $round "$filter" $((time_for_rounds - SECONDS + started)); then
+    echo "Round $round was broken off, and counts for nothing; $results/output.txt tells how far it came."
+    rm -f "$results/round-$round.json"
+    break
+  fi
   last=$((SECONDS - last))
 done
 echo "Rounds: $round, $((SECONDS - started)) s"
