@@ -73,7 +73,7 @@ FAULTS = [
     ("pxiesys.ini", rb"(PeripheralSlotLinkWidth1 *= *)[^\r\n]*", rb"\1many", True),
     ("pxisys.ini", rb"(PXI_TRIG6 *= *)[^\r\n]*", rb"\g<1>8", True),
     ("pxisys.ini", rb"\[Chassis1TriggerBridge2\]", b"[Elsewhere]", False),
-    ("pxiesys.ini", rb'(Chassis1\][^\[]*SlotList *= *"?)', rb"\g<1>301,", False),
+    ("pxiesys.ini", rb'(Chassis1\][^\[]*SlotList *= *"?)', rb"\g<1>256,", False),
 ]
 
 
@@ -93,9 +93,9 @@ def test_a_fault_hides_nothing_else(root, name, pattern, text, is_same):
                 ] == [slot["SlotNumber"] for chassis in told["Chassis"] for slot in chassis["Slots"]]
         assert b"ORX" in text or document["failureCount"] > 0
         assert any(module.alias == "DMM" for module in varmex.find("dmm"))
-        if b"301" in text:
+        if b"256" in text:
             for ask in (session.modules, lambda: varmex.find("no such thing")):
-                with pytest.raises(varmex.UnknownItemError, match="slotNum: 301"):
+                with pytest.raises(varmex.UnknownItemError, match="slotNum: 256"):
                     ask()
 
 
@@ -145,6 +145,11 @@ def test_modules_hold_what_the_slots_tell(root):
         assert modules["1/1"].functions[0].bus == 2
         for name in ("dmm", "PXI1SLOT9", "1/9", "pxi0::13-0.0::instr", "13.1.0"):
             assert session.find_module(name) == modules["1/9"], name
+        assert session.find_module("1/2").slots == (2,)
+        file = root / "etc/pxi/pxiesys.ini"
+        file.write_bytes(file.read_bytes().replace(b'"DMM"', b'"1/2"'))
+        with varmex.Session() as renamed:
+            assert renamed.find_module("1/2") == modules["1/9"]
         assert session.find_module("DM") is None and session.find_module("") is None
     with pytest.raises(ValueError):
         varmex.find("")

@@ -204,6 +204,25 @@ def test_a_line_8_that_the_files_no_longer_have(root, asked_before):
             bridge.line_mapping(0)
 
 
+def test_a_line_8_of_the_express_file_alone(root):
+    classic, express = root / "etc/pxi/pxisys.ini", root / "etc/pxi/pxiesys.ini"
+    for text in (classic, express):
+        text.write_bytes(text.read_bytes().replace(b"[Chassis1LineMappingSpec1]", b"[Elsewhere]"))
+    express.write_bytes(express.read_bytes() + b"\n[Chassis1LineMappingSpec1]\nPXI_TRIG6 = 8\n")
+    with varmex.Session() as session:
+        with pytest.raises(varmex.ConflictError, match="destination line 8"):
+            session.trigger_bridges[0].line_mapping(6)
+
+
+def test_only_what_an_item_has_not_is_none(root):
+    file = root / "etc/pxi/pxisys.ini"
+    file.write_bytes(re.sub(rb"(TriggerManager *= *)[^\r\n]*", rb'\1"another"', file.read_bytes()))
+    with varmex.Session(synchronize=True) as session:
+        assert session.warning.constant == "varmex_warningFailedSync" and session.warning.code > 0
+        with pytest.raises(varmex.ConflictError):
+            session.chassis[1].trigger_manager
+
+
 def test_a_repr_tells_what_it_can(root):
     for name in ("pxisys.ini", "pxiesys.ini"):
         file = root / "etc/pxi" / name

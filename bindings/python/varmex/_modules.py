@@ -225,7 +225,7 @@ def _covering(attempt: ModuleAttempt, covered: List[Tuple[Optional[int], int]]) 
     if not attempt.module:
         return attempt
     more = tuple(slot for anchor, slot in covered
-                 if anchor == attempt.slot_number and slot != anchor)
+                 if anchor == attempt.slot_number)
     if not more:
         return attempt
     module = replace(attempt.module, slots=attempt.module.slots + more)
