@@ -44,14 +44,17 @@ LD_LIBRARY_PATH=$service/withoutclose expect 1 '^    native +!1$' show 2
 LD_LIBRARY_PATH=$service/withoutclose expect 1 '^!1  chassis 2, IsTriggerManagerNative: The PXI service library lacks a function.* \(-52005\)$' show 2
 expect 1 'There is no chassis 9: neither file has a section \[Chassis9\]\. \(varmex_errorUnknownItem -380751\)' show 9
 expect 1 'Chassis 1 has no slot 99: neither file has a section \[Chassis1Slot99\]\.' show 1/99
-expect 2 'CHASSIS' show x
+expect 2 '"x/2" is neither' show x/2
+expect 2 '"oct" is neither dec nor hex' show --pci oct
+expect 2 '"nonsense" is no subcommand' nonsense
+expect 0 ' PCI \(hex\) ' list --pci hex
 expect 2 'subcommand' --nonsense
 expect 2 'subcommand is required'
 expect 0 "^$("${varmex[@]}" show | head -n 1)\$" --version
 expect 0 '^PXI_Trig7 +7 +.*/TriggerBus1$' terminals 5.0.0
 expect 0 '^PXIe_DStarC +2 +.*/DStarTrigger1Set0$' terminals 5.0.0
 expect 0 '"busType": "PXI_Star"' terminals 5.0.0 --json
-expect 1 'No module has that PCI address\. .*-380751' terminals 99.0.0
+expect 1 'No module has the PCI address 99\.0\.0\. .*-380751' terminals 63:00.0
 expect 0 '^PXI_Trig7 +7 ' terminals 0000:05:00.0
 expect 0 '^PXI_Trig7 +7 ' terminals 37:00.1
 expect 1 'No module' terminals 37.0.1
@@ -60,6 +63,7 @@ expect 0 '^calculate +\[\{"ticket":1,"destination":"PXI_Trig3"' route 5.0.0 PXI_
 expect 0 '^reserve +done$' route 5.0.0 PXI_Star --token t
 expect 0 '"step": "destroy"' route 5.0.0 PXIe_DStarB --json
 expect 2 'no such terminal: x' route 5.0.0 x
+expect 1 'does not have this terminal\. .*-313328' route 5.0.0 PXI_Trig9
 expect 0 '^  1/9 +13\.0\.0 13\.0\.1 13\.1\.0  Orlindt Instruments, Inc\. ORX-4081 Multimeter "DMM"  x1/1$' find dmm
 expect 1 '^varmex: no module fits "nothing"$' find nothing
 expect 2 'text' find ''
@@ -70,10 +74,12 @@ expect 0 'lines 0 to 7 reach from each to the other' triggers 1/7 1/9
 expect 0 '^Star trigger 1: 1/10 is the controller, 1/9 is line 7; this line joins the two\.$' triggers TIMING DMM
 expect 1 'two chassis, between which no trigger line runs' triggers 1/2 2/2
 # A full device, a narrow output, colours, a lock that another program holds.
-"${varmex[@]}" show >/dev/full 2>/dev/null
-is_failed=$?
 check() { if [ "$1" = "$2" ]; then passed=$((passed + 1)); else failed=$((failed + 1)); echo "$3: \"$2\", wanted \"$1\""; fi; }
-check 1 "$is_failed" 'exit status of show to a full device'
+for words in show --version 'show --help'; do
+  # shellcheck disable=SC2086
+  "${varmex[@]}" $words >/dev/full 2>/dev/null
+  check 1 "$?" "exit status of $words to a full device"
+done
 widest=$(COLUMNS=80 "${varmex[@]}" show 2>&1 | awk '{ if (length > most) most = length } END { print (most <= 80) ? "fits" : most }')
 check fits "$widest" 'width of show in 80 columns'
 check 0 "$("${varmex[@]}" show | grep -c $'\x1b')" 'colours in a pipe'
@@ -164,7 +170,9 @@ finds 'missing-item: .Chassis1. SlotList' pxisys.ini '0,/^SlotList/{/^SlotList/d
 finds 'bad-number: .Chassis1Slot5. PCIBusNumber' pxisys.ini '68s/=.*/= z/'
 finds 'slot-covered-twice: .Chassis1Slot3. Perip' pxiesys.ini '150s/$/\nAddressInfo = PXI0::99-0.0::INSTR/'
 VARMEX_FSROOT=$(mktemp -d)
-expect 2 'neither pxisys.ini nor pxiesys.ini' check
+expect 2 'There is no description, neither .*pxisys.ini nor .*pxiesys.ini' check
+expect 2 'VARMEX_FSROOT names another root' check
+[ -n "$isWindows" ] || expect 1 'VARMEX_FSROOT names another root' show
 mkdir -p "$VARMEX_FSROOT/etc/pxi"
 mkdir "$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 expect 2 "can't read" check

@@ -66,6 +66,7 @@ expect '1 2 3' show ''
 expect '1 1/1 1/2 1/3 1/4 1/5 1/6 1/7 1/8 1/9 1/10 1/11 1/12 1/13 1/14 1/15 1/16 1/17 1/18' show 1
 expect '2/3' show --json 2/3
 expect '1 2 3' draw ''
+expect '2/3' triggers 1/9 2/3
 expect '' draw 1 ''
 expect ':files' report -o ''
 expect ':files' draw 1 -o ''

@@ -290,7 +290,7 @@ def testTriggers():
         root.edit(I, r"^(PXI_TRIG3) =[^\n]*", r"\1 = 8")
         root.edit(E, '18"', '18,19"')
         run, document = ask("1/2", "1/7")
-        check(run.returncode == 0 and document["ways"][0]["lines"][3] == [] and len(document["unread"]) == 2
+        check(run.returncode == 1 and document["ways"][0]["lines"][3] == [] and len(document["unread"]) == 2
               and "line 3" in run.stderr, f"triggers over a broken bridge: {run}")
         root.edit(E, '"1,2,3,4,5,6"', '"1,3,4,5,6"')
         run, document = ask("1/2", "1/7")

@@ -21,6 +21,17 @@ constexpr tCommandPtr (*kCommands[])() = {
     makeShow,      makeFind,  makeList,  makeDraw, makeReport, makeCheck, makeTriggers,
     makeTerminals, makeRoute, makeWatch, makeSave, makeDiff,   makeMake,  makeComplete};
 
+// Tells of bad usage, and prints the help and the version that were asked for.
+tExitStatus endParsing(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> words = app.remaining();
+  if (error.get_name() != "RequiredError" || words.empty() || !app.get_subcommands().empty()) {
+    return app.exit(error) == 0 ? kDone : kBadUsage;
+  }
+  app.exit(
+      {"ExtrasError", '"' + words.front() + "\" is no subcommand", CLI::ExitCodes::ExtrasError});
+  return kBadUsage;
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -43,12 +54,14 @@ int main(int count, char** arguments) {
   try {
     std::vector<std::string> words = commandLine(count, arguments);
     std::reverse(words.begin(), words.end());  // as CLI takes them
-    app.parse(std::move(words));
+    try {
+      app.parse(std::move(words));
+    } catch (const CLI::ParseError& error) {
+      status = endParsing(app, error);
+    }
     // What did not reach its reader was not done.
     if (!std::cout.flush()) throw std::runtime_error("can't write the standard output");
     return status;
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kDone : kBadUsage;
   } catch (const std::exception& failure) {
     tellFailure(failure);
     return kFailed;

@@ -1,12 +1,11 @@
 #include "tools/varmex/check/check.h"
 
-#include <stdexcept>
-
 #include "corpxiTools/fileSystem/utils.h"
 #include "tools/varmex/check/excerpt.h"
 #include "tools/varmex/check/library.h"
 #include "tools/varmex/check/live.h"
 #include "tools/varmex/text/columns.h"
+#include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/terminal.h"
 
 namespace tool {
@@ -55,7 +54,7 @@ std::vector<tFinding> checkDescription(const std::function<varmex::Session()>& o
   const tCheckedFile classic("pxisys.ini", varmex::getPxiSysPath());
   const tCheckedFile express("pxiesys.ini", varmex::getPxieSysPath());
   if (!classic.exists() && !express.exists()) {
-    throw std::runtime_error("there is neither pxisys.ini nor pxiesys.ini");
+    throw tNoDescription();
   }
   tFindings collected;
   tRules rules(classic, express, collected);

@@ -128,6 +128,16 @@ tCandidates aliases(const tWords&) {
   return candidates;
 }
 
+// Modules by their aliases, slots by their places.
+tCandidates ends(const tWords& words) {
+  tCandidates candidates = places(words);
+  std::erase_if(candidates, [](const tCandidate& candidate) {
+    return candidate.text.find('/') == std::string::npos;
+  });
+  append(candidates, aliases(words));
+  return candidates;
+}
+
 // Of several columns the last is unfinished.
 tCandidates columns(const tWords& words) {
   const std::string ahead = words.back().substr(0, words.back().rfind(',') + 1);
@@ -154,7 +164,8 @@ constexpr tRule kRules[] = {
     {"make", "folder", files},   {"make", "chassis", plans},   {"", "address", addresses},
     {"", "terminal", terminals}, {"", "--pci", notations},     {"", "--from", files},
     {"save", "file", files},     {"find", "text", aliases},    {"list", "--columns", columns},
-    {"diff", "before", files},   {"diff", "after", files},     {"diff", "--ignore", kinds},
+    {"triggers", "from", ends},  {"triggers", "to", ends},     {"diff", "before", files},
+    {"diff", "after", files},    {"diff", "--ignore", kinds},
 };
 
 bool takesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }

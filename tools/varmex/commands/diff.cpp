@@ -1,8 +1,8 @@
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 #include <optional>
 
+#include "corpxiTools/fileSystem/fileStatus.h"
 #include "corpxiTools/fileSystem/utils.h"
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/compare.h"
@@ -13,7 +13,6 @@
 #include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/output.h"
-#include "tools/varmex/text/shownPaths.h"
 #include "tools/varmex/text/terminal.h"
 
 namespace tool {
@@ -31,11 +30,11 @@ std::string nameOf(const std::string& path) {
 }
 
 tJson describeNow() {
-  const std::string paths[] = {varmex::getPxiSysPath(), varmex::getPxieSysPath()};
-  std::error_code ignored;
-  if (!std::filesystem::exists(paths[0], ignored) && !std::filesystem::exists(paths[1], ignored)) {
-    throw std::runtime_error("there is no description to compare, neither " +
-                             withShownPaths(paths[0]) + " nor " + withShownPaths(paths[1]));
+  const auto isMissing = [](const std::string& path) {
+    return varmex::queryFileStatus(path.c_str()) == varmex::kFileNotFound;
+  };
+  if (isMissing(varmex::getPxiSysPath()) && isMissing(varmex::getPxieSysPath())) {
+    throw tNoDescription();
   }
   const tLockNotice notice;
   return describe(varmex::Session());

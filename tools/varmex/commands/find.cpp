@@ -74,12 +74,13 @@ class tFind : public tCommand {
   tExitStatus run() override {
     tJson document = describeModules(installation_.open());
     const std::size_t count = keepFitting(document["modules"]);
+    const bool isWhole = !hasFailures(document);
     if (asJson_) {
       printJson(document);
     } else {
       showModules(document, moduleColumns({"place", "addresses", "module", "link"}), notation_);
     }
-    if (count > 0) return kDone;
+    if (count > 0) return isWhole ? kDone : kFailed;
     tellFailure(std::runtime_error("no module fits \"" + joined(words_, " ") + '"'));
     return kFailed;
   }
@@ -98,6 +99,13 @@ class tFind : public tCommand {
     }
     modules = std::move(kept);
     return count;
+  }
+
+  // Whether what is left may lack an answer.
+  static bool hasFailures(const tJson& document) {
+    const auto isBroken = [](const tJson& item) { return item.contains("failures"); };
+    const tJson& modules = document["modules"];
+    return isBroken(document) || std::any_of(modules.begin(), modules.end(), isBroken);
   }
 
   tInstallation installation_;

@@ -44,7 +44,8 @@ void showSlots(const tJson& slots, tPciNotation notation, std::ostream& out) {
   std::vector<tRow> rows;
   for (const tJson& slot : slots) rows.push_back(rowOf(slot, notation));
   out << '\n';
-  showTable({"Slot", "Type", "Module", "PCI", "Link", "Bus", "Star", "DStar"}, rows, out);
+  showTable({"Slot", "Type", "Module", titleOf(notation), "Link", "Bus", "Star", "DStar"}, rows,
+            out);
 }
 
 // What the columns of the tables mean, where there is a table.
@@ -134,7 +135,7 @@ void showSlot(const tJson& slot, tPciNotation notation, std::ostream& out) {
       << '\n';
   showLine("type", slotTypeName(slot), out);
   showLine("module", moduleOf(slot), out);
-  showLine("PCI addresses", addressesOf(slot, notation), out);
+  showLine(titleOf(notation), addressesOf(slot, notation), out);
   showLine("link", linkTextOf(slot), out);
   showLine("slot path", textOf(slot, "PCISlotPath"), out);
   showLine("local bus left", textOf(slot, "LocalBusLeft"), out);

@@ -95,10 +95,15 @@ class tTriggers : public tCommand {
       showWays(document);
       showStars(document);
     }
-    for (const tJson& sentence : document["unread"]) tellFailure(std::runtime_error(sentence));
+    const tJson& unread = document["unread"];
+    for (const tJson& sentence : unread) tellFailure(std::runtime_error(sentence));
+    if (!unread.empty()) {
+      std::cerr << unread.size() << (unread.size() == 1 ? " fault" : " faults")
+                << " may hide ways. Run \"varmex check\" to see what to mend.\n";
+    }
     const bool isFound = !document["ways"].empty() || !document["stars"].empty();
     if (!isFound) tellFailure(std::runtime_error(document["reason"]));
-    return isFound ? kDone : kFailed;
+    return isFound && unread.empty() ? kDone : kFailed;
   }
 
  private:

@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cstdio>
-#include <map>
 #include <string_view>
 
 namespace tool {
@@ -53,12 +52,19 @@ std::string textOf(const tPciAddress& address, tPciNotation notation) {
   return text;
 }
 
+const char* titleOf(tPciNotation notation) {
+  return notation == tPciNotation::decimal ? "PCI (dec)" : "PCI (hex)";
+}
+
 void addPciOption(CLI::App& line, tPciNotation& notation) {
-  static const std::map<std::string, tPciNotation> names = {{"dec", tPciNotation::decimal},
-                                                            {"hex", tPciNotation::hexadecimal}};
-  line.add_option("--pci", notation,
-                  "How PCI addresses are written: dec (33.15.0) or hex (21:0f.0, as lspci)")
-      ->transform(CLI::CheckedTransformer(names).description(""))
+  const auto take = [&notation](const std::string& name) {
+    if (name != "dec" && name != "hex") {
+      throw CLI::ValidationError("--pci", "\"" + name + "\" is neither dec nor hex");
+    }
+    notation = name == "hex" ? tPciNotation::hexadecimal : tPciNotation::decimal;
+  };
+  line.add_option_function<std::string>(
+          "--pci", take, "How PCI addresses are written: dec (33.15.0) or hex (21:0f.0, as lspci)")
       ->type_name("dec|hex");
 }
 

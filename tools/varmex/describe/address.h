@@ -25,6 +25,9 @@ tPciAddress parseAddress(const std::string& text);
 
 std::string textOf(const tPciAddress& address, tPciNotation notation);
 
+// What stands above or ahead of addresses in that notation.
+const char* titleOf(tPciNotation notation);
+
 // The option that chooses the notation of a command's output.
 void addPciOption(CLI::App& line, tPciNotation& notation);
 

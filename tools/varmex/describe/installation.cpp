@@ -1,5 +1,6 @@
 #include "tools/varmex/describe/installation.h"
 
+#include "tools/varmex/describe/json.h"
 #include "tools/varmex/describe/lockNotice.h"
 #include "tools/varmex/saved/source.h"
 #include "tools/varmex/text/failures.h"
@@ -48,7 +49,15 @@ varmex::Session tInstallation::open() const {
 varmex::RoutingSession tInstallation::openLines(const tPciAddress& address,
                                                 varmex::RoutingSession::Lines lines) const {
   enter();
-  return varmex::RoutingSession(address.bus, address.device, address.function, lines);
+  const tLockNotice notice;
+  try {
+    return varmex::RoutingSession(address.bus, address.device, address.function, lines);
+  } catch (const varmex::Error& error) {
+    tJson status = tJson::parse(error.json(), nullptr, false);
+    if (error.code() != varmex_errorUnknownItem || !status.is_object()) throw;
+    status["address"] = textOf(address, tPciNotation::decimal);
+    throw varmex::Error(error.code(), status.dump().c_str());
+  }
 }
 
 }  // namespace tool

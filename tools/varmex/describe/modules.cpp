@@ -276,7 +276,10 @@ void dropRepeated(const tModuleColumns& columns, std::vector<tRow>& rows) {
 void showModules(tJson& document, const tModuleColumns& columns, tPciNotation notation) {
   markFaults(document);
   tRow titles;
-  for (const tModuleColumn* const column : columns) titles.emplace_back(column->title);
+  for (const tModuleColumn* const column : columns) {
+    const bool isAddress = std::string_view(column->title) == "PCI";
+    titles.emplace_back(isAddress ? titleOf(notation) : column->title);
+  }
   std::vector<tRow> rows;
   for (const tJson& module : document["modules"]) {
     rows.push_back(rowOf(module, columns, notation));

@@ -12,6 +12,7 @@
 #include "corpxiTools/fileSystem/utils.h"
 #include "halden/internal/nativeFileLock.h"
 #include "tools/varmex/machine/thisMachine.h"
+#include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/moment.h"
 #include "varmex/varmex.hpp"
 
@@ -88,10 +89,7 @@ std::vector<tFileContent> takeFiles() {
     files.push_back({kSavedPaths[n], *std::move(bytes)});
   }
   const bool isDescribed = !files.empty() && files.front().path != std::end(kSavedPaths)[-1];
-  if (!isDescribed) {
-    throw std::runtime_error("there is no description to save, neither " + paths[0] + " nor " +
-                             paths[1]);
-  }
+  if (!isDescribed) throw tNoDescription();
   return files;
 }
 

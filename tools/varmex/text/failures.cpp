@@ -4,6 +4,7 @@
 #include <iostream>
 #include <map>
 
+#include "corpxiTools/fileSystem/fileStatus.h"
 #include "corpxiTools/fileSystem/folders.h"
 #include "corpxiTools/fileSystem/utils.h"
 #include "ostrel/quarks/status.h"
@@ -49,9 +50,12 @@ struct tWords {
 
 constexpr const char* kLook = "\"varmex show\" lists what there is.";
 constexpr const char* kCheck = "Run \"varmex check\" to see what to mend.";
-constexpr const char* kNoRight =
-    "You have no right to look at {pxisys}, {pxiesys} or {configuration}.";
-constexpr const char* kGrant = "Grant the right to read them and to enter their folders.";
+constexpr const char* kNoRight = "You have no right to look at {denied}.";
+constexpr const char* kGrant = "Grant the right to read it and to enter its folders.";
+constexpr const char* kNoLine = "\"varmex terminals\" lists those it has.";
+constexpr const char* kNoFiles =
+    "A resource manager writes it. VARMEX_FSROOT names another root to look at, and "
+    "\"varmex make FOLDER express:18\" writes a simulated installation into one.";
 constexpr const char* kNoMemory = "There is not enough memory.";
 
 constexpr tWords kWords[] = {
@@ -66,7 +70,7 @@ constexpr tWords kWords[] = {
     {varmex_errorUnknownItem, "chassisNumber",
      "There is no chassis {chassisNumber}: neither file has a section [Chassis{chassisNumber}].",
      kLook},
-    {varmex_errorUnknownItem, "", "No module has that PCI address.", kLook},
+    {varmex_errorUnknownItem, "address", "No module has the PCI address {address}.", kLook},
     {varmex_errorInformationConflict, "existingSlot",
      "Slots {existingChassis}/{existingSlot} and {chassis}/{slot} both claim the device "
      "{bus}.{dev}.",
@@ -104,10 +108,9 @@ constexpr tWords kWords[] = {
     {varmex_warningFailedSync, "",
      "The description could not be brought up to date and is shown as it stands.",
      "Install or repair the PXI service library."},
-    {varmex_errorNotConnected, "", "The slot does not have this trigger line.",
-     "\"varmex terminals\" lists those it has."},
-    {varmex_errorStarController, "", "The slot does not have this trigger line.",
-     "\"varmex terminals\" lists those it has."},
+    {varmex_errorNotConnected, "", "The slot does not have this trigger line.", kNoLine},
+    {varmex_errorStarController, "", "The slot does not have this trigger line.", kNoLine},
+    {telmar_ra_errorRoutingFault, "", "The module does not have this terminal.", kNoLine},
 };
 
 // The messages of the reader of the files: {1} is the section, {2} the item.
@@ -160,15 +163,23 @@ std::string readerSentence(const std::string& message) {
 
 // The system refused something; most often the folder of the description is not there.
 tSentence systemFault(const tFields& fields) {
-  const std::string folder = varmex::getWindowsFolder();
-  if (!isThere(folder)) {
-    return {"The folder of the description, " + folder + ", is not there.",
-            "Make it, even if it stays empty, or see \"No description\" in the guide."};
-  }
+  if (!isThere(varmex::getWindowsFolder())) return {tNoDescription().what(), kNoFiles};
   const auto reason = fields.find("string");
   return {"The system refused: " +
               (reason == fields.end() ? std::string("no reason given") : reason->second) + ".",
           ""};
+}
+
+// Of the files that every session asks for, those that may not be looked at.
+std::string deniedPaths() {
+  const std::string paths[] = {varmex::getPxiSysPath(), varmex::getPxieSysPath(),
+                               configurationPath()};
+  std::string denied;
+  for (const std::string& path : paths) {
+    if (varmex::queryFileStatus(path.c_str()) != varmex::kFileAccessDenied) continue;
+    denied += (denied.empty() ? "" : " and ") + path;
+  }
+  return denied.empty() ? paths[0] + ", " + paths[1] + " or " + paths[2] : denied;
 }
 
 tSentence sentenceOf(const varmex::Error& error) {
@@ -178,8 +189,7 @@ tSentence sentenceOf(const varmex::Error& error) {
     if (words.code != error.code()) continue;
     if (*words.key != '\0' && !fields.contains(words.key)) continue;
     fields["configuration"] = configurationPath();
-    fields["pxisys"] = varmex::getPxiSysPath();
-    fields["pxiesys"] = varmex::getPxieSysPath();
+    fields["denied"] = deniedPaths();
     return {filled(words.what, fields), filled(words.remedy, fields)};
   }
   // Where the library has a message, it is one for people.
@@ -209,12 +219,16 @@ void tell(const char* severity, const varmex::Error& error) {
 
 }  // namespace
 
+tNoDescription::tNoDescription()
+    : std::runtime_error("There is no description, neither " + varmex::getPxiSysPath() + " nor " +
+                         varmex::getPxieSysPath() + '.') {}
+
 void tellFailure(const std::exception& failure) {
   if (const auto* const error = dynamic_cast<const varmex::Error*>(&failure)) {
-    tell("", *error);
-  } else {
-    std::cerr << "varmex: " << told(failure.what()) << '\n';
+    return tell("", *error);
   }
+  std::cerr << "varmex: " << told(failure.what()) << '\n';
+  if (dynamic_cast<const tNoDescription*>(&failure)) std::cerr << "  " << kNoFiles << '\n';
 }
 
 void tellWarning(const varmex::Error& warning) { tell("warning: ", warning); }
@@ -231,9 +245,7 @@ std::string noChassisText() {
   const std::string pxieSys = varmex::getPxieSysPath();
   if (isThere(pxiSys) || isThere(pxieSys)) return "No chassis.\n";
   return "No chassis: there is no description, neither " + told(pxiSys) + "\nnor " + told(pxieSys) +
-         ".\n"
-         "  A resource manager writes them. To look at another root, set VARMEX_FSROOT to it;\n"
-         "  \"varmex make FOLDER express:18\" writes a simulated installation into one.\n";
+         ".\n  " + kNoFiles + '\n';
 }
 
 }  // namespace tool

@@ -2,6 +2,7 @@
 #define TOOLS_VARMEX_TEXT_FAILURES_H
 
 #include <exception>
+#include <stdexcept>
 
 #include "varmex/varmex.hpp"
 
@@ -11,6 +12,12 @@ namespace tool {
 // what went wrong on the way without ending it. All sentences about failures are made here.
 void tellFailure(const std::exception& failure);
 void tellWarning(const varmex::Error& warning);
+
+// Neither file of the description is there.
+class tNoDescription : public std::runtime_error {
+ public:
+  tNoDescription();
+};
 
 // Why there is nothing to show, in lines of its own.
 std::string noChassisText();

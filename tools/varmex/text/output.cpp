@@ -1,5 +1,7 @@
 #include "tools/varmex/text/output.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <stdexcept>
@@ -29,7 +31,7 @@ void save(const std::string& text, const std::string& path) {
   }
   std::ofstream file(filePath(path), std::ios::binary);
   file << text << std::flush;
-  if (!file) throw std::runtime_error("can't write " + path);
+  if (!file) throw std::runtime_error("can't write " + path + ": " + std::strerror(errno));
 }
 
 }  // namespace tool
