@@ -40,7 +40,7 @@ dpkgInside() {
 
 # used VERSION : the command, the package for Python and the loader find the library of that version.
 used() {
-  inside env VARMEX_FSROOT=/srv/samples varmex show | grep -q '^Chassis 3: Havrel' &&
+  inside env VARMEX_FSROOT=/srv/samples varmex show | grep '^Chassis 3: Havrel' &&
     inside env VARMEX_FSROOT=/srv/samples python3 -c '
 import varmex
 with varmex.Session() as session: print([chassis.number for chassis in session.chassis])' |
@@ -55,7 +55,7 @@ developed() {
   cmake -G Ninja -S "$root/usr/share/doc/libvarmex-dev/examples" -B "$work/examples" \
     -DCMAKE_PREFIX_PATH="$root/usr" && cmake --build "$work/examples" &&
     cp "$work/examples/listDevices" "$root/srv" &&
-    inside env VARMEX_FSROOT=/srv/samples /srv/listDevices | grep -q '^PXI1Slot2 ' &&
+    inside env VARMEX_FSROOT=/srv/samples /srv/listDevices | grep '^PXI1Slot2 ' &&
     [ -s "$(PKG_CONFIG_PATH=$root/usr/lib/x86_64-linux-gnu/pkgconfig pkg-config --variable=schema varmex)" ]
 }
 
