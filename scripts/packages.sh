@@ -2,7 +2,7 @@
 # packages.sh [FOLDER] : builds Debian's packages into FOLDER (build/packages), from a copy of the
 # sources in it. What has been built there already is built again only where it has changed.
 source "$(dirname "$0")/common.sh"
-install "${build_tools[@]}" debhelper dh-python dpkg-dev
+install "${build_tools[@]}" build-essential debhelper dh-python dpkg-dev
 folder=${1:-build/packages}
 copy=$folder/varmex
 
