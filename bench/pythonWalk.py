@@ -3,8 +3,9 @@
     pythonWalk.py BUILD
 
 BUILD holds the command, the Python package and varmex_bench_python. Prints the processor's seconds,
-best of several rounds, as bench/report.py reads them: of the package, of the same walk in C++, and
-of as many calls by ctypes, with arguments of the same types, of a function that does nothing.
+best of several rounds that alternate, as bench/report.py reads them: of the package, of the same walk
+in C++, and of as many calls by ctypes, with arguments of the same types, of a function that does
+nothing.
 """
 
 import ctypes
@@ -18,14 +19,11 @@ from pathlib import Path
 ROUNDS = 5
 
 
-def best(work):
-    """The least seconds of several rounds, and what the last answered."""
-    seconds = []
-    for _ in range(ROUNDS):
-        start = time.process_time()
-        answer = work()
-        seconds.append(time.process_time() - start)
-    return min(seconds), answer
+def timed(work):
+    """The processor's seconds that the work takes, and its answer."""
+    start = time.process_time()
+    answer = work()
+    return time.process_time() - start, answer
 
 
 def walk(names, session):
@@ -71,16 +69,19 @@ def main(build):
     with tempfile.TemporaryDirectory() as root:
         subprocess.run([build / "bin/varmex", "make", root, "express:18:18x255"], check=True)
         os.environ["VARMEX_FSROOT"] = root
-        printed = subprocess.run([build / "bin/varmex_bench_python"], check=True,
-                                 capture_output=True, text=True).stdout
+        seconds = []
         with varmex.Session() as session:
-            package, count = best(lambda: walk(names, session))
-    bare, _ = best(lambda: call_often(count))
-    in_cpp, cpp = printed.split()
-    if int(in_cpp) != count:
-        sys.exit(f"{count} answers, in C++ {in_cpp}")
-    for who, seconds in (("varmex", package), ("cpp", cpp), ("ctypes", bare)):
-        print(f"walk/python/255/{who} {seconds}")
+            for _ in range(ROUNDS):
+                package, count = timed(lambda: walk(names, session))
+                bare, _ = timed(lambda: call_often(count))
+                printed = subprocess.run([build / "bin/varmex_bench_python"], check=True,
+                                         capture_output=True, text=True).stdout
+                in_cpp, cpp = printed.split()
+                if int(in_cpp) != count:
+                    sys.exit(f"{count} answers, in C++ {in_cpp}")
+                seconds.append((package, float(cpp), bare))
+    for who, each in zip(("varmex", "cpp", "ctypes"), zip(*seconds)):
+        print(f"walk/python/255/{who} {min(each)}")
 
 
 if __name__ == "__main__":

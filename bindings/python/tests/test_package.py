@@ -89,6 +89,8 @@ FAILURES = [
     ("session.chassis[1].slots[99]", LookupError, "slotNum: 99"),
     ("session.device(1, 2, 3)", varmex.UnknownItemError, ""),
     ("session.u32(123)", varmex.AbsentError, "attribute: 123"),
+    ("session.text(2**32)", ValueError, "4294967296"),
+    ("session.u32(-1)", ValueError, "-1"),
     ("session.trigger_bridges[0].line_mapping(8)", ValueError, "8"),
     ("varmex.RoutingSession('x')", varmex.InvalidArgumentError, ""),
     ("varmex.RoutingSession('51.0.0').calculate(['PXI_Trig1'], 'PXI_Trig1')", TypeError, "lists"),

@@ -70,6 +70,7 @@ def _reader(ask: Any, number: int, convert: Optional[Callable[[Any], Any]],
     """What reads an attribute. All that a program reads goes through here: no call is made that can
     be spared."""
     idle = _raw.idle
+    ask_quickly = _raw.unchecked(ask)
 
     def read(item: HasHandle) -> Any:
         handle = item._handle
@@ -79,7 +80,7 @@ def _reader(ask: Any, number: int, convert: Optional[Callable[[Any], Any]],
             pair = idle.pop()
         except IndexError:
             pair = _raw.brief_record()
-        answer = ask(handle._pointer, number, pair[1])
+        answer = ask_quickly(handle.argument, number, pair[1])
         if not answer:  # 0 and nothing are what a refusal answers, too
             record = pair[0]
             code = record.code

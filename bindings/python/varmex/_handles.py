@@ -5,6 +5,7 @@ until the last of its children is closed. Sets and lists do their work in one st
 interpreter's lock: nothing here waits.
 """
 
+from ctypes import c_void_p
 from typing import Any, Callable, FrozenSet, List, Optional, Set
 
 from . import _raw
@@ -22,13 +23,15 @@ class Bound:
 
 class Owner:
     """An open handle with children. `closed` is set when the user ended it: what uses it after that
-    is refused, while the handle itself stays open until its last user is gone."""
+    is refused, while the handle itself stays open until its last user is gone. `argument` is the
+    handle in the form that calls take without a conversion."""
 
-    __slots__ = ("closed", "source_lines_to_8", "_pointer", "_close", "_children", "_open", "_released")
+    __slots__ = ("closed", "source_lines_to_8", "argument", "_pointer", "_close", "_children", "_open", "_released")
 
     def __init__(self, pointer: int, close: Any = _raw.library.varmex_close) -> None:
         self.closed = False
         self.source_lines_to_8: Optional[FrozenSet[int]] = None  # once that is known
+        self.argument = c_void_p(pointer)
         self._pointer = pointer
         self._close = close
         self._children: Set[int] = set()
@@ -68,12 +71,14 @@ class Owner:
 
 
 class Child:
-    """An open handle that came from a session: an item, a list, an iterator."""
+    """An open handle that came from a session: an item, a list, an iterator. `argument` as of an
+    owner's."""
 
-    __slots__ = ("_pointer", "_close", "session")
+    __slots__ = ("argument", "_pointer", "_close", "session")
 
     def __init__(self, pointer: int, session: Owner,
                  close: Any = _raw.library.varmex_close) -> None:
+        self.argument = c_void_p(pointer)
         self._pointer = pointer
         self._close: Callable[[int], Optional[object]] = close
         self.session = session

@@ -55,6 +55,13 @@ class WaitResult(enum.IntEnum):
         return self is WaitResult.CHANGED
 
 
+def _attribute_number(number: int) -> int:
+    # ctypes would take its last 32 bits.
+    if not 0 <= operator.index(number) <= 0xFFFFFFFF:
+        raise ValueError(f"no attribute has the number {number}")
+    return number
+
+
 class Item(a.HasHandle):
     """What all items have in common.
 
@@ -76,13 +83,15 @@ class Item(a.HasHandle):
         return ItemKind(self.u32(c.varmex_u32_ItemType))
 
     def u32(self, attribute: int) -> int:
-        """A numeric attribute by its number in `varmex.constants`. AbsentError, Error."""
-        number: int = _call(_get_u32, self._handle.pointer, attribute)
+        """A numeric attribute by its number in `varmex.constants`. AbsentError, Error; ValueError
+        for what is no number of 32 bits."""
+        number: int = _call(_get_u32, self._handle.pointer, _attribute_number(attribute))
         return number
 
     def text(self, attribute: int) -> str:
-        """A text attribute by its number in `varmex.constants`. AbsentError, Error."""
-        return _raw.decode(_call(_get_string, self._handle.pointer, attribute))
+        """A text attribute by its number in `varmex.constants`. AbsentError, Error; ValueError for
+        what is no number of 32 bits."""
+        return _raw.decode(_call(_get_string, self._handle.pointer, _attribute_number(attribute)))
 
     def require(self, name: str) -> Any:
         """The property of that name; AbsentError, which says why, where it answers None."""
