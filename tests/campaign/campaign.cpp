@@ -282,7 +282,9 @@ class tGuests {
     if (!kAllocatorSurvivesFork) {
       const std::lock_guard<std::mutex> closed(door_);
       const std::lock_guard<std::shared_mutex> alone(gate_);
+      // What a waiter was woken for, or a thread that begins, allocates, too.
       std::this_thread::sleep_for(5ms);
+      test::awaitSleep();
       return fork();
     }
     return fork();
