@@ -7,7 +7,7 @@ namespace tool {
 namespace {
 
 constexpr std::int32_t kLineCount = 8;
-constexpr const char* kList = "TriggerBridgeList";
+constexpr const char* kBridgeList = "TriggerBridgeList";
 constexpr const char* kMap = "LineMappingSpec";
 
 class tBridgeCheck {
@@ -114,11 +114,11 @@ class tBridgeCheck {
 void checkBridges(tRules& rules, const tChassisPlan& chassis) {
   std::map<std::uint32_t, tPosition> bridges;
   for (const tCheckedFile* file : {&rules.classic, &rules.express}) {
-    if (!file->hasItem(chassis.section, kList)) continue;
-    const auto list = rules.takeList(*file, chassis.section, kList,
+    if (!file->hasItem(chassis.section, kBridgeList)) continue;
+    const auto list = rules.takeList(*file, chassis.section, kBridgeList,
                                      aboutChassis(chassis.number, "trigger bridges"));
     for (const std::uint32_t bridge : list.value_or(tNumbers())) {
-      bridges.emplace(bridge, file->at(chassis.section, kList));
+      bridges.emplace(bridge, file->at(chassis.section, kBridgeList));
     }
   }
   for (const auto& [bridge, namedBy] : bridges) {

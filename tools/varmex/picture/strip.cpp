@@ -76,7 +76,7 @@ void paintGap(tSvg& svg, const tStrip& strip, std::size_t column) {
 
 void paintPanel(tSvg& svg, const tPanel& panel) {
   constexpr int kFootHeight = 30;
-  constexpr int kLineHeight = 13;
+  constexpr int kLineStep = 13;
   const int width = spanOf(panel.first, panel.last) - 8;
   const int height = kPanelHeight - 4;
   svg.openGroup("module", leftOf(panel.first) + 4, kSlotTop + kHeaderHeight, panel.about,
@@ -87,14 +87,14 @@ void paintPanel(tSvg& svg, const tPanel& panel) {
       {panel.instance, kAliasFont}, {panel.model, kMiddleFont}, {panel.vendor, kSmallMiddleFont}};
   const auto count = std::count_if(std::begin(lines), std::end(lines),
                                    [](const auto& line) { return !line.first.empty(); });
-  int x = width / 2 + 5 - (static_cast<int>(count) - 1) * kLineHeight / 2;
+  int x = width / 2 + 5 - (static_cast<int>(count) - 1) * kLineStep / 2;
   bool isFirst = true;
   for (const auto& [text, font] : lines) {
     if (text.empty()) continue;
     // Without an alias the model is the name that one looks for.
     const tFont& size = isFirst ? kAliasFont : font;
     svg.text(text, {x, (height - foot) / 2, height - foot - 8, size, true});
-    x += kLineHeight;
+    x += kLineStep;
     isFirst = false;
   }
   svg.text(panel.address, {width / 2, height - 19, width - 2, kSmallMiddleFont});
