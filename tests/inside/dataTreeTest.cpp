@@ -143,15 +143,18 @@ TEST_F(tDataTree, goesDown) {
 TEST_F(tDataTree, hasTwoViews) {
   machine_.setRegistryText(kKey, "v", "64");
   machine_.setRegistryText("SOFTWARE\\WOW6432Node\\VarmexTest", "v", "32");
-  const auto viewed = [this](const std::string& scheme) {
-    return open(scheme + "HKEY_LOCAL_MACHINE\\SOFTWARE")
-        ->getChild("VarmexTest", *status_)
-        ->getAttribute("v", *status_)
-        .number;
-  };
-  EXPECT_EQ(viewed("reg://"), 64U);
-  EXPECT_EQ(viewed("reg64://"), 64U);
-  EXPECT_EQ(viewed("reg32://"), 32U);
+  const std::string software = "HKEY_LOCAL_MACHINE\\SOFTWARE";
+  const std::pair<const char*, std::string> cases[] = {
+      {"64", "reg://" + software},
+      {"64", "reg64://" + software},
+      {"32", "reg32://" + software},
+      {"32", "reg32://HKEY_LOCAL_MACHINE\\Software\\Wow6432Node"}};
+  for (const auto& [expected, uri] : cases) {
+    EXPECT_EQ(open(uri)->getChild("VarmexTest", *status_)->getAttribute("v", *status_).text,
+              expected);
+  }
+  machine_.setRegistryText("SOFTWARE\\OneView", "v", "64");
+  EXPECT_FALSE(open("reg32://" + software)->getChild("OneView", *status_));
 }
 
 }  // namespace

@@ -29,23 +29,39 @@ class tIni : public testing::Test {
     return file_.findValueText(file_.findSection(section), item);
   }
   bool has(std::string_view item) { return file_.hasItem(file_.findSection("S"), item); }
-  // The section of every test of values.
-  tIniPlace place() { return file_.placeOf(tShortName("S")); }
   std::uint32_t lineOf(const char* item) {
     const tIniItem* found = file_.store().findItem("S", item);
     return found ? found->line : 0;
   }
+  // What a reading makes of each text: its numbers, "!" for a value that it refuses as invalid.
   template <class Value>
-  std::string refused(const tResult<Value>& result) {
-    return result ? "<a value>" : result.refusal().message();
+  std::string read(tResult<Value> (tIniFile::*get)(const tIniPlace&, tLiteral) const,
+                   std::initializer_list<const char*> texts) {
+    std::string answers;
+    for (const char* text : texts) {
+      load("[S]\nK=" + std::string(text) + '\n');
+      const tResult<Value> result = (file_.*get)(file_.placeOf(tShortName("S")), tLiteral("K"));
+      if (!result) {
+        const bool isList = std::is_same_v<Value, tNumbers>;
+        EXPECT_EQ(result.refusal().message(),
+                  isList ? "The number list in section S item K is invalid."
+                         : "The value in section S item K is invalid");
+      }
+      answers += (answers.empty() ? "" : "|") + (result ? print(*result) : "!");
+    }
+    return answers;
+  }
+  static std::string print(std::int64_t number) { return std::to_string(number); }
+  static std::string print(const tNumbers& numbers) {
+    std::string list;
+    for (const std::uint32_t number : numbers) list += std::to_string(number) + ' ';
+    return list;
   }
 
   tIniFile file_;
   std::filesystem::path path_ = std::filesystem::temp_directory_path() /
                                 ("varmex-ini-" + std::to_string(std::random_device()()) + ".ini");
 };
-
-constexpr const char* kFault = "The value in section S item K is invalid";
 
 // Around the share in which a file goes into its digest, and the blocks of it.
 TEST_F(tIni, readsATextThatIsOrIsNotAsExpected) {
@@ -94,46 +110,57 @@ TEST_F(tIni, findsSectionsBehindOthers) {
 }
 
 TEST_F(tIni, classifiesLines) {
-  EXPECT_EQ(value("K=0\n[S]\nK=1"), "1");
-  EXPECT_EQ(value("[ S ] trailing\n \t K \t=\v 1 ; two \f\n"), "1 ; two");
-  EXPECT_EQ(value("[S]\n ;K=1\n# K = 1\n"), "<none>");
+  using namespace std::string_literals;
+  const struct {
+    std::string text;
+    const char* value;
+    std::uint32_t line = 0;  // of the value, where that is of interest
+  } cases[] = {
+      {"K=0\n[S]\nK=1", "1"},
+      {"[ S ] trailing\n \t K \t=\v 1 ; two \f\n", "1 ; two"},
+      {"[S]\n ;K=1\n# K = 1\n", "<none>"},
+      {"[S]\n=value\nK==1\n", "=1"},
+      {"[S]\nK =\n", "<none>"},
+      {"[S]\nK=1\n[]\nK=2\n[  ]\nK=3\n[X\nK=4\n", "4"},
+      {"[S]]\nK=1\n[[T]\nK=2\n", "1"},
+      {"[S]\nk=1\n", "<none>"},
+      {"", "<none>"},
+      {"\xEF\xBB\xBF", "<none>"},
+      {"\xEF\xBB\xBF[S]\nK=1", "1"},
+      // Quotes around the whole of a value.
+      {"[S]\nK = \"a b\"\n", "a b"},
+      {"[S]\nK = \" a \"\n", " a "},
+      {"[S]\nK = \"a\" b\n", "\"a\" b"},
+      {"[S]\nK = 'a'\n", "'a'"},
+      {"[S]\nK = \"\"\n", ""},
+      {"[S]\nK = \"\n", "\""},
+      {"[S]\nK = \"\\\"\"\n", "\\\""},
+      // Ends of lines. One at the very start is not the remembered one and counts for nothing.
+      {"[S]\r\nA=1\r\n\r\nK=2\r\n", "2", 4},
+      {"[S]\n\rA=1\n\r\n\rK=2", "2", 4},
+      {"[S]\r\rK=2\r", "2", 3},
+      {"[S]\nA=1\0K=2\0"s, "2", 3},
+      {"\n[S]\nK=2", "2", 2},
+      {"\r\n[S]\nK=2", "2", 3},
+      // Sections and items that stand twice.
+      {"[S]\nK=1\nK=2\n", "2", 3},
+      {"[S]\nA=1\n[T]\nB=1\n[S]\nK=2\nA=3\n", "2", 6},
+      {"[S]\nK=1\n[A]\nX=1\n[B]\nX=1\n[S]\nK=2\n", "1", 2},
+      // The last search found the very section.
+      {"[A]\nX=1\n[S]\nK=0\n[S]\nK=1\n[0]\nX=1\n[1]\nX=1\n[2]\nX=1\n[S]\nK=2\n", "2", 14},
+      // Pieces.
+      {"[S]\nK Line1=ab\nK Line2=\"c d\"\nX=1\n", "abc d"},
+      {"[S]\nK Line1=ab\n", "ab"},
+  };
+  for (const auto& [text, expected, line] : cases) {
+    EXPECT_EQ(value(text), expected) << text;
+    EXPECT_TRUE(line == 0 || lineOf("K") == line) << text << lineOf("K");
+  }
+  load("[S]\n# K = 1\n[[T]\nK=2\n");
   EXPECT_TRUE(has("# K"));
-  EXPECT_EQ(value("[S]\n=value\nK==1\n"), "=1");
-  EXPECT_EQ(value("[S]\nK =\n"), "<none>");
-  EXPECT_EQ(value("[S]\nK=1\n[]\nK=2\n[  ]\nK=3\n[X\nK=4\n"), "4");
-  EXPECT_EQ(value("[S]]\nK=1\n[[T]\nK=2\n"), "1");
   EXPECT_TRUE(file_.hasItem(file_.findSection("[T"), "K"));
-  EXPECT_EQ(value("[S]\nk=1\n"), "<none>");
-  EXPECT_EQ(value(""), "<none>");
-  EXPECT_EQ(value("\xEF\xBB\xBF"), "<none>");
-  EXPECT_EQ(value("\xEF\xBB\xBF[S]\nK=1"), "1");
   load("[S]\n; fine\nwrong\n\nK=");
   EXPECT_EQ(file_.store().firstBadLine(), 3);
-}
-
-TEST_F(tIni, removesDoubleQuotes) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"\"a b\"", "a b"}, {"\" a \"", " a "}, {"\"a\" b", "\"a\" b"}, {"'a'", "'a'"},
-      {"\"\"", ""},       {"\"", "\""},       {"\"\\\"\"", "\\\""}};
-  for (const auto& [text, expected] : cases) {
-    EXPECT_EQ(value("[S]\nK = " + std::string(text) + "\n"), expected);
-  }
-}
-
-TEST_F(tIni, endsLines) {
-  EXPECT_EQ(value("[S]\r\nA=1\r\n\r\nK=2\r\n"), "2");
-  EXPECT_EQ(lineOf("K"), 4U);
-  EXPECT_EQ(value("[S]\n\rA=1\n\r\n\rK=2"), "2");
-  EXPECT_EQ(lineOf("K"), 4U);
-  EXPECT_EQ(value("[S]\r\rK=2\r"), "2");
-  EXPECT_EQ(lineOf("K"), 3U);
-  EXPECT_EQ(value(std::string("[S]\nA=1\0K=2\0", 12)), "2");
-  EXPECT_EQ(lineOf("K"), 3U);
-  // A line end at the very start is not the remembered one and counts for nothing.
-  EXPECT_EQ(value("\n[S]\nK=2"), "2");
-  EXPECT_EQ(lineOf("K"), 2U);
-  EXPECT_EQ(value("\r\n[S]\nK=2"), "2");
-  EXPECT_EQ(lineOf("K"), 3U);
 }
 
 // "K=" and a value, `length` bytes together.
@@ -179,18 +206,13 @@ TEST_F(tIni, joinsALineWhoseEndIsForeign) {
 }
 
 TEST_F(tIni, mergesWhatHalvingReaches) {
-  EXPECT_EQ(value("[S]\nK=1\nK=2\n"), "2");
-  EXPECT_EQ(lineOf("K"), 3U);
-  EXPECT_EQ(value("[S]\nA=1\n[T]\nB=1\n[S]\nK=2\nA=3\n"), "2");
+  load("[S]\nA=1\n[T]\nB=1\n[S]\nK=2\nA=3\n");
   EXPECT_STREQ(textOf("S", "A"), "3");
   EXPECT_EQ(file_.store().sections().size(), 2U);
   EXPECT_EQ(file_.store().findSection("S")->line, 5U);
   // Of Z, A, K the search for Z looks at A and then goes on to the right, where Z is not.
   EXPECT_EQ(value("[S]\nZ=1\nA=1\nK=1\nZ=2\n", "Z"), "1");
   EXPECT_EQ(file_.store().findSection("S")->count, 4U);
-  // The same for sections, unless the last search found the very one.
-  EXPECT_EQ(value("[S]\nK=1\n[A]\nX=1\n[B]\nX=1\n[S]\nK=2\n"), "1");
-  EXPECT_EQ(value("[A]\nX=1\n[S]\nK=0\n[S]\nK=1\n[0]\nX=1\n[1]\nX=1\n[2]\nX=1\n[S]\nK=2\n"), "2");
 }
 
 TEST_F(tIni, keepsSectionsThatAreTakenUpAgain) {
@@ -206,14 +228,11 @@ TEST_F(tIni, keepsSectionsThatAreTakenUpAgain) {
 }
 
 TEST_F(tIni, joinsPieces) {
-  EXPECT_EQ(value("[S]\nK Line1=ab\nK Line2=\"c d\"\nX=1\n"), "abc d");
-  EXPECT_EQ(value("[S]\nK Line1=ab\n"), "ab");
   EXPECT_EQ(value("[S]\nK Line2=x\nK Line1=a\nK Line007=b\nOther Line0=c\nK2 Line01=d\n"), "abc");
   EXPECT_TRUE(has("K Line2"));
   EXPECT_STREQ(textOf("S", "K2"), "d");
-  EXPECT_EQ(
-      value("[S]\nK Line1x=a\nA Line Line1=b\nB Line=c\nC Line1=d\nC Line2147483648=e\n", "C"),
-      "d");
+  load("[S]\nK Line1x=a\nA Line Line1=b\nB Line=c\nC Line1=d\nC Line2147483648=e\n");
+  EXPECT_STREQ(textOf("S", "C"), "d");
   for (const char* name : {"K Line1x", "A Line Line1", "B Line", "C Line2147483648"}) {
     EXPECT_TRUE(has(name)) << name;
   }
@@ -232,55 +251,23 @@ TEST_F(tIni, findsAllOfALargeSection) {
 }
 
 TEST_F(tIni, numbers) {
-  const std::pair<const char*, std::int32_t> good[] = {{"12", 12},
-                                                       {" +7 ", 7},
-                                                       {"-0", 0},
-                                                       {"\" 5\t\"", 5},
-                                                       {"2147483647", 2147483647},
-                                                       {"-2147483648", -2147483647 - 1},
-                                                       {"000000000000012", 12}};
-  for (const auto& [text, number] : good) {
-    ASSERT_TRUE(load("[S]\nK=" + std::string(text) + "\n"));
-    EXPECT_EQ(*file_.getNumber(place(), "K"), number) << text;
-  }
-  for (const char* text : {"12abc", "0x10", "+ 5", "+", "1 2", "--1", "2147483648", "-2147483649",
-                           "99999999999999999999"}) {
-    load("[S]\nK=" + std::string(text) + "\n");
-    EXPECT_EQ(refused(file_.getNumber(place(), "K")), kFault) << text;
-  }
+  EXPECT_EQ(read(&tIniFile::getNumber,
+                 {"12", " +7 ", "-0", "\" 5\t\"", "2147483647", "-2147483648", "000000000000012"}),
+            "12|7|0|5|2147483647|-2147483648|12");
+  EXPECT_EQ(read(&tIniFile::getNumber, {"12abc", "0x10", "+ 5", "+", "1 2", "--1", "2147483648",
+                                        "-2147483649", "99999999999999999999"}),
+            "!|!|!|!|!|!|!|!|!");
+  EXPECT_EQ(
+      read(&tIniFile::getUnsigned, {"0x1F", "017", "-1", "4294967295", "\" +9\"", "-4294967295"}),
+      "31|15|4294967295|4294967295|9|1");
+  EXPECT_EQ(read(&tIniFile::getUnsigned, {"\"\"", "0x", "09", "1x", "\"1 \"", "4294967296", "x"}),
+            "!|!|!|!|!|!|!");
+  EXPECT_EQ(read(&tIniFile::getNumberList, {"1 , 2", "1x,2", "0x10", "-1,+2", "12abc", "\"\""}),
+            "1 2 |1 2 |0 |4294967295 2 |12 |");
+  EXPECT_EQ(read(&tIniFile::getNumberList, {"1,,3", "1,2,", ",1", "x", "\" \""}), "!|!|!|!|!");
   load("[S]\nK=\"  \"\n");
-  EXPECT_EQ(refused(file_.getNumber(place(), "K")), "Section S item: K not found");
-}
-
-TEST_F(tIni, unsignedNumbers) {
-  const std::pair<const char*, std::uint32_t> good[] = {
-      {"0x1F", 31},   {"017", 15},       {"-1", 4294967295U}, {"4294967295", 4294967295U},
-      {"\" +9\"", 9}, {"-4294967295", 1}};
-  for (const auto& [text, number] : good) {
-    ASSERT_TRUE(load("[S]\nK=" + std::string(text) + "\n"));
-    EXPECT_EQ(*file_.getUnsigned(place(), "K"), number) << text;
-  }
-  for (const char* text : {"\"\"", "0x", "09", "1x", "\"1 \"", "4294967296", "x"}) {
-    load("[S]\nK=" + std::string(text) + "\n");
-    EXPECT_EQ(refused(file_.getUnsigned(place(), "K")), kFault) << text;
-  }
-}
-
-TEST_F(tIni, numberLists) {
-  using tNumbers = std::vector<std::uint32_t>;
-  const std::pair<const char*, tNumbers> good[] = {
-      {"1 , 2", {1, 2}},           {"1x,2", {1, 2}}, {"0x10", {0}}, {"\"\"", {}},
-      {"-1,+2", {4294967295U, 2}}, {"12abc", {12}}};
-  for (const auto& [text, numbers] : good) {
-    ASSERT_TRUE(load("[S]\nK=" + std::string(text) + "\n"));
-    EXPECT_EQ(*file_.getNumberList(place(), "K"), numbers) << text;
-  }
-  for (const char* text : {"1,,3", "1,2,", ",1", "x", "\" \""}) {
-    load("[S]\nK=" + std::string(text) + "\n");
-    EXPECT_EQ(refused(file_.getNumberList(place(), "K")),
-              "The number list in section S item K is invalid.")
-        << text;
-  }
+  EXPECT_EQ(file_.getNumber(file_.placeOf(tShortName("S")), "K").refusal().message(),
+            "Section S item: K not found");
 }
 
 // Names that differ in the upper bits of certain bytes alone, which weak hashes make nothing of.

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "corpxiTools/fileSystem/posix/registryText.h"
-#include "corpxiTools/fileSystem/registryKey.h"
-#include "tests/support/testMachine.h"
 
 namespace varmex {
 
@@ -220,25 +218,6 @@ TEST(RegistryText, takesAnyTextInItsStride) {
   }
   EXPECT_EQ(parse(names)->findKey("HKEY_LOCAL_MACHINE\\A")->values().size(), 200'000U);
   EXPECT_EQ(parse(deletions)->subkeys("HKEY_USERS").size(), 200'000U);
-}
-
-TEST(RegistryKey, hasTwoViews) {
-  test::tTestMachine machine;
-  machine.setRegistryNumber("SOFTWARE\\X", "n", 64);
-  machine.setRegistryNumber("SOFTWARE\\WOW6432Node\\X", "n", 32);
-  const auto number = [](const char* subkey, tRegistryView view) {
-    tRegistryKey key;
-    if (key.open(tRegistryRoot::localMachine, subkey, view) != 0) return 0U;
-    std::uint32_t type = 0;
-    std::uint32_t value = 0;
-    std::uint32_t size = sizeof value;
-    return key.queryValue("N", type, &value, size) == 0 ? value : 1U;
-  };
-  EXPECT_EQ(number("SOFTWARE\\X", tRegistryView::process), 64U);
-  EXPECT_EQ(number("software\\x", tRegistryView::bits64), 64U);
-  EXPECT_EQ(number("SOFTWARE\\X", tRegistryView::bits32), 32U);
-  EXPECT_EQ(number("Software\\Wow6432Node\\X", tRegistryView::bits32), 32U);
-  EXPECT_EQ(number("SOFTWARE\\Y", tRegistryView::bits32), 0U);
 }
 
 }  // namespace

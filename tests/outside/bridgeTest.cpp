@@ -26,23 +26,20 @@ TEST_F(tBridge, mapsLines) {
       "[Chassis1LineMappingSpec2]\nPXI_TRIG0=\"\"\nPXI_TRIG1=1,1\nPXI_TRIG2 =\n"
       "PXI_TRIG3=0,2,7\nPXI_TRIG4=-1\nPXI_TRIG5=9\nPXI_TRIG6=8\nPXI_TRIG7=abc\n");
   ASSERT_TRUE(item) << status_.text();
-  EXPECT_EQ(number(item, varmex_u32_ItemType), 4U);
-  EXPECT_EQ(number(item, varmex_u32_ChassisNumber), 1U);
-  EXPECT_EQ(number(item, varmex_u32_BridgeNumber), 2U);
-  EXPECT_EQ(number(item, varmex_u32_BridgeSourceTriggerBus), 8U);
-  EXPECT_EQ(number(item, varmex_u32_BridgeDestinationTriggerBus), 3U);
-  EXPECT_EQ(number(item, varmex_u32_BridgeLineMapping0), 0U);
-  EXPECT_EQ(number(item, varmex_u32_BridgeLineMapping1), 2U);
-  EXPECT_EQ(number(item, varmex_u32_BridgeLineMapping3), 133U);
+  EXPECT_EQ(numbers(item, {varmex_u32_ItemType, varmex_u32_ChassisNumber, varmex_u32_BridgeNumber,
+                           varmex_u32_BridgeSourceTriggerBus,
+                           varmex_u32_BridgeDestinationTriggerBus, varmex_u32_BridgeLineMapping0,
+                           varmex_u32_BridgeLineMapping1, varmex_u32_BridgeLineMapping3}),
+            "4 1 2 8 3 0 2 133");
   EXPECT_EQ(status_.code(), 0);
   number(item, varmex_u32_BridgeLineMapping2);
   EXPECT_TRUE(notFound("Section Chassis1LineMappingSpec2 item: PXI_TRIG2 not found"));
-  number(item, varmex_u32_BridgeLineMapping4);
-  EXPECT_TRUE(failed(-380753, "varmex_errorInformationConflict",
-                     inDebug(R"({"attribute":"PXI_TRIG4","destinationLine":-1})")));
-  number(item, varmex_u32_BridgeLineMapping5);
-  EXPECT_TRUE(failed(-380753, "varmex_errorInformationConflict",
-                     inDebug(R"({"attribute":"PXI_TRIG5","destinationLine":9})")));
+  for (const auto& [line, destination] : {std::pair{"4", "-1"}, {"5", "9"}}) {
+    number(item, varmex_u32_BridgeLineMapping0 + (*line - '0'));
+    EXPECT_TRUE(failed(-380753, "varmex_errorInformationConflict",
+                       inDebug(std::string(R"({"attribute":"PXI_TRIG)") + line +
+                               R"(","destinationLine":)" + destination + "}")));
+  }
   try {
     number(item, varmex_u32_BridgeLineMapping6);
     ADD_FAILURE() << "line 8 lies on the bound";
@@ -96,12 +93,11 @@ TEST_F(tBridge, cannotBeOpenedFromTheExpressFileAlone) {
 
 TEST_F(tBridge, areListedByChassisAndNumber) {
   const auto describeWith = [this](const std::string& listOfFirst, const std::string& bridges) {
+    const std::string chassis = "\nVendor=V\nModel=M\nSlotList=\"\"\nTriggerBridgeList=";
     describe(
-        "[System]\nChassisList=2,1\n[Chassis1Slot2]\nPCISlotPath=a,b\n"
-        "[Chassis2Slot2]\nPCISlotPath=b,c\n"
-        "[Chassis1]\nVendor=V\nModel=M\nSlotList=\"\"\nTriggerBridgeList=" +
-            listOfFirst +
-            "\n[Chassis2]\nVendor=V\nModel=M\nSlotList=\"\"\nTriggerBridgeList=9,1\n" + bridges,
+        "[System]\nChassisList=2,1\n[Chassis1Slot2]\nPCISlotPath=a,b\n[Chassis2Slot2]\n"
+        "PCISlotPath=b,c\n[Chassis1]" +
+            chassis + listOfFirst + "\n[Chassis2]" + chassis + "9,1\n" + bridges,
         "");
   };
   std::string sections;
@@ -111,15 +107,10 @@ TEST_F(tBridge, areListedByChassisAndNumber) {
         "[Chassis" + bridge + "]\nLineMappingSpec=1\nSourceTriggerBus=" + bridge.back() + '\n';
   }
   describeWith("3,2,3", sections);
-  std::string found;
-  for (const tItem& item : items(session_, varmex_container_TriggerBridges)) {
-    for (const std::uint32_t attribute :
-         {varmex_u32_ChassisNumber, varmex_u32_BridgeNumber, varmex_u32_BridgeSourceTriggerBus}) {
-      found += std::to_string(number(item, attribute));
-    }
-    found += ' ';
-  }
-  EXPECT_EQ(found, "122 133 211 299 ") << status_.text();
+  EXPECT_EQ(listed(session_, varmex_container_TriggerBridges,
+                   {varmex_u32_ChassisNumber, varmex_u32_BridgeNumber,
+                    varmex_u32_BridgeSourceTriggerBus}),
+            "1 2 2; 1 3 3; 2 1 1; 2 9 9; ");
   for (const char* list : {"2,x", "x"}) {
     describeWith(list, sections);
     EXPECT_TRUE(items(session_, varmex_container_TriggerBridges).empty()) << list;

@@ -23,18 +23,23 @@ void runInThreads(int count, const std::function<void(int)>& work) {
   for (std::thread& thread : threads) thread.join();
 }
 
+// A writer rewrites both files under the exclusive lock. They carry one number: a reader that sees
+// two has read between the writes.
 TEST_F(tConcurrency, readersNeverSeeATornDescription) {
   machine_.writeConfiguration();
-  tProcess writer((tTestPlace::programs() / "varmex_writer").string(),
-                  {machine_.pxiSys().string(), machine_.pxieSys().string(),
-                   machine_.configuration().string(), std::to_string(rounds())});
   std::atomic<bool> done{false};
   std::atomic<int> read{0};
-  std::thread waiter([&] {
-    EXPECT_EQ(writer.wait(), 0);
-    done = true;
-  });
-  runInThreads(2, [&](int) {
+  const auto rewrite = [this](int round) {
+    const std::string text =
+        "[System]\nChassisList=1\n[Chassis1]\nModel=M\nSlotList=\"\"\nVendor=V" +
+        std::to_string(round) + std::string(static_cast<std::size_t>(round % 7 * 1000), 'p') + '\n';
+    const tExclusiveLock lock(machine_.configuration());
+    machine_.writePxiSys(text);
+    machine_.writePxieSys(text + "SerialNumber=S\n");
+  };
+  runInThreads(3, [&](int thread) {
+    for (int round = 0; thread == 0 && round < rounds(); ++round) rewrite(round);
+    if (thread == 0) done = true;
     while (!done) {
       tStatus status;
       const tItem session(varmex_openPXISession(0, status));
@@ -48,7 +53,6 @@ TEST_F(tConcurrency, readersNeverSeeATornDescription) {
       ++read;
     }
   });
-  waiter.join();
   EXPECT_GT(read, 0);
 }
 

@@ -18,26 +18,14 @@ class tContainers : public tModel {
         "[Chassis2]\nVendor=V\nModel=M\nSerialNumber=T\nSlotList=\"\"\n");
     ASSERT_TRUE(session_) << status_.text();
   }
-  std::vector<std::uint32_t> numbers(const tItem& item, std::uint32_t container,
-                                     std::uint32_t attribute) {
-    std::vector<std::uint32_t> list;
-    for (const tItem& entry : items(item, container)) list.push_back(number(entry, attribute));
-    return list;
-  }
 };
 
-using tNumbers = std::vector<std::uint32_t>;
-
 TEST_F(tContainers, listInOrder) {
-  EXPECT_EQ(numbers(session_, varmex_container_Chassis, varmex_u32_ChassisNumber),
-            (tNumbers{1, 2, 3}));
-  EXPECT_EQ(numbers(session_, varmex_container_Slots, varmex_u32_SlotNumber),
-            (tNumbers{2, 3, 4, 2}));
-  EXPECT_EQ(numbers(chassis(1), varmex_container_Slots, varmex_u32_SlotNumber),
-            (tNumbers{2, 3, 4}));
-  EXPECT_EQ(numbers(session_, varmex_container_Devices, varmex_u32_DeviceFunction),
-            (tNumbers{0, 1, 0}));
-  EXPECT_EQ(numbers(slot(1, 3), varmex_container_Devices, varmex_u32_SlotNumber), (tNumbers{3, 3}));
+  EXPECT_EQ(listed(session_, varmex_container_Chassis, {varmex_u32_ChassisNumber}), "1; 2; 3; ");
+  EXPECT_EQ(listed(session_, varmex_container_Slots, {varmex_u32_SlotNumber}), "2; 3; 4; 2; ");
+  EXPECT_EQ(listed(chassis(1), varmex_container_Slots, {varmex_u32_SlotNumber}), "2; 3; 4; ");
+  EXPECT_EQ(listed(session_, varmex_container_Devices, {varmex_u32_DeviceFunction}), "0; 1; 0; ");
+  EXPECT_EQ(listed(slot(1, 3), varmex_container_Devices, {varmex_u32_SlotNumber}), "3; 3; ");
   EXPECT_TRUE(items(chassis(2), varmex_container_TriggerBridges).empty());
   EXPECT_EQ(status_.code(), 0) << status_.text();
 }
@@ -50,8 +38,9 @@ TEST_F(tContainers, listADeviceWhereItIsFirstMet) {
   describe(chassis + "[Chassis1Slot1" + device + "9\n[Chassis1Slot2" + device +
                "8\n[Chassis1Slot3" + device + "9\n",
            "");
-  EXPECT_EQ(numbers(session_, varmex_container_Devices, varmex_u32_DeviceBus), (tNumbers{8, 9}));
-  EXPECT_EQ(numbers(session_, varmex_container_Devices, varmex_u32_SlotNumber), (tNumbers{2, 1}));
+  EXPECT_EQ(
+      listed(session_, varmex_container_Devices, {varmex_u32_DeviceBus, varmex_u32_SlotNumber}),
+      "8 2; 9 1; ");
 }
 
 TEST_F(tContainers, refuseWhatAnItemDoesNotHold) {

@@ -1,9 +1,8 @@
-// The life of a routing coordinator: clients on two modules, in threads, that calculate, reserve,
-// join, conflict, release and die. Every answer is held against a small model of who holds what.
+// The life of a routing coordinator: clients on two modules that calculate, reserve, join,
+// conflict, release and die. Every answer is held against a small model of who holds what.
 
 #include <algorithm>
 #include <map>
-#include <mutex>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <set>
@@ -40,7 +39,6 @@ class tOwnership {
 
 struct tDevice {
   std::string name;
-  std::mutex lock;  // makes a call and its reflection in the model one step
   tOwnership ownership;
 };
 
@@ -83,7 +81,6 @@ class tClient {
 
   // A dead session's terminals stay held under their tokens.
   void die() {
-    const std::lock_guard<std::mutex> held(device_.lock);
     routes_.clear();
     open();
   }
@@ -98,7 +95,6 @@ class tClient {
     tStatus status;
     tText reply;
     const std::string name = "PXI_Trig" + std::to_string(terminal);
-    const std::lock_guard<std::mutex> held(device_.lock);
     telmar_ra_varmex_calculateRoute(session_.get(), seed(name, token).c_str(),
                                     ("[\"" + name + "\"]").c_str(), nullptr, &reply.text, status);
     ASSERT_EQ(status.code(), 0) << status.text();
@@ -124,7 +120,6 @@ class tClient {
   void releaseOne(void (*release)(telmar_ra_Session*, std::uint32_t), bool destroys) {
     if (routes_.empty()) return;
     const auto place = routes_.begin() + pick(static_cast<int>(routes_.size()));
-    const std::lock_guard<std::mutex> held(device_.lock);
     release(session_.get(), place->ticket);
     const int terminal = place->terminal;
     const bool wasReserved = place->reserved;
@@ -139,24 +134,20 @@ class tClient {
   std::vector<tRoute> routes_;
 };
 
-class tConcurrencyOfRouting : public tModel {};
+using tRoutingModel = tModel;
 
-TEST_F(tConcurrencyOfRouting, threadsLiveByTheRulesOfOwnership) {
+TEST_F(tRoutingModel, clientsLiveByTheRulesOfOwnership) {
   describe("", kRoutingDescription);
-  tDevice devices[2];
-  devices[0].name = "5.0.0:1 coordinator";
-  devices[1].name = "7.0.0:1 coordinator";
-  std::vector<std::thread> threads;
-  for (unsigned number = 0; number < 6; ++number) {
-    threads.emplace_back([&devices, number] {
-      tClient client(devices[number % 2], number);
-      for (int step = 0; step < 2000 && !HasFailure(); ++step) client.step();
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  tDevice devices[] = {{"5.0.0:1 coordinator", {}}, {"7.0.0:1 coordinator", {}}};
+  std::vector<std::unique_ptr<tClient>> clients;
+  for (unsigned n = 0; n < 6; ++n) clients.push_back(std::make_unique<tClient>(devices[n % 2], n));
+  std::mt19937 random(1);
+  for (int step = 0; step < 12'000 && !HasFailure(); ++step) clients[random() % 6]->step();
 }
 
-// Without the test's own lock: one session that several threads use, and others on its device.
+using tConcurrencyOfRouting = tModel;
+
+// One session that several threads use, and others on its device.
 TEST_F(tConcurrencyOfRouting, threadsShareASession) {
   describe("", kRoutingDescription);
   const auto open = [this] {

@@ -1,59 +1,48 @@
-#include <tuple>
-
 #include "tests/support/model.h"
 
 namespace test {
 
 namespace {
 
-using tAddresses = std::vector<std::tuple<std::uint32_t, std::uint32_t, std::uint32_t>>;
-
 class tDevices : public tModel {
  protected:
-  tAddresses devicesOf(const tItem& item) {
-    tAddresses addresses;
-    for (const tItem& device : items(item, varmex_container_Devices)) {
-      addresses.emplace_back(number(device, varmex_u32_DeviceBus),
-                             number(device, varmex_u32_DeviceNumber),
-                             number(device, varmex_u32_DeviceFunction));
-    }
-    return addresses;
+  std::string devicesOf(const tItem& item) {
+    return listed(item, varmex_container_Devices,
+                  {varmex_u32_DeviceBus, varmex_u32_DeviceNumber, varmex_u32_DeviceFunction});
   }
-  tAddresses addressInfo(const std::string& text) {
+  std::string addressInfo(const std::string& text) {
     describe("",
              "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\n"
              "SlotList=1,2\n[Chassis1Slot1]\nX=1\n[Chassis1Slot2]\nAddressInfo=" +
                  text + "\n");
     return devicesOf(slot(1, 2));
   }
-  tAddresses functions(const std::string& sections, std::uint32_t slotNumber = 3) {
+  std::string functions(const std::string& sections, std::uint32_t slotNumber = 3) {
     describe(
         "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSlotList=1,2,3,4\n"
         "[Chassis1Slot2]\nPCISlotPath=a,b\n" +
             sections,
         "");
-    return session_ ? devicesOf(slot(1, slotNumber)) : tAddresses();
+    return session_ ? devicesOf(slot(1, slotNumber)) : "";
   }
 };
 
 TEST_F(tDevices, resourceNames) {
-  EXPECT_EQ(addressInfo("PXI0::5-3.1::INSTR"), (tAddresses{{5, 3, 1}}));
-  EXPECT_EQ(addressInfo("PXI5::3::1::INSTR"), (tAddresses{{5, 3, 1}}));
-  EXPECT_EQ(addressInfo("PXI1::2-3.0::INSTR;PXI1::2-3.1::INSTR+PXI1::2-4.0::INSTR"),
-            (tAddresses{{2, 3, 0}, {2, 3, 1}, {2, 4, 0}}));
-  EXPECT_EQ(addressInfo(";+PXI1::2-3.0::INSTR+;+;PXI1::2-3.0::INSTR;;"), (tAddresses{{2, 3, 0}}));
-  EXPECT_EQ(addressInfo("PXI1::3-4.0::INSTR+VISA::x;PXI2::5::6::INSTR"),
-            (tAddresses{{2, 5, 6}, {3, 4, 0}}));
-  EXPECT_EQ(addressInfo("PXI 1:: 2- 3.x::INSTR;PXI1::2-3.0::instr;PXI0::5-3::INSTR;::INSTR"),
-            (tAddresses{}));
-  EXPECT_EQ(addressInfo("PXI 7::2-3.4 junk::INSTR"), (tAddresses{{2, 3, 4}}));
+  const std::pair<const char*, const char*> cases[] = {
+      {"PXI0::5-3.1::INSTR", "5 3 1; "},
+      {"PXI5::3::1::INSTR", "5 3 1; "},
+      {"PXI1::2-3.0::INSTR;PXI1::2-3.1::INSTR+PXI1::2-4.0::INSTR", "2 3 0; 2 3 1; 2 4 0; "},
+      {";+PXI1::2-3.0::INSTR+;+;PXI1::2-3.0::INSTR;;", "2 3 0; "},
+      {"PXI1::3-4.0::INSTR+VISA::x;PXI2::5::6::INSTR", "2 5 6; 3 4 0; "},
+      {"PXI 1:: 2- 3.x::INSTR;PXI1::2-3.0::instr;PXI0::5-3::INSTR;::INSTR", ""},
+      {"PXI 7::2-3.4 junk::INSTR", "2 3 4; "}};
+  for (const auto& [text, devices] : cases) EXPECT_EQ(addressInfo(text), devices);
   EXPECT_EQ(status_.code(), 0);
 }
 
 TEST_F(tDevices, functionTrees) {
-  EXPECT_EQ(functions("[Chassis1Slot3]\nPCIBusNumber=4\nPCIDeviceNumber=2\n"),
-            (tAddresses{{4, 2, 0}}));
-  EXPECT_EQ(functions("[Chassis1Slot3]\nPCIBusNumber=4\n"), (tAddresses{}));
+  EXPECT_EQ(functions("[Chassis1Slot3]\nPCIBusNumber=4\nPCIDeviceNumber=2\n"), "4 2 0; ");
+  EXPECT_EQ(functions("[Chassis1Slot3]\nPCIBusNumber=4\n"), "");
   EXPECT_EQ(functions("[Chassis1Slot3]\nFunctionList=1,0,7\nPCIBusNumber=4\nPCIDeviceNumber=2\n"
                       "[Chassis1Slot3Function0]\nPCIBusNumber=None\nPCIDeviceNumber=3\n"
                       "DeviceList=3,5\n"
@@ -62,10 +51,9 @@ TEST_F(tDevices, functionTrees) {
                       "[Chassis1Slot3Function0Device3Function1]\nPCIBusNumber=5\n"
                       "PCIDeviceNumber=3\n"
                       "[Chassis1Slot3Function0Device5]\nFunctionList=0\n"),
-            (tAddresses{{5, 3, 1}, {9, 9, 1}}));
+            "5 3 1; 9 9 1; ");
   EXPECT_EQ(status_.code(), 0);
-  EXPECT_EQ(functions("[Chassis1Slot1]\nPCIBusNumber=0\nPCIDeviceNumber=2\n", 1),
-            (tAddresses{{0, 2, 0}}));
+  EXPECT_EQ(functions("[Chassis1Slot1]\nPCIBusNumber=0\nPCIDeviceNumber=2\n", 1), "0 2 0; ");
   EXPECT_FALSE(device(0, 2, 0)) << "slot 1 of a classic chassis is not in the map";
 }
 
@@ -86,18 +74,14 @@ TEST_F(tDevices, answerForTheirModule) {
       "PeripheralModuleLinkWidthNegotiated=x\n");
   const tItem express = device(5, 3, 7);
   ASSERT_TRUE(express) << status_.text();
-  EXPECT_EQ(number(express, varmex_u32_ItemType), 3U);
-  EXPECT_EQ(number(express, varmex_u32_ChassisNumber), 1U);
-  EXPECT_EQ(number(express, varmex_u32_SlotNumber), 2U);
-  EXPECT_EQ(number(express, varmex_u32_DeviceFunction), 7U);
-  EXPECT_EQ(number(express, varmex_u32_DeviceIsExpress), 1U);
-  EXPECT_EQ(number(express, varmex_u32_PeripheralModuleLinkWidthMax), 8U);
-  EXPECT_EQ(text(express, varmex_str_DeviceVendor), "W");
-  EXPECT_EQ(text(express, varmex_str_DeviceModel), "D");
-  EXPECT_EQ(text(express, varmex_str_DeviceInstanceName), "I");
-  EXPECT_EQ(text(express, varmex_str_DeviceAddressInfo), "PXI0::5-3.1::INSTR");
-  EXPECT_EQ(text(express, varmex_str_PeripheralModuleOccupiedSlotList), "2,3");
-  EXPECT_EQ(text(express, varmex_str_DeviceName), "PXI1Slot2");
+  EXPECT_EQ(numbers(express, {varmex_u32_ItemType, varmex_u32_ChassisNumber, varmex_u32_SlotNumber,
+                              varmex_u32_DeviceFunction, varmex_u32_DeviceIsExpress,
+                              varmex_u32_PeripheralModuleLinkWidthMax}),
+            "3 1 2 7 1 8");
+  EXPECT_EQ(texts(express, {varmex_str_DeviceVendor, varmex_str_DeviceModel,
+                            varmex_str_DeviceInstanceName, varmex_str_DeviceAddressInfo,
+                            varmex_str_PeripheralModuleOccupiedSlotList, varmex_str_DeviceName}),
+            "W|D|I|PXI0::5-3.1::INSTR|2,3|PXI1Slot2");
   number(express, varmex_u32_PeripheralModuleLinkWidthNegotiated);
   EXPECT_TRUE(
       notFound("The value in section Chassis1Slot2 item "
@@ -107,10 +91,11 @@ TEST_F(tDevices, answerForTheirModule) {
   const tItem classic = device(4, 2, 0);
   EXPECT_EQ(number(classic, varmex_u32_DeviceIsExpress), 0U);
   EXPECT_EQ(text(classic, varmex_str_DeviceName), "PXI1Slot3");
+  const std::string refusal = R"({"message":"cannot query attribute on non express device"})";
   text(classic, varmex_str_DeviceVendor);
-  EXPECT_TRUE(notApplicable(R"({"message":"cannot query attribute on non express device"})"));
+  EXPECT_TRUE(notApplicable(refusal));
   number(classic, varmex_u32_PeripheralModuleLinkWidthMax);
-  EXPECT_TRUE(notApplicable(R"({"message":"cannot query attribute on non express device"})"));
+  EXPECT_TRUE(notApplicable(refusal));
   const tItem owner(varmex_openContainingItem(classic.get(), varmex_itemType_Slot, status_));
   EXPECT_EQ(number(owner, varmex_u32_SlotNumber), 3U);
   const tItem top(varmex_openContainingItem(classic.get(), varmex_itemType_Chassis, status_));

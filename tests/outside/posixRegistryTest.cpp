@@ -1,9 +1,11 @@
-// Names that are worked out while the registry can't be read, and forks while they are.
+// Names that are worked out while the registry can't be read, and forks while they are; functions
+// of libraries that the service library links to.
 
 #include <atomic>
 
 #include "tests/support/posix/child.h"
 #include "tests/support/routing.h"
+#include "tests/support/serviceLibrary.h"
 #include "tests/support/wait.h"
 
 namespace test {
@@ -153,6 +155,18 @@ TEST_F(tRegistryMoment, aForkAmidACalculationLeavesASessionThatBeginsAnew) {
   mayDeliver = true;
   mayDeliver.notify_one();
   lost.join();
+}
+
+using tLinkedService = tModel;
+
+TEST_F(tLinkedService, functionsOfLibrariesBehindItDoNotCount) {
+  describe("", "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nTriggerManager=T\n");
+  for (const auto& [variant, expected] : {std::pair{"full", 0U}, {"withlinkedmode", 1U}}) {
+    const tInstalledServiceLibrary service(variant, "mode 2");
+    EXPECT_EQ(number(chassis(1), varmex_u32_IsTriggerManagerNative), expected) << variant;
+    EXPECT_EQ(service.takeCalls().find("<mode") == std::string::npos, expected == 1U) << variant;
+    EXPECT_EQ(status_.code(), 0) << status_.text();
+  }
 }
 
 }  // namespace

@@ -19,10 +19,10 @@ TEST_F(tSession, withoutFilesHoldsNothing) {
   describe("", "");
   ASSERT_TRUE(session_) << status_.text();
   EXPECT_EQ(number(session_, varmex_u32_ItemType), 0U);
-  EXPECT_EQ(text(session_, varmex_str_PxiSysPath), machine_.pxiSys().string());
-  EXPECT_EQ(text(session_, varmex_str_PxieSysPath), machine_.pxieSys().string());
-  EXPECT_EQ(text(session_, varmex_str_ConfigurationPath), machine_.configuration().string());
-  EXPECT_EQ(text(session_, varmex_str_Version), "19.5.0");
+  EXPECT_EQ(texts(session_, {varmex_str_PxiSysPath, varmex_str_PxieSysPath,
+                             varmex_str_ConfigurationPath, varmex_str_Version}),
+            machine_.pxiSys().string() + '|' + machine_.pxieSys().string() + '|' +
+                machine_.configuration().string() + "|19.5.0");
   EXPECT_TRUE(items(session_, varmex_container_Chassis).empty());
   EXPECT_EQ(status_.code(), 0);
   EXPECT_FALSE(device(1, 2, 0));
@@ -76,21 +76,21 @@ TEST_F(tSession, readsTheListOfEitherSection) {
       "[Chassis4Slot2]\nPCISlotPath=1,2\n",
       "[PXI System]\nChassisList = 9\n");
   EXPECT_EQ(items(session_, varmex_container_Chassis).size(), 1U) << status_.text();
-  describe("[System]\nOther = 1\n[PXI System]\nChassisList = 4\n", "");
-  EXPECT_FALSE(session_);
-  EXPECT_TRUE(notFound("Section System item: ChassisList not found"));
 }
 
 TEST_F(tSession, reportsWhatTheFilesHold) {
-  describe("[System]\nChassisList = 1,,2\n", "");
-  EXPECT_FALSE(session_);
-  EXPECT_TRUE(notFound("The number list in section System item ChassisList is invalid."));
-  describe("[System]\nChassisList = 1\n", "");
-  EXPECT_FALSE(session_);
-  EXPECT_TRUE(notFound("Section Chassis1 item: SlotList not found"));
-  describe(std::string("\xFF\xFE[\0", 4), "");
-  EXPECT_FALSE(session_);
-  EXPECT_TRUE(notFound("An exception occurred in tIniFile"));
+  const std::pair<std::string, const char*> cases[] = {
+      {"[System]\nChassisList = 1,,2\n",
+       "The number list in section System item ChassisList is invalid."},
+      {"[System]\nOther = 1\n[PXI System]\nChassisList = 4\n",
+       "Section System item: ChassisList not found"},
+      {"[System]\nChassisList = 1\n", "Section Chassis1 item: SlotList not found"},
+      {std::string("\xFF\xFE[\0", 4), "An exception occurred in tIniFile"}};
+  for (const auto& [text, message] : cases) {
+    describe(text, "");
+    EXPECT_FALSE(session_);
+    EXPECT_TRUE(notFound(message));
+  }
 }
 
 TEST_F(tSession, isASnapshot) {
@@ -99,13 +99,6 @@ TEST_F(tSession, isASnapshot) {
   const tItem item = chassis(4);
   ASSERT_TRUE(item) << status_.text();
   EXPECT_EQ(text(item, varmex_str_ChassisVendor), "Acme, Inc.");
-}
-
-TEST_F(tSession, readersShareTheLock) {
-  machine_.writeConfiguration();
-  describe(kOneChassis, "");
-  const tItem second(varmex_openPXISession(0xFFFFFFFE, status_));
-  EXPECT_TRUE(second) << status_.text();
 }
 
 // On a file that can't be read, and on the lock: each takes ten seconds, here at once.

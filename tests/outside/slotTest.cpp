@@ -46,12 +46,9 @@ TEST_F(tSlot, typesOfTheExpressFile) {
 
 TEST_F(tSlot, typesOfTheClassicFile) {
   describe(kClassic, "");
-  EXPECT_EQ(number(slot(3, 1), varmex_u32_SlotType), 8U);
-  EXPECT_EQ(number(slot(3, 2), varmex_u32_SlotType), 17U);
-  EXPECT_EQ(number(slot(3, 3), varmex_u32_SlotType), 1U);
-  describe(kClassic, "[Chassis3]\nVendor=V\nModel=M\nSerialNumber=S\n");
-  EXPECT_EQ(number(slot(3, 1), varmex_u32_SlotType), 8U);
-  EXPECT_EQ(number(slot(3, 2), varmex_u32_SlotType), 1U);
+  EXPECT_EQ(listed(chassis(3), varmex_container_Slots, {varmex_u32_SlotType}), "8; 17; 1; ");
+  describe(kClassic, "[Chassis3]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=\"\"\n");
+  EXPECT_EQ(listed(chassis(3), varmex_container_Slots, {varmex_u32_SlotType}), "8; 1; 1; ");
 }
 
 TEST_F(tSlot, pathsOfClassicSlots) {
@@ -69,9 +66,10 @@ TEST_F(tSlot, linksNeedThePeripheralBit) {
       "PeripheralSlotLinkWidth1=8\nPeripheralSlotLinkWidth2=1\nSystemSlotLinkOrigin1=2\n"
       "SystemSlotLinkOrigin2=x\n";
   const tItem timing = express("SlotType=PXIeSystemTimingSlot\n" + links);
-  EXPECT_EQ(number(timing, varmex_u32_PeripheralSlotLinkWidth1), 8U);
-  EXPECT_EQ(number(timing, varmex_u32_PeripheralSlotLinkWidth2), 1U);
-  EXPECT_EQ(number(timing, varmex_u32_SystemSlotLinkOrigin1), 2U);
+  EXPECT_EQ(
+      numbers(timing, {varmex_u32_PeripheralSlotLinkWidth1, varmex_u32_PeripheralSlotLinkWidth2,
+                       varmex_u32_SystemSlotLinkOrigin1}),
+      "8 1 2");
   EXPECT_EQ(status_.code(), 0);
   number(timing, varmex_u32_SystemSlotLinkOrigin2);
   EXPECT_TRUE(notFound("The value in section Chassis1Slot5 item SystemSlotLinkOrigin2 is invalid"));
@@ -116,9 +114,9 @@ TEST_F(tSlot, modulesMayCoverSeveralSlots) {
            "[Chassis1]\nSlotList=2,3,4,5\nVendor=V\nModel=M\nSerialNumber=S\n"
            "[Chassis1Slot2]\nAddressInfo=PXI0::1-2.0::INSTR\n"
            "[Chassis1Slot4]\nPeripheralModuleOccupiedSlotList=3,4\n[Chassis1Slot5]\nX=1\n");
-  EXPECT_EQ(number(slot(1, 2), varmex_u32_OccupyingModuleSlot), 2U);
-  EXPECT_EQ(number(slot(1, 3), varmex_u32_OccupyingModuleSlot), 4U);
-  EXPECT_EQ(number(slot(1, 4), varmex_u32_OccupyingModuleSlot), 4U);
+  for (const auto& [number, module] : {std::pair{2U, 2U}, {3U, 4U}, {4U, 4U}}) {
+    EXPECT_EQ(this->number(slot(1, number), varmex_u32_OccupyingModuleSlot), module);
+  }
   const auto expectEmpty = [this](const tItem& item) {
     number(item, varmex_u32_OccupyingModuleSlot);
     EXPECT_TRUE(failed(-380757, "varmex_errorInformationNotAvailable",
@@ -132,16 +130,14 @@ TEST_F(tSlot, modulesMayCoverSeveralSlots) {
 
 // What could not be searched is searched again, and slots that need no search are not concerned.
 TEST_F(tSlot, modulesBehindAMalformedList) {
-  struct tCase {
+  const struct {
     const char* list;
     const char* occupied;
     const char* message;
-  };
-  const tCase cases[] = {
-      {"2,x", "5", "The number list in section Chassis1 item SlotList is invalid."},
-      {"2,4", "5,x",
-       "The number list in section Chassis1Slot4 item PeripheralModuleOccupiedSlotList is "
-       "invalid."}};
+  } cases[] = {{"2,x", "5", "The number list in section Chassis1 item SlotList is invalid."},
+               {"2,4", "5,x",
+                "The number list in section Chassis1Slot4 item PeripheralModuleOccupiedSlotList is "
+                "invalid."}};
   for (const auto& [list, occupied, message] : cases) {
     describe("", std::string("[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=") + list +
                      "\n[Chassis1Slot2]\nAddressInfo=PXI0::1-2.0::INSTR\n[Chassis1Slot4]\n"
@@ -159,9 +155,8 @@ TEST_F(tSlot, modulesBehindAMalformedList) {
 TEST_F(tSlot, knowsItsPlace) {
   describe(kClassic, "");
   const tItem item = slot(3, 2);
-  EXPECT_EQ(number(item, varmex_u32_ItemType), 2U);
-  EXPECT_EQ(number(item, varmex_u32_ChassisNumber), 3U);
-  EXPECT_EQ(number(item, varmex_u32_SlotNumber), 2U);
+  EXPECT_EQ(numbers(item, {varmex_u32_ItemType, varmex_u32_ChassisNumber, varmex_u32_SlotNumber}),
+            "2 3 2");
   const tItem owner(varmex_openContainingItem(item.get(), varmex_itemType_Chassis, status_));
   EXPECT_EQ(number(owner, varmex_u32_ItemType), 1U);
   EXPECT_FALSE(varmex_openContainingItem(item.get(), varmex_itemType_Slot, status_));

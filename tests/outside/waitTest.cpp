@@ -72,13 +72,6 @@ TEST_F(tWait, seesEveryWayOfReplacingAFile) {
   }
 }
 
-TEST_F(tWait, seesAChangeFromBeforeTheWait) {
-  describe(kOneChassis, "");
-  std::this_thread::sleep_for(20ms);
-  machine_.writePxiSys(std::string(kOneChassis) + "; more\n");
-  EXPECT_EQ(wait(20000), varmex_waitChanged);
-}
-
 TEST_F(tWait, endsWithTheCancelForGood) {
   describe(kOneChassis, "");
   EXPECT_EQ(waitDuring([this] { varmex_cancelWaitForInvalidation(session_.get()); }, 0xFFFFFFFF),

@@ -60,6 +60,25 @@ class tModel : public testing::Test {
     const char* value = varmex_getStringAttribute(item.get(), attribute, status_);
     return value ? value : "<null>";
   }
+  // What an item answers to several attributes: "1 2 3", and "a|b|c".
+  using tAttributes = std::initializer_list<std::uint32_t>;
+  std::string numbers(const tItem& item, tAttributes attributes) {
+    std::string all;
+    for (const auto one : attributes)
+      all += (all.empty() ? "" : " ") + std::to_string(number(item, one));
+    return all;
+  }
+  std::string texts(const tItem& item, tAttributes attributes) {
+    std::string all;
+    for (const auto one : attributes) all += (all.empty() ? "" : "|") + text(item, one);
+    return all;
+  }
+  // What each item of a container answers: "1 2 3; 4 5 6; ".
+  std::string listed(const tItem& item, std::uint32_t kind, tAttributes attributes) {
+    std::string all;
+    for (const tItem& one : items(item, kind)) all += numbers(one, attributes) + "; ";
+    return all;
+  }
 
   // Failures as the test names them, for the record that all calls share.
   testing::AssertionResult failed(std::int32_t code, const std::string& constant,

@@ -6,7 +6,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace test {
 
@@ -48,21 +47,6 @@ class tExclusiveLock {
   ~tExclusiveLock();
   tExclusiveLock(const tExclusiveLock&) = delete;
   tExclusiveLock& operator=(const tExclusiveLock&) = delete;
-
- private:
-  struct tState;
-  std::unique_ptr<tState> state_;
-};
-
-// Another process that runs a program of the tests' own.
-class tProcess {
- public:
-  tProcess(const std::string& program, const std::vector<std::string>& arguments);
-  ~tProcess();  // waits for its end
-  tProcess(const tProcess&) = delete;
-  tProcess& operator=(const tProcess&) = delete;
-
-  int wait();
 
  private:
   struct tState;

@@ -2,9 +2,7 @@
 
 #include <fcntl.h>
 #include <pthread.h>
-#include <spawn.h>
 #include <sys/file.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,8 +11,6 @@
 #include <fstream>
 #include <stdexcept>
 #include <thread>
-
-extern char** environ;
 
 namespace test {
 
@@ -75,34 +71,6 @@ tExclusiveLock::tExclusiveLock(const fs::path& path)
 }
 
 tExclusiveLock::~tExclusiveLock() { close(state_->file); }
-
-struct tProcess::tState {
-  pid_t pid = -1;
-  int result = -1;
-};
-
-tProcess::tProcess(const std::string& program, const std::vector<std::string>& arguments)
-    : state_(std::make_unique<tState>()) {
-  std::vector<char*> texts{const_cast<char*>(program.c_str())};
-  for (const std::string& argument : arguments)
-    texts.push_back(const_cast<char*>(argument.c_str()));
-  texts.push_back(nullptr);
-  if (posix_spawn(&state_->pid, program.c_str(), nullptr, nullptr, texts.data(), environ) != 0) {
-    throw std::runtime_error("cannot start " + program);
-  }
-}
-
-tProcess::~tProcess() { wait(); }
-
-int tProcess::wait() {
-  if (state_->pid >= 0) {
-    int status = 0;
-    waitpid(state_->pid, &status, 0);
-    state_->pid = -1;
-    state_->result = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-  return state_->result;
-}
 
 void awaitSleep() {
   const auto isAwake = [](const fs::directory_entry& task) {

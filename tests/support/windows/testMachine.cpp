@@ -82,38 +82,6 @@ tExclusiveLock::~tExclusiveLock() {
   CloseHandle(state_->file);
 }
 
-struct tProcess::tState {
-  PROCESS_INFORMATION process{};
-  int result = -1;
-};
-
-tProcess::tProcess(const std::string& program, const std::vector<std::string>& arguments)
-    : state_(std::make_unique<tState>()) {
-  std::string line = '"' + program + '"';
-  for (const std::string& argument : arguments) line += " \"" + argument + '"';
-  STARTUPINFOA startup{};
-  startup.cb = sizeof startup;
-  if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                      &state_->process)) {
-    throw std::runtime_error("cannot start " + program);
-  }
-}
-
-tProcess::~tProcess() { wait(); }
-
-int tProcess::wait() {
-  if (state_->process.hProcess) {
-    WaitForSingleObject(state_->process.hProcess, INFINITE);
-    DWORD code = 0;
-    GetExitCodeProcess(state_->process.hProcess, &code);
-    CloseHandle(state_->process.hThread);
-    CloseHandle(state_->process.hProcess);
-    state_->process = {};
-    state_->result = static_cast<int>(code);
-  }
-  return state_->result;
-}
-
 void awaitSleep() { Sleep(100); }
 
 void runWithStack(std::size_t bytes, const std::function<void()>& work) {
