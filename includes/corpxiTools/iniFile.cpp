@@ -136,11 +136,13 @@ const char* tIniFile::findValueText(const tIniSection* section, std::string_view
 
 tResult<const tIniItem*> tIniFile::getItem(const tIniPlace& place, tLiteral item) const {
   if (const tIniItem* const found = findItem(place.found, item)) return found;
+  observeMissing(*this, place, item);
   return notFound(place, item.c_str());
 }
 
 tResult<const char*> tIniFile::getValueText(const tIniPlace& place, tLiteral item) const {
   if (const char* const text = findValueText(place.found, item)) return text;
+  observeMissing(*this, place, item);
   return notFound(place, item.c_str());
 }
 

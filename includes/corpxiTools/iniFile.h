@@ -8,6 +8,7 @@
 
 #include "corpxiTools/iniException.h"
 #include "corpxiTools/iniStore.h"
+#include "corpxiTools/observer.h"
 #include "ostrel/quarks/result.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
@@ -47,12 +48,16 @@ class tIniFile {
 
   // Null when there is none. The section lives as long as the content.
   const tIniSection* findSection(std::string_view section) const {
-    return store_.findSection(section);
+    const tIniSection* const found = store_.findSection(section);
+    observeSection(*this, section, found);
+    return found;
   }
 
   // The same, at less cost for a section that stands just behind an earlier one, if there is one.
   const tIniSection* findSectionBehind(const tIniSection* earlier, std::string_view section) const {
-    return store_.findSectionBehind(earlier, section);
+    const tIniSection* const found = store_.findSectionBehind(earlier, section);
+    observeSection(*this, section, found);
+    return found;
   }
 
   tIniPlace placeOf(const tShortName& section) const {
@@ -62,7 +67,9 @@ class tIniFile {
 
   // Null when there is no such section or item.
   const tIniItem* findItem(const tIniSection* section, std::string_view item) const {
-    return section ? tIniStore::findItem(*section, item) : nullptr;
+    const tIniItem* const found = section ? tIniStore::findItem(*section, item) : nullptr;
+    observeItem(*this, section, item, found);
+    return found;
   }
 
   bool hasItem(const tIniSection* section, std::string_view item) const {

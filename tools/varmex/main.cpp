@@ -18,7 +18,7 @@ using namespace tool;
 
 // In the order in which the help lists them.
 constexpr tCommandPtr (*kCommands[])() = {
-    makeShow,      makeFind,  makeList,  makeDraw, makeReport, makeCheck, makeTriggers,
+    makeShow,      makeFind,  makeList,  makeDraw, makeReport, makeCheck, makeTriggers, makeExplain,
     makeTerminals, makeRoute, makeWatch, makeSave, makeDiff,   makeMake,  makeComplete};
 
 // Tells of bad usage, and prints the help and the version that were asked for.

@@ -7,6 +7,7 @@
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/address.h"
+#include "tools/varmex/describe/attributes.h"
 #include "tools/varmex/describe/compare.h"
 #include "tools/varmex/describe/modules.h"
 #include "tools/varmex/describe/terminals.h"
@@ -148,6 +149,29 @@ tCandidates columns(const tWords& words) {
   return candidates;
 }
 
+// Of what stands ahead: a chassis, a slot, a bridge or an address.
+tCandidates attributes(const tWords& words) {
+  const std::string& place = words[words.size() - 2];
+  const bool isBridge = place.find("bridge") != std::string::npos;
+  const bool isDevice = place.find_first_of(".:") != std::string::npos;
+  const bool isSlot = place.find('/') != std::string::npos;
+  tCandidates candidates;
+  for (const tAttribute& attribute : isDevice   ? kDeviceAttributes
+                                     : isBridge ? kBridgeAttributes
+                                     : isSlot   ? kSlotAttributes
+                                                : kChassisAttributes) {
+    candidates.push_back({attribute.name, attribute.unit ? attribute.unit : ""});
+  }
+  return candidates;
+}
+
+// Any place, also by address.
+tCandidates placesAndAddresses(const tWords& words) {
+  tCandidates candidates = places(words);
+  append(candidates, addresses(words));
+  return candidates;
+}
+
 tCandidates plans(const tWords&) {
   return {{"express:18", "PXI Express, 18 slots"}, {"classic:8", "PXI, 8 slots"}};
 }
@@ -160,12 +184,25 @@ struct tRule {
 };
 
 constexpr tRule kRules[] = {
-    {"show", "place", places},   {"draw", "chassis", chassis}, {"", "--output", files},
-    {"make", "folder", files},   {"make", "chassis", plans},   {"", "address", addresses},
-    {"", "terminal", terminals}, {"", "--pci", notations},     {"", "--from", files},
-    {"save", "file", files},     {"find", "text", aliases},    {"list", "--columns", columns},
-    {"triggers", "from", ends},  {"triggers", "to", ends},     {"diff", "before", files},
-    {"diff", "after", files},    {"diff", "--ignore", kinds},
+    {"show", "place", places},
+    {"explain", "place", placesAndAddresses},
+    {"explain", "attribute", attributes},
+    {"draw", "chassis", chassis},
+    {"", "--output", files},
+    {"make", "folder", files},
+    {"make", "chassis", plans},
+    {"", "address", addresses},
+    {"", "terminal", terminals},
+    {"", "--pci", notations},
+    {"", "--from", files},
+    {"save", "file", files},
+    {"find", "text", aliases},
+    {"list", "--columns", columns},
+    {"triggers", "from", ends},
+    {"triggers", "to", ends},
+    {"diff", "before", files},
+    {"diff", "after", files},
+    {"diff", "--ignore", kinds},
 };
 
 bool takesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }

@@ -13,6 +13,7 @@ tCommandPtr makeCheck();
 tCommandPtr makeComplete();
 tCommandPtr makeDiff();
 tCommandPtr makeDraw();
+tCommandPtr makeExplain();
 tCommandPtr makeFind();
 tCommandPtr makeList();
 tCommandPtr makeMake();

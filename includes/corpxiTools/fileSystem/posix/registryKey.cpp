@@ -5,6 +5,7 @@
 
 #include "corpxiTools/fileSystem/posix/registryFile.h"
 #include "corpxiTools/fileSystem/posix/registryNames.h"
+#include "corpxiTools/observer.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
 
@@ -91,13 +92,15 @@ std::uint32_t tRegistryKey::open(tRegistryRoot root, const std::string& subkey,
     path += '\\' + withoutRepeatedBackslashes(subkeyInView(root, subkey, view));
   }
   while (path.ends_with('\\')) path.pop_back();
-  if (const std::uint32_t error = readRegistry(native->text)) return error;
+  if (const std::uint32_t error = readRegistry(native->text)) {
+    return observeKey(nullptr, root, subkey, view, error);
+  }
   const auto key = native->text ? native->text->findKey(path) : std::nullopt;
   // The roots are always there.
-  if (!key && !subkey.empty()) return ENOENT;
+  if (!key && !subkey.empty()) return observeKey(nullptr, root, subkey, view, ENOENT);
   if (key) native->key = *key;
   native_ = std::move(native);
-  return 0;
+  return observeKey(native_.get(), root, subkey, view, 0);
 }
 
 bool tRegistryKey::isOpen() const { return native_ != nullptr; }
@@ -105,7 +108,8 @@ bool tRegistryKey::isOpen() const { return native_ != nullptr; }
 std::uint32_t tRegistryKey::queryValue(const char* name, std::uint32_t& type, void* data,
                                        std::uint32_t& size) const {
   const tRegistryTextValue* const value = native_->key.find(name);
-  return value ? copyValue(*value, type, data, size) : ENOENT;
+  const std::uint32_t error = value ? copyValue(*value, type, data, size) : ENOENT;
+  return observeValue(native_.get(), name, type, data, size, error);
 }
 
 std::uint32_t tRegistryKey::enumValue(std::uint32_t index, char* name, std::uint32_t nameSize,
@@ -113,7 +117,8 @@ std::uint32_t tRegistryKey::enumValue(std::uint32_t index, char* name, std::uint
   const auto values = native_->key.values();
   if (index >= values.size()) return ENOENT;
   if (const std::uint32_t error = copyName(values[index].name, name, nameSize)) return error;
-  return copyValue(values[index], type, data, size);
+  const std::uint32_t error = copyValue(values[index], type, data, size);
+  return observeValue(native_.get(), values[index].name, type, data, size, error);
 }
 
 // The subkeys are those of the moment when an enumeration begins.
@@ -124,7 +129,8 @@ std::uint32_t tRegistryKey::enumKey(std::uint32_t index, char* name, std::uint32
     if (const std::uint32_t error = readRegistry(listed)) return error;
     if (listed) subkeys = listed->subkeys(native_->path);
   }
-  return index < subkeys.size() ? copyName(subkeys[index], name, nameSize) : ENOENT;
+  if (index >= subkeys.size()) return ENOENT;
+  return observeSubkey(native_.get(), name, copyName(subkeys[index], name, nameSize));
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000

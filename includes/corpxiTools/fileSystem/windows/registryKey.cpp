@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "corpxiTools/observer.h"
+
 namespace varmex::inline nCORPXITOOLS000 {
 
 namespace {
@@ -51,7 +53,7 @@ std::uint32_t tRegistryKey::open(tRegistryRoot root, const std::string& subkey,
   const LSTATUS status =
       RegOpenKeyExA(rootHandle(root), subkey.c_str(), 0, accessMask(view), &native->handle);
   if (status == ERROR_SUCCESS) native_ = std::move(native);
-  return asError(status);
+  return observeKey(native_.get(), root, subkey, view, asError(status));
 }
 
 bool tRegistryKey::isOpen() const { return native_ != nullptr; }
@@ -64,7 +66,7 @@ std::uint32_t tRegistryKey::queryValue(const char* name, std::uint32_t& type, vo
                                           static_cast<BYTE*>(data), &nativeSize);
   type = nativeType;
   size = nativeSize;
-  return asError(status);
+  return observeValue(native_.get(), name, type, data, size, asError(status));
 }
 
 std::uint32_t tRegistryKey::enumValue(std::uint32_t index, char* name, std::uint32_t nameSize,
@@ -76,13 +78,16 @@ std::uint32_t tRegistryKey::enumValue(std::uint32_t index, char* name, std::uint
                                        &nativeType, static_cast<BYTE*>(data), &nativeSize);
   type = nativeType;
   size = nativeSize;
-  return asError(status);
+  if (status != ERROR_SUCCESS) return asError(status);
+  return observeValue(native_.get(), name, type, data, size, asError(status));
 }
 
 std::uint32_t tRegistryKey::enumKey(std::uint32_t index, char* name, std::uint32_t nameSize) const {
   DWORD nativeNameSize = nameSize;
-  return asError(RegEnumKeyExA(native_->handle, index, name, &nativeNameSize, nullptr, nullptr,
-                               nullptr, nullptr));
+  const LSTATUS status = RegEnumKeyExA(native_->handle, index, name, &nativeNameSize, nullptr,
+                                       nullptr, nullptr, nullptr);
+  if (status != ERROR_SUCCESS) return asError(status);
+  return observeSubkey(native_.get(), name, asError(status));
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000
