@@ -58,7 +58,7 @@ expect() {
 }
 
 VARMEX_FSROOT=$here/../samples
-expect 'show find list draw report check triggers terminals route watch save diff make' ''
+expect 'show find list draw report check triggers explain terminals route watch save diff make' ''
 expect 'show' sh
 expect '--help --version' --
 expect '--json' check --j
@@ -67,6 +67,8 @@ expect '1 1/1 1/2 1/3 1/4 1/5 1/6 1/7 1/8 1/9 1/10 1/11 1/12 1/13 1/14 1/15 1/16
 expect '2/3' show --json 2/3
 expect '1 2 3' draw ''
 expect '2/3' triggers 1/9 2/3
+expect 'SlotNumber SlotType' explain 1/7 Slot
+expect 'BridgeNumber' explain 1/bridge/1 BridgeN
 expect '' draw 1 ''
 expect ':files' report -o ''
 expect ':files' draw 1 -o ''

@@ -368,6 +368,66 @@ def begin(root, *watches):
             pass
 
 
+# A place, an attribute, and all that is looked up for it, in order: file, line, section or key, item, text.
+MANAGERS = r"HKEY_LOCAL_MACHINE\SOFTWARE\PXISA\Services"
+EXPLAINED = [
+    ("1/7", "SlotType", ["pxiesys.ini:177 Chassis1Slot7 SlotType PXIeHybridSlot"]),
+    ("DMM", "varmex_u32_SlotType", ["pxiesys.ini:202 Chassis1Slot9 SlotType PXIePeripheralSlot"]),
+    ("1/10", "SlotNumber", []),
+    ("0d:00.0", "DeviceModel", ["pxiesys.ini:201 Chassis1Slot9", "pxiesys.ini:210 Chassis1Slot9 Model ORX-4081 Multimeter"]),
+    ("DMM", "DeviceModel", ["pxiesys.ini:201 Chassis1Slot9", "pxiesys.ini:210 Chassis1Slot9 Model ORX-4081 Multimeter"]),
+    ("1/bridge/1", "BridgeSourceTriggerBus",
+     ["pxisys.ini:25 Chassis1TriggerBridge1", "pxiesys.ini:66 Chassis1TriggerBridge1",
+      "pxisys.ini:26 Chassis1TriggerBridge1 SourceTriggerBus 1"]),
+    ("3", "ChassisTriggerManagerLibrary",
+     [r"pxisys.ini:155 Chassis3 TriggerManager Havrel\Bus Manager", "pxiesys.ini absent TriggerManager",
+      f"registry {MANAGERS}", rf"registry {MANAGERS}\Trigger Managers", rf"registry {MANAGERS}\Trigger Managers\Havrel",
+      rf"registry {MANAGERS}\Trigger Managers\Havrel\Bus Manager",
+      rf"registry {MANAGERS}\Trigger Managers\Havrel\Bus Manager Library libhavrel_bus_manager.so"]),
+]
+
+
+def toldOf(reading):
+    place = Path(reading["file"]).name + (f":{reading['line']}" if "line" in reading else "")
+    words = [place, "" if reading["isThere"] else "absent", *(reading.get(key, "") for key in ("section", "item", "text"))]
+    return " ".join(word for word in words if word)
+
+
+def holdsAnswers(root, place, wanted, what):
+    """Every attribute of an item has the value that show --json has, and where that has none, none."""
+    run = root.run("explain", place, "--json")
+    document = json.loads(run.stdout)
+    conforms(document, "explanation", what)
+    answers = {one["name"]: one.get("value") for one in document["items"][0]["attributes"]}
+    check(answers == {name: wanted.get(name) for name in answers} and len(answers) > 8, f"{what}: {answers}, not {wanted}")
+
+
+def testExplain():
+    for root in Root(), Root(["express:18", "classic:8:2"]):
+        with root:
+            for chassis in root.show()["Chassis"]:
+                number = str(chassis["ChassisNumber"])
+                items = [(number, chassis)]
+                items += [(f"{number}/bridge/{bridge['BridgeNumber']}", bridge) for bridge in chassis["TriggerBridges"]]
+                for slot in chassis["Slots"]:
+                    items.append((f"{number}/{slot['SlotNumber']}", slot))
+                    items += [(".".join(str(device[f"Device{part}"]) for part in ("Bus", "Number", "Function")), device)
+                              for device in slot["Devices"]]
+                for place, wanted in items:
+                    holdsAnswers(root, place, wanted, f"explain {place}")
+    with Root() as root:
+        for place, attribute, wanted in EXPLAINED:
+            document = json.loads(root.run("explain", place, attribute, "--json").stdout)
+            told = [toldOf(one) for one in document["items"][0]["attributes"][0]["readings"]]
+            check(told == wanted, f"explain {place} {attribute}: {told}")
+        found = json.loads(root.run("explain", "5.0.0", "DeviceModel", "--json").stdout)["items"][0]["opening"]
+        map_of = [toldOf(one) for one in found["readings"]]
+        check("pxiesys.ini:128 Chassis1Slot2 AddressInfo PXI0::5-0.0::INSTR;PXI0::5-0.1::INSTR" in map_of, f"{map_of}")
+        check(len(map_of) > 100 and found["section"] == "Chassis1Slot2", "the map of devices")
+        missing = root.run("explain", "1/99", "SlotType")
+        check(missing.returncode == 1 and "Chassis1Slot99" in missing.stdout, f"explain 1/99: {missing.stdout}")
+
+
 def testWatch():
     with Root() as root:
         watch, lines = Watch(root), Watch(root, "--json")
@@ -612,7 +672,7 @@ def unpiped(number):
 
 
 # Windows has no other roots than its own, and no tree of files for the bus.
-ANYWHERE, ON_LINUX = (testDocuments, testBroken, testModules, testTriggers, testWatch), (testFleet, testDiff, testLive, testSaved)
+ANYWHERE, ON_LINUX = (testDocuments, testBroken, testModules, testTriggers, testWatch), (testExplain, testFleet, testDiff, testLive, testSaved)
 for test in ANYWHERE if ON_WINDOWS else ANYWHERE + ON_LINUX:
     test()
 print(f"{passed} passed, {failed} failed")

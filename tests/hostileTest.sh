@@ -47,6 +47,9 @@ for input in "$here"/../fuzz/corpus/{ini,model,json,registry}/* {1..12}; do
     try find 1
     try list --csv
     try triggers 1/2 1/17 --all
+    try explain 1
+    try explain 1/2
+    try explain 5.0.0 --json
     try draw -o "$VARMEX_FSROOT/picture.svg"
     try report -o "$VARMEX_FSROOT/page.html"
     try save "$VARMEX_FSROOT/saved.json"

@@ -17,8 +17,7 @@
 
 namespace {
 
-// What is being observed; null for nothing.
-const varmex::tDescription* description = nullptr;
+// Where what is observed goes; null for nothing.
 observed::tReadings* readings = nullptr;
 
 // Paths of the keys that are open, by what tells them apart.
@@ -26,10 +25,7 @@ std::map<const void*, std::string> keyPaths;
 
 class tObservation {
  public:
-  tObservation(const varmex::tDescription& of, observed::tReadings& into) {
-    description = &of;
-    readings = &into;
-  }
+  explicit tObservation(observed::tReadings& into) { readings = &into; }
   tObservation(const tObservation&) = delete;
   tObservation& operator=(const tObservation&) = delete;
   ~tObservation() {
@@ -38,8 +34,11 @@ class tObservation {
   }
 };
 
-observed::tSource sourceOf(const varmex::tIniFile& file) {
-  return &file == &description->pxiSys ? observed::tSource::pxiSys : observed::tSource::pxieSys;
+// Which of the two files is which is told once they are loaded.
+void nameFiles(observed::tReadings& of, const varmex::tDescription& description) {
+  for (observed::tReading& reading : of) {
+    if (reading.file == &description.pxiSys) reading.source = observed::tSource::pxiSys;
+  }
 }
 
 std::string rootName(varmex::tRegistryRoot root) {
@@ -96,7 +95,8 @@ namespace varmex::inline nCORPXITOOLS000 {
 
 void observeSection(const tIniFile& file, std::string_view name, const tIniSection* found) {
   if (readings == nullptr) return;
-  tell({.source = sourceOf(file),
+  tell({.source = observed::tSource::pxieSys,
+        .file = &file,
         .what = observed::tWhat::section,
         .section = std::string(name),
         .item = {},
@@ -107,7 +107,8 @@ void observeSection(const tIniFile& file, std::string_view name, const tIniSecti
 void observeItem(const tIniFile& file, const tIniSection* section, std::string_view item,
                  const tIniItem* found) {
   if (readings == nullptr) return;
-  tell({.source = sourceOf(file),
+  tell({.source = observed::tSource::pxieSys,
+        .file = &file,
         .what = observed::tWhat::item,
         .section = section ? std::string(section->nameView()) : std::string(),
         .item = std::string(item),
@@ -212,12 +213,14 @@ struct tItem::tModel {
   tOpened item;
 };
 
-// The loading of the files is not observed: it reads all of them.
+// Devices are found in a map that loading makes, which for other items counts for nothing.
 tItem::tItem(const tPlace& place, tReadings& into, tStatusRecord& status)
     : model_(varmex::callInsideBoundary(&status, OSTREL_HERE, [&]() -> tResult<tModel*> {
+        const tObservation observation(into);
         auto model = std::make_unique<tModel>();
-        const tObservation observation(model->session.description(), into);
+        if (!std::holds_alternative<tDeviceAddress>(place)) into.clear();
         auto item = std::visit(tOpener{model->session}, place);
+        nameFiles(into, model->session.description());
         if (!item) return item.refusal();
         model->item = std::move(*item);
         return model.release();
@@ -227,7 +230,9 @@ tItem::~tItem() { delete model_; }
 
 std::optional<tValue> tItem::ask(std::uint32_t attribute, bool isText, tReadings& into,
                                  tStatusRecord& status) const {
-  const tObservation observation(model_->session.description(), into);
+  const auto finish = [&](tReadings* of) { nameFiles(*of, model_->session.description()); };
+  const std::unique_ptr<tReadings, decltype(finish)> named(&into, finish);
+  const tObservation observation(into);
   return varmex::callInsideBoundary(&status, OSTREL_HERE,
                                     [&] { return asked(*model_->item, attribute, isText); });
 }

@@ -19,6 +19,7 @@ enum class tWhat { section, item, key, value, subkey };
 // One look-up of the model: of a section or a key, or of what stands in one.
 struct tReading {
   tSource source;
+  const void* file = nullptr;  // tells the files apart
   tWhat what;
   std::string section;  // or the key's path; empty where it is not there and was not named again
   std::string item;     // or the value's or the subkey's name; empty for sections and keys
@@ -46,7 +47,8 @@ using tValue = std::variant<std::uint32_t, std::string>;
 // worked out before. One thread at a time.
 class tItem {
  public:
-  // What opening reads stands in `readings`. A failure is in `status`.
+  // What opening reads stands in `readings`; for a device that is also what the map of all devices
+  // was made of. A failure is in `status`.
   tItem(const tPlace& place, tReadings& readings, tStatusRecord& status);
   tItem(const tItem&) = delete;
   tItem& operator=(const tItem&) = delete;

@@ -1,4 +1,5 @@
-// varmex: shows what the library answers. A client of the exported functions alone.
+// varmex: shows what the library answers. A client of the exported functions alone, but
+// for explain, which holds a copy of the model that tells what it reads.
 
 #include <algorithm>
 #include <iostream>

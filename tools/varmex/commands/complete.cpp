@@ -149,26 +149,30 @@ tCandidates columns(const tWords& words) {
   return candidates;
 }
 
-// Of what stands ahead: a chassis, a slot, a bridge or an address.
+// Of what stands ahead: a chassis, a bridge, an address, or a slot with its module.
 tCandidates attributes(const tWords& words) {
   const std::string& place = words[words.size() - 2];
-  const bool isBridge = place.find("bridge") != std::string::npos;
+  const bool isBridge = place.find("/bridge/") != std::string::npos;
   const bool isDevice = place.find_first_of(".:") != std::string::npos;
-  const bool isSlot = place.find('/') != std::string::npos;
+  const bool isChassis = place.find_first_not_of("0123456789") == std::string::npos;
   tCandidates candidates;
-  for (const tAttribute& attribute : isDevice   ? kDeviceAttributes
-                                     : isBridge ? kBridgeAttributes
-                                     : isSlot   ? kSlotAttributes
-                                                : kChassisAttributes) {
-    candidates.push_back({attribute.name, attribute.unit ? attribute.unit : ""});
-  }
+  const auto add = [&](const tAttributes& those) {
+    for (const tAttribute& attribute : those) {
+      candidates.push_back({attribute.name, attribute.unit ? attribute.unit : ""});
+    }
+  };
+  if (isChassis) add(kChassisAttributes);
+  if (isBridge) add(kBridgeAttributes);
+  if (!isChassis && !isBridge && !isDevice) add(kSlotAttributes);
+  if (!isChassis && !isBridge) add(kDeviceAttributes);
   return candidates;
 }
 
-// Any place, also by address.
+// Any place, also by address or alias.
 tCandidates placesAndAddresses(const tWords& words) {
   tCandidates candidates = places(words);
   append(candidates, addresses(words));
+  append(candidates, aliases(words));
   return candidates;
 }
 

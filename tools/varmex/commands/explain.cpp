@@ -1,9 +1,12 @@
 #include <algorithm>
 #include <cstring>
 #include <iostream>
+#include <iterator>
+#include <optional>
 
 #include "source/observed/observed.h"
 #include "tools/varmex/commands/list.h"
+#include "tools/varmex/describe/address.h"
 #include "tools/varmex/describe/attributes.h"
 #include "tools/varmex/describe/describe.h"
 #include "tools/varmex/describe/installation.h"
@@ -20,41 +23,81 @@ namespace tool {
 
 namespace {
 
+// An item of the model, what it is called, and what can be asked of it.
 struct tSubject {
+  std::string name;
   observed::tPlace place;
-  const tAttributes* attributes;
+  tAttributes attributes;
 };
+using tSubjects = std::vector<tSubject>;
 
-// "1", "1/7", "1/bridge/2", or a PCI address.
-tSubject parseSubject(const std::string& text) {
+std::string placeText(std::uint32_t chassis, std::uint32_t slot) {
+  return std::to_string(chassis) + '/' + std::to_string(slot);
+}
+
+tSubject deviceAt(const tPciAddress& address) {
+  return {"device " + textOf(address, tPciNotation::decimal),
+          tDeviceAddress{0, address.bus, address.device, address.function}, kDeviceAttributes};
+}
+
+std::optional<tPciAddress> addressIn(const std::string& text) {
+  try {
+    return parseAddress(text);
+  } catch (const CLI::ValidationError&) {
+    return std::nullopt;
+  }
+}
+
+// A slot, and the first PCI function of the module that is anchored in it.
+tSubjects slotAndModule(const varmex::Session& session, std::uint32_t chassis, std::uint32_t slot) {
+  const std::string text = placeText(chassis, slot);
+  tSubjects subjects = {{"slot " + text, observed::tSlotNumber{chassis, slot}, kSlotAttributes}};
+  for (const varmex::ModuleAttempt& attempt : session.eachModule()) {
+    if (!attempt.module || attempt.module->place() != text) continue;
+    const varmex::PciAddress& first = attempt.module->addresses.front();
+    subjects.push_back(deviceAt({first.bus, first.device, first.function}));
+    break;
+  }
+  return subjects;
+}
+
+// "1", "1/7", "1/bridge/2", a PCI address, or the name of a module.
+tSubjects parseSubjects(const varmex::Session& session, const std::string& text) {
   constexpr const char* kBridge = "/bridge/";
-  if (text.find_first_of(".:") != std::string::npos) {
-    const tPciAddress address = parseAddress(text);
-    return {tDeviceAddress{0, address.bus, address.device, address.function}, &kDeviceAttributes};
+  if (const std::size_t bridge = text.find(kBridge); bridge != std::string::npos) {
+    const tPlace place = parsePlace(std::string(text).replace(bridge, std::strlen(kBridge), "/"));
+    return {{"bridge " + text, observed::tBridgeNumber{*place.chassis, *place.slot},
+             kBridgeAttributes}};
   }
-  const std::size_t bridge = text.find(kBridge);
-  const tPlace place = parsePlace(
-      bridge == std::string::npos ? text
-                                  : std::string(text).replace(bridge, std::strlen(kBridge), "/"));
-  if (!place.chassis) throw CLI::ValidationError("place", "it is empty");
-  if (!place.slot) return {observed::tChassisNumber{*place.chassis}, &kChassisAttributes};
-  if (bridge == std::string::npos) {
-    return {observed::tSlotNumber{*place.chassis, *place.slot}, &kSlotAttributes};
+  if (text.find_first_not_of("0123456789/") == std::string::npos) {
+    const tPlace place = parsePlace(text);
+    if (place.slot) return slotAndModule(session, *place.chassis, *place.slot);
+    return {{"chassis " + text, observed::tChassisNumber{*place.chassis}, kChassisAttributes}};
   }
-  return {observed::tBridgeNumber{*place.chassis, *place.slot}, &kBridgeAttributes};
+  if (const auto address = addressIn(text)) return {deviceAt(*address)};
+  const auto module = session.findModule(text);
+  if (!module) throw std::runtime_error("there is no module \"" + text + '"');
+  return slotAndModule(session, module->chassisNumber, module->slotNumber);
 }
 
 // By its name, or by that of its constant.
-const tAttribute& findAttribute(const tAttributes& attributes, const std::string& name) {
-  const auto found = std::find_if(attributes.begin(), attributes.end(), [&](const tAttribute& one) {
-    const std::string constant =
-        (one.isText ? "varmex_str_" : "varmex_u32_") + std::string(one.name);
-    return name == one.name || name == constant;
-  });
-  if (found != attributes.end()) return *found;
+bool isCalled(const tAttribute& attribute, const std::string& name) {
+  const std::string prefix = attribute.isText ? "varmex_str_" : "varmex_u32_";
+  return name == attribute.name || name == prefix + attribute.name;
+}
+
+// Leaves that attribute alone, of the first item that has it.
+void keepAttribute(tSubjects& subjects, const std::string& name) {
   std::string names;
-  for (const tAttribute& one : attributes)
-    names += (names.empty() ? "" : ", ") + std::string(one.name);
+  for (tSubject& subject : subjects) {
+    for (const tAttribute& attribute : subject.attributes) {
+      if (isCalled(attribute, name)) {
+        subjects = {{subject.name, subject.place, {attribute}}};
+        return;
+      }
+      names += (names.empty() ? "" : ", ") + std::string(attribute.name);
+    }
+  }
   throw CLI::ValidationError("attribute", "there is no " + name + " here, but " + names);
 }
 
@@ -77,29 +120,37 @@ tJson jsonOf(const tReason& reason) {
 }
 
 tRow rowOf(const tJson& reading) {
-  const std::string file = reading["file"].get<std::string>();
+  const std::string path = reading["file"].get<std::string>();
+  const std::string file = path.substr(path.find_last_of("/\\") + 1);
   const bool isThere = reading["isThere"];
   const std::string section = reading.value("section", "");
   const bool hasText = reading.contains("text");
   return {reading.contains("line") ? file + ':' + reading["line"].dump() : file,
           section.empty() ? "" : '[' + section + ']', reading.value("item", ""),
-          !isThere  ? "absent"
+          !isThere  ? section.empty() ? "absent with its section" : "absent"
           : hasText ? '"' + reading["text"].get<std::string>() + '"'
                     : "there"};
 }
 
 void showReadings(const tJson& readings) {
-  if (readings.empty()) {
-    std::cout << "  Nothing was read for it.\n";
-    return;
-  }
   std::vector<tRow> rows;
   for (const tJson& reading : readings) {
     tRow row = rowOf(reading);
     row.insert(row.begin(), std::to_string(rows.size() + 1));
     rows.push_back(std::move(row));
   }
-  showTable({"", "File", "Section", "Item", "Text"}, rows, std::cout);
+  if (!rows.empty()) showTable({"", "File", "Section", "Item", "Text"}, rows, std::cout);
+}
+
+// The map of devices was made of the slots of all chassis. For people the many that do not have the
+// device are left out.
+void showMap(const tJson& readings, const std::string& section) {
+  tJson own = tJson::array();
+  std::copy_if(readings.begin(), readings.end(), std::back_inserter(own),
+               [&](const tJson& one) { return one.value("section", "") == section; });
+  std::cout << "  It was found among all devices of both files, which took " << readings.size()
+            << " look-ups (--json);\n  those of its own section are\n";
+  showReadings(own);
 }
 
 std::string answerText(const tJson& answer) {
@@ -119,9 +170,10 @@ class tExplain : public tCommand {
   void addOptions(CLI::App& line) override {
     line.add_option(
             "place", place_,
-            "A chassis (1), slot (1/7), trigger bridge (1/bridge/2) or the PCI address of a "
-            "module (33.15.0 or 21:0f.0)")
-        ->required();
+            "A chassis (1), slot (1/7), trigger bridge (1/bridge/2), the PCI address of a module "
+            "(33.15.0 or 21:0f.0), its alias or resource name")
+        ->required()
+        ->check([](const std::string& text) { return text.empty() ? "it is empty" : ""; });
     line.add_option("attribute", attribute_,
                     "The attribute, as show --json has it (SlotType), or its constant "
                     "(varmex_u32_SlotType); all without it");
@@ -130,39 +182,55 @@ class tExplain : public tCommand {
   }
 
   tExitStatus run() override {
-    const tSubject subject = parseSubject(place_);
-    tAttributes attributes = *subject.attributes;
-    if (!attribute_.empty()) attributes = {findAttribute(attributes, attribute_)};
     const varmex::Session session = installation_.open();
     files_ = {withShownPaths(session.pxiSysPath()), withShownPaths(session.pxieSysPath()),
               "registry"};
-    const tJson document = explain(subject.place, attributes);
+    tSubjects subjects = parseSubjects(session, place_);
+    if (!attribute_.empty()) keepAttribute(subjects, attribute_);
+    tJson document = {{"schemaVersion", kSchemaVersion}, {"items", tJson::array()}};
+    for (const tSubject& subject : subjects) document["items"].push_back(explain(subject));
     if (asJson_) {
       printJson(document);
     } else {
-      show(document);
+      show(document["items"]);
     }
-    return document["opening"].contains("failure") ? kFailed : kDone;
+    return document["items"].front()["opening"].contains("failure") ? kFailed : kDone;
   }
 
  private:
-  tJson explain(const observed::tPlace& place, const tAttributes& attributes) const {
-    tJson document = {{"schemaVersion", kSchemaVersion}, {"place", place_}};
+  // Each attribute of an item that was opened for it, so that all that is read for it is told.
+  tJson explain(const tSubject& subject) const {
+    tJson document = {{"item", subject.name}};
     document["opening"] = tJson::object();
     document["attributes"] = tJson::array();
-    for (const tAttribute& attribute : attributes) {
+    for (const tAttribute& attribute : subject.attributes) {
       observed::tReadings readings;
       varmex::Status status;
       const tLockNotice notice;
-      const observed::tItem item(place, readings, *static_cast<tStatusRecord*>(status));
+      const observed::tItem item(subject.place, readings, *static_cast<tStatusRecord*>(status));
       document["opening"]["readings"] = listOf(readings);
       if (status.code() < 0) {
         document["opening"]["failure"] = jsonOf(reasonOf(status.error()));
         return document;
       }
+      if (std::holds_alternative<tDeviceAddress>(subject.place)) {
+        document["opening"]["section"] = sectionOf(item);
+      }
       document["attributes"].push_back(answerOf(item, attribute));
     }
     return document;
+  }
+
+  static std::string sectionOf(const observed::tItem& device) {
+    const auto number = [&](std::uint32_t attribute) {
+      observed::tReadings readings;
+      varmex::Status status;
+      const auto value =
+          device.ask(attribute, false, readings, *static_cast<tStatusRecord*>(status));
+      status.check();
+      return std::to_string(std::get<std::uint32_t>(*value));
+    };
+    return "Chassis" + number(varmex_u32_ChassisNumber) + "Slot" + number(varmex_u32_SlotNumber);
   }
 
   tJson answerOf(const observed::tItem& item, const tAttribute& attribute) const {
@@ -199,16 +267,29 @@ class tExplain : public tCommand {
     return list;
   }
 
-  void show(const tJson& document) const {
-    std::cout << "Opening " << place_ << '\n';
-    const tJson& opening = document["opening"];
+  static void show(const tJson& items) {
+    for (const tJson& item : items) {
+      if (&item != &items.front()) std::cout << '\n';
+      showOpening(item);
+      for (const tJson& answer : item["attributes"]) {
+        std::cout << '\n'
+                  << answer["name"].get<std::string>() << (answer.contains("value") ? " = " : ": ")
+                  << visible(answerText(answer)) << '\n';
+        showReadings(answer["readings"]);
+        if (answer["readings"].empty()) std::cout << "  Nothing was read beyond the opening.\n";
+      }
+    }
+  }
+
+  static void showOpening(const tJson& item) {
+    const tJson& opening = item["opening"];
+    const std::string name = item["item"];
+    std::cout << "Opening " << name << '\n';
     if (opening.contains("failure")) std::cout << visible(answerText(opening)) << '\n';
-    showReadings(opening["readings"]);
-    for (const tJson& answer : document["attributes"]) {
-      std::cout << '\n'
-                << answer["name"].get<std::string>() << (answer.contains("value") ? " = " : ": ")
-                << visible(answerText(answer)) << '\n';
-      showReadings(answer["readings"]);
+    if (opening.contains("section")) {
+      showMap(opening["readings"], opening["section"]);
+    } else {
+      showReadings(opening["readings"]);
     }
   }
 
