@@ -1,32 +1,30 @@
 #!/usr/bin/env bash
-# Builds Debian's packages twice from nothing, in folders of other names, minutes apart, with another
-# time zone and umask, and the library alone with the preset, once in a build folder outside of the
-# sources: each pair must be the same, byte for byte.
+# Builds Debian's packages and the library alone (the preset linux) twice: in build/, where what has not
+# changed stays, and from nothing in folders of other names, at another time, with another time zone
+# and umask, the library outside of its sources. Each pair must be the same, byte for byte.
 source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" debhelper dh-python dpkg-dev
+export CCACHE_DISABLE=1 # what one build left would be the other's
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 result=0
 
-# same NAME FILE FILE
+# same FILE FILE
 same() {
-  if cmp "$2" "$3"; then echo "same: $1"; else result=1; fi
+  if cmp "$1" "$2"; then echo "same: $(basename "$1")"; else result=1; fi
 }
 
-scripts/packages.sh "$work/first"
+scripts/packages.sh
+build linux varmex
+again=$work/again/elsewhere
 (
   umask 077
-  TZ=Asia/Tokyo scripts/packages.sh "$work/again/elsewhere"
+  export TZ=Asia/Tokyo
+  scripts/packages.sh "$again"
+  begin "building $work/library"
+  cmake -S "$again/varmex" --preset linux -B "$work/library" -DVARMEX_TESTS=OFF >/dev/null
+  cmake --build "$work/library" --target varmex -- --quiet
 )
-for package in "$work"/first/*.deb; do
-  same "$(basename "$package")" "$package" "$work/again/elsewhere/$(basename "$package")"
-done
-
-copy=$work/first/varmex
-for build in "$copy/build/linux" "$work/elsewhere"; do
-  begin "building $build"
-  cmake -S "$copy" --preset linux -B "$build" -DVARMEX_TESTS=OFF >/dev/null
-  cmake --build "$build" --target varmex -- --quiet
-done
-same libvarmex.so.19 "$copy/build/linux/lib/libvarmex.so.19" "$work/elsewhere/lib/libvarmex.so.19"
+for package in build/packages/*.deb; do same "$package" "$again/$(basename "$package")"; done
+same build/linux/lib/libvarmex.so.19 "$work/library/lib/libvarmex.so.19"
 exit "$result"

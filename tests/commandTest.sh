@@ -37,8 +37,7 @@ expect 0 '^    native +yes$' show 2
 expect 0 'warning: The description could not be brought up to date .*\(varmex_warningFailedSync 380762\)' show --sync
 expect 0 '^Chassis 3: Havrel Modular HM-1008$' show --sync
 service=$(dirname "${varmex[-1]}")/service
-# Left out on Windows until it is known why the answer is yes there.
-[ ${#varmex[@]} -gt 1 ] || LD_LIBRARY_PATH=$service/withoutmode expect 0 '^    native +no$' show 3
+LD_LIBRARY_PATH=$service/withoutmode expect 0 '^    native +no$' show 3
 LD_LIBRARY_PATH=$service/withoutmode expect 0 '^    native +yes$' show 2
 LD_LIBRARY_PATH=$service/withoutclose expect 1 '^    native +!1$' show 2
 LD_LIBRARY_PATH=$service/withoutclose expect 1 '^!1  chassis 2, IsTriggerManagerNative: The PXI service library lacks a function.* \(-52005\)$' show 2

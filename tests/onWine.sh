@@ -34,7 +34,10 @@ putRegistry() {
     wine reg delete "HKLM\\SOFTWARE\\$key" /f >/dev/null 2>&1
   done
   put "$registry" "$imported"
-  [ ! -e "$registry" ] || wine regedit /S "Z:${registry//\//\\}" >/dev/null 2>&1
+  [ -e "$registry" ] || return
+  # Of a file in bytes this regedit takes the bytes of lists of texts for characters.
+  { printf '\xff\xfe' && iconv -f UTF-8 -t UTF-16LE "$registry"; } >"$imported.reg"
+  wine regedit /S "Z:${imported//\//\\}.reg" >/dev/null 2>&1
 }
 
 mkdir -p "$data"

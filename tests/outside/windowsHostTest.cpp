@@ -19,7 +19,7 @@ struct tHolding {
   std::size_t freeThreadIndexes;
   std::size_t freeFibreIndexes;
   std::uintptr_t nextHandle;  // the system hands out the lowest that is free
-  std::size_t memory;         // bytes in blocks of all heaps
+  std::ptrdiff_t memory;      // bytes in blocks of all heaps
 
   bool operator==(const tHolding&) const = default;
 };
@@ -37,21 +37,6 @@ std::size_t countFree(Take take, GiveBack giveBack) {
   for (DWORD index = take(); index != TLS_OUT_OF_INDEXES; index = take()) taken.push_back(index);
   for (const DWORD index : taken) giveBack(index);
   return taken.size();
-}
-
-std::size_t memoryInUse() {
-  HANDLE heaps[64] = {};
-  const DWORD count = std::min<DWORD>(GetProcessHeaps(64, heaps), 64);
-  std::size_t total = 0;
-  for (DWORD i = 0; i < count; ++i) {
-    PROCESS_HEAP_ENTRY entry{};
-    HeapLock(heaps[i]);
-    while (HeapWalk(heaps[i], &entry)) {
-      if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) total += entry.cbData;
-    }
-    HeapUnlock(heaps[i]);
-  }
-  return total;
 }
 
 tHolding takeStock() {

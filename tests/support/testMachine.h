@@ -1,6 +1,7 @@
 #ifndef TESTS_SUPPORT_TESTMACHINE_H
 #define TESTS_SUPPORT_TESTMACHINE_H
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -58,6 +59,13 @@ void runWithStack(std::size_t bytes, const std::function<void()>& work);
 
 // Until every other thread of the process sleeps, or two seconds.
 void awaitSleep();
+
+// Bytes in use of all heaps of the process. A sanitizer's memory is none of it.
+std::ptrdiff_t memoryInUse();
+
+// Lets the end of the process take a while behind the end of all libraries, where a system has
+// that.
+void endLate();
 
 }  // namespace test
 

@@ -1,12 +1,14 @@
 #include "tests/support/testMachine.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <pthread.h>
 #include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -101,6 +103,17 @@ void runWithStack(std::size_t bytes, const std::function<void()>& work) {
   }
   pthread_join(thread, nullptr);
   pthread_attr_destroy(&attributes);
+}
+
+std::ptrdiff_t memoryInUse() { return static_cast<std::ptrdiff_t>(mallinfo2().uordblks); }
+
+// A stream is written last.
+void endLate() {
+  const auto write = [](void*, const char*, std::size_t size) -> ssize_t {
+    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    return static_cast<ssize_t>(size);
+  };
+  std::fputc('x', fopencookie(nullptr, "w", {nullptr, write, nullptr, nullptr}));
 }
 
 }  // namespace test

@@ -97,4 +97,21 @@ void runWithStack(std::size_t bytes, const std::function<void()>& work) {
   CloseHandle(thread);
 }
 
+std::ptrdiff_t memoryInUse() {
+  HANDLE heaps[64] = {};
+  const DWORD count = std::min<DWORD>(GetProcessHeaps(64, heaps), 64);
+  std::ptrdiff_t total = 0;
+  for (DWORD i = 0; i < count; ++i) {
+    PROCESS_HEAP_ENTRY entry{};
+    HeapLock(heaps[i]);
+    while (HeapWalk(heaps[i], &entry)) {
+      if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) total += entry.cbData;
+    }
+    HeapUnlock(heaps[i]);
+  }
+  return total;
+}
+
+void endLate() {}
+
 }  // namespace test
