@@ -4,7 +4,7 @@
 # the number of tests that passed and failed, over all of them.
 source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" g++-mingw-w64-x86-64-posix clang-14 lld-14 llvm-14 wine64 wine \
-  abigail-tools binutils build-essential chromium chromium-driver debhelper debootstrap dh-python dpkg-dev file fish \
+  abigail-tools binutils build-essential chromium chromium-driver debhelper debootstrap dh-python dpkg-dev eslint file fish \
   fonts-liberation librsvg2-bin libxml2-utils lintian mypy nodejs pkg-config poppler-utils \
   python3-build python3-jsonschema python3-selenium python3-tinycss2 sqlite3 \
   python3-pytest python3-setuptools python3-venv python3-wheel unzip zsh

@@ -1,8 +1,7 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """describeTest.py [RUNNER...] VARMEX : what the command tells of broken installations, as text, JSON and events."""
 
 import base64
-import copy
 import csv
 import io
 import json
@@ -18,45 +17,12 @@ import threading
 import time
 from pathlib import Path
 
-import jsonschema
+sys.path.insert(0, str(Path(__file__).resolve().parent / "support"))
+from counting import TOP, check, conforms, equal, errors_of, finish, schema_of  # noqa: E402
 
 VARMEX = [os.path.abspath(word) if os.path.exists(word) else word for word in sys.argv[1:]]
 ON_WINDOWS = VARMEX[-1].endswith(".exe")
-TOP = Path(__file__).resolve().parent.parent
 DEADLINE = 60
-passed = failed = 0
-
-
-def check(holds, what):
-    global passed, failed
-    passed += bool(holds)
-    failed += not holds
-    if not holds:
-        print(f"FAILED: {what}")
-
-
-def strict(schema):
-    """The schema without room for keys that it does not tell of."""
-    if isinstance(schema, dict):
-        if "properties" in schema and schema.get("type") == "object":
-            schema.setdefault("additionalProperties", False)
-        for part in schema.values():
-            strict(part)
-    elif isinstance(schema, list):
-        for part in schema:
-            strict(part)
-    return schema
-
-
-SCHEMA = json.loads((TOP / "docs/varmex.schema.json").read_text())
-jsonschema.Draft202012Validator.check_schema(SCHEMA)
-STRICT = strict(copy.deepcopy(SCHEMA))
-
-
-def conforms(document, kind, what):
-    part = {"$ref": f"#/$defs/{kind}", "$defs": STRICT["$defs"]}
-    errors = [error.message[:200] for error in jsonschema.Draft202012Validator(part).iter_errors(document)]
-    check(not errors, f"{what} against the schema: {errors[:3]}")
 
 
 class Root:
@@ -465,6 +431,8 @@ DIFFERENT = [
     ([(E, "PXI0::13-0.0", "PXI0::113-0.0")], [], []),
     ([(E, "PXI0::13-0.0", "PXI0::113-0.0")], ["--addresses"],
      ["DMM ORX-4081 Multimeter in slot 1/9: PCI addresses 13.0.0 13.0.1 13.1.0 -> 13.0.1 13.1.0 113.0.0"]),
+    ([(E, "PXI0::13-0.0", "PXI0::113-0.0")], ["--addresses", "--pci", "hex"],
+     ["DMM ORX-4081 Multimeter in slot 1/9: PCI addresses 0d:00.0 0d:00.1 0d:01.0 -> 0d:00.1 0d:01.0 71:00.0"]),
     ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1")], [], ["gone: chassis 2, Tessmere Labs TLX-80"]),
     ([(E, r"^ChassisList = \"1,2\"", 'ChassisList = "1,7"'), *[(E, r"\[Chassis2", "[Chassis7")] * 40], [],
      ["chassis 2 -> 7: Tessmere Labs TLX-80"]),
@@ -579,8 +547,6 @@ def testFleet():
               f"a saved file that can't be read: {run.stderr}")
 
 
-SAVED_SCHEMA = json.loads((TOP / "docs/saved.schema.json").read_text())
-jsonschema.Draft202012Validator.check_schema(SAVED_SCHEMA)
 I_PATH, E_PATH = "etc/pxi/pxisys.ini", "etc/pxi/pxiesys.ini"
 REGISTRY = {"key": "SOFTWARE\\PXISA", "name": "Library"}
 # What a saved file is changed to, by key, and what is said of it; None takes a key away.
@@ -627,8 +593,7 @@ def testSaved():
         file = shared / "rack.json"
         check(run("save", "--from", root.folder, file).returncode == 0, "save")
         document = json.loads(file.read_text())
-        errors = [e.message for e in jsonschema.Draft202012Validator(strict(SAVED_SCHEMA)).iter_errors(document)]
-        check(not errors, f"a saved file against its schema: {errors[:3]}")
+        equal(errors_of(document, schema_of("saved.schema.json")), [], "a saved file against its schema")
         check(base64.b64decode(document["files"][E_PATH]["base64"]) == root.file(E).read_bytes(), E)
         check("".join(document["files"][I_PATH]) == root.file(I).read_bytes().decode(), I)
         check([f["content"] for f in document["chassisDescriptionFiles"]] == [["[X]\n", "\n"]], "chassis files")
@@ -675,5 +640,4 @@ def unpiped(number):
 ANYWHERE, ON_LINUX = (testDocuments, testBroken, testModules, testTriggers, testWatch), (testExplain, testFleet, testDiff, testLive, testSaved)
 for test in ANYWHERE if ON_WINDOWS else ANYWHERE + ON_LINUX:
     test()
-print(f"{passed} passed, {failed} failed")
-sys.exit(failed != 0)
+finish()

@@ -19,24 +19,13 @@ from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.wait import WebDriverWait
 
+sys.path.insert(0, str(Path(__file__).resolve().parent / "support"))
+from counting import TOP, check, equal, finish  # noqa: E402
+
 VARMEX = os.path.abspath(sys.argv[1])
 PICTURES = Path(sys.argv[2]) if len(sys.argv) > 2 else None
-TOP = Path(__file__).resolve().parent.parent
 DEADLINE = 120
 work = Path(tempfile.mkdtemp())
-passed = failed = 0
-
-
-def check(holds, what):
-    global passed, failed
-    passed += bool(holds)
-    failed += not holds
-    if not holds:
-        print(f"FAILED: {what}")
-
-
-def equal(got, wanted, what):
-    check(got == wanted, f"{what}: wanted {wanted!r}, got {got!r}")
 
 
 def run(root, *arguments):
@@ -123,8 +112,10 @@ class Browser:
 
 def testFiles():
     room = TOP / "tools/varmex/page"
-    script = subprocess.run(["node", "--check", room / "page.js"], capture_output=True)
-    equal(script.stderr, b"", "page.js")
+    # Debian's modules also where another node is ahead on the PATH.
+    lint = subprocess.run(["eslint", "--format", "unix", room / "page.js"], capture_output=True, text=True,
+                          env=dict(os.environ, NODE_PATH="/usr/share/nodejs"))
+    equal((lint.returncode, lint.stdout + lint.stderr), (0, ""), "page.js")
     check(len((room / "page.js").read_text().splitlines()) < 600, "length of the script")
     for sheet in (room / "page.css", TOP / "tools/varmex/picture/picture.css"):
         rules = tinycss2.parse_stylesheet(sheet.read_text(), skip_comments=True, skip_whitespace=True)
@@ -192,13 +183,40 @@ def testSample(browser, page):
     browser.click(browser.group(1, "slot 9"))
     browser.point(browser.one("h1"))
     between = browser.one("#between").text
-    check("Both are on trigger bus 2" in between and "1/10 drives line 7, which is that of 1/9" in between,
+    check("Both are on trigger bus 2" in between and "Star trigger 1: 1/10 is the controller, 1/9 is line 7; this line joins the two." in between,
           f"lines to the controller: {between}")
     browser.click(browser.group(2, "slot 3"))
     equal((len(browser.all(".chosen")), browser.place()), (1, "#2/3"), "a third slot")
     browser.press(Keys.ESCAPE)
     equal((len(browser.all(".chosen")), browser.place()), (0, ""), "nothing chosen")
     browser.isQuiet("the sample")
+
+
+# What is changed in the sample, the finding that this makes, and what of the picture it stands at.
+FINDINGS = [("pxiesys.ini", '"7,8,9,', '"6,7,8,9,', "slot-on-two-buses", "bus-2 slot-6"),
+            ("pxiesys.ini", '18"', '18,19"', "missing-section", "slot-19"),
+            ("pxiesys.ini", "PXIeSystemTimingSlot", "PXIeSystemTimeSlot", "unknown-slot-type", "slot-10"),
+            ("pxisys.ini", "DestinationTriggerBus = 2", "DestinationTriggerBus = 9", "bridge-to-missing-bus",
+             "bridge-1")]
+
+
+def testFindings(browser):
+    root = work / "findings"
+    shutil.copytree(TOP / "samples", root)
+    for name, old, new, *_ in FINDINGS:
+        file = root / "etc/pxi" / name
+        text = file.read_text(encoding="latin-1")
+        check(old in text, f"{name} has {old}")
+        file.write_text(text.replace(old, new, 1), encoding="latin-1")
+    page = work / "findings.html"
+    equal(run(root, "report", "-o", str(page)).returncode, 1, "status of a page of findings")
+    browser.open(page, "#1/6")
+    check("slot-on-two-buses" in browser.details(), f"the finding at its slot: {browser.details()}")
+    placed = {(item.text.split(",")[0], item.find_element(By.XPATH, "..").get_attribute("data-about"))
+              for item in browser.all("section.rack .findings code")}
+    for *_, name, about in FINDINGS:
+        check((name, about) in placed, f"{name} at {about}: {placed}")
+    browser.isQuiet("findings")
 
 
 def testKeyboard(browser, page):
@@ -337,6 +355,7 @@ try:
     page = report(TOP / "samples", "sample")
     testFiles()
     testSample(browser, page)
+    testFindings(browser)
     testKeyboard(browser, page)
     testTable(browser, page)
     testPrint(browser, page)
@@ -352,5 +371,4 @@ finally:
         for file in [*work.glob("*.pdf"), *work.glob("*.html")]:
             shutil.copy(file, PICTURES)
     shutil.rmtree(work)
-print(f"{passed} passed, {failed} failed")
-sys.exit(failed != 0)
+finish()

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "tools/varmex/commands/list.h"
-#include "tools/varmex/commands/triggers.h"
 #include "tools/varmex/text/commandLine.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/streams.h"

@@ -9,6 +9,7 @@ from pathlib import Path
 import pytest
 
 PROJECT = Path(__file__).resolve().parents[3]
+sys.path.insert(0, str(PROJECT / "tests/support"))
 
 
 @pytest.fixture

@@ -1,31 +1,16 @@
 """Documents and modules: what the command tells of the same installation."""
 
-import copy
 import json
 import re
 import subprocess
 
-import jsonschema
 import pytest
 import varmex
-from conftest import PROJECT
-
-SCHEMA = json.loads((PROJECT / "docs/varmex.schema.json").read_text())
-
-
-def strict(schema):
-    """The schema without room for keys that it does not tell of."""
-    if isinstance(schema, dict):
-        if "properties" in schema and schema.get("type") == "object":
-            schema.setdefault("additionalProperties", False)
-        for part in schema.values():
-            strict(part)
-    return schema
+from counting import STRICT, errors_of
 
 
 def conform(document, kind):
-    part = {"$ref": f"#/$defs/{kind}", "$defs": strict(copy.deepcopy(SCHEMA["$defs"]))}
-    jsonschema.Draft202012Validator(part).validate(document)
+    assert not errors_of(document, {"$ref": f"#/$defs/{kind}", "$defs": STRICT["$defs"]})
 
 
 def asked(*arguments):

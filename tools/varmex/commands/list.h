@@ -22,6 +22,7 @@ tCommandPtr makeRoute();
 tCommandPtr makeSave();
 tCommandPtr makeShow();
 tCommandPtr makeTerminals();
+tCommandPtr makeTriggers();
 tCommandPtr makeWatch();
 
 }  // namespace tool

@@ -1,4 +1,4 @@
-#include "tools/varmex/commands/triggers.h"
+#include "tools/varmex/commands/list.h"
 
 #include <iostream>
 
@@ -135,6 +135,6 @@ class tTriggers : public tCommand {
 
 }  // namespace
 
-std::unique_ptr<tCommand> makeTriggers() { return std::make_unique<tTriggers>(); }
+tCommandPtr makeTriggers() { return std::make_unique<tTriggers>(); }
 
 }  // namespace tool

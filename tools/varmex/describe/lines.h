@@ -4,10 +4,22 @@
 #include <cstdint>
 #include <string>
 
+#include "tools/varmex/describe/json.h"
+#include "varmex/triggers.hpp"
+
 namespace tool {
 
 // "0,3-5" for the bits of a line mask.
 std::string linesOf(std::uint32_t mask);
+
+// The lines of a bridge as `describe` gives it. One that can't be read leads nowhere.
+varmex::LineMap lineMasksOf(const tJson& bridge);
+
+// "lines 0-5 each to the same, 6 to 6-7"; "no lines" where none comes out anywhere.
+std::string lineWordsOf(const varmex::LineMap& lines);
+
+// The same of a bridge, with the marks of the lines that can't be read: "no lines, 3: !1".
+std::string bridgeLinesOf(const tJson& bridge);
 
 }  // namespace tool
 

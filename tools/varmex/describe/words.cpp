@@ -108,21 +108,4 @@ std::string lineMapOf(const tJson& bridge) {
   return joined(lines, " ");
 }
 
-std::string lineWordsOf(const tLineMap& lines) {
-  const auto destinationsOf = [&](std::size_t line) {
-    return lines[line] == 1U << line ? "the same" : linesOf(lines[line]);
-  };
-  std::vector<std::string> runs;
-  for (std::size_t first = 0, last = 0; first < lines.size(); first = last + 1) {
-    const std::string destinations = destinationsOf(first);
-    last = first;
-    while (last + 1 < lines.size() && destinationsOf(last + 1) == destinations) ++last;
-    if (destinations.empty()) continue;
-    const std::string line = std::to_string(first);
-    runs.push_back(first == last ? line + " to " + destinations
-                                 : line + '-' + std::to_string(last) + " each to " + destinations);
-  }
-  return runs.empty() ? "no lines" : "lines " + joined(runs, ", ");
-}
-
 }  // namespace tool

@@ -7,7 +7,6 @@
 
 #include "tools/varmex/describe/address.h"
 #include "tools/varmex/describe/json.h"
-#include "tools/varmex/describe/ways.h"
 
 namespace tool {
 
@@ -42,9 +41,6 @@ std::string triggerOf(const tJson& slot, const char* number, const char* lineNam
 
 // "0>0 1>2,4-7" for the lines of a bridge that come out anywhere.
 std::string lineMapOf(const tJson& bridge);
-
-// The same in words: "lines 0-5 each to the same, 6 to 6-7"; "no lines" for none.
-std::string lineWordsOf(const tLineMap& lines);
 
 }  // namespace tool
 

@@ -7,8 +7,8 @@
 
 #include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
+#include "tools/varmex/describe/lines.h"
 #include "tools/varmex/describe/modules.h"
-#include "tools/varmex/describe/ways.h"
 #include "tools/varmex/describe/words.h"
 
 namespace tool {
@@ -35,8 +35,32 @@ tJson toldOf(const tJson& slot, tPciNotation notation) {
   return told;
 }
 
-// More buses than any chassis has; the ways between more of them are not worked out.
+// More buses than any chassis has, and more ways than anybody reads: what a description of
+// thousands of bridges is held to. The page says where it leaves ways out.
 constexpr std::size_t kMostBuses = 16;
+constexpr std::size_t kMostWays = 16;
+
+std::vector<varmex::BridgeMap> readableBridges(const tJson& chassis) {
+  std::vector<varmex::BridgeMap> bridges;
+  for (const tJson& bridge : chassis["TriggerBridges"]) {
+    const auto source = numberOf(bridge, "BridgeSourceTriggerBus");
+    const auto destination = numberOf(bridge, "BridgeDestinationTriggerBus");
+    if (!source || !destination) continue;
+    bridges.push_back(
+        {numberOf(bridge, "BridgeNumber").value_or(0), *source, *destination, lineMasksOf(bridge)});
+  }
+  return bridges;
+}
+
+tJson jsonOf(const varmex::TriggerWays& ways) {
+  tJson json = {{"list", tJson::array()}, {"isComplete", ways.isComplete}};
+  for (const varmex::TriggerWay& way : ways.ways) {
+    tJson bridges = tJson::array();
+    for (const varmex::BridgeMap& bridge : way.bridges) bridges.push_back(bridge.bridge);
+    json["list"].push_back({{"bridges", bridges}, {"lines", lineWordsOf(way.lines)}});
+  }
+  return json;
+}
 
 tJson waysOf(const tJson& chassis) {
   std::set<std::uint32_t> buses;
@@ -44,14 +68,13 @@ tJson waysOf(const tJson& chassis) {
     const auto bus = numberOf(slot, "TriggerBusNumber");
     if (bus && buses.size() < kMostBuses) buses.insert(*bus);
   }
+  const std::vector<varmex::BridgeMap> bridges = readableBridges(chassis);
   tJson ways = tJson::object();
   for (const std::uint32_t from : buses) {
     for (const std::uint32_t to : buses) {
       if (from == to) continue;
-      tJson& list = ways[std::to_string(from) + '>' + std::to_string(to)] = tJson::array();
-      for (const tTriggerWay& way : shortestWays(chassis, from, to)) {
-        list.push_back({{"bridges", way.bridges}, {"lines", lineWordsOf(way.lines)}});
-      }
+      ways[std::to_string(from) + '>' + std::to_string(to)] = jsonOf(
+          varmex::findTriggerWays(from, to, bridges, varmex::WaysWanted::shortest, kMostWays));
     }
   }
   return ways;
@@ -72,6 +95,40 @@ std::string searchTextOf(const tJson& module) {
   return joined(parts, " ");
 }
 
+// Takes a text apart from its front.
+class tWords {
+ public:
+  explicit tWords(std::string_view text) : rest_(text) {}
+
+  bool take(std::string_view word) {
+    if (!rest_.starts_with(word)) return false;
+    rest_.remove_prefix(word.size());
+    return true;
+  }
+
+  std::optional<std::uint32_t> takeNumber() {
+    std::uint32_t number = 0;
+    const auto [end, error] = std::from_chars(rest_.data(), rest_.data() + rest_.size(), number);
+    if (error != std::errc()) return std::nullopt;
+    rest_.remove_prefix(static_cast<std::size_t>(end - rest_.data()));
+    return number;
+  }
+
+ private:
+  std::string_view rest_;
+};
+
+// The slot of that chassis that a finding in a list tells of: "slot 5" or "slot 1/5".
+std::optional<std::uint32_t> slotNamedIn(const std::string& message, std::uint32_t chassis) {
+  constexpr std::string_view kSlot = "slot ";
+  const std::size_t at = message.find(kSlot);
+  if (at == std::string::npos) return std::nullopt;
+  tWords words(std::string_view(message).substr(at + kSlot.size()));
+  const auto first = words.takeNumber();
+  if (!words.take("/")) return first;
+  return first == chassis ? words.takeNumber() : std::nullopt;
+}
+
 }  // namespace
 
 tJson aboutChassis(const tJson& chassis, tPciNotation notation) {
@@ -79,7 +136,7 @@ tJson aboutChassis(const tJson& chassis, tPciNotation notation) {
   about["title"] = chassisTitle(chassis);
   for (tJson& slot : about["Slots"]) slot["told"] = toldOf(slot, notation);
   for (tJson& bridge : about["TriggerBridges"]) {
-    bridge["lines"] = lineWordsOf(lineMasksOf(bridge));
+    bridge["lines"] = bridgeLinesOf(bridge);
   }
   about["ways"] = waysOf(chassis);
   return about;
@@ -112,37 +169,29 @@ std::string chassisTitle(const tJson& chassis) {
 
 tAboutPlace placeOf(const tFinding& finding) {
   // "Chassis1Slot7", "Chassis1TriggerBridge2", and so on.
-  std::string_view section = finding.position.section;
-  const auto takeName = [&section](std::string_view name) {
-    if (!section.starts_with(name)) return false;
-    section.remove_prefix(name.size());
-    return true;
-  };
-  const auto takeNumber = [&section]() -> std::optional<std::uint32_t> {
-    std::uint32_t number = 0;
-    const auto [end, error] =
-        std::from_chars(section.data(), section.data() + section.size(), number);
-    if (error != std::errc()) return std::nullopt;
-    section.remove_prefix(static_cast<std::size_t>(end - section.data()));
-    return number;
-  };
+  tWords section(finding.position.section);
   tAboutPlace place;
-  if (!takeName("Chassis")) return place;
-  place.chassis = takeNumber();
+  if (!section.take("Chassis")) return place;
+  place.chassis = section.takeNumber();
   if (!place.chassis) return place;
-  constexpr std::pair<const char*, const char*> kKeys[] = {{"Slot", "slot "},
-                                                           {"TriggerBridge", "bridge "},
-                                                           {"TriggerBus", "bus "},
-                                                           {"StarTrigger", "star "},
-                                                           {"DStarTrigger", "dstar "}};
-  for (const auto& [name, key] : kKeys) {
-    if (!takeName(name)) continue;
-    const auto number = takeNumber();
+  constexpr std::pair<const char*, const char*> kKeys[] = {{"Slot", "slot"},
+                                                           {"TriggerBridge", "bridge"},
+                                                           {"TriggerBus", "bus"},
+                                                           {"StarTrigger", "star"},
+                                                           {"DStarTrigger", "dstar"}};
+  for (const auto& [name, kind] : kKeys) {
+    if (!section.take(name)) continue;
+    const auto number = section.takeNumber();
     if (!number) return place;
-    place.key = key + std::to_string(*number);
-    if (std::string_view(name) == "Slot") place.slot = number;
-    return place;
+    if (std::string_view(kind) == "slot") {
+      place.slot = number;
+    } else {
+      place.keys.push_back(kind + ('-' + std::to_string(*number)));
+    }
+    break;
   }
+  if (!place.slot) place.slot = slotNamedIn(finding.message, *place.chassis);
+  if (place.slot) place.keys.push_back("slot-" + std::to_string(*place.slot));
   return place;
 }
 

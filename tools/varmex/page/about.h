@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/varmex/check/findings.h"
 #include "tools/varmex/describe/address.h"
@@ -14,7 +15,7 @@ namespace tool {
 // What the page's script is told, in words and numbers that it has no rules for itself.
 
 // A chassis as `describe` gives it: its slots, each with what is told of it in words ("told"), its
-// bridges, and the trigger lines between each two of its buses ("ways", by "1>3").
+// bridges, and the ways of a trigger between each two of its buses ("ways", by "1>3").
 tJson aboutChassis(const tJson& chassis, tPciNotation notation);
 
 // The table of all modules: its titles, and a row each with the slot that it leads to and a text
@@ -24,11 +25,12 @@ tJson aboutModules(const tJson& modules, tPciNotation notation);
 // "Chassis 1: Orlindt ORX-1820, serial number 0A41F27C".
 std::string chassisTitle(const tJson& chassis);
 
-// What of the pictures a finding is about; `key` is that of a picture's group.
+// What of the pictures a finding is about: where its section stands, and a slot that it names. The
+// keys are those of a picture's groups, with a hyphen: "bus-1", "slot-7".
 struct tAboutPlace {
   std::optional<std::uint32_t> chassis;
   std::optional<std::uint32_t> slot;
-  std::string key;
+  std::vector<std::string> keys;
 };
 tAboutPlace placeOf(const tFinding& finding);
 

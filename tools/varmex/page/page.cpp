@@ -160,7 +160,7 @@ class tPageWriter {
   static std::string findingItem(const tFinding& finding, const tAboutPlace& place) {
     const tPosition& position = finding.position;
     std::string item = "<li class=\"" + std::string(severityName(finding.severity)) + '"';
-    if (!place.key.empty()) item += " data-about=\"" + xmlText(place.key) + '"';
+    if (!place.keys.empty()) item += " data-about=\"" + joined(place.keys, " ") + '"';
     item += "><b>" + std::string(severityName(finding.severity)) + "</b> ";
     if (place.slot) {
       const std::string slot = std::to_string(*place.chassis) + '/' + std::to_string(*place.slot);

@@ -148,8 +148,9 @@
     for (const target of targets) lightKeys(target.rack, wiredTo[target.kind](target.rack, target));
     const [first, second] = targets;
     if (second && first.rack === second.rack) {
-      for (const { bridges } of [...waysBetween(first, second), ...waysBetween(second, first)]) {
-        lightKeys(first.rack, bridges.flatMap((number) => wiredTo.bridge(first.rack, { number })));
+      const ways = [[first, second], [second, first]].flatMap((pair) => waysBetween(...pair)?.list ?? []);
+      for (const number of ways.flatMap(({ bridges }) => bridges)) {
+        lightKeys(first.rack, wiredTo.bridge(first.rack, { number }));
       }
     }
   };
@@ -169,7 +170,7 @@
   const slotLinks = (rack, slots) => slots.flatMap((slot, n) => [n > 0 ? ", " : "", link(rack, slot)]);
 
   const findingsAbout = (rack, key) => {
-    const found = rack.section.querySelectorAll(`[data-about="${key}"]`);
+    const found = rack.section.querySelectorAll(`[data-about~="${key.replace(" ", "-")}"]`);
     return found.length === 0 ? [] : [make("ul", { class: "findings" },
       ...[...found].map((item) => make("li", { class: item.className },
         ...item.cloneNode(true).childNodes)))];
@@ -223,7 +224,7 @@
 
   function waysBetween({ rack, number: from }, { number: to }) {
     const [source, destination] = [from, to].map((number) => rack.slot(number)?.TriggerBusNumber);
-    return rack.data.ways[`${source}>${destination}`] ?? [];
+    return rack.data.ways[`${source}>${destination}`];
   }
 
   const busSentences = (rack, from, to) => {
@@ -232,23 +233,30 @@
       return [`Slot ${rack.number}/${a === undefined ? from : to} is on no trigger bus.`];
     }
     if (a === b) return [`Both are on trigger bus ${a}, and share its lines 0-7.`];
-    return [[from, to, a, b], [to, from, b, a]].flatMap(([begin, end, source, destination]) => {
+    const place = (number) => `${rack.number}/${number} (bus ${rack.slot(number).TriggerBusNumber})`;
+    return [...[[from, to], [to, from]].flatMap(([begin, end]) => {
       const ways = waysBetween({ rack, number: begin }, { number: end });
-      const head = `From ${rack.number}/${begin} (bus ${source}) to ${rack.number}/${end} (bus ${destination})`;
-      if (ways.length === 0) return [`${head}: no bridge takes a line.`];
-      return ways.map(({ bridges, lines }) =>
+      const head = `From ${place(begin)} to ${place(end)}`;
+      if (!ways) return [`${head}: not worked out for so many buses; varmex triggers tells it.`];
+      const sentences = ways.list.map(({ bridges, lines }) =>
         `${head} by bridge ${bridges.join(", then ")}: ${lines}.`);
-    });
+      if (!ways.isComplete) sentences.push(`${head} there are more ways; varmex triggers tells them.`);
+      return sentences.length ? sentences : [`${head}: no bridge takes a line.`];
+    }), ...rack.data.TriggerBridges.filter((bridge) => failuresOf(bridge).length).map((bridge) =>
+      `Bridge ${bridge.BridgeNumber} can't be read in full, which may hide ways.`)];
   };
 
-  const starSentences = (rack, from, to) => Object.entries(trigger).flatMap(([, names]) =>
-    [[from, to], [to, from]].flatMap(([driver, driven]) => {
-      const [a, b] = [rack.slot(driver), rack.slot(driven)];
-      if (!a || !b || !(names.controller in a) || !(names.of in b)) return [];
-      if (a[names.number] !== b[names.number] || driver === driven) return [];
-      return [`${names.name} ${a[names.number]}: ${rack.number}/${driver} drives ${names.line} ` +
-              `${b[names.of]}, which is that of ${rack.number}/${driven}.`];
-    }));
+  const starSentences = (rack, from, to) => Object.values(trigger).flatMap((names) => {
+    const ends = [from, to].map((number) => rack.slot(number) ?? {});
+    const star = ends[0][names.number];
+    if (from === to || star === undefined || ends[1][names.number] !== star) return [];
+    const roles = ends.map((end) => `${rack.number}/${end.SlotNumber} is ` +
+      [names.controller in end && "the controller", names.of in end && `${names.line} ${end[names.of]}`]
+        .filter(Boolean).join(" and "));
+    const isDirect = ends.some((end, n) => names.controller in end && names.of in ends[1 - n]);
+    const joint = isDirect ? "this line joins the two" : "the controller can join the two";
+    return [`${names.name} ${star}: ${roles.join(", ")}; ${joint}.`];
+  });
 
   const linesBetween = ([first, second]) => {
     const place = ({ rack, number }) => `${rack.number}/${number}`;
@@ -263,8 +271,7 @@
 
   const details = byId("details");
   const help = [...details.childNodes];
-  const close = make("button", { type: "button", class: "close", "aria-label": "Close the details" },
-                     "\u00d7");
+  const close = make("button", { type: "button", class: "close", "aria-label": "Close details" }, "\u00d7");
 
   const show = (target) => {
     light(target ? [target] : chosen);
@@ -358,8 +365,10 @@
       group.setAttribute("aria-label", group.querySelector("title")?.textContent ?? "");
     });
     for (const item of rack.section.querySelectorAll("[data-about]")) {
-      for (const group of rack.groups(item.dataset.about)) {
-        group.classList.add(item.classList.contains("wrong") ? "wrong" : "doubtful");
+      for (const key of item.dataset.about.split(" ")) {
+        for (const group of rack.groups(key.replace("-", " "))) {
+          group.classList.add(item.classList.contains("wrong") ? "wrong" : "doubtful");
+        }
       }
     }
   }
@@ -383,32 +392,28 @@
   const nearest = (row, x) => row.reduce((best, one) =>
     Math.abs(one.x - x) < Math.abs(best.x - x) ? one : best);
 
-  const neighbour = (rack, group, key) => {
+  // Where each key leads; to nothing at an end.
+  const neighbours = (rack, group) => {
     const rows = rowsOf(rack);
-    const y = rows.findIndex((row) => row.some((one) => one.group === group));
-    const x = rows[y].findIndex((one) => one.group === group);
-    switch (key) {
-      case "ArrowLeft": return rows[y][x - 1];
-      case "ArrowRight": return rows[y][x + 1];
-      case "ArrowUp": return rows[y - 1] && nearest(rows[y - 1], rows[y][x].x);
-      case "ArrowDown": return rows[y + 1] && nearest(rows[y + 1], rows[y][x].x);
-      case "Home": return rows[y][0];
-      case "End": return rows[y][rows[y].length - 1];
-      default: return null;
-    }
+    const y = rows.findIndex((each) => each.some((one) => one.group === group));
+    const row = rows[y];
+    const x = row.findIndex((one) => one.group === group);
+    return {
+      ArrowLeft: row[x - 1], ArrowRight: row[x + 1], Home: row[0], End: row[row.length - 1],
+      ArrowUp: rows[y - 1] && nearest(rows[y - 1], row[x].x),
+      ArrowDown: rows[y + 1] && nearest(rows[y + 1], row[x].x),
+    };
   };
-
-  const kMoves = new Set(["ArrowLeft", "ArrowRight", "ArrowUp", "ArrowDown", "Home", "End"]);
 
   main.addEventListener("keydown", (event) => {
     const target = targetOf(event.target);
     if (!target || event.ctrlKey || event.altKey || event.metaKey) return;
     if (event.key === "Enter" || event.key === " ") {
       if (target.kind === "slot") choose(target);
-    } else if (kMoves.has(event.key)) {
-      neighbour(target.rack, event.target.closest("[data-key]"), event.key)?.group.focus();
     } else {
-      return;
+      const moves = neighbours(target.rack, event.target.closest("[data-key]"));
+      if (!(event.key in moves)) return;
+      moves[event.key]?.group.focus();
     }
     event.preventDefault();
   });
@@ -445,16 +450,14 @@
 
   const moduleTable = document.querySelector("#modules table");
   let modules = null;
-  const moduleData = () => {
-    modules ??= dataOf(byId("module-rows"));
-    return modules;
-  };
+  const moduleData = () => (modules ??= dataOf(byId("module-rows")));
   const compare = new Intl.Collator("en", { numeric: true }).compare;
   const order = { column: 0, direction: 1 };
 
-  const placeLink = (place) => make("a", { href: `#${place}` }, place);
-  const moduleRow = ({ place, cells }) => make("tr", {}, ...cells.map((cell, n) =>
-    make("td", {}, n === 0 && place ? placeLink(place) : cell)));
+  // Lists break behind a comma.
+  const cellParts = (cell) => cell.split(/(?<=,)/).flatMap((part) => [part, make("wbr")]);
+  const moduleRow = ({ place, cells }) => make("tr", {}, ...cells.map((cell, n) => make("td", {},
+    ...(n === 0 && place ? [make("a", { href: `#${place}` }, place)] : cellParts(cell)))));
 
   const fillTable = () => {
     if (moduleTable.tHead) return;
@@ -530,18 +533,15 @@
   const kMostHits = 20;
   const search = byId("search");
   const hits = byId("hits");
+
   let index = null;
+  const searchIndex = () => (index ??= moduleData().rows.map(({ place, cells, find }) => ({
+    place, label: cells.slice(0, 5).filter(Boolean).join("  "), text: ` ${find.toLowerCase()}`,
+  })));
 
-  const searchIndex = () => {
-    index ??= moduleData().rows.map(({ place, cells, find }) => ({
-      place, label: cells.slice(0, 5).filter(Boolean).join("  "), text: ` ${find.toLowerCase()}`,
-    }));
-    return index;
-  };
-
-  // "5.0.0" is no part of "15.0.0"; a PCI domain in front counts for nothing.
+  // "5.0.0" is no part of "15.0.0"; PCI domain 0000 in front counts for nothing.
   const fits = (text, word) => /^[\da-f:.]*[\da-f][:.][\da-f:.]*$/.test(word)
-    ? text.includes(` ${word.replace(/^[\da-f]{4}:(?=[\da-f]+:)/, "")}`) : text.includes(word);
+    ? text.includes(` ${word.replace(/^0000:(?=[\da-f]+:)/, "")}`) : text.includes(word);
 
   const closeHits = () => {
     hits.hidden = true;

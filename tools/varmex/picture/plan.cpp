@@ -4,6 +4,7 @@
 
 #include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
+#include "tools/varmex/describe/lines.h"
 #include "tools/varmex/describe/words.h"
 
 namespace tool {
@@ -149,7 +150,7 @@ void addTriggers(tStrip& strip, const tSlots& slots, const tTriggerNames& names)
 void addBridges(tStrip& strip, const tJson& bridges) {
   for (const tJson& bridge : bridges) {
     const std::string number = textOf(bridge, "BridgeNumber");
-    const std::string lines = lineWordsOf(lineMasksOf(bridge));
+    const std::string lines = bridgeLinesOf(bridge);
     strip.bridges.push_back({number, numberOf(bridge, "BridgeSourceTriggerBus"),
                              numberOf(bridge, "BridgeDestinationTriggerBus"),
                              "Bridge " + number + " from bus " +
