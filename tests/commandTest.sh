@@ -1,28 +1,15 @@
 #!/usr/bin/env bash
 # commandTest.sh [RUNNER...] VARMEX : what the command prints, and how it ends.
-set -uo pipefail
+source "$(dirname "$0")/steps.sh"
 varmex=("$@")
 # On Windows the registry is no text, which the check could read.
 isWindows=$([[ ${varmex[-1]} != *.exe ]] || echo yes)
 export VARMEX_FSROOT
-here=$(cd "$(dirname "$0")" && pwd)
-passed=0
-failed=0
 
-# expect STATUS PATTERN ARGUMENT... : the exit status, and a line that both outputs together hold.
-expect() {
-  local status=$1 pattern=$2 output result=0
-  shift 2
-  output=$("${varmex[@]}" "$@" 2>&1) || result=$?
-  if [ "$result" -eq "$status" ] && grep -qE -- "$pattern" <<<"$output"; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    printf 'varmex %s: status %s, wanted %s and "%s" in\n%s\n' "$*" "$result" "$status" "$pattern" "$output"
-  fi
-}
+# expect STATUS PATTERN ARGUMENT... : how the command ends.
+expect() { ends "$1" "$2" "${varmex[@]}" "${@:3}"; }
 
-VARMEX_FSROOT=$here/../samples
+VARMEX_FSROOT=$here/samples
 expect 0 '^  description +current$' show
 expect 0 '^Chassis 3: Havrel Modular HM-1008$' show
 expect 0 'Orlindt.*ORX-5105 Digitizer "DIGITIZER-A" +5\.0\.0 5\.0\.1 +x4/4' show 1
@@ -55,6 +42,7 @@ expect 0 '^PXIe_DStarC +2 +.*/DStarTrigger1Set0$' terminals 5.0.0
 expect 0 '"busType": "PXI_Star"' terminals 5.0.0 --json
 expect 1 'No module has the PCI address 99\.0\.0\. .*-380751' terminals 63:00.0
 expect 0 '^PXI_Trig7 +7 ' terminals 0000:05:00.0
+expect 2 'another PCI domain than 0000' terminals 0001:05:00.0
 expect 0 '^PXI_Trig7 +7 ' terminals 37:00.1
 expect 1 'No module' terminals 37.0.1
 expect 2 'neither BUS.DEVICE.FUNCTION in decimal' terminals 5:0:0
@@ -78,17 +66,45 @@ expect 1 '^varmex: there is no module "x"$' explain x
 expect 2 'there is no x here, but ChassisNumber, ' explain 1/9 x
 expect 2 'neither 2 nor 2/5' explain 1/bridge/x
 # A full device, a narrow output, colours, a lock that another program holds.
-check() { if [ "$1" = "$2" ]; then passed=$((passed + 1)); else failed=$((failed + 1)); echo "$3: \"$2\", wanted \"$1\""; fi; }
 for words in show --version 'show --help'; do
   # shellcheck disable=SC2086
   "${varmex[@]}" $words >/dev/full 2>/dev/null
-  check 1 "$?" "exit status of $words to a full device"
+  is 1 "$?" "exit status of $words to a full device"
 done
 widest=$(COLUMNS=80 "${varmex[@]}" show 2>&1 | awk '{ if (length > most) most = length } END { print (most <= 80) ? "fits" : most }')
-check fits "$widest" 'width of show in 80 columns'
-check 0 "$("${varmex[@]}" show | grep -c $'\x1b')" 'colours in a pipe'
+is fits "$widest" 'width of show in 80 columns'
+is 0 "$("${varmex[@]}" show | grep -c $'\x1b')" 'colours in a pipe'
+COLUMNS=45 expect 0 '^  Vendor +Orlindt Instruments, Inc\.$' list
 VARMEX_FSROOT=$(mktemp -d)
+if [ -z "$isWindows" ]; then
+  # What may not be read, also by root, and what another program holds.
+  cp -r "$here"/samples/* "$VARMEX_FSROOT"
+  denied=("${varmex[@]}")
+  [ "$(id -u)" -ne 0 ] || denied=(setpriv --bounding-set=-dac_override,-dac_read_search "${varmex[@]}")
+  pxi=$VARMEX_FSROOT/etc/pxi
+  lock=$VARMEX_FSROOT/var/lib/PXISA
+  while IFS='|' read -r place status pattern words; do
+    chmod 000 "$place"
+    # shellcheck disable=SC2086
+    ends "$status" "$pattern" timeout 5 "${denied[@]}" $words
+    chmod 755 "$place"
+  done <<END
+$pxi/pxiesys.ini|124|pxiesys.ini can't be opened; waiting since [0-9:]{8}, for at most 10 s|list
+$pxi/pxisys.ini|2|can't read .*pxisys.ini|check
+$pxi|1|You have no right to look at .*pxisys.ini|show
+$pxi|2|can't look at .*pxisys.ini|check
+$lock|1|You have no right to look at .*configuration.ini|show
+$lock|1|session does not open: You have no right to look at .*configuration.ini|check
+END
+  exec 9>>"$lock/configuration.ini"
+  flock 9
+  ends 124 'another program holds the lock on the description; waiting since' timeout 5 "${varmex[@]}" show
+  exec 9>&-
+  rm -r "$VARMEX_FSROOT"/*
+fi
 mkdir -p "$VARMEX_FSROOT/etc/pxi" "$VARMEX_FSROOT/var/lib/PXISA"
+expect 0 '^No modules: there is no description, neither .*[/\\]pxisys.ini$' list
+expect 1 '^No modules: there is no description' find dmm
 expect 0 '^No chassis: there is no description, neither .*[/\\]pxisys.ini$' show
 expect 0 '"Chassis": \[\]' show --json
 printf '[System]\nChassisList = 1\n[Chassis1]\nVendor = \xff\x1b\nModel = "\nSerialNumber = \\\nSlotList = ""\n' \
@@ -114,12 +130,7 @@ watched=$("${varmex[@]}" watch --once --timeout 60 2>&1)
 wait
 for pattern in ' The description can.t be read: Section \[System\] has no ChassisList\.' \
   '  chassis 1, V N: model " -> N$' '  new: chassis 2, V M$' '  new: W D in slot 1/5$'; do
-  if grep -qE -- "$pattern" <<<"$watched"; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    printf 'varmex watch: wanted "%s" in\n%s\n' "$pattern" "$watched"
-  fi
+  ends 0 "$pattern" echo "$watched"
 done
 rm -r "$VARMEX_FSROOT"
 
@@ -127,12 +138,12 @@ rm -r "$VARMEX_FSROOT"
 finds() {
   local pattern=$1 file=$2
   VARMEX_FSROOT=$(mktemp -d)
-  cp -r "$here"/../samples/* "$VARMEX_FSROOT"
+  cp -r "$here"/samples/* "$VARMEX_FSROOT"
   sed -i "$3" "$VARMEX_FSROOT/etc/pxi/$file"
   expect 1 "$pattern" check
   rm -r "$VARMEX_FSROOT"
 }
-VARMEX_FSROOT=$here/../samples
+VARMEX_FSROOT=$here/samples
 expect 0 '^No findings\.$' check
 expect 0 '^\[\]$' check --json
 finds '^pxiesys.ini:17: wrong: missing-section: \[Chassis1\] SlotList$' pxiesys.ini '17s/18"/18,19"/'
@@ -203,5 +214,4 @@ for wrong in express:1 express:19 espresso express:x2 classic:8: express:8x0 exp
 done
 rm -r "$VARMEX_FSROOT"
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+finish

@@ -1,10 +1,7 @@
 #!/usr/bin/env bash
 # completionTest.sh [RUNNER...] VARMEX : what Tab offers in bash, zsh and fish; of Windows's command in bash.
-set -uo pipefail
-here=$(cd "$(dirname "$0")" && pwd)
-completions=$here/../tools/varmex/completions
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$(dirname "$0")/steps.sh"
+completions=$here/tools/varmex/completions
 # The shells find the command by its name, and their own settings and caches in an empty home.
 mkdir "$work/bin" "$work/home"
 printf '#!/bin/sh\nexec %s "$@"\n' "$(printf '%q ' $(realpath "$@"))" >"$work/bin/varmex"
@@ -15,17 +12,18 @@ shells=(inBash inZsh inFish)
 [[ ${!#} != *.exe ]] || shells=(inBash)
 unset XDG_CONFIG_HOME XDG_DATA_HOME
 export VARMEX_FSROOT
-passed=0
-failed=0
 
 # What each shell offers for the words behind "varmex", the last of which is unfinished, between
 # spaces; ":files" where it leaves that to the names of files.
 inBash() {
   source "$completions/varmex.bash"
   compopt() { COMPREPLY=(:files); }
-  COMP_WORDS=(varmex "$@")
-  COMP_CWORD=$#
+  # As bash takes the words apart.
+  mapfile -t COMP_WORDS < <(printf '%s\n' varmex "$@" | sed -E 's/(.):/\1\n:/; s/:(.)/:\n\1/')
+  COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
   _varmex
+  local word=${*: -1}
+  [[ $word != *:* ]] || COMPREPLY=("${COMPREPLY[@]/#/${word%:*}:}")
   echo "${COMPREPLY[*]}"
 }
 
@@ -46,23 +44,15 @@ inFish() {
     "$completions/varmex.fish" "$@"
 }
 
-# expect CANDIDATES WORD... : in every shell.
+# expect CANDIDATES WORD... : in every shell, and nothing on the standard error output.
 expect() {
-  local wanted=$1 shell got
-  shift
+  local shell
   for shell in "${shells[@]}"; do
-    got=$("$shell" "$@" 2>"$work/errors")
-    if [ "$got" = "$wanted" ] && [ ! -s "$work/errors" ]; then
-      passed=$((passed + 1))
-    else
-      failed=$((failed + 1))
-      printf '%s varmex %s: wanted\n%s, got\n%s\n' "$shell" "$*" "$wanted" "$got"
-      cat "$work/errors"
-    fi
+    is "$1" "$("$shell" "${@:2}" 2>&1)" "$shell varmex ${*:2}"
   done
 }
 
-VARMEX_FSROOT=$here/../samples
+VARMEX_FSROOT=$here/samples
 expect 'show find list draw report check triggers explain terminals route watch save diff make' ''
 expect 'show' sh
 expect '--help --version' --
@@ -80,6 +70,8 @@ expect ':files' draw 1 -o ''
 expect ':files' make ''
 expect 'express:18' make /tmp/rack classic:8 e
 expect '5.0.0 5.0.1' terminals 5.
+expect '05:00.0 05:00.1' terminals 05:
+expect '0000:05:00.0 0000:05:00.1' terminals 0000:05:
 expect 'PXIe_DStarA PXIe_DStarB PXIe_DStarC' route --token me 5.0.0 PXIe
 expect '' route 99.0.0 ''
 expect 'dec hex' show --pci ''
@@ -110,7 +102,7 @@ expect '4.0.0' terminals ''
 # What only POSIX systems have: roots, and this lock. While another program writes the description,
 # nobody waits for it.
 if [[ ${!#} != *.exe ]]; then
-  expect '2/3' show --from "$here/../samples" 2/3
+  expect '2/3' show --from "$here/samples" 2/3
   exec 9>>"$VARMEX_FSROOT/var/lib/PXISA/configuration.ini"
   flock 9
   sleep 30 &
@@ -120,5 +112,4 @@ if [[ ${!#} != *.exe ]]; then
   kill $!
 fi
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+finish

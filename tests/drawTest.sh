@@ -1,42 +1,22 @@
 #!/usr/bin/env bash
 # drawTest.sh [RUNNER...] VARMEX : the pictures of the command, as XML.
-set -uo pipefail
+source "$(dirname "$0")/steps.sh"
 varmex=("$@")
 export VARMEX_FSROOT SOURCE_DATE_EPOCH=1000000000
-here=$(cd "$(dirname "$0")" && pwd)
-folder=$(mktemp -d)
-picture=$folder/picture.xml
-passed=0
-failed=0
+picture=$work/picture.xml
 
-# is WANTED GOT WHAT
-is() {
-  if [ "$1" = "$2" ]; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    printf '%s: wanted "%s", got "%s"\n' "$3" "$1" "$2"
-  fi
-}
-
-# ends STATUS PATTERN ARGUMENT... : the exit status of draw, and a line that both outputs hold.
-ends() {
-  local status=$1 pattern=$2 output result=0
-  shift 2
-  output=$("${varmex[@]}" draw "$@" 2>&1) || result=$?
-  is "$status" "$result" "exit status of draw $*"
-  is yes "$(grep -qE -- "$pattern" <<<"$output" && echo yes || echo "$output")" "$pattern"
-}
+# drawn STATUS PATTERN ARGUMENT... : how draw ends.
+drawn() { ends "$1" "$2" "${varmex[@]}" draw "${@:3}"; }
 
 # draws STATUS ARGUMENT... : leaves the picture without its namespace, for short paths.
 draws() {
   local status=$1
   shift
-  "${varmex[@]}" draw "$@" -o "$folder/picture.svg" 2>"$folder/faults"
+  "${varmex[@]}" draw "$@" -o "$work/picture.svg" 2>"$work/faults"
   is "$status" $? "exit status of draw $*"
-  xmllint --noout "$folder/picture.svg"
+  xmllint --noout "$work/picture.svg"
   is 0 $? "well-formedness of draw $*"
-  sed 's/ xmlns="[^"]*"//' "$folder/picture.svg" >"$picture"
+  sed 's/ xmlns="[^"]*"//' "$work/picture.svg" >"$picture"
 }
 
 # holds WANTED XPATH
@@ -54,7 +34,7 @@ reaches() {
   holds true "$end > $(slot "$last") and $end <= $(slot $((last + 1)))"
 }
 
-VARMEX_FSROOT=$here/../samples
+VARMEX_FSROOT=$here/samples
 draws 0
 holds 3 'count(//g[@class="chassis"])'
 holds 34 'count(//g[@class="column"])'
@@ -74,37 +54,37 @@ holds true "$head > $(slot 13) and $head < $(slot 14)"
 star='//g[@class="trigger"][title="Star 1"]'
 holds 16 "count($star/g[@class='line']/circle)"
 holds true "$star/g/rect[@class='controller']/@x > $(slot 10) and $star/g/rect[@class='controller']/@x < $(slot 11)"
-is "$(cat "$folder/picture.svg")" "$("${varmex[@]}" draw 1 -o -)" 'draw to the standard output'
+is "$(cat "$work/picture.svg")" "$("${varmex[@]}" draw 1 -o -)" 'draw to the standard output'
 
-ends 2 '--output' 1
-ends 2 'chassis' x -o -
-ends 1 'There is no chassis 9:' 9 -o -
-ends 1 "can't write $folder/none/x.svg" -o "$folder/none/x.svg"
-ln -s /dev/full "$folder/full.svg"
-ends 1 "can't write $folder/full.svg" -o "$folder/full.svg"
-ends 2 'does not end with any of these' -o "$folder/x.gif"
+drawn 2 '--output' 1
+drawn 2 'chassis' x -o -
+drawn 1 'There is no chassis 9:' 9 -o -
+drawn 1 "can't write $work/none/x.svg" -o "$work/none/x.svg"
+ln -s /dev/full "$work/full.svg"
+drawn 1 "can't write $work/full.svg" -o "$work/full.svg"
+drawn 2 'does not end with any of these' -o "$work/x.gif"
 holds 1 'count(//rect[@class="reduced"][../title[contains(., "DIO-LEFT")]])'
 holds 1 'count(//text[.="Bridge 3 from bus 2 to bus 3: lines 0-5 each to the same, 6 to 6-7"])'
 holds true 'contains(//g[@class="foot"]/text, ", 2001-09-09 01:46:40 UTC")'
 
 if [ $# -gt 1 ]; then
-  ends 1 'on Windows pictures are written as .svg alone' -o "$folder/none.png"
+  drawn 1 'on Windows pictures are written as .svg alone' -o "$work/none.png"
 else
   holds true "starts-with(//g[@class='foot']/text, '$(uname -n)')"
   # By rsvg-convert: a picture, a page for each chassis, and what to do without it.
-  "$1" draw -o "$folder/all.png" && "$1" draw -o "$folder/all.pdf"
+  "$1" draw -o "$work/all.png" && "$1" draw -o "$work/all.pdf"
   is 0 $? 'PNG and PDF'
-  is 89504e470d0a1a0a "$(head -c 8 "$folder/all.png" | od -An -tx1 | tr -d ' \n')" 'a PNG'
+  is 89504e470d0a1a0a "$(head -c 8 "$work/all.png" | od -An -tx1 | tr -d ' \n')" 'a PNG'
   for page in 1 2 3; do
-    is "Chassis $page:" "$(pdftotext -f $page -l $page "$folder/all.pdf" - | grep -o '^Chassis [0-9]:')" "page $page"
+    is "Chassis $page:" "$(pdftotext -f $page -l $page "$work/all.pdf" - | grep -o '^Chassis [0-9]:')" "page $page"
   done
-  is 1 "$(PATH=$folder "$1" draw -o "$folder/none.png" 2>&1 | grep -c librsvg2-bin)" 'what to install'
-  ends 1 "can't write $folder/none/x.pdf" -o "$folder/none/x.pdf"
+  is 1 "$(PATH=$work "$1" draw -o "$work/none.png" 2>&1 | grep -c librsvg2-bin)" 'what to install'
+  drawn 1 "can't write $work/none/x.pdf" -o "$work/none/x.pdf"
 fi
 
-VARMEX_FSROOT=$folder
-mkdir -p "$folder/etc/pxi" "$folder/var/lib/PXISA"
-ends 1 'no chassis to draw' -o -
+VARMEX_FSROOT=$work
+mkdir -p "$work/etc/pxi" "$work/var/lib/PXISA"
+drawn 1 'no chassis to draw' -o -
 long=$(printf '%5000s' | tr ' ' W)
 gone=$(printf '<script>"&\x27]]>\xff\xc0\xaf\xed\xa0\x80\xef\xbf\xbf\x1b\xc2\x85')
 many=$(seq -s , 1000 1099)
@@ -122,7 +102,7 @@ many=$(seq -s , 1000 1099)
   printf '[Chassis2]\nVendor = V\nModel = M\nSerialNumber = S\nSlotList = ""\n'
   printf '[Chassis3]\nVendor = V\nModel = M\nSerialNumber = S\nSlotList = "%s"\n' "$many"
   for number in ${many//,/ }; do printf '[Chassis3Slot%s]\nSlotType = PXIeHybridSlot\n' "$number"; done
-} >"$folder/etc/pxi/pxiesys.ini"
+} >"$work/etc/pxi/pxiesys.ini"
 {
   printf '[System]\nChassisList = ""\n[Chassis1LineMappingSpec1]\nPXI_TRIG0 = 9\n'
   for bridge in 1:1:9 2:1:2 3:1:1; do
@@ -130,7 +110,7 @@ many=$(seq -s , 1000 1099)
     printf '[Chassis1TriggerBridge%s]\nLineMappingSpec = 1\nSourceTriggerBus = %s\nDestinationTriggerBus = %s\n' \
       "$number" "$from" "$to"
   done
-} >"$folder/etc/pxi/pxisys.ini"
+} >"$work/etc/pxi/pxisys.ini"
 draws 1
 is 0 "$(grep -c '<script' "$picture")" 'markup of a description in the picture'
 is yes "$([ "$(wc -c <"$picture")" -lt 100000 ] && echo yes)" 'bounded size'
@@ -144,9 +124,7 @@ holds 1 'count(//text[.="No slots"])'
 holds 1 'count(//text[.="And 28 more slots, to 1099"])'
 
 # A line beyond the eight of a bus.
-sed -i 's/PXI_TRIG0 = 9/PXI_TRIG0 = 8/' "$folder/etc/pxi/pxisys.ini"
-ends 1 '^!. +bridge 1 of chassis 1, .*names the destination line 8' -o -
-rm -r "$folder"
+sed -i 's/PXI_TRIG0 = 9/PXI_TRIG0 = 8/' "$work/etc/pxi/pxisys.ini"
+drawn 1 '^!. +bridge 1 of chassis 1, .*names the destination line 8' -o -
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+finish

@@ -2,45 +2,29 @@
 # pythonTest.sh BUILD ASAN_BUILD : the Python package: types, tests, the same against the sanitized
 # library, and the wheels: in an empty virtual environment, and as root on a bare system where
 # debootstrap is. Ends with "N passed, N failed".
-set -uo pipefail
-build=$(realpath "$1") asan=$(realpath "$2") project=$PWD
+source "$(dirname "$0")/steps.sh"
+build=$(realpath "$1") asan=$(realpath "$2")
 python=/usr/bin/python3
 export PYTHONPATH=$build/python PYTHONDONTWRITEBYTECODE=1 PATH=$build/bin:$PATH
 unset VARMEX_FSROOT VARMEX_LIBRARY
-passed=0
-failed=0
-log=$(mktemp -d)
-trap 'rm -rf "$log"' EXIT
-
-count() {  # NAME COMMAND...
-  local name=$1
-  shift
-  if "$@" >"$log/$name" 2>&1; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    echo "FAILED $name"
-    tail -n 60 "$log/$name"
-  fi
-}
 
 suite() {  # NAME [pytest arguments] : counts each test
   local name=$1 result=0 good bad
   shift
-  (cd "$project/bindings/python/tests" && "$python" -m pytest -q -p no:cacheprovider "$@") \
-    >"$log/$name" 2>&1 || result=$?
-  good=$(grep -oE '[0-9]+ passed' "$log/$name" | tail -n 1 | cut -d' ' -f1)
-  bad=$(grep -oE '[0-9]+ (failed|error)' "$log/$name" | awk '{ sum += $1 } END { print sum }')
+  (cd "$here/bindings/python/tests" && "$python" -m pytest -q -p no:cacheprovider "$@") \
+    >"$work/$name" 2>&1 || result=$?
+  good=$(grep -oE '[0-9]+ passed' "$work/$name" | tail -n 1 | cut -d' ' -f1)
+  bad=$(grep -oE '[0-9]+ (failed|error)' "$work/$name" | awk '{ sum += $1 } END { print sum }')
   if [ "$result" -ne 0 ] && [ "${bad:-0}" -eq 0 ]; then bad=1; fi
   passed=$((passed + ${good:-0}))
   failed=$((failed + ${bad:-0}))
-  if [ "$result" -ne 0 ]; then cat "$log/$name"; fi
+  if [ "$result" -ne 0 ]; then cat "$work/$name"; fi
 }
 
 wheel() {
-  "$python" -m venv "$log/venv" &&
-    env -u PYTHONPATH "$log/venv/bin/pip" install -q --no-index "$project"/build/wheels/varmex-*-linux_x86_64.whl &&
-    env -u PYTHONPATH -C "$log" VARMEX_FSROOT="$project/samples" "$log/venv/bin/python" -c '
+  "$python" -m venv "$work/venv" &&
+    env -u PYTHONPATH "$work/venv/bin/pip" install -q --no-index "$here"/build/wheels/varmex-*-linux_x86_64.whl &&
+    env -u PYTHONPATH -C "$work" VARMEX_FSROOT="$here/samples" "$work/venv/bin/python" -c '
 import varmex
 from pathlib import Path
 assert Path(varmex.__file__).is_relative_to(Path("venv").resolve()), varmex.__file__
@@ -51,26 +35,25 @@ assert varmex.routing._library._name.startswith(str(Path(varmex.__file__).parent
 
 # The DLL must need nothing that is not on every Windows. There is no Python to load it with.
 windows_wheel() {
-  local unpacked=$log/windows
-  "$python" -m zipfile -e "$project"/build/wheels/varmex-*-py3-none-win_amd64.whl "$unpacked" &&
+  local unpacked=$work/windows
+  "$python" -m zipfile -e "$here"/build/wheels/varmex-*-py3-none-win_amd64.whl "$unpacked" &&
     [ -s "$unpacked/varmex/constants.py" ] && [ -e "$unpacked/varmex/py.typed" ] &&
     [ -z "$(find "$unpacked" -name '*.so*')" ] &&
-    "$project/tests/checkExports.sh" "$unpacked/varmex/varmex.dll"
+    "$here/tests/checkExports.sh" "$unpacked/varmex/varmex.dll"
 }
 
-count types "$python" -m mypy --strict --python-version 3.9 --cache-dir "$log/mypy" \
+try types "$python" -m mypy --strict --python-version 3.9 --cache-dir "$work/mypy" \
   "$build/python/varmex"
 suite plain
 runtime=$(gcc -print-file-name=libasan.so):$(gcc -print-file-name=libstdc++.so)
 VARMEX_LIBRARY=$asan/lib/libvarmex.so.19 ASAN_OPTIONS=detect_leaks=0 LD_PRELOAD=$runtime \
   suite sanitized test_lifetimes.py test_routing.py test_waits.py
-count 'wheels built' "$project/scripts/wheel.sh"
-count 'wheel in a bare environment' wheel
-count 'wheel for Windows' windows_wheel
+try 'wheels built' "$here/scripts/wheel.sh"
+try 'wheel in a bare environment' wheel
+try 'wheel for Windows' windows_wheel
 if [ "$(id -u)" -eq 0 ] && [ -x /usr/sbin/debootstrap ]; then
-  count 'wheel on a bare system' timeout 600 tests/bareWheelTest.sh \
-    "$project"/build/wheels/varmex-*-linux_x86_64.whl
+  try 'wheel on a bare system' timeout 600 tests/bareWheelTest.sh \
+    "$here"/build/wheels/varmex-*-linux_x86_64.whl
 fi
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+finish

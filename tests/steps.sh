@@ -19,6 +19,29 @@ try() {
   fi
 }
 
+# is WANTED GOT WHAT
+is() {
+  if [ "$1" = "$2" ]; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    printf '%s: wanted "%s", got "%s"\n' "$3" "$1" "$2"
+  fi
+}
+
+# ends STATUS PATTERN COMMAND... : its exit status, and a line that both outputs together hold.
+ends() {
+  local status=$1 pattern=$2 output result=0
+  shift 2
+  output=$("$@" 2>&1) || result=$?
+  if [ "$result" -eq "$status" ] && grep -qE -- "$pattern" <<<"$output"; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    printf '%s: status %s, wanted %s and "%s" in\n%s\n' "$*" "$result" "$status" "$pattern" "$output"
+  fi
+}
+
 # The last line of the script.
 finish() {
   echo "$passed passed, $failed failed"

@@ -2,6 +2,9 @@
 
 #include <iterator>
 
+#include "tools/varmex/text/failures.h"
+#include "tools/varmex/text/shownPaths.h"
+
 namespace tool {
 
 namespace {
@@ -144,7 +147,8 @@ void checkAnswers(tRules& rules, const tPlan& plan, const varmex::Session& sessi
 void checkFailure(tRules& rules, const varmex::Error& failure) {
   if (rules.findings.explain(std::nullopt, failure.what())) return;
   const tCheckedFile& file = rules.classic.exists() ? rules.classic : rules.express;
-  rules.findings.addRefused("session-fails", file.at(""), "the session does not open",
+  rules.findings.addRefused("session-fails", file.at(""),
+                            "the session does not open: " + withShownPaths(sentenceFor(failure)),
                             aboutSession(), failure.what());
 }
 

@@ -55,20 +55,31 @@ tCandidates listChassis() {
   return candidates;
 }
 
-tCandidates listAddresses(const varmex::Slot& slot) {
+// The notation of what has been typed, or else of the output that is asked for.
+tPciNotation notationOf(const tWords& words) {
+  const auto option = std::find(words.begin(), words.end(), "--pci");
+  const bool isAsked = words.end() - option > 1 && option[1] == "hex";
+  const bool hasColon = words.back().find(':') != std::string::npos;
+  const bool hasDot = words.back().find('.') != std::string::npos;
+  return hasColon || (isAsked && !hasDot) ? tPciNotation::hexadecimal : tPciNotation::decimal;
+}
+
+tCandidates listAddresses(const varmex::Slot& slot, const tWords& words) {
+  const tPciNotation notation = notationOf(words);
+  const std::string domain = words.back().starts_with("0000:") ? "0000:" : "";
   tCandidates candidates;
   for (const varmex::Device& device : slot.devices()) {
     const tPciAddress address{device.bus(), device.number(), device.function()};
-    candidates.push_back({textOf(address, tPciNotation::decimal), device.name()});
+    candidates.push_back({domain + textOf(address, notation), device.name()});
   }
   return candidates;
 }
 
-tCandidates listSlots(const varmex::Chassis& chassis) {
+tCandidates listSlots(const varmex::Chassis& chassis, const tWords& words) {
   tCandidates candidates;
   for (const auto& slot : chassis.eachSlot()) {
     const tCandidates devices =
-        quietly([&] { return slot.item ? listAddresses(*slot.item) : tCandidates(); });
+        quietly([&] { return slot.item ? listAddresses(*slot.item, words) : tCandidates(); });
     candidates.push_back({std::to_string(chassis.number()) + '/' + std::to_string(slot.number),
                           devices.empty() ? "" : devices.front().about});
   }
@@ -81,19 +92,20 @@ tCandidates places(const tWords& words) {
   const std::string chassis = words.back().substr(0, words.back().find('/'));
   if (!chassis.empty()) {
     const auto number = static_cast<std::uint32_t>(std::strtoul(chassis.c_str(), nullptr, 10));
-    append(candidates, quietly([&] { return listSlots(varmex::Session().chassis(number)); }));
+    append(candidates,
+           quietly([&] { return listSlots(varmex::Session().chassis(number), words); }));
   }
   return candidates;
 }
 
 tCandidates chassis(const tWords&) { return listChassis(); }
 
-tCandidates addresses(const tWords&) {
+tCandidates addresses(const tWords& words) {
   tCandidates candidates;
   for (const auto& chassis : varmex::Session().eachChassis()) {
     if (!chassis.item) continue;
     for (const auto& slot : chassis.item->eachSlot()) {
-      if (slot.item) append(candidates, quietly([&] { return listAddresses(*slot.item); }));
+      if (slot.item) append(candidates, quietly([&] { return listAddresses(*slot.item, words); }));
     }
   }
   return candidates;

@@ -72,11 +72,11 @@ tSide read(const std::string& path) {
   }
 }
 
-void show(const std::vector<tChange>& changes) {
+void show(const std::vector<tChange>& changes, tPciNotation notation) {
   const std::size_t columns = outputColumns().value_or(std::string::npos);
   for (const tChange& change : changes) {
     const char* indentation = "";
-    for (const std::string& line : wrapped(visible(lineOf(change)), columns)) {
+    for (const std::string& line : wrapped(visible(lineOf(change, notation)), columns)) {
       std::cout << indentation << line << '\n';
       indentation = "    ";
     }
@@ -98,6 +98,7 @@ class tDiff : public tCommand {
     line.add_option("after", after_, "Another one; without it this machine as it is now");
     line.add_flag("--json", asJson_, "Print JSON");
     line.add_flag("--addresses", withAddresses_, "Tell of changed PCI addresses, too");
+    addPciOption(line, notation_);
     line.add_option("--ignore", ignored_,
                     "Leave out a kind of difference: new, gone, moved, changed; chassis, module, "
                     "slot, bridge; or an attribute, such as link-width. May be repeated")
@@ -121,7 +122,7 @@ class tDiff : public tCommand {
         for (const tChange& change : changes) json["changes"].push_back(jsonOf(change));
         printJson(json);
       } else {
-        show(changes);
+        show(changes, notation_);
       }
       return changes.empty() ? kDone : kFailed;
     } catch (const std::exception& failure) {
@@ -151,6 +152,7 @@ class tDiff : public tCommand {
   std::string after_;
   bool asJson_ = false;
   bool withAddresses_ = false;
+  tPciNotation notation_ = tPciNotation::decimal;
   std::vector<std::string> ignored_;
 };
 

@@ -73,6 +73,7 @@ class tFind : public tCommand {
 
   tExitStatus run() override {
     tJson document = describeModules(installation_.open());
+    const bool hasModules = !document["modules"].empty();
     const std::size_t count = keepFitting(document["modules"]);
     const bool isWhole = !hasFailures(document);
     if (asJson_) {
@@ -81,6 +82,7 @@ class tFind : public tCommand {
       showModules(document, moduleColumns({"place", "addresses", "module", "link"}), notation_);
     }
     if (count > 0) return isWhole ? kDone : kFailed;
+    if (!hasModules) std::cerr << noneText("modules");
     tellFailure(std::runtime_error("no module fits \"" + joined(words_, " ") + '"'));
     return kFailed;
   }

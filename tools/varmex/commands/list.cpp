@@ -8,6 +8,7 @@
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/describe/modules.h"
 #include "tools/varmex/saved/source.h"
+#include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/output.h"
 
 namespace tool {
@@ -86,10 +87,17 @@ std::vector<std::string> allSources(const std::vector<std::string>& from) {
   return sources;
 }
 
+// Where there are none, what was looked for is told beside the table or the rows.
+tJson describeAll(const varmex::Session& session) {
+  tJson document = describeModules(session);
+  if (document["modules"].empty()) std::cerr << noneText("modules");
+  return document;
+}
+
 tJson describeSource(const std::string& path) {
   try {
     const tSource source(path);
-    return describeModules(varmex::Session());
+    return describeAll(varmex::Session());
   } catch (const std::exception& failure) {
     return describeUnreadModules(failure);
   }
@@ -142,7 +150,7 @@ class tList : public tCommand {
     const bool isMany = sources.size() > 1 || sources != from_;
     const tModuleColumns columns = moduleColumns(keysOrDefault(isMany));
     tJson document =
-        from_.empty() ? describeModules(tInstallation().open()) : describeEach(sources, isMany);
+        from_.empty() ? describeAll(tInstallation().open()) : describeEach(sources, isMany);
     if (asJsonLines_) {
       for (const tJson& module : document["modules"]) {
         printJsonLine(selected(module, columns, notation_));

@@ -122,7 +122,7 @@ void showSession(const tJson& description, const tSavedInstallation* saved, tPci
              numberOf(session, "SessionIsCurrent").value_or(0) ? "current" : "changed since", out);
   }
   if (description["Chassis"].empty()) {
-    out << '\n' << noChassisText();
+    out << '\n' << noneText("chassis");
   }
   for (const tJson& chassis : description["Chassis"]) {
     out << '\n';

@@ -57,6 +57,7 @@ class tWatch : public tCommand {
     line.add_option("--timeout", seconds_, "End after so many seconds")
         ->check(CLI::Range(0.0, 4e6));
     line.add_flag("--json", asJson_, "Print JSON, one object a line");
+    addPciOption(line, notation_);
     installation_.addFrom(line, tFrom::folders);
   }
 
@@ -80,7 +81,9 @@ class tWatch : public tCommand {
   // A session of the description as it is now. What keeps it from being read is told once.
   std::optional<varmex::Session> open() {
     try {
-      std::optional<varmex::Session> session = installation_.open();
+      // Once what is in the way has been told, no notice tells it again.
+      std::optional<varmex::Session> session =
+          trouble_.empty() ? installation_.open() : varmex::Session();
       if (!trouble_.empty()) tell("The description can be read.", {{"event", "readable"}});
       trouble_.clear();
       return session;
@@ -105,7 +108,7 @@ class tWatch : public tCommand {
     const tJson before = std::exchange(known_, std::move(now));
     if (before.is_null()) return false;
     const std::vector<tChange> changes = compare(before, known_);
-    for (const tChange& change : changes) tell(visible(lineOf(change)), jsonOf(change));
+    for (const tChange& change : changes) tell(visible(lineOf(change, notation_)), jsonOf(change));
     return !changes.empty();
   }
 
@@ -139,6 +142,7 @@ class tWatch : public tCommand {
   tInstallation installation_;
   bool once_ = false;
   bool asJson_ = false;
+  tPciNotation notation_ = tPciNotation::decimal;
   std::optional<double> seconds_;
   std::optional<tClock::time_point> end_;
   std::string trouble_;  // why the description can't be read, as told

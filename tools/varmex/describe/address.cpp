@@ -33,15 +33,19 @@ tPciAddress parseAddress(const std::string& text) {
   const std::size_t colon = rest.rfind(':');
   const bool isHexadecimal = colon != std::string_view::npos;
   const int base = isHexadecimal ? 16 : 10;
-  if (isHexadecimal && rest.find(':') != colon) {
-    std::uint32_t domain = 0;  // one machine: the library knows no domains
-    if (!takeNumber(rest, ':', base, domain)) refuse(text);
-  }
+  std::uint32_t domain = 0;
+  const bool hasDomain = isHexadecimal && rest.find(':') != colon;
+  if (hasDomain && !takeNumber(rest, ':', base, domain)) refuse(text);
   tPciAddress address;
   const bool isRead = takeNumber(rest, isHexadecimal ? ':' : '.', base, address.bus) &&
                       takeNumber(rest, '.', base, address.device) &&
                       takeNumber(rest, '\0', base, address.function);
   if (!isRead) refuse(text);
+  if (domain != 0) {
+    throw CLI::ValidationError("PCI address", '"' + text +
+                                                  "\" is in another PCI domain than 0000, the only "
+                                                  "one of descriptions");
+  }
   return address;
 }
 

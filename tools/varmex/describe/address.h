@@ -19,8 +19,8 @@ struct tPciAddress {
 
 enum class tPciNotation { decimal, hexadecimal };
 
-// Reads either notation, the hexadecimal one with a domain in front or not. Throws
-// CLI::ValidationError for any other text.
+// Reads either notation, the hexadecimal one with domain 0000 in front or not: descriptions know no
+// other. Throws CLI::ValidationError for any other text.
 tPciAddress parseAddress(const std::string& text);
 
 std::string textOf(const tPciAddress& address, tPciNotation notation);

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <map>
 #include <optional>
+#include <sstream>
 
 #include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
@@ -365,7 +366,17 @@ class tComparison {
   std::map<std::string, bool> isNew_;
 };
 
-std::string orNone(const std::string& value) { return value.empty() ? "(none)" : value; }
+// What was there or is, in words.
+std::string wordsOf(const tChange& change, const std::string& value, tPciNotation notation) {
+  if (value.empty()) return "(none)";
+  if (change.attribute != kAddresses || value == kUnreadable) return value;
+  std::vector<std::string> addresses;
+  std::istringstream words(value);
+  for (std::string word; words >> word;) {
+    addresses.push_back(textOf(parseAddress(word), notation));
+  }
+  return joined(addresses, " ");
+}
 
 // "chassis 1, Orlindt ORX-1820", "slot 1/9", "bridge 1/2"; modules by what they are called.
 std::string placeInWords(const tChange& change, const std::string& place, const char* preposition) {
@@ -387,7 +398,7 @@ std::vector<tChange> compare(const tJson& before, const tJson& after) {
   return tComparison().run(before, after);
 }
 
-std::string lineOf(const tChange& change) {
+std::string lineOf(const tChange& change, tPciNotation notation) {
   switch (change.kind) {
     case tChange::isNew: return "new: " + placeInWords(change, change.after, "in");
     case tChange::isGone: return "gone: " + placeInWords(change, change.before, "from");
@@ -398,7 +409,7 @@ std::string lineOf(const tChange& change) {
     }
     default:
       return placeInWords(change, change.after, "in") + ": " + change.attribute + ' ' +
-             orNone(change.from) + " -> " + orNone(change.to);
+             wordsOf(change, change.from, notation) + " -> " + wordsOf(change, change.to, notation);
   }
 }
 

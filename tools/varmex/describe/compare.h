@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/varmex/describe/address.h"
 #include "tools/varmex/describe/json.h"
 
 namespace tool {
@@ -30,9 +31,9 @@ struct tChange {
 std::vector<tChange> compare(const tJson& before, const tJson& after);
 
 // In one line: "DMM ORX-4081 in slot 1/9: link width x4 -> x1", "DMM ORX-4081: slot 1/9 -> 1/11".
-std::string lineOf(const tChange& change);
+std::string lineOf(const tChange& change, tPciNotation notation);
 
-// The same for a program.
+// The same for a program, addresses in decimal.
 tJson jsonOf(const tChange& change);
 
 // By what changes can be told apart: "new", "gone", "moved", "changed", the items, and the

@@ -4,26 +4,44 @@
 #include <cstdio>
 #include <memory>
 
+#include "corpxiTools/fileSystem/fileStatus.h"
 #include "corpxiTools/fileSystem/inputFile.h"
 #include "corpxiTools/fileSystem/utils.h"
 #include "halden/internal/nativeFileLock.h"
+#include "tools/varmex/text/columns.h"
+#include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
 
 namespace {
+
+using tOpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+tOpenFile openFile(const std::string& path) {
+  return {varmex::openInputStream(path.c_str()), std::fclose};
+}
 
 // Whether another program holds the lock on the description, without waiting for it.
 bool isLockedElsewhere() {
   tStatusRecord status = varmex_makeStatus();
   const std::string path = varmex::getConfigurationPath(status);
   varmex_releaseStatus(&status);
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(varmex::openInputStream(path.c_str()),
-                                                             std::fclose);
+  const tOpenFile file = openFile(path);
   halden::tNativeFileLock lock;
   if (!file || !lock.attach(file.get())) return false;
   const halden::tLockAnswer answer = lock.tryLockShared();
   if (answer == halden::tLockAnswer::obtained) lock.unlock();
   return answer == halden::tLockAnswer::heldElsewhere;
+}
+
+// What the library waits for: the lock, or a file that is there and can't be opened.
+std::string obstacle() {
+  if (isLockedElsewhere()) return "another program holds the lock on the description";
+  for (const std::string& path : {varmex::getPxiSysPath(), varmex::getPxieSysPath()}) {
+    const bool isThere = varmex::queryFileStatus(path.c_str()) != varmex::kFileNotFound;
+    if (isThere && !openFile(path)) return withShownPaths(path) + " can't be opened";
+  }
+  return {};
 }
 
 }  // namespace
@@ -42,12 +60,11 @@ tLockNotice::~tLockNotice() {
 void tLockNotice::watch() {
   std::unique_lock<std::mutex> held(mutex_);
   if (ended_.wait_for(held, std::chrono::seconds(1), [this] { return isOver_; })) return;
-  if (!isLockedElsewhere()) return;
+  const std::string reason = obstacle();
+  if (reason.empty()) return;
   char time[16] = "";
   std::strftime(time, sizeof time, "%H:%M:%S", std::localtime(&since_));
-  std::fprintf(stderr,
-               "varmex: another program holds the lock on the description; waiting since %s, "
-               "for at most 10 s\n",
+  std::fprintf(stderr, "varmex: %s; waiting since %s, for at most 10 s\n", visible(reason).c_str(),
                time);
 }
 

@@ -9,7 +9,7 @@
 namespace tool {
 
 // Tells whoever waits why, when what goes on while it lives takes longer than a second because
-// another program holds the lock on the description.
+// another program holds the lock on the description or a file of it can't be opened.
 class tLockNotice {
  public:
   tLockNotice();

@@ -240,12 +240,12 @@ std::string failureText(const std::string& constant, std::int32_t code,
   return sentence + ' ' + nameOf(constant, code);
 }
 
-std::string noChassisText() {
+std::string noneText(const std::string& what) {
   const std::string pxiSys = varmex::getPxiSysPath();
   const std::string pxieSys = varmex::getPxieSysPath();
-  if (isThere(pxiSys) || isThere(pxieSys)) return "No chassis.\n";
-  return "No chassis: there is no description, neither " + told(pxiSys) + "\nnor " + told(pxieSys) +
-         ".\n  " + kNoFiles + '\n';
+  if (isThere(pxiSys) || isThere(pxieSys)) return "No " + what + ".\n";
+  return "No " + what + ": there is no description, neither " + told(pxiSys) + "\nnor " +
+         told(pxieSys) + ".\n  " + kNoFiles + '\n';
 }
 
 }  // namespace tool

@@ -19,8 +19,8 @@ class tNoDescription : public std::runtime_error {
   tNoDescription();
 };
 
-// Why there is nothing to show, in lines of its own.
-std::string noChassisText();
+// Why there is nothing to show of what is named, "chassis", in lines of its own.
+std::string noneText(const std::string& what);
 
 // What happened, as a sentence for people.
 std::string sentenceFor(const varmex::Error& error);

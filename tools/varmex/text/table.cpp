@@ -70,6 +70,12 @@ bool isWarning(const std::string& cell) {
   return cell.starts_with('!') || cell.ends_with(kReducedMark);
 }
 
+// A block of lines for a row, where there is no room for columns beside each other.
+void showBlock(const tRow& titles, const tRow& row, std::ostream& out) {
+  out << std::string(kMargin, ' ') << coloured(row.front(), tColour::heading) << '\n';
+  for (std::size_t n = 1; n < row.size(); ++n) showLine(titles[n].c_str(), row[n], out);
+}
+
 // A row takes as many lines as its longest cell.
 void showRow(const tRow& row, const tWidths& widths, bool isTitle, std::ostream& out) {
   std::vector<std::vector<std::string>> cells;
@@ -106,7 +112,13 @@ void showTable(const tRow& titles, const std::vector<tRow>& rows, std::ostream& 
     for (std::string& cell : row) cell = visible(cell);
   }
   tWidths widths = widthsOf(titles, shown);
-  if (const auto columns = outputColumns()) fit(widths, titles, shown, *columns);
+  if (const auto columns = outputColumns()) {
+    fit(widths, titles, shown, *columns);
+    if (widthOf(widths) > *columns) {
+      for (const tRow& row : shown) showBlock(titles, row, out);
+      return;
+    }
+  }
   showRow(titles, widths, true, out);
   for (const tRow& row : shown) showRow(row, widths, false, out);
 }
