@@ -60,8 +60,8 @@ expect 0 '^Way 1: bus 1 > bridge 1 > bus 2 > bridge 3 > bus 3$' triggers 1/2 SUP
 expect 0 'lines 0 to 7 reach from each to the other' triggers 1/7 1/9
 expect 0 '^Star trigger 1: 1/10 is the controller, 1/9 is line 7; this line joins the two\.$' triggers TIMING DMM
 expect 1 'two chassis, between which no trigger line runs' triggers 1/2 2/2
-expect 0 '^  1  pxiesys.ini:202  .Chassis1Slot9.  SlotType  "PXIePeripheralSlot"$' explain DMM SlotType
-expect 0 '^  1  pxisys.ini +.Chassis1Slot9.  absent$' explain 1/9 SlotType
+expect 0 '^  1  pxiesys.ini:202  .Chassis1Slot9. SlotType = "PXIePeripheralSlot"$' explain DMM SlotType
+expect 0 '^  1  pxisys.ini +.Chassis1Slot9. absent$' explain 1/9 SlotType
 expect 1 '^varmex: there is no module "x"$' explain x
 expect 2 'there is no x here, but ChassisNumber, ' explain 1/9 x
 expect 2 'neither 2 nor 2/5' explain 1/bridge/x

@@ -234,6 +234,29 @@ TRIGGERS = [
 ]
 
 
+# On simulated chassis: what is asked, the status, and a line of the answer.
+MADE = ["express:18", "classic:8", "express:8:2"]
+ON_MADE = [
+    (["find", "tessmere", "switch", "--pci", "hex"], 0, r"^  1/10 +09:00\.0 "),
+    (["find", "PXI0::7-0.0::INSTR"], 0, r"^  1/8 .*MODULE-1-8"), (["find", "0A40008D"], 0, r"^  3/2 "),
+    (["find", "module-4"], 1, r"no module fits"), (["find", "2/8"], 0, r"^  2/8 +25\.23\.0 "),
+    (["triggers", "1/2", "1/17"], 0, r"^Way 1: bus 1 > bridge 1 > bus 2 > bridge 3 > bus 3$"),
+    (["triggers", "MODULE-1-1", "MODULE-3-2"], 1, r"two chassis"),
+    (["triggers", "2/2", "2/7"], 0, r"^Star trigger 1: 2/2 is the controller, 2/7 is line 4; this line joins"),
+    (["triggers", "3/1", "3/8", "--all"], 0, r"^Both are on trigger bus 1"),
+    (["list", "--columns", "place,serial"], 0, r"^  3/2 +0A40008D$"),
+    (["explain", "2", "ChassisTriggerManagerLibrary"], 0, r"^  3  registry +.HKEY_.*PXISA.Services. absent$"),
+    (["explain", "MODULE-3-2", "DeviceModel"], 0, r"\[Chassis3Slot2\] Model = "),
+]
+
+
+def testMade():
+    with Root(MADE) as root:
+        for words, status, line in ON_MADE:
+            run = root.run(*words)
+            check(run.returncode == status and re.search(line, run.stdout + run.stderr, re.M), f"{words}: {run.stdout}{run.stderr}")
+
+
 def testTriggers():
     with Root() as root:
         def ask(origin, target, *arguments):
@@ -603,8 +626,23 @@ def testSaved():
             live, saved = root.run(*arguments), run(*arguments, "--from", file)
             shown = saved.stdout.replace(f"{file}:", str(root.folder))
             shown = re.sub(r"  saved +.*", "  description       current", shown)
+            shown = re.sub(r',\s+"saved": {[^}]*}', "", shown)
             timeless = [re.sub(r"\d\d:\d\d:\d\d UTC", "", text) for text in (live.stdout, shown)]
             check(live.returncode == saved.returncode and len(set(timeless)) == 1, f"{arguments} --from")
+        shown = json.loads(run("show", "--json", "--from", file).stdout)
+        conforms(shown, "installation", "show --json --from")
+        check(shown["machine"]["saved"] == {key: document[key] for key in ("taken", "host", "platform", "version")}, "when saved")
+        kept = shared / "kept.json"
+        kept.write_text("old")
+        kept.chmod(0o640)
+        (shared / "link.json").symlink_to(kept)
+        failed_save = subprocess.run(["bash", "-c", 'ulimit -f 1; trap "" XFSZ; exec "$@"', "-", *VARMEX, "save", kept],
+                                     env=environment, capture_output=True, text=True, timeout=DEADLINE)
+        check(failed_save.returncode == 1 and "can't write" in failed_save.stderr and kept.read_text() == "old",
+              f"save without room: {failed_save.stderr}")
+        check(run("save", shared / "link.json").returncode == 0 and (shared / "link.json").is_symlink(), "save through a link")
+        check(json.loads(kept.read_text()) and kept.stat().st_mode & 0o777 == 0o640, "the mode of what is replaced")
+        check(not list(shared.glob("*.new-*")), "nothing beside what is replaced")
         for arguments in (["watch"], ["save"]):
             check("takes folders" in run(*arguments, "--from", file).stderr, f"{arguments} of a file")
         for name in (shared / "nothing.json", ""):
@@ -637,7 +675,7 @@ def unpiped(number):
 
 
 # Windows has no other roots than its own, and no tree of files for the bus.
-ANYWHERE, ON_LINUX = (testDocuments, testBroken, testModules, testTriggers, testWatch), (testExplain, testFleet, testDiff, testLive, testSaved)
+ANYWHERE, ON_LINUX = (testDocuments, testBroken, testModules, testTriggers, testWatch), (testMade, testExplain, testFleet, testDiff, testLive, testSaved)
 for test in ANYWHERE if ON_WINDOWS else ANYWHERE + ON_LINUX:
     test()
 finish()

@@ -170,6 +170,8 @@ tCandidates attributes(const tWords& words) {
   tCandidates candidates;
   const auto add = [&](const tAttributes& those) {
     for (const tAttribute& attribute : those) {
+      const auto isSame = [&](const tCandidate& one) { return one.text == attribute.name; };
+      if (std::any_of(candidates.begin(), candidates.end(), isSame)) continue;
       candidates.push_back({attribute.name, attribute.unit ? attribute.unit : ""});
     }
   };

@@ -112,34 +112,30 @@ const char* wordOf(observed::tWhat what) {
   return "";
 }
 
-tJson jsonOf(const tReason& reason) {
-  return {{"code", reason.code},
-          {"constant", reason.constant},
-          {"detail", reason.detail},
-          {"sentence", reason.sentence}};
+// "[Chassis1Slot9] SlotType = "PXIePeripheralSlot"", as much of it as there is.
+std::string lookUpText(const tJson& reading) {
+  const std::string section = reading.value("section", "");
+  const std::string item = reading.value("item", "");
+  std::string text = joined({section.empty() ? "" : '[' + section + ']', item}, " ");
+  if (reading.contains("text")) return text + " = \"" + reading["text"].get<std::string>() + '"';
+  if (reading["isThere"]) return text;
+  return text + (item.empty() ? " " : ": ") +
+         (section.empty() ? "absent with its section" : "absent");
 }
 
-tRow rowOf(const tJson& reading) {
+// Files by their names alone, as findings have them.
+std::string positionText(const tJson& reading) {
   const std::string path = reading["file"].get<std::string>();
   const std::string file = path.substr(path.find_last_of("/\\") + 1);
-  const bool isThere = reading["isThere"];
-  const std::string section = reading.value("section", "");
-  const bool hasText = reading.contains("text");
-  return {reading.contains("line") ? file + ':' + reading["line"].dump() : file,
-          section.empty() ? "" : '[' + section + ']', reading.value("item", ""),
-          !isThere  ? section.empty() ? "absent with its section" : "absent"
-          : hasText ? '"' + reading["text"].get<std::string>() + '"'
-                    : "there"};
+  return reading.contains("line") ? file + ':' + reading["line"].dump() : file;
 }
 
 void showReadings(const tJson& readings) {
   std::vector<tRow> rows;
   for (const tJson& reading : readings) {
-    tRow row = rowOf(reading);
-    row.insert(row.begin(), std::to_string(rows.size() + 1));
-    rows.push_back(std::move(row));
+    rows.push_back({std::to_string(rows.size() + 1), positionText(reading), lookUpText(reading)});
   }
-  if (!rows.empty()) showTable({"", "File", "Section", "Item", "Text"}, rows, std::cout);
+  if (!rows.empty()) showTable({"", "Line", "Looked up"}, rows, std::cout);
 }
 
 // The map of devices was made of the slots of all chassis. For people the many that do not have the

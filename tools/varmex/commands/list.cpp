@@ -10,6 +10,7 @@
 #include "tools/varmex/saved/source.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/output.h"
+#include "tools/varmex/text/terminal.h"
 
 namespace tool {
 
@@ -121,8 +122,8 @@ tJson describeEach(const std::vector<std::string>& sources, bool isMany) {
   return all;
 }
 
-constexpr const char* kDefaultColumns[] = {"place", "address", "alias",   "vendor",
-                                           "model", "link",    "identity"};
+constexpr const char* kDefaultColumns[] = {"place", "address", "alias", "vendor", "model", "link"};
+constexpr std::size_t kColumnsOfIdentity = 100;  // a narrower output has no room for it
 constexpr const char* kDefaultCsvColumns[] = {
     "place",         "address",     "alias",     "vendor",  "model",  "width",
     "possibleWidth", "moduleWidth", "slotWidth", "reduced", "serial", "identity"};
@@ -180,6 +181,8 @@ class tList : public tCommand {
       keys.insert(keys.end(), std::begin(kDefaultCsvColumns), std::end(kDefaultCsvColumns));
     } else {
       keys.insert(keys.end(), std::begin(kDefaultColumns), std::end(kDefaultColumns));
+      const bool isWide = outputColumns().value_or(kColumnsOfIdentity) >= kColumnsOfIdentity;
+      keys.emplace_back(isWide ? "identity" : "serial");
     }
     return keys;
   }

@@ -166,7 +166,8 @@ class tShow : public tCommand {
     if (!session) return kFailed;
     if (asJson_) {
       tJsonWriter json;
-      return describe(*session, place, isWhyAsked_, json) == 0 ? kDone : kFailed;
+      return describe(*session, place, isWhyAsked_, json, installation_.saved()) == 0 ? kDone
+                                                                                      : kFailed;
     }
     tJson description = describe(*session, place);
     markFaults(description);

@@ -6,6 +6,7 @@
 #include "tools/varmex/describe/attributes.h"
 #include "tools/varmex/describe/listing.h"
 #include "tools/varmex/describe/reason.h"
+#include "tools/varmex/saved/savedFile.h"
 #include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
@@ -42,8 +43,9 @@ void tellUnits(tSink& sink) {
 
 class tDescriber {
  public:
-  tDescriber(const varmex::Session& session, bool isWhyAsked, tSink& sink)
-      : session_(session), isWhyAsked_(isWhyAsked), sink_(sink) {}
+  tDescriber(const varmex::Session& session, bool isWhyAsked, tSink& sink,
+             const tSavedInstallation* saved)
+      : session_(session), isWhyAsked_(isWhyAsked), sink_(sink), saved_(saved) {}
 
   std::size_t run(const tPlace& place) {
     std::optional<varmex::Chassis> chassis;
@@ -73,7 +75,17 @@ class tDescriber {
     tNotes failures;
     sink_.beginObject("machine");
     tellAttributes(session_, kSessionAttributes, failures);
+    if (saved_) tellOrigin();
     endItem(failures);
+  }
+
+  void tellOrigin() {
+    sink_.beginObject("saved");
+    sink_.text("taken", saved_->taken);
+    sink_.text("host", saved_->host);
+    sink_.text("platform", saved_->platform);
+    sink_.text("version", saved_->version);
+    sink_.endObject();
   }
 
   void tellAllChassis(tNotes& failures) {
@@ -249,6 +261,7 @@ class tDescriber {
   const varmex::Session& session_;
   bool isWhyAsked_;
   tSink& sink_;
+  const tSavedInstallation* saved_;  // null for any other
   tNotes absent_;
   std::size_t failureCount_ = 0;
   std::optional<tListing> listing_;
@@ -257,8 +270,8 @@ class tDescriber {
 }  // namespace
 
 std::size_t describe(const varmex::Session& session, const tPlace& place, bool isWhyAsked,
-                     tSink& sink) {
-  return tDescriber(session, isWhyAsked, sink).run(place);
+                     tSink& sink, const tSavedInstallation* saved) {
+  return tDescriber(session, isWhyAsked, sink, saved).run(place);
 }
 
 void describeUnreadable(const std::exception& failure, tSink& sink) {

@@ -15,13 +15,6 @@ namespace tool {
 
 namespace {
 
-tJson jsonOf(const tReason& reason) {
-  return {{"code", reason.code},
-          {"constant", reason.constant},
-          {"detail", reason.detail},
-          {"sentence", reason.sentence}};
-}
-
 class tModuleDescriber {
  public:
   explicit tModuleDescriber(const varmex::Session& session) : session_(session) {}

@@ -24,6 +24,13 @@ tReason reasonOf(const std::exception& exception) {
   return {0, "std::exception", exception.what(), exception.what()};
 }
 
+tJson jsonOf(const tReason& reason) {
+  return {{"code", reason.code},
+          {"constant", reason.constant},
+          {"detail", reason.detail},
+          {"sentence", reason.sentence}};
+}
+
 // The code for "not available" stands both for an item that is not there and for one that can't be
 // read; the text tells them apart.
 bool isAbsence(varmex::Status& status, const tAttribute& attribute) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tools/varmex/describe/attributes.h"
+#include "tools/varmex/describe/json.h"
 #include "varmex/varmex.hpp"
 
 namespace tool {
@@ -20,6 +21,8 @@ struct tReason {
 
 tReason reasonOf(const varmex::Error& error);
 tReason reasonOf(const std::exception& exception);
+
+tJson jsonOf(const tReason& reason);
 
 // Of a query that failed: whether the description says nothing about the attribute, or the item is
 // of another kind; anything else is a fault.

@@ -17,6 +17,10 @@ bool isThere(const std::string& path);
 // path when that can't be done.
 void makeFolder(const std::string& path);
 
+// Gives a file the name of another one of the same folder, in the place of that one if there is
+// one. False, with `errno` set, when that can't be done.
+bool renameOver(const std::filesystem::path& from, const std::filesystem::path& to);
+
 }  // namespace tool
 
 #endif

@@ -1,5 +1,6 @@
 #include "tools/varmex/text/files.h"
 
+#include <cstdio>
 #include <stdexcept>
 
 namespace tool {
@@ -15,6 +16,10 @@ void makeFolder(const std::string& path) {
   std::error_code error;
   std::filesystem::create_directories(path, error);
   if (error) throw std::runtime_error("can't make the folder " + path + ": " + error.message());
+}
+
+bool renameOver(const std::filesystem::path& from, const std::filesystem::path& to) {
+  return std::rename(from.c_str(), to.c_str()) == 0;
 }
 
 }  // namespace tool

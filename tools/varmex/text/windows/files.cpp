@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <cerrno>
 #include <stdexcept>
 
 #include "tools/varmex/text/windows/unicode.h"
@@ -47,6 +48,12 @@ void makeFolder(const std::string& path) {
   std::wstring folder = longPath(path);
   if (folder.ends_with(L'\\')) folder.pop_back();
   if (!makeWith(folder)) throw std::runtime_error("can't make the folder " + path);
+}
+
+bool renameOver(const std::filesystem::path& from, const std::filesystem::path& to) {
+  if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING)) return true;
+  errno = EACCES;  // another program has it open, or it is read-only
+  return false;
 }
 
 }  // namespace tool
