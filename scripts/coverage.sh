@@ -4,7 +4,7 @@
 source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" clang-14 libclang-rt-14-dev llvm-14 python3
 # The counters lie in files that are mapped, so that those of a child that ends at once count, too.
-flags='-O0 -fprofile-instr-generate -fcoverage-mapping -mllvm -runtime-counter-relocation'
+flags='-O0 -fprofile-instr-generate -fcoverage-mapping -mllvm -runtime-counter-relocation -Wno-unused-command-line-argument'
 programs=(build/coverage/bin/varmex_{outside,inside,injection}_tests)
 build_in build/coverage linux-clang -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_FLAGS="$flags" \
   -DCMAKE_CXX_FLAGS="$flags" "${programs[@]##*/}"

@@ -34,11 +34,11 @@ TEST_F(tBridge, mapsLines) {
   EXPECT_EQ(status_.code(), 0);
   number(item, varmex_u32_BridgeLineMapping2);
   EXPECT_TRUE(notFound("Section Chassis1LineMappingSpec2 item: PXI_TRIG2 not found"));
-  for (const auto& [line, destination] : {std::pair{"4", "-1"}, {"5", "9"}}) {
-    number(item, varmex_u32_BridgeLineMapping0 + (*line - '0'));
+  for (const auto& [line, destination] : {std::pair{4U, -1}, {5U, 9}}) {
+    number(item, varmex_u32_BridgeLineMapping0 + line);
     EXPECT_TRUE(failed(-380753, "varmex_errorInformationConflict",
-                       inDebug(std::string(R"({"attribute":"PXI_TRIG)") + line +
-                               R"(","destinationLine":)" + destination + "}")));
+                       inDebug(R"({"attribute":"PXI_TRIG)" + std::to_string(line) +
+                               R"(","destinationLine":)" + std::to_string(destination) + "}")));
   }
   try {
     number(item, varmex_u32_BridgeLineMapping6);

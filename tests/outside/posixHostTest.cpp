@@ -236,7 +236,7 @@ TEST_F(tHost, cancelledWaitersLeaveTheOthersWhole) {
 
 TEST_F(tHost, asksNotToBeCancelled) {
   describe(kOneChassis, "");
-  varmex_WaitResult result = 9;
+  std::atomic<varmex_WaitResult> result{9};
   std::thread protectedWaiter([&] {
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
     result = varmex_waitForSessionInvalidation(session_.get(), 0xFFFFFFFF, nullptr);
