@@ -1,5 +1,7 @@
 #include "source/varmex/library.h"
 
+#include <utility>
+
 #include "ostrel/quarks/failure.h"
 #include "source/varmex/errorCodes.h"
 
@@ -27,22 +29,20 @@ LibraryNotAvailableException::LibraryNotAvailableException(const char* path) {
   jsonAddString(writer.cursor, "path", path, writer.grow, writer.context);
 }
 
-tServiceLibrary::tServiceLibrary() : module_(loadDynamicLibrary(kServiceLibraryName)) {
-  tFixedStatus status;
-  if (!module_) reportMissing(status, OSTREL_HERE);
-  loaded_ = status.code >= 0;
-  if (!loaded_) throw LibraryNotAvailableException(kServiceLibraryName);
+tServiceLibrary::tServiceLibrary() : module_(loadDynamicLibrary(kServiceLibraryName)) {}
+
+void tServiceLibrary::requireLoaded() const {
+  if (!isLoaded()) throw LibraryNotAvailableException(kServiceLibraryName);
 }
 
 tFunctionAddress tServiceLibrary::findAddress(const char* name, tFixedStatus& status) const {
-  const tFunctionAddress address = loaded_ ? findFunction(module_, name) : nullptr;
+  const tFunctionAddress address = isLoaded() ? findFunction(module_, name) : nullptr;
   if (!address) reportMissing(status, OSTREL_HERE);
   return address;
 }
 
 void tServiceLibrary::release() {
-  if (loaded_) freeDynamicLibrary(module_);
-  loaded_ = false;
+  if (isLoaded()) freeDynamicLibrary(std::exchange(module_, nullptr));
 }
 
 }  // namespace varmex

@@ -29,11 +29,16 @@ class LibraryNotAvailableException : public virtual corerr::ExceptionBase,
 // One loading of the service library, for the length of one operation.
 class tServiceLibrary {
  public:
-  // Throws LibraryNotAvailableException.
   tServiceLibrary();
   tServiceLibrary(const tServiceLibrary&) = delete;
   tServiceLibrary& operator=(const tServiceLibrary&) = delete;
   ~tServiceLibrary() { release(); }
+
+  // False where there is none to be loaded, and once it is released.
+  bool isLoaded() const { return module_ != nullptr; }
+
+  // Throws LibraryNotAvailableException unless it is loaded.
+  void requireLoaded() const;
 
   // The library's function of that name. Null when there is none or the library was released, which
   // is reported to `status`.
@@ -48,7 +53,6 @@ class tServiceLibrary {
   tFunctionAddress findAddress(const char* name, tFixedStatus& status) const;
 
   void* module_;
-  bool loaded_;
 };
 
 }  // namespace varmex

@@ -1,10 +1,12 @@
 #include "source/varmex/nativeTriggerManager.h"
 
+#include <algorithm>
 #include <boost/algorithm/string/predicate.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "corpxiTools/fileSystem/registry.h"
+#include "corpxiTools/fileSystem/registryKey.h"
 #include "source/varmex/errorCodes.h"
 #include "source/varmex/serviceLibrary.h"
 
@@ -23,37 +25,23 @@ std::vector<std::string> splitTextList(const std::string& value) {
   return texts;
 }
 
-std::vector<std::string> readTextList(const char* keyPath, const char* name) {
+// Nothing where the registry has no such list.
+std::optional<std::vector<std::string>> readTextList(const char* keyPath, const char* name) {
   tRegistryKey key;
-  if (key.open(tRegistryRoot::localMachine, keyPath, tRegistryView::process) != 0) {
-    throw RegistryException(
-        "WARNING: RegOpenKeyEx failed (likely because the requested key does not exist).");
-  }
+  if (key.open(tRegistryRoot::localMachine, keyPath, tRegistryView::process) != 0) return {};
   std::uint32_t type = 0;
   std::uint32_t size = 0;
-  std::string value;
-  std::uint32_t error = key.queryValue(name, type, nullptr, size);
-  if (error == 0) {
-    value.resize(size);
-    error = key.queryValue(name, type, value.data(), size);
-  }
-  if (error != 0) {
-    throw RegistryException("WARNING: RegQueryValueEx could not retrieve requested value.");
-  }
-  if (type != kRegistryTextList) {
-    throw RegistryException("WARNING: RegQueryValueEx returned unexpected type.");
-  }
+  if (key.queryValue(name, type, nullptr, size) != 0) return {};
+  std::string value(size, '\0');
+  if (key.queryValue(name, type, value.data(), size) != 0) return {};
+  if (type != kRegistryTextList) return {};
   return splitTextList(value);
 }
 
 // Without the list no manager is known not to be native.
-bool isListedAsForeign(const std::string& identifier) {
-  try {
-    const auto foreign = readTextList("SOFTWARE\\Corvane\\COR-DUNMOR", "TriggerManagersNoForward");
-    return std::find(foreign.begin(), foreign.end(), identifier) != foreign.end();
-  } catch (const RegistryException&) {
-    return false;
-  }
+bool isListedAsForeign(const char* identifier) {
+  const auto foreign = readTextList("SOFTWARE\\Corvane\\COR-DUNMOR", "TriggerManagersNoForward");
+  return foreign && std::find(foreign->begin(), foreign->end(), identifier) != foreign->end();
 }
 
 tResult<bool> isNativeByList(const char* identifier) {

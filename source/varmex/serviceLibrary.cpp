@@ -47,6 +47,7 @@ class tServiceSession {
 
 void initializeServiceLibrary() {
   const tServiceLibrary library;
+  library.requireLoaded();
   const auto initialize = require<tInitialize>(library, "initPXIEx");
   tThrowingStatus<std::int32_t> status;
   initialize(-1, 0, status.get());
@@ -54,22 +55,19 @@ void initializeServiceLibrary() {
 
 std::int32_t getChassisTriggerManagerMode(const char* vendor, const char* model,
                                           const char* triggerManager) {
-  try {
-    const tServiceLibrary library;
-    tFixedStatus found;
-    const auto getMode = library.resolve<tGetTriggerManagerMode>(
-        "nCORPXIINIT100_getChassisTriggerManagerMode", found);
-    if (found.code < 0) return kModeFunctionMissing;
-    const tServiceSession session(library);
-    std::uint32_t mode = 0;
-    {
-      tThrowingStatus<tFixedStatus> status;
-      getMode(session.handle(), vendor, model, triggerManager, &mode, status.get());
-    }
-    return mode != 0 ? kModeOther : kModeZero;
-  } catch (const LibraryNotAvailableException&) {
-    return kServiceLibraryMissing;
+  const tServiceLibrary library;
+  if (!library.isLoaded()) return kServiceLibraryMissing;
+  tFixedStatus found;
+  const auto getMode = library.resolve<tGetTriggerManagerMode>(
+      "nCORPXIINIT100_getChassisTriggerManagerMode", found);
+  if (found.code < 0) return kModeFunctionMissing;
+  const tServiceSession session(library);
+  std::uint32_t mode = 0;
+  {
+    tThrowingStatus<tFixedStatus> status;
+    getMode(session.handle(), vendor, model, triggerManager, &mode, status.get());
   }
+  return mode != 0 ? kModeOther : kModeZero;
 }
 
 }  // namespace varmex

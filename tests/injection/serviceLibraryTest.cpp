@@ -9,8 +9,10 @@ namespace varmex {
 namespace {
 
 TEST(ServiceLibrary, tellsWhatIsMissing) {
+  const tServiceLibrary library;
+  EXPECT_FALSE(library.isLoaded());
   try {
-    const tServiceLibrary library;
+    library.requireLoaded();
     FAIL();
   } catch (const LibraryNotAvailableException& exception) {
     EXPECT_EQ(exception.record().code, -380766);
