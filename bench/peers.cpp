@@ -7,6 +7,7 @@
 #include <boost/property_tree/ini_parser.hpp>
 #include <boost/property_tree/ptree.hpp>
 #include <map>
+#include <utility>
 
 #include "corpxiTools/iniStore.h"
 
@@ -23,7 +24,11 @@ std::unique_ptr<iStore> loadStore(const char* path) {
 
 class tVarmexStore : public iStore {
  public:
-  bool load(const char* path) { return store_.load(path) >= 0; }
+  // As a session does it, which has asked whether the file is there.
+  bool load(const char* path) {
+    varmex::tIniText text;
+    return text.read(path, varmex::tLooked::yes) >= 0 && store_.load(std::move(text)) >= 0;
+  }
 
   std::string find(const std::string& section, const std::string& item) const override {
     const varmex::tIniItem* const found = store_.findItem(section, item);

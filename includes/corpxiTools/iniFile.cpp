@@ -121,8 +121,9 @@ bool isLoaded(int result) {
 
 }  // namespace
 
-bool readIniText(const std::string& path, tIniText& text, const tContentDigest* expected) {
-  return isLoaded(text.read(path.c_str(), expected));
+bool readIniText(const std::string& path, tIniText& text, tLooked looked,
+                 const tContentDigest* expected) {
+  return isLoaded(text.read(path.c_str(), looked, expected));
 }
 
 bool tIniFile::read(const std::string& path) { return isLoaded(store_.load(path.c_str())); }

@@ -15,7 +15,8 @@ namespace varmex::inline nCORPXITOOLS000 {
 
 // Reads a description file as tIniFile::read does, with the same failures, for a load later on that
 // may turn out to be needless.
-bool readIniText(const std::string& path, tIniText& text, const tContentDigest* expected);
+bool readIniText(const std::string& path, tIniText& text, tLooked looked,
+                 const tContentDigest* expected);
 
 using tNumbers = std::vector<std::uint32_t>;
 

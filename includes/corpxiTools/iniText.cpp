@@ -11,7 +11,7 @@ namespace varmex::inline nCORPXITOOLS000 {
 namespace {
 
 // What is read at once for the digest stays in the processor's cache.
-constexpr std::size_t kShare = 64 * tContentDigester::kBlock;
+constexpr std::size_t kShare = 16 * tContentDigester::kBlock;
 
 bool hasUnsupportedMark(std::string_view bytes) {
   using namespace std::string_view_literals;
@@ -21,11 +21,11 @@ bool hasUnsupportedMark(std::string_view bytes) {
 
 }  // namespace
 
-int tIniText::read(const char* path, const tContentDigest* expected) {
+int tIniText::read(const char* path, tLooked looked, const tContentDigest* expected) {
   clear();
   int result = kIniOutOfMemory;
   try {
-    result = readFile(path, expected);
+    result = readFile(path, looked, expected);
   } catch (const std::bad_alloc&) {
   }
   if (result >= 0 && hasUnsupportedMark(bytes())) result = kIniUnsupportedEncoding;
@@ -33,13 +33,13 @@ int tIniText::read(const char* path, const tContentDigest* expected) {
   return result;
 }
 
-int tIniText::readFile(const char* path, const tContentDigest* expected) {
-  tInputFile file(path);
+int tIniText::readFile(const char* path, tLooked looked, const tContentDigest* expected) {
+  tInputFile file(path, looked);
   if (!file.isOpen()) return kIniNotOpened;
   if (!expected || expected->size == 0 || file.sizeAtOpen() != expected->size)
     return readBytes(file);
   const int result = compare(file, *expected);
-  return result < 0 || isExpected_ ? result : readFile(path, nullptr);
+  return result < 0 || isExpected_ ? result : readFile(path, tLooked::no, nullptr);
 }
 
 int tIniText::readBytes(tInputFile& file) {

@@ -23,7 +23,8 @@ class tIniText {
   // Replaces the content by that of the file; on failure nothing is left. A file whose digest is as
   // expected, if anything is, is read once and not kept. One of the same size and another digest is
   // read again.
-  int read(const char* path, const tContentDigest* expected = nullptr);
+  int read(const char* path, tLooked looked = tLooked::no,
+           const tContentDigest* expected = nullptr);
 
   // Whether the content is the expected one. It has no bytes then, as has one that was never read.
   bool is(const tContentDigest& expected) const {
@@ -39,7 +40,7 @@ class tIniText {
   tFileBytes takeBytes();
 
  private:
-  int readFile(const char* path, const tContentDigest* expected);
+  int readFile(const char* path, tLooked looked, const tContentDigest* expected);
   int readBytes(tInputFile& file);
   int compare(tInputFile& file, const tContentDigest& expected);
   void clear();

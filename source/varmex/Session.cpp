@@ -2,9 +2,9 @@
 
 #include <boost/make_shared.hpp>
 #include <cstdio>
+#include <utility>
 
 #include "corpxiTools/fileSystem/inputFile.h"
-#include "corpxiTools/fileSystem/utils.h"
 #include "halden/internal/FileLockImpl.h"
 #include "ostrel/quarks/throwingStatus.h"
 #include "source/varmex/errorCodes.h"
@@ -34,9 +34,9 @@ class tHeldLock {
   halden::FileLockImpl& lock_;
 };
 
-bool existsOrThrow(const std::string& path) {
+bool existsOrThrow(const std::string& path, tLooked& looked) {
   tThrowingStatus<std::int32_t> status;
-  return fileExists(path, status);
+  return fileExists(path, status, &looked);
 }
 
 boost::shared_ptr<const halden::tFileTimeStamp> takeStamp(const std::string& path) {
@@ -48,10 +48,12 @@ boost::shared_ptr<const halden::tFileTimeStamp> takeStamp(const std::string& pat
 }
 
 void readFile(tIniText& text, const std::string& path, const tContentDigest* expected) {
-  if (!existsOrThrow(path)) return;
-  if (!retryFor10s([&] { return readIniText(path, text, expected); })) {
-    raiseInaccessible(path, OSTREL_HERE);
-  }
+  tLooked looked = tLooked::no;
+  if (!existsOrThrow(path, looked)) return;
+  // The first attempt alone goes by the look that was had just now.
+  const bool isRead = retryFor10s(
+      [&] { return readIniText(path, text, std::exchange(looked, tLooked::no), expected); });
+  if (!isRead) raiseInaccessible(path, OSTREL_HERE);
 }
 
 }  // namespace
@@ -73,13 +75,16 @@ void Session::findPaths() {
 }
 
 std::optional<tDescriptionTexts> Session::readTexts(const tDescriptionKey* expected) const {
-  return existsOrThrow(configurationPath_) ? readUnderLock(expected) : readFiles(expected);
+  tLooked looked = tLooked::no;
+  const bool hasLock = existsOrThrow(configurationPath_, looked);
+  return hasLock ? readUnderLock(looked, expected) : readFiles(expected);
 }
 
-std::optional<tDescriptionTexts> Session::readUnderLock(const tDescriptionKey* expected) const {
+std::optional<tDescriptionTexts> Session::readUnderLock(tLooked looked,
+                                                        const tDescriptionKey* expected) const {
   tFile file;
   const bool isOpen = retryFor10s([&] {
-    file.reset(openInputStream(configurationPath_.c_str()));
+    file.reset(openInputStream(configurationPath_.c_str(), std::exchange(looked, tLooked::no)));
     return file != nullptr;
   });
   if (!isOpen) raiseInaccessible(configurationPath_, OSTREL_HERE);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "corpxiTools/fileSystem/utils.h"
 #include "halden/tools/FileModificationTime.h"
 #include "ostrel/quarks/synchronization.h"
 #include "source/varmex/Item.h"
@@ -45,7 +46,8 @@ class Session : public Item {
 
   // Both files; nothing when they are what is expected, if anything is.
   std::optional<tDescriptionTexts> readTexts(const tDescriptionKey* expected) const;
-  std::optional<tDescriptionTexts> readUnderLock(const tDescriptionKey* expected) const;
+  std::optional<tDescriptionTexts> readUnderLock(tLooked looked,
+                                                 const tDescriptionKey* expected) const;
   std::optional<tDescriptionTexts> readFiles(const tDescriptionKey* expected) const;
 
   bool isCurrent() const;

@@ -58,8 +58,8 @@ std::int32_t getChassisTriggerManagerMode(const char* vendor, const char* model,
   const tServiceLibrary library;
   if (!library.isLoaded()) return kServiceLibraryMissing;
   tFixedStatus found;
-  const auto getMode = library.resolve<tGetTriggerManagerMode>(
-      "nCORPXIINIT100_getChassisTriggerManagerMode", found);
+  const auto getMode =
+      library.resolve<tGetTriggerManagerMode>("nCORPXIINIT100_getChassisTriggerManagerMode", found);
   if (found.code < 0) return kModeFunctionMissing;
   const tServiceSession session(library);
   std::uint32_t mode = 0;

@@ -68,25 +68,26 @@ TEST_F(tIni, readsATextThatIsOrIsNotAsExpected) {
   ASSERT_TRUE(tContentDigester::isReady());
   constexpr std::size_t kShare = 64 * 1024;
   for (const std::size_t size :
-       {std::size_t{1}, std::size_t{1023}, std::size_t{1024}, std::size_t{1025}, kShare - 1, kShare,
-        kShare + 1, 2 * kShare, std::size_t{150'000}}) {
+       {std::size_t{1}, std::size_t{127}, std::size_t{128}, std::size_t{129}, std::size_t{4095},
+        std::size_t{4096}, std::size_t{4097}, kShare - 1, kShare, kShare + 1, 2 * kShare,
+        std::size_t{150'000}}) {
     std::string text(size, 'x');
     for (std::size_t n = 0; n < size; n += 7) text[n] = static_cast<char>('a' + n % 26);
     std::ofstream(path_, std::ios::binary | std::ios::trunc) << text;
     tIniText read;
-    ASSERT_TRUE(readIniText(path_.string(), read, nullptr));
+    ASSERT_TRUE(readIniText(path_.string(), read, tLooked::no, nullptr));
     EXPECT_EQ(read.bytes(), text) << size;
     const tContentDigest digest = read.digest();
-    ASSERT_TRUE(readIniText(path_.string(), read, &digest));
+    ASSERT_TRUE(readIniText(path_.string(), read, tLooked::no, &digest));
     EXPECT_TRUE(read.is(digest)) << size;
     EXPECT_TRUE(read.bytes().empty()) << size;
-    for (const std::size_t place : {std::size_t{0}, std::size_t{31}, std::size_t{32},
-                                    std::size_t{1024}, kShare - 1, kShare, size - 1}) {
+    for (const std::size_t place : {std::size_t{0}, std::size_t{63}, std::size_t{64},
+                                    std::size_t{4096}, kShare - 1, kShare, size - 1}) {
       if (place >= size) continue;
       std::string other = text;
       other[place] = static_cast<char>(other[place] ^ 1);
       std::ofstream(path_, std::ios::binary | std::ios::trunc) << other;
-      ASSERT_TRUE(readIniText(path_.string(), read, &digest));
+      ASSERT_TRUE(readIniText(path_.string(), read, tLooked::no, &digest));
       EXPECT_FALSE(read.is(digest)) << size << ", " << place;
       EXPECT_EQ(read.bytes(), other) << size << ", " << place;
     }

@@ -7,12 +7,16 @@
 
 namespace varmex::inline nCORPXITOOLS000 {
 
+// Whether the caller has found a regular file at a path just now, so that none needs to be looked
+// for again.
+enum class tLooked : bool { no, yes };
+
 // A regular file that is read from front to back, byte for byte and without a buffer in between.
 // What is no regular file can't be opened: nobody waits for it, and nothing is read from it. After
 // a failure `errno` tells why.
 class tInputFile {
  public:
-  explicit tInputFile(const char* path);
+  explicit tInputFile(const char* path, tLooked looked = tLooked::no);
   tInputFile(const tInputFile&) = delete;
   tInputFile& operator=(const tInputFile&) = delete;
   ~tInputFile();
@@ -37,7 +41,7 @@ class tInputFile {
 
 // A stream on a regular file, for reading, which no child process inherits; null when it can't be
 // opened.
-std::FILE* openInputStream(const char* path);
+std::FILE* openInputStream(const char* path, tLooked looked = tLooked::no);
 
 }  // namespace varmex::inline nCORPXITOOLS000
 

@@ -27,8 +27,9 @@ std::string getConfigurationPath(tStatusRecord& status) {
   return getPxiSaFolder(status) + "configuration.ini";
 }
 
-bool fileExists(const std::string& path, std::int32_t& status) {
-  const std::int32_t code = queryFileStatus(path.c_str());
+bool fileExists(const std::string& path, std::int32_t& status, tLooked* looked) {
+  const auto [code, isRegular] = queryFileStatus(path.c_str());
+  if (looked) *looked = isRegular ? tLooked::yes : tLooked::no;
   if (code == 0) return status >= 0;
   if (code == kFileNotFound) return false;
   if (replacesStatus(status, code)) status = code;

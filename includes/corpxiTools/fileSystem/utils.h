@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "corpxiTools/fileSystem/inputFile.h"
 #include "varmex/status.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
@@ -20,8 +21,9 @@ std::string getPxiSaFolder(tStatusRecord& status);
 std::string getConfigurationPath(tStatusRecord& status);
 
 // False for a file that is not there and for one that could not be asked about; the latter sets a
-// plain code: -50207 access denied, -52005 invalid path, -50202 anything else.
-bool fileExists(const std::string& path, std::int32_t& status);
+// plain code: -50207 access denied, -52005 invalid path, -50202 anything else. `looked` learns, if
+// it is given, whether the file may be opened without another look.
+bool fileExists(const std::string& path, std::int32_t& status, tLooked* looked = nullptr);
 
 }  // namespace varmex::inline nCORPXITOOLS000
 

@@ -49,27 +49,32 @@ bool drawKeys() {
 // makes no difference to its chances, but must be the same for all.
 constexpr std::size_t kApart = 8;
 
+// A block is hashed in steps of as many words. The last one of a content may have fewer steps.
+constexpr std::size_t kStepWords = 4 * kApart;
+constexpr std::size_t kStep = kStepWords * sizeof(std::uint32_t);
+
 struct tBlockHash {
   std::uint64_t halves[2];
 };
 
-__m128i multiplyPairs(const char* left, const char* right, const std::uint32_t* key) {
-  const auto sum = [](const char* bytes, const std::uint32_t* words) {
-    return _mm_add_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)),
-                         _mm_load_si128(reinterpret_cast<const __m128i*>(words)));
+__m128i multiplyPairs(__m128i left, __m128i right, const std::uint32_t* key) {
+  const auto wordsAt = [](const std::uint32_t* words) {
+    return _mm_load_si128(reinterpret_cast<const __m128i*>(words));
   };
-  const __m128i a = sum(left, key);
-  const __m128i b = sum(right, key + kApart);
+  const __m128i a = _mm_add_epi32(left, wordsAt(key));
+  const __m128i b = _mm_add_epi32(right, wordsAt(key + kApart));
   return _mm_add_epi64(_mm_mul_epu32(a, b),
                        _mm_mul_epu32(_mm_srli_epi64(a, 32), _mm_srli_epi64(b, 32)));
 }
 
-tBlockHash hashBlock(const char* block) {
+tBlockHash hashBlock(const char* block, std::size_t words) {
   __m128i sums[2] = {_mm_setzero_si128(), _mm_setzero_si128()};
-  for (std::size_t word = 0; word < kWords; word += 2 * kApart) {
+  for (std::size_t word = 0; word < words; word += 2 * kApart) {
     for (std::size_t lane = word; lane < word + kApart; lane += 4) {
-      const char* const left = block + lane * sizeof(std::uint32_t);
-      const char* const right = left + kApart * sizeof(std::uint32_t);
+      const auto* const bytes =
+          reinterpret_cast<const __m128i*>(block + lane * sizeof(std::uint32_t));
+      const __m128i left = _mm_loadu_si128(bytes);
+      const __m128i right = _mm_loadu_si128(bytes + kApart / 4);
       sums[0] = _mm_add_epi64(sums[0], multiplyPairs(left, right, keys[0].words + lane));
       sums[1] = _mm_add_epi64(sums[1], multiplyPairs(left, right, keys[1].words + lane));
     }
@@ -83,23 +88,32 @@ tBlockHash hashBlock(const char* block) {
   return hash;
 }
 
-[[gnu::target("avx2")]] inline __m256i multiplyPairsAvx2(const char* block,
+[[gnu::target("avx2")]] inline __m256i multiplyPairsAvx2(__m256i left, __m256i right,
                                                          const std::uint32_t* key) {
-  const __m256i* const bytes = reinterpret_cast<const __m256i*>(block);
   const __m256i* const words = reinterpret_cast<const __m256i*>(key);
-  const __m256i a = _mm256_add_epi32(_mm256_loadu_si256(bytes), _mm256_load_si256(words));
-  const __m256i b = _mm256_add_epi32(_mm256_loadu_si256(bytes + 1), _mm256_load_si256(words + 1));
+  const __m256i a = _mm256_add_epi32(left, _mm256_load_si256(words));
+  const __m256i b = _mm256_add_epi32(right, _mm256_load_si256(words + 1));
   return _mm256_add_epi64(_mm256_mul_epu32(a, b),
                           _mm256_mul_epu32(_mm256_srli_epi64(a, 32), _mm256_srli_epi64(b, 32)));
 }
 
+[[gnu::target("avx2")]] inline void addPairsAvx2(__m256i (&sums)[2], const char* block,
+                                                 std::size_t word) {
+  const auto* const bytes = reinterpret_cast<const __m256i*>(block + word * sizeof(std::uint32_t));
+  __m256i left = _mm256_loadu_si256(bytes);
+  __m256i right = _mm256_loadu_si256(bytes + 1);
+  // Compilers would load them again for the other half.
+  asm("" : "+x"(left), "+x"(right));
+  sums[0] = _mm256_add_epi64(sums[0], multiplyPairsAvx2(left, right, keys[0].words + word));
+  sums[1] = _mm256_add_epi64(sums[1], multiplyPairsAvx2(left, right, keys[1].words + word));
+}
+
 // The same in half the steps.
-[[gnu::target("avx2")]] tBlockHash hashBlockAvx2(const char* block) {
+[[gnu::target("avx2")]] tBlockHash hashBlockAvx2(const char* block, std::size_t words) {
   __m256i sums[2] = {_mm256_setzero_si256(), _mm256_setzero_si256()};
-  for (std::size_t word = 0; word < kWords; word += 2 * kApart) {
-    const char* const place = block + word * sizeof(std::uint32_t);
-    sums[0] = _mm256_add_epi64(sums[0], multiplyPairsAvx2(place, keys[0].words + word));
-    sums[1] = _mm256_add_epi64(sums[1], multiplyPairsAvx2(place, keys[1].words + word));
+  for (std::size_t word = 0; word < words; word += kStepWords) {
+    addPairsAvx2(sums, block, word);
+    addPairsAvx2(sums, block, word + kStepWords / 2);
   }
   tBlockHash hash{};
   for (std::size_t half = 0; half < 2; ++half) {
@@ -110,8 +124,8 @@ tBlockHash hashBlock(const char* block) {
   return hash;
 }
 
-tBlockHash hashBlockHere(const char* block) {
-  return __builtin_cpu_supports("avx2") ? hashBlockAvx2(block) : hashBlock(block);
+tBlockHash hashBlockHere(const char* block, std::size_t words) {
+  return __builtin_cpu_supports("avx2") ? hashBlockAvx2(block, words) : hashBlock(block, words);
 }
 
 __extension__ using tWide = unsigned __int128;
@@ -131,15 +145,18 @@ bool tContentDigester::isReady() {
 
 void tContentDigester::add(std::string_view part) {
   digest_.size += part.size();
-  for (; part.size() >= kBlock; part.remove_prefix(kBlock)) addBlock(part.data());
+  for (; part.size() >= kBlock; part.remove_prefix(kBlock)) addBlock(part.data(), kBlock);
   if (part.empty()) return;
-  char last[kBlock] = {};
+  // The size tells a content apart from one that has the zeros of its own.
+  char last[kBlock];
+  const std::size_t size = (part.size() + kStep - 1) / kStep * kStep;
   std::memcpy(last, part.data(), part.size());
-  addBlock(last);
+  std::memset(last + part.size(), 0, size - part.size());
+  addBlock(last, size);
 }
 
-void tContentDigester::addBlock(const char* block) {
-  const tBlockHash hash = hashBlockHere(block);
+void tContentDigester::addBlock(const char* block, std::size_t size) {
+  const tBlockHash hash = hashBlockHere(block, size / sizeof(std::uint32_t));
   for (std::size_t half = 0; half < 2; ++half) {
     const tHalfKey& key = keys[half];
     const std::uint64_t word = hash.halves[half];

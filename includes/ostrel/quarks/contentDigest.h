@@ -23,7 +23,7 @@ struct tContentDigest {
 class tContentDigester {
  public:
   // Every part but the last is a multiple of this.
-  static constexpr std::size_t kBlock = 1024;
+  static constexpr std::size_t kBlock = 4096;
 
   // False where the key could not be drawn, or is just being drawn by another thread: there are no
   // digests to be had then.
@@ -33,7 +33,7 @@ class tContentDigester {
   tContentDigest digest() const { return digest_; }
 
  private:
-  void addBlock(const char* block);
+  void addBlock(const char* block, std::size_t size);
 
   tContentDigest digest_;
 };

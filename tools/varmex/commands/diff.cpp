@@ -31,7 +31,7 @@ std::string nameOf(const std::string& path) {
 
 tJson describeNow() {
   const auto isMissing = [](const std::string& path) {
-    return varmex::queryFileStatus(path.c_str()) == varmex::kFileNotFound;
+    return varmex::queryFileStatus(path.c_str()).code == varmex::kFileNotFound;
   };
   if (isMissing(varmex::getPxiSysPath()) && isMissing(varmex::getPxieSysPath())) {
     throw tNoDescription();

@@ -38,7 +38,7 @@ bool isLockedElsewhere() {
 std::string obstacle() {
   if (isLockedElsewhere()) return "another program holds the lock on the description";
   for (const std::string& path : {varmex::getPxiSysPath(), varmex::getPxieSysPath()}) {
-    const bool isThere = varmex::queryFileStatus(path.c_str()) != varmex::kFileNotFound;
+    const bool isThere = varmex::queryFileStatus(path.c_str()).code != varmex::kFileNotFound;
     if (isThere && !openFile(path)) return withShownPaths(path) + " can't be opened";
   }
   return {};

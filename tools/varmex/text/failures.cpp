@@ -176,7 +176,7 @@ std::string deniedPaths() {
                                configurationPath()};
   std::string denied;
   for (const std::string& path : paths) {
-    if (varmex::queryFileStatus(path.c_str()) != varmex::kFileAccessDenied) continue;
+    if (varmex::queryFileStatus(path.c_str()).code != varmex::kFileAccessDenied) continue;
     denied += (denied.empty() ? "" : " and ") + path;
   }
   return denied.empty() ? paths[0] + ", " + paths[1] + " or " + paths[2] : denied;

@@ -36,8 +36,8 @@ bool isRegular(const struct stat& status) {
 // The look ahead of the open is for devices that do something as soon as they are opened, and for
 // the writer that waits at a pipe; the look behind it, whose answer the caller gets, for what took
 // the file's place in between.
-int openRegularFile(const char* path, struct stat& status) {
-  if (stat(path, &status) != 0 || !isRegular(status)) return -1;
+int openRegularFile(const char* path, tLooked looked, struct stat& status) {
+  if (looked == tLooked::no && (stat(path, &status) != 0 || !isRegular(status))) return -1;
   const int descriptor = openUninterrupted(path);
   if (descriptor < 0) return -1;
   if (fstat(descriptor, &status) == 0 && isRegular(status)) return descriptor;
@@ -51,9 +51,9 @@ std::uint64_t sizeOf(const struct stat& status) {
 
 }  // namespace
 
-tInputFile::tInputFile(const char* path) {
+tInputFile::tInputFile(const char* path, tLooked looked) {
   struct stat status {};
-  descriptor_ = openRegularFile(path, status);
+  descriptor_ = openRegularFile(path, looked, status);
   if (isOpen()) sizeAtOpen_ = sizeOf(status);
 }
 
@@ -81,9 +81,9 @@ std::int64_t tInputFile::read(char* buffer, std::size_t size) {
   return static_cast<std::int64_t>(total);
 }
 
-std::FILE* openInputStream(const char* path) {
+std::FILE* openInputStream(const char* path, tLooked looked) {
   struct stat status {};
-  const int descriptor = openRegularFile(path, status);
+  const int descriptor = openRegularFile(path, looked, status);
   if (descriptor < 0) return nullptr;
   std::FILE* const stream = fdopen(descriptor, "r");
   if (!stream) closeKeepingError(descriptor);

@@ -4,11 +4,10 @@
 
 namespace varmex::inline nCORPXITOOLS000 {
 
-// Not by the C library, which takes denied access for a file that is not there.
-std::int32_t queryFileStatus(const char* path) {
-  WIN32_FILE_ATTRIBUTE_DATA answer{};
-  if (GetFileAttributesExA(path, GetFileExInfoStandard, &answer)) return 0;
-  switch (GetLastError()) {
+namespace {
+
+std::int32_t codeOf(DWORD error) {
+  switch (error) {
     case ERROR_FILE_NOT_FOUND:
     case ERROR_PATH_NOT_FOUND: return kFileNotFound;
     case ERROR_ACCESS_DENIED: return kFileAccessDenied;
@@ -16,6 +15,17 @@ std::int32_t queryFileStatus(const char* path) {
     case ERROR_INVALID_NAME: return kFilePathInvalid;
     default: return kFileStatusFault;
   }
+}
+
+}  // namespace
+
+// Not by the C library, which takes denied access for a file that is not there.
+tFileStatus queryFileStatus(const char* path) {
+  WIN32_FILE_ATTRIBUTE_DATA answer{};
+  if (!GetFileAttributesExA(path, GetFileExInfoStandard, &answer)) {
+    return {codeOf(GetLastError()), false};
+  }
+  return {0, true};
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000

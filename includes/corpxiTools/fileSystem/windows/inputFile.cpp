@@ -7,7 +7,7 @@
 
 namespace varmex::inline nCORPXITOOLS000 {
 
-tInputFile::tInputFile(const char* path)
+tInputFile::tInputFile(const char* path, tLooked)
     : descriptor_(_open(path, _O_RDONLY | _O_BINARY | _O_NOINHERIT)) {
   if (isOpen()) sizeAtOpen_ = size();
 }
@@ -37,6 +37,6 @@ std::int64_t tInputFile::read(char* buffer, std::size_t size) {
   return static_cast<std::int64_t>(total);
 }
 
-std::FILE* openInputStream(const char* path) { return std::fopen(path, "rN"); }
+std::FILE* openInputStream(const char* path, tLooked) { return std::fopen(path, "rN"); }
 
 }  // namespace varmex::inline nCORPXITOOLS000
