@@ -9,7 +9,7 @@ source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" git pkg-config python3 libbenchmark-dev libsimpleini-dev libinih-dev \
   libglib2.0-dev rapidjson-dev libsimdjson-dev
 
-time_for_rounds=400 # seconds
+time_for_all=450 # seconds
 results=build/bench/results
 programs=build/bench/bin
 
@@ -49,20 +49,20 @@ if [ $# -gt 0 ]; then
   exec "$programs/varmex_bench" "$@"
 fi
 
+started=$SECONDS
 "$programs/varmex_bench_check"
 rm -rf $results && mkdir -p $results
 "$programs/varmex_bench_memory" >"$results/values.txt"
 "$programs/varmex_bench_latency" >>"$results/values.txt"
 python3 bench/pythonWalk.py build/bench >>"$results/values.txt"
-started=$SECONDS
 round=0
 last=0 # what the last round took
-while [ $((SECONDS - started + last)) -lt $time_for_rounds ]; do
+while [ $((SECONDS - started + last)) -lt $time_for_all ]; do
   filter=$(python3 bench/report.py --unsettled $results)
   [ -n "$filter" ] || break
   round=$((round + 1))
   last=$SECONDS
-  if ! run_round $round "$filter" $((time_for_rounds - SECONDS + started)); then
+  if ! run_round $round "$filter" $((time_for_all - SECONDS + started)); then
     echo "Round $round was broken off, and counts for nothing; $results/output.txt tells how far it came."
     rm -f "$results/round-$round.json"
     break
