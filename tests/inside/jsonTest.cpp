@@ -29,16 +29,18 @@ class tBuffer {
 
 TEST(JsonWriter, addsAtEitherEnd) {
   tBuffer object("{ }", 200);
-  char* cursor = jsonAddString(object.end(), "a", "x\ty\"\\\x1F\x7F\xC3\xA4");
+  char* cursor = jsonAddString(object.end(), "a", "x\b\t\n\f\ry\"\\\x1F\x7F\xC3\xA4");
   cursor = jsonAddI32(cursor, "b", -2147483647 - 1);
   cursor = jsonAddU32(cursor, nullptr, 4294967295U);
   cursor = jsonAddU64(cursor, "d\n", 18446744073709551615U);
   cursor = jsonAddObject(cursor, "e");
   jsonAddRaw(cursor - 1, "f", "[1]");
   jsonAddU32(object.front(), "z", 1);
-  EXPECT_EQ(object.text(),
-            "{\"z\":1, \"a\":\"x\\ty\\\"\\\\\\u001f\\u007f\xC3\xA4\",\"b\":-2147483648,4294967295,"
-            "\"d\\n\":18446744073709551615,\"e\":{\"f\":[1]}}");
+  EXPECT_EQ(
+      object.text(),
+      "{\"z\":1, "
+      "\"a\":\"x\\b\\t\\n\\f\\ry\\\"\\\\\\u001f\\u007f\xC3\xA4\",\"b\":-2147483648,4294967295,"
+      "\"d\\n\":18446744073709551615,\"e\":{\"f\":[1]}}");
   EXPECT_EQ(object.last(), 'J');
   tBuffer array("[]", 64);
   jsonAddU32(jsonAddU32(array.front(), nullptr, 1), nullptr, 2);

@@ -132,6 +132,8 @@ TEST_F(tTriggerManager, theListDecidesWhereTheServiceLibraryCannot) {
   };
   EXPECT_EQ(isManagerNative("A\\T"), 1U) << "without the key";
   EXPECT_EQ(service.takeCalls(), "<load><unload>");
+  machine_.setRegistryText(kKey, "Another", "");
+  EXPECT_EQ(isManagerNative("A\\T"), 1U) << "without the value";
   machine_.setRegistryValue(kKey, kValue, kTextList, "B\0A\\T\0\0"s);
   EXPECT_EQ(isManagerNative("A\\T"), 0U);
   EXPECT_EQ(isManagerNative("B"), 0U);
