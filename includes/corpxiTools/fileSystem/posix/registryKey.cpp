@@ -92,15 +92,21 @@ std::uint32_t tRegistryKey::open(tRegistryRoot root, const std::string& subkey,
     path += '\\' + withoutRepeatedBackslashes(subkeyInView(root, subkey, view));
   }
   while (path.ends_with('\\')) path.pop_back();
+  // Statements of their own leave the code without an observer the same to the instruction.
   if (const std::uint32_t error = readRegistry(native->text)) {
-    return observeKey(nullptr, root, subkey, view, error);
+    observeKey(nullptr, root, subkey, view, error);
+    return error;
   }
   const auto key = native->text ? native->text->findKey(path) : std::nullopt;
   // The roots are always there.
-  if (!key && !subkey.empty()) return observeKey(nullptr, root, subkey, view, ENOENT);
+  if (!key && !subkey.empty()) {
+    observeKey(nullptr, root, subkey, view, ENOENT);
+    return ENOENT;
+  }
   if (key) native->key = *key;
   native_ = std::move(native);
-  return observeKey(native_.get(), root, subkey, view, 0);
+  observeKey(native_.get(), root, subkey, view, 0);
+  return 0;
 }
 
 bool tRegistryKey::isOpen() const { return native_ != nullptr; }
@@ -129,8 +135,9 @@ std::uint32_t tRegistryKey::enumKey(std::uint32_t index, char* name, std::uint32
     if (const std::uint32_t error = readRegistry(listed)) return error;
     if (listed) subkeys = listed->subkeys(native_->path);
   }
-  if (index >= subkeys.size()) return ENOENT;
-  return observeSubkey(native_.get(), name, copyName(subkeys[index], name, nameSize));
+  const std::uint32_t error =
+      index < subkeys.size() ? copyName(subkeys[index], name, nameSize) : ENOENT;
+  return observeSubkey(native_.get(), name, error);
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000
