@@ -40,14 +40,6 @@ tSubject deviceAt(const tPciAddress& address) {
           tDeviceAddress{0, address.bus, address.device, address.function}, kDeviceAttributes};
 }
 
-std::optional<tPciAddress> addressIn(const std::string& text) {
-  try {
-    return parseAddress(text);
-  } catch (const CLI::ValidationError&) {
-    return std::nullopt;
-  }
-}
-
 // A slot, and the first PCI function of the module that is anchored in it.
 tSubjects slotAndModule(const varmex::Session& session, std::uint32_t chassis, std::uint32_t slot) {
   const std::string text = placeText(chassis, slot);

@@ -24,10 +24,7 @@ std::string lowered(std::string text) {
 class tWord {
  public:
   explicit tWord(const std::string& text) : text_(lowered(text)) {
-    try {
-      address_ = textOf(parseAddress(text), tPciNotation::decimal);
-    } catch (const CLI::ValidationError&) {
-    }
+    if (const auto address = addressIn(text)) address_ = textOf(*address, tPciNotation::decimal);
   }
 
   bool fits(const tJson& module) const {

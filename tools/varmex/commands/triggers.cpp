@@ -113,17 +113,11 @@ class tTriggers : public tCommand {
       const tPlace place = parsePlace(text);
       if (place.slot) return session.chassis(*place.chassis).slot(*place.slot);
     }
-    const auto module = session.findModule(inLibrarysNotation(text));
+    const auto address = addressIn(text);
+    const auto module =
+        session.findModule(address ? textOf(*address, tPciNotation::decimal) : text);
     if (!module) throw std::runtime_error("there is no module \"" + text + '"');
     return session.chassis(module->chassisNumber).slot(module->slotNumber);
-  }
-
-  static std::string inLibrarysNotation(const std::string& text) {
-    try {
-      return textOf(parseAddress(text), tPciNotation::decimal);
-    } catch (const CLI::ValidationError&) {
-      return text;
-    }
   }
 
   tInstallation installation_;

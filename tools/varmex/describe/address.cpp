@@ -49,6 +49,14 @@ tPciAddress parseAddress(const std::string& text) {
   return address;
 }
 
+std::optional<tPciAddress> addressIn(const std::string& text) {
+  try {
+    return parseAddress(text);
+  } catch (const CLI::ValidationError&) {
+    return std::nullopt;
+  }
+}
+
 std::string textOf(const tPciAddress& address, tPciNotation notation) {
   char text[40];
   const char* const form = notation == tPciNotation::decimal ? "%u.%u.%u" : "%02x:%02x.%x";

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace tool {
@@ -22,6 +23,9 @@ enum class tPciNotation { decimal, hexadecimal };
 // Reads either notation, the hexadecimal one with domain 0000 in front or not: descriptions know no
 // other. Throws CLI::ValidationError for any other text.
 tPciAddress parseAddress(const std::string& text);
+
+// The same of a text that may be something else.
+std::optional<tPciAddress> addressIn(const std::string& text);
 
 std::string textOf(const tPciAddress& address, tPciNotation notation);
 

@@ -23,10 +23,7 @@ tOpenFile openFile(const std::string& path) {
 
 // Whether another program holds the lock on the description, without waiting for it.
 bool isLockedElsewhere() {
-  tStatusRecord status = varmex_makeStatus();
-  const std::string path = varmex::getConfigurationPath(status);
-  varmex_releaseStatus(&status);
-  const tOpenFile file = openFile(path);
+  const tOpenFile file = openFile(configurationPath());
   halden::tNativeFileLock lock;
   if (!file || !lock.attach(file.get())) return false;
   const halden::tLockAnswer answer = lock.tryLockShared();

@@ -14,6 +14,7 @@
 #include "tools/varmex/machine/thisMachine.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/moment.h"
+#include "tools/varmex/text/shownPaths.h"
 #include "varmex/varmex.hpp"
 
 namespace tool {
@@ -21,13 +22,6 @@ namespace tool {
 namespace {
 
 constexpr std::size_t kMostChassisFileBytes = std::size_t{1} << 20;
-
-std::string configurationPath() {
-  tStatusRecord status = varmex_makeStatus();
-  std::string path = varmex::getConfigurationPath(status);
-  varmex_releaseStatus(&status);
-  return path;
-}
 
 // As long as it lives, nobody writes the description who takes the lock for it. Without the file
 // there is no lock.

@@ -32,13 +32,6 @@ tFields fieldsOf(const varmex::Error& error) {
   return fields;
 }
 
-std::string configurationPath() {
-  tStatusRecord status = varmex_makeStatus();
-  std::string path = varmex::getConfigurationPath(status);
-  varmex_releaseStatus(&status);
-  return path;
-}
-
 // What the library says no with, in words. Of the rows with an error's code the first one counts
 // whose key its text has; names in braces stand for what that has under them.
 struct tWords {

@@ -1,5 +1,8 @@
 #include "tools/varmex/text/shownPaths.h"
 
+#include "corpxiTools/fileSystem/utils.h"
+#include "varmex/varmex.h"
+
 namespace tool {
 
 namespace {
@@ -21,6 +24,13 @@ std::string withShownPaths(std::string text) {
     at += shown.name.size();
   }
   return text;
+}
+
+std::string configurationPath() {
+  tStatusRecord status = varmex_makeStatus();
+  std::string path = varmex::getConfigurationPath(status);
+  varmex_releaseStatus(&status);
+  return path;
 }
 
 }  // namespace tool

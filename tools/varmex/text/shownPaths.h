@@ -12,6 +12,9 @@ void showPathsBelow(const std::string& root, const std::string& name);
 // A text with its paths as they are told.
 std::string withShownPaths(std::string text);
 
+// The file whose lock keeps readers of the description and its writers apart.
+std::string configurationPath();
+
 }  // namespace tool
 
 #endif
