@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # compilers.sh [RELEASE COMPILER]... : builds the library, the command and the inside tests in a fresh
-# system of that release of Debian with its compiler and its packages of Boost and GoogleTest, and runs
-# the tests. Without arguments: with GCC and Clang from the oldest to the newest of Debian stable. Takes
-# root. The systems are kept in build/.
+# system of that release of Debian with its compiler and its packages of Boost (bookworm's is 1.74, the
+# oldest that will do) and GoogleTest, and runs the tests. Without arguments: with GCC and Clang from the
+# oldest to the newest of Debian stable. Takes root. The systems are kept in build/.
 source "$(dirname "$0")/common.sh"
 install debootstrap
 [ $# -gt 0 ] || set -- bookworm g++-12 bookworm clang++-14 trixie g++-14 trixie clang++-19
@@ -33,4 +33,6 @@ while [ $# -gt 0 ]; do
   run_in "$system" cmake --build "/srv/build-$compiler" --target varmex_tool varmex_inside_tests -- --quiet
   run_in "$system" "/srv/build-$compiler/bin/varmex_inside_tests" --gtest_brief=1
   run_in "$system" env VARMEX_FSROOT=/srv/varmex/samples "/srv/build-$compiler/bin/varmex" show >/dev/null
+  boost=$(sed -n 's/#define BOOST_LIB_VERSION "\(.*\)"/\1/p' "$system/usr/include/boost/version.hpp")
+  echo "$release: $compiler, Boost ${boost//_/.}"
 done

@@ -63,7 +63,7 @@ start 'linux: install' tests/installTest.sh build/linux
 scripts/packages.sh
 start 'packages' tests/packageTest.sh build/packages
 
-build linux-asan
+build linux-asan varmex_tool varmex_outside_tests varmex_inside_tests varmex_injection_tests
 VARMEX_TEST_ROUNDS=500 suites linux-asan
 start 'linux-asan: hostile' tests/hostileTest.sh build/linux-asan/bin/varmex
 

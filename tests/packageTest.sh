@@ -42,7 +42,8 @@ dpkgInside() {
 used() {
   inside env VARMEX_FSROOT=/srv/samples varmex show | grep '^Chassis 3: Havrel' &&
     inside env VARMEX_FSROOT=/srv/samples python3 -c '
-import varmex
+import importlib.metadata, varmex
+assert importlib.metadata.version("varmex").startswith("19.")
 with varmex.Session() as session: print([chassis.number for chassis in session.chassis])' |
     grep -qxF '[1, 2, 3]' &&
     [ "$(inside readlink -f /usr/lib/x86_64-linux-gnu/libvarmex.so.19)" = \
@@ -57,6 +58,17 @@ developed() {
     cp "$work/examples/listDevices" "$root/srv" &&
     inside env VARMEX_FSROOT=/srv/samples /srv/listDevices | grep '^PXI1Slot2 ' &&
     [ -s "$(PKG_CONFIG_PATH=$root/usr/lib/x86_64-linux-gnu/pkgconfig pkg-config --variable=schema varmex)" ]
+}
+
+# The pages of the documents have each other and their pictures beside them.
+linked() {
+  local documents=$root/usr/share/doc/libvarmex-dev page target result=0
+  for page in "$documents"/*.md; do
+    while read -r target; do
+      [ -e "$documents/$target" ] || { echo "$page refers to $target" && result=1; }
+    done < <(grep -oE '\]\([^)#:]+' "$page" | cut -c3-)
+  done
+  return "$result"
 }
 
 # The packages of a next version, which has another file behind the library's name.
@@ -90,6 +102,7 @@ inFreshSystem() {
   try 'installing' dpkgInside -i "${debs[@]}"
   try 'using' used "$version"
   try 'developing' developed
+  try 'the documents' linked
   try 'the next version' makeNext "${debs[@]}"
   try 'upgrading' dpkgInside -i "$work"/next/*.deb
   try 'using what was upgraded' used "$next"

@@ -11,7 +11,7 @@ namespace {
 
 using tCancellation = tModel;
 
-constexpr const char* kDescription =
+constexpr const char* kCancelledDescription =
     "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=2\n"
     "TriggerManager=T\nTriggerBusList=\"\"\n"
     "[Chassis1Slot2]\nSlotType=PXIeHybridSlot\nAddressInfo=PXI0::5-0.0::INSTR\n";
@@ -33,7 +33,7 @@ bool endsCancelled(const std::function<void()>& work) {
 TEST_F(tCancellation, comesBehindTheFunction) {
   machine_.writeConfiguration();
   machine_.setRegistryText("SOFTWARE\\PXISA\\Services\\Trigger Managers\\T", "Library", "t.so");
-  describe("", kDescription);
+  describe("", kCancelledDescription);
   const tItem rack = chassis(1);
   const tItem second = slot(1, 2);
   varmex_Item* opened = nullptr;

@@ -11,7 +11,7 @@ namespace {
 
 using tStatusRules = tModel;
 
-bool refuse(tStatusRecord*, std::uint32_t) { return false; }
+bool refuseRoom(tStatusRecord*, std::uint32_t) { return false; }
 
 // Managers of a caller's own. Each gives exactly what it says, so that whoever goes beyond is seen.
 bool provide(tStatusRecord* record, std::uint32_t capacity, std::uint32_t size) {
@@ -105,7 +105,7 @@ TEST_F(tStatusRules, aTextHasItsForm) {
 
 TEST_F(tStatusRules, recordsWithoutRoomCarryTheCode) {
   describe("", "");
-  for (auto reallocate : {refuse, claimRoom, static_cast<decltype(&refuse)>(nullptr)}) {
+  for (auto reallocate : {refuseRoom, claimRoom, static_cast<decltype(&refuseRoom)>(nullptr)}) {
     tStatusRecord record{0, 0, reallocate, nullptr};
     EXPECT_EQ(varmex_getU32Attribute(session_.get(), 1, &record), 0U);
     EXPECT_EQ(record.code, -380756);
@@ -154,7 +154,7 @@ TEST_F(tStatusRules, aTextThatIsNoneIsReplaced) {
   describe("", "");
   char buffer[400];
   std::memset(buffer, 'z', sizeof buffer);
-  tStatusRecord record{0, sizeof buffer, refuse, buffer};
+  tStatusRecord record{0, sizeof buffer, refuseRoom, buffer};
   EXPECT_EQ(varmex_getU32Attribute(session_.get(), 1, &record), 0U);
   EXPECT_EQ(record.code, -380756);
   buffer[sizeof buffer - 1] = '\0';
