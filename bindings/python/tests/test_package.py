@@ -241,6 +241,7 @@ def test_pictures_come_from_the_command(root, monkeypatch):
     with varmex.Session() as session:
         closed = session.chassis[2]
     assert closed._repr_svg_() is None
+    monkeypatch.setenv("SOURCE_DATE_EPOCH", "1000000000")  # pictures tell the second they were made
     with varmex.Session() as session:
         drawn = subprocess.run(["varmex", "draw", "2", "-o", "-"], capture_output=True, text=True)
         assert "<svg" in drawn.stdout and session.chassis[2]._repr_svg_() == drawn.stdout
@@ -267,10 +268,19 @@ library = runpy.run_path(str(package / "_library.py"))
 print(*library["candidates"](), sep="\\n")
 os.environ["VARMEX_LIBRARY"] = "D:/own.dll"
 print(*library["candidates"](), sep="\\n")
+def fail(name):
+    raise OSError("No module. Try another path.")
+ctypes.CDLL = fail
+try:
+    library["load"]()
+except ImportError as error:
+    print(error)
 """
     shutil.copy(Path(varmex.__file__).parent / "_library.py", tmp_path)
     monkeypatch.delenv("VARMEX_LIBRARY", raising=False)
     assert run_python(program, tmp_path).splitlines() == [
         str((str(tmp_path / "varmex.dll"), "the package")),
         str(("C:/on/the/path/varmex.dll", "the system")),
-        str(("D:/own.dll", "VARMEX_LIBRARY"))]
+        str(("D:/own.dll", "VARMEX_LIBRARY")),
+        "the varmex library was not found. Tried: D:/own.dll (VARMEX_LIBRARY): No module. Try another "
+        "path. Put the folder of varmex.dll on PATH, or let VARMEX_LIBRARY name the library's file."]

@@ -7,7 +7,8 @@ from ctypes.util import find_library
 from pathlib import Path
 from typing import Iterator, List, Tuple
 
-FILE = "varmex.dll" if sys.platform == "win32" else "libvarmex.so.19"
+FILE, REMEDY = (("varmex.dll", "Put the folder of varmex.dll on PATH") if sys.platform == "win32"
+                else ("libvarmex.so.19", "Install the package libvarmex19"))
 
 
 def candidates() -> Iterator[Tuple[str, str]]:
@@ -31,8 +32,8 @@ def load() -> ctypes.CDLL:
         try:
             return ctypes.CDLL(name)
         except OSError as error:
-            failures.append(f"{name} ({source}): {error}")
+            failures.append(f"{name} ({source}): {error}".rstrip("."))
     raise ImportError(
         "the varmex library was not found. Tried: " + "; ".join(failures)
-        + ". Install the package libvarmex19, or let VARMEX_LIBRARY name the library's file."
+        + f". {REMEDY}, or let VARMEX_LIBRARY name the library's file."
     )
