@@ -359,6 +359,7 @@ def begin(root, *watches):
 
 # A place, an attribute, and all that is looked up for it, in order: file, line, section or key, item, text.
 MANAGERS = r"HKEY_LOCAL_MACHINE\SOFTWARE\PXISA\Services"
+BUS_NAMES = r"HKEY_LOCAL_MACHINE\SOFTWARE\Corvane\COR-VARMEX (32-bit view)"
 EXPLAINED = [
     ("1/7", "SlotType", ["pxiesys.ini:177 Chassis1Slot7 SlotType PXIeHybridSlot"]),
     ("DMM", "varmex_u32_SlotType", ["pxiesys.ini:202 Chassis1Slot9 SlotType PXIePeripheralSlot"]),
@@ -368,6 +369,16 @@ EXPLAINED = [
     ("1/bridge/1", "BridgeSourceTriggerBus",
      ["pxisys.ini:25 Chassis1TriggerBridge1", "pxiesys.ini:66 Chassis1TriggerBridge1",
       "pxisys.ini:26 Chassis1TriggerBridge1 SourceTriggerBus 1"]),
+    ("1/2", "TriggerBusNumber",
+     ["pxiesys.ini:7 Chassis1", "pxiesys.ini:12 Chassis1 TriggerBusList 1,2,3",
+      "pxiesys.ini:19 Chassis1TriggerBus1", "pxiesys.ini:20 Chassis1TriggerBus1 SlotList 1,2,3,4,5,6",
+      "pxiesys.ini:22 Chassis1TriggerBus2", "pxiesys.ini:23 Chassis1TriggerBus2 SlotList 7,8,9,10,11,12",
+      "pxiesys.ini:25 Chassis1TriggerBus3", "pxiesys.ini:26 Chassis1TriggerBus3 SlotList 13,14,15,16,17,18",
+      "pxisys.ini:7 Chassis1", "pxiesys.ini:7 Chassis1",
+      *(f"{file}.ini:{item}" for item in ("8 Chassis1 Vendor Orlindt Instruments, Inc.", "9 Chassis1 Model ORX-1820")
+        for file in ("pxisys", "pxiesys")),
+      "pxiesys.ini:13 Chassis1 SerialNumber 0A41F27C", f"registry {BUS_NAMES}",
+      f"registry {BUS_NAMES} PXITrigUseStableBusNameFormat 1"]),
     ("3", "ChassisTriggerManagerLibrary",
      [r"pxisys.ini:155 Chassis3 TriggerManager Havrel\Bus Manager", "pxiesys.ini absent TriggerManager",
       f"registry {MANAGERS}", rf"registry {MANAGERS}\Trigger Managers", rf"registry {MANAGERS}\Trigger Managers\Havrel",
@@ -622,7 +633,8 @@ def testSaved():
         check([f["content"] for f in document["chassisDescriptionFiles"]] == [["[X]\n", "\n"]], "chassis files")
         # Every command answers the same of the folder and of the file.
         for arguments in (["show"], ["show", "--json", "--why"], ["show", "1/10"], ["check"], ["draw", "-o", "-"],
-                          ["terminals", "5.0.0"], ["route", "5.0.0", "PXI_Trig3"], ["show", "9"]):
+                          ["terminals", "5.0.0"], ["route", "5.0.0", "PXI_Trig3"], ["show", "9"], ["find", "dmm"],
+                          ["list"], ["triggers", "1/2", "SUPPLY"], ["explain", "3"], ["explain", "DMM"]):
             live, saved = root.run(*arguments), run(*arguments, "--from", file)
             shown = saved.stdout.replace(f"{file}:", str(root.folder))
             shown = re.sub(r"  saved +.*", "  description       current", shown)
