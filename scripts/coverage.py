@@ -19,8 +19,11 @@ for file in json.load(sys.stdin)["data"][0]["files"]:
         if has_count and not is_gap:
             for number in range(line, there[0] + (there[1] > 1)):
                 lines[name, number] = max(lines.get((name, number), 0), count)
+    source = open(name).read().splitlines()
     # A template has a set of branches for each of its uses.
-    for line, column, _, _, is_true, is_false, *_ in file["branches"]:
+    for line, column, _, end, is_true, is_false, *_ in file["branches"]:
+        if source[line - 1][column - 1:end - 1] == "true":  # of a loop that ends otherwise
+            continue
         ways[name, line, column, TRUE_WAY] += is_true
         ways[name, line, column, FALSE_WAY] += is_false
 

@@ -256,7 +256,8 @@ TEST_F(tHost, endsWhileThreadsWait) {
   const pid_t child = fork();
   if (child == 0) {
     alarm(120);
-    for (int n = 0; n < 3; ++n) (new tWaiter(session_))->leave();
+    static tWaiter* waiters[3];  // for as long as the process lives
+    for (tWaiter*& waiter : waiters) (waiter = new tWaiter(session_))->leave();
     settle();
     machine_.writePxieSys("x");
     std::exit(0);

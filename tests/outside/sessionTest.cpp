@@ -52,8 +52,19 @@ TEST_F(tSession, checksHandles) {
   describe(kOneChassis, "");
   const tItem item = chassis(4);
   ASSERT_TRUE(item) << status_.text();
-  EXPECT_EQ(varmex_getU32Attribute(nullptr, 0, status_), 0U);
-  EXPECT_TRUE(failed(-380752, "varmex_errorInvalidHandle"));
+  const tDeviceAddress address{};
+  const std::function<void()> calls[] = {
+      [&] { EXPECT_EQ(varmex_getU32Attribute(nullptr, 0, status_), 0U); },
+      [&] { EXPECT_FALSE(varmex_openSlotByNumber(nullptr, 1, status_)); },
+      [&] { EXPECT_FALSE(varmex_openDeviceByAddr(nullptr, &address, status_)); },
+      [&] { EXPECT_FALSE(varmex_openContainingItem(nullptr, 1, status_)); },
+      [&] { EXPECT_FALSE(varmex_duplicate(nullptr, status_)); },
+      [&] { EXPECT_FALSE(varmex_getItemContainer(nullptr, 1, status_)); },
+      [&] { EXPECT_EQ(varmex_ItemIterator_begin(nullptr, status_), 0U); }};
+  for (const auto& call : calls) {
+    call();
+    EXPECT_TRUE(failed(-380752, "varmex_errorInvalidHandle"));
+  }
   EXPECT_FALSE(varmex_openChassisByNumber(item.get(), 4, status_));
   EXPECT_TRUE(failed(-380752, "varmex_errorInvalidHandle"));
   EXPECT_FALSE(varmex_openSlotByNumber(session_.get(), 1, status_));

@@ -40,8 +40,19 @@ TEST_F(tSlot, typesOfTheExpressFile) {
   number(ofType("pxi-1slot"), varmex_u32_SlotType);
   EXPECT_TRUE(failed(-380757, "varmex_errorInformationNotAvailable",
                      inDebug(R"({"bad_slot_type":"pxi-1slot"})")));
-  number(express("Other=1\n"), varmex_u32_SlotType);
-  EXPECT_TRUE(notFound("Section Chassis1Slot5 item: SlotType not found"));
+  // What depends on the type is refused as it is.
+  const tItem untyped = express("LocalBusLeft=Slot1\nPeripheralSlotLinkWidth1=8\n");
+  for (const std::uint32_t attribute :
+       {varmex_u32_SlotType, varmex_u32_PeripheralSlotLinkWidth1, varmex_u32_SystemSlotLinkOrigin1,
+        varmex_u32_SystemSlotLinkCount, varmex_u32_PCISlotPathRootBus}) {
+    number(untyped, attribute);
+    EXPECT_TRUE(notFound("Section Chassis1Slot5 item: SlotType not found")) << attribute;
+  }
+  for (const std::uint32_t attribute : {varmex_str_PCISlotPath, varmex_str_LocalBusLeft,
+                                        varmex_str_LocalBusRight, varmex_str_SystemSlotVendor}) {
+    EXPECT_EQ(text(untyped, attribute), "<null>");
+    EXPECT_TRUE(notFound("Section Chassis1Slot5 item: SlotType not found")) << attribute;
+  }
 }
 
 TEST_F(tSlot, typesOfTheClassicFile) {
