@@ -235,8 +235,10 @@ def report(everything, halves):
             print(f"  {goal.title:64} {ratio:8.3f} {apart:>6}  "
                   f"{verdict(ratio, goal.must, 'kept', 'MISSED'):14} "
                   f"{verdict(ratio, goal.aim, 'reached', 'not reached')}".rstrip())
-    print("\nGoals: " + ", ".join(f"{count} {what}" for what, count in goals_of.items()))
-    return goals_of["not measured"] == 0
+    all_goals, unmeasured = sum(goals_of.values()), goals_of["not measured"]
+    print(f"\nGoals kept: {goals_of['kept']} of {all_goals}"
+          + (f", {unmeasured} not measured" if unmeasured else ""))
+    return unmeasured == 0
 
 
 def unsettled(folder, halves):
