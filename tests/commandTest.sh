@@ -135,12 +135,14 @@ done
 rm -r "$VARMEX_FSROOT"
 
 # finds PATTERN FILE SED-SCRIPT : what the check says of a sample with this change in a file.
-finds() {
-  local pattern=$1 file=$2
+finds() { checked 1 "$@"; }
+passes() { checked 0 '^No findings\.$' "$@"; }
+checked() {
+  local status=$1 pattern=$2 file=$3
   VARMEX_FSROOT=$(mktemp -d)
   cp -r "$here"/samples/* "$VARMEX_FSROOT"
-  sed -i "$3" "$VARMEX_FSROOT/etc/pxi/$file"
-  expect 1 "$pattern" check
+  sed -i "$4" "$VARMEX_FSROOT/etc/pxi/$file"
+  expect "$status" "$pattern" check
   rm -r "$VARMEX_FSROOT"
 }
 VARMEX_FSROOT=$here/samples
@@ -184,6 +186,22 @@ finds '^pxisys.ini:.* repeated-item: .System. ChassisList' pxisys.ini '5s/$/\nCh
 finds 'missing-item: .Chassis1. SlotList' pxisys.ini '0,/^SlotList/{/^SlotList/d}'
 finds 'bad-number: .Chassis1Slot5. PCIBusNumber' pxisys.ini '68s/=.*/= z/'
 finds 'slot-covered-twice: .Chassis1Slot3. Perip' pxiesys.ini '150s/$/\nAddressInfo = PXI0::99-0.0::INSTR/'
+# Addresses and lists: what the library takes as it is, and where it stops.
+passes pxisys.ini '68s/=.*/= None/'
+passes pxisys.ini '69s/=.*/= None/'
+passes pxisys.ini 's/^\[System\]/[PXI System]/'
+passes pxiesys.ini 's/PXI0::5-0.1/PXI0::255-0.7/'
+passes pxisys.ini '176s/=.*/= 81/;177s/=.*/= 15/'
+finds 'no PCI address has these numbers: 256\.0\.7' pxiesys.ini 's/PXI0::5-0.1/PXI0::256-0.7/'
+finds 'no PCI address has these numbers: 5\.32\.0' pxiesys.ini 's/PXI0::5-0.1/PXI0::5-32.0/'
+finds 'no PCI address has these numbers: 5\.0\.8' pxiesys.ini 's/;PXI0::5-0.1/+PXI0::5-0.8/'
+finds 'no address of a device: "PXI0::5-0.1"' pxiesys.ini 's/\(PXI0::5-0.1\)::INSTR/\1/'
+finds 'bad-list: .PXI System. ChassisList' pxisys.ini 's/^\[System\]/[PXI System]/;5s/=.*/= x/'
+finds '^1 finding\.$' pxisys.ini '5s/=.*/= x/'
+finds 'missing-section: .System. ChassisList' pxisys.ini '5s/=.*/= "1,3,9"/'
+finds '^1 finding\.$' pxisys.ini '$a [Chassis1Slot30Function0]'
+finds 'missing-item: .Chassis9. ' pxisys.ini '$a [Chassis9]'
+finds 'answers: chassis 9, slots fails' pxisys.ini '$a [Chassis9]\nSlotList = x'
 VARMEX_FSROOT=$(mktemp -d)
 expect 2 'There is no description, neither .*pxisys.ini nor .*pxiesys.ini' check
 expect 2 'VARMEX_FSROOT names another root' check

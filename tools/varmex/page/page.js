@@ -454,8 +454,9 @@
   const compare = new Intl.Collator("en", { numeric: true }).compare;
   const order = { column: 0, direction: 1 };
 
-  // Lists break behind a comma.
-  const cellParts = (cell) => cell.split(/(?<=,)/).flatMap((part) => [part, make("wbr")]);
+  // Lists break behind a comma, and names nowhere unless they are long.
+  const cellParts = (cell) => cell.split(/(?<=,)/).flatMap((part) =>
+    [/^\S{1,40}$/.test(part) ? make("span", { class: "whole" }, part) : part, make("wbr")]);
   const moduleRow = ({ place, cells }) => make("tr", {}, ...cells.map((cell, n) => make("td", {},
     ...(n === 0 && place ? [make("a", { href: `#${place}` }, place)] : cellParts(cell)))));
 
@@ -531,9 +532,7 @@
   // ---- Search ----
 
   const kMostHits = 20;
-  const search = byId("search");
-  const hits = byId("hits");
-
+  const [search, hits] = [byId("search"), byId("hits")];
   let index = null;
   const searchIndex = () => (index ??= moduleData().rows.map(({ place, cells, find }) => ({
     place, label: cells.slice(0, 5).filter(Boolean).join("  "), text: ` ${find.toLowerCase()}`,
