@@ -246,6 +246,7 @@ ON_MADE = [
     (["triggers", "3/1", "3/8", "--all"], 0, r"^Both are on trigger bus 1"),
     (["list", "--columns", "place,serial"], 0, r"^  3/2 +0A40008D$"),
     (["explain", "2", "ChassisTriggerManagerLibrary"], 0, r"^  3  registry +.HKEY_.*PXISA.Services. absent$"),
+    (["explain", "18.29.0", "DeviceNumber"], 0, r"\[Chassis2Slot2Function0\] PCIDeviceNumber = "),
     (["explain", "MODULE-3-2", "DeviceModel"], 0, r"\[Chassis3Slot2\] Model = "),
 ]
 

@@ -134,10 +134,14 @@ void showReadings(const tJson& readings) {
 // device are left out.
 void showMap(const tJson& readings, const std::string& section) {
   tJson own = tJson::array();
-  std::copy_if(readings.begin(), readings.end(), std::back_inserter(own),
-               [&](const tJson& one) { return one.value("section", "") == section; });
+  std::copy_if(readings.begin(), readings.end(), std::back_inserter(own), [&](const tJson& one) {
+    const std::string name = one.value("section", "");
+    if (!name.starts_with(section)) return false;
+    const char behind = name[section.size()];  // a digit where it is another slot's
+    return behind < '0' || behind > '9';
+  });
   std::cout << "  It was found among all devices of both files, which took " << readings.size()
-            << " look-ups (--json);\n  those of its own section are\n";
+            << " look-ups (--json);\n  those of its own slot are\n";
   showReadings(own);
 }
 
