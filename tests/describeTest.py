@@ -427,6 +427,9 @@ def testExplain():
         check(len(map_of) > 100 and found["section"] == "Chassis1Slot2", "the map of devices")
         missing = root.run("explain", "1/99", "SlotType")
         check(missing.returncode == 1 and "Chassis1Slot99" in missing.stdout, f"explain 1/99: {missing.stdout}")
+        root.edit(E, r"^SerialNumber[^\n]*", "")
+        refused = root.run("explain", "1").stdout
+        check("[Chassis1] has no SerialNumber" in refused and "[Chassis1] SerialNumber: absent" in refused, f"explain 1: {refused}")
 
 
 def testWatch():

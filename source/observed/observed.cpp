@@ -213,20 +213,22 @@ struct tItem::tModel {
   tOpened item;
 };
 
-// Devices are found in a map that loading makes, which for other items counts for nothing.
-tItem::tItem(const tPlace& place, tReadings& into, tStatusRecord& status)
-    : model_(varmex::callInsideBoundary(&status, OSTREL_HERE, [&]() -> tResult<tModel*> {
-        const tObservation observation(into);
-        auto model = std::make_unique<tModel>();
-        if (!std::holds_alternative<tDeviceAddress>(place)) into.clear();
-        auto item = std::visit(tOpener{model->session}, place);
-        nameFiles(into, model->session.description());
-        if (!item) return item.refusal();
-        model->item = std::move(*item);
-        return model.release();
-      })) {}
+// Devices are found in a map that loading makes, which for other items counts for nothing. A
+// refusal refers to texts of the description, so the session outlives its telling.
+tItem::tItem(const tPlace& place, tReadings& into, tStatusRecord& status) {
+  varmex::callInsideBoundary(&status, OSTREL_HERE, [&]() -> tResult<bool> {
+    const tObservation observation(into);
+    model_ = std::make_unique<tModel>();
+    if (!std::holds_alternative<tDeviceAddress>(place)) into.clear();
+    auto item = std::visit(tOpener{model_->session}, place);
+    nameFiles(into, model_->session.description());
+    if (!item) return item.refusal();
+    model_->item = std::move(*item);
+    return true;
+  });
+}
 
-tItem::~tItem() { delete model_; }
+tItem::~tItem() = default;
 
 std::optional<tValue> tItem::ask(std::uint32_t attribute, bool isText, tReadings& into,
                                  tStatusRecord& status) const {

@@ -2,6 +2,7 @@
 #define SOURCE_OBSERVED_OBSERVED_H
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
@@ -61,7 +62,7 @@ class tItem {
 
  private:
   struct tModel;
-  tModel* model_;  // null when it can't be opened
+  std::unique_ptr<tModel> model_;
 };
 
 }  // namespace observed
