@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds Debian's packages and the library alone (the preset linux) twice: in build/, where what has not
-# changed stays, and from nothing in folders of other names, at another time, with another time zone
+# changed of the packages stays, and from nothing in folders of other names, at another time, with another time zone
 # and umask, the library outside of its sources. Each pair must be the same, byte for byte.
 source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" debhelper dh-python dpkg-dev
@@ -15,7 +15,8 @@ same() {
 }
 
 scripts/packages.sh
-build linux varmex
+rm -rf build/reproducible # of other objects than a cache's
+build_in build/reproducible linux -DVARMEX_TESTS=OFF varmex
 again=$work/again/elsewhere
 (
   umask 077
@@ -26,5 +27,5 @@ again=$work/again/elsewhere
   cmake --build "$work/library" --target varmex -- --quiet
 )
 for package in build/packages/*.deb; do same "$package" "$again/$(basename "$package")"; done
-same build/linux/lib/libvarmex.so.19 "$work/library/lib/libvarmex.so.19"
+same build/reproducible/lib/libvarmex.so.19 "$work/library/lib/libvarmex.so.19"
 exit "$result"
