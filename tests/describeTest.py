@@ -107,6 +107,8 @@ BROKEN = [
      ["/C1 opening"], r"/C1[/ ]"),
     ("a bridge without a line map", [(I, r"^LineMappingSpec[^\n]*", "")],
      ["/C1/T1 opening"], r"/C1/T1 "),
+    ("a line map that no file has", [(I, r"^LineMappingSpec = [^\n]*", "LineMappingSpec = 99")],
+     [f"/C1/T1 BridgeLineMapping{line}" for line in range(8)], None),
     ("a bridge without a section", [(I, r"^(TriggerBridgeList = \"1,2,3,4)", r"\1,9")],
      ["/C1/T9 opening"], None),
     ("a bridge to no number, beside a missing slot",
@@ -427,6 +429,8 @@ def testExplain():
         check(len(map_of) > 100 and found["section"] == "Chassis1Slot2", "the map of devices")
         missing = root.run("explain", "1/99", "SlotType")
         check(missing.returncode == 1 and "Chassis1Slot99" in missing.stdout, f"explain 1/99: {missing.stdout}")
+        root.edit(E, r"^AddressInfo = .PXI0::2-0[^\n]*", "")
+        check("= \"HC-8470 Controller\"" in root.run("explain", "1/1", "SystemSlotModel").stdout, "a controller without addresses")
         root.edit(E, r"^SerialNumber[^\n]*", "")
         refused = root.run("explain", "1").stdout
         check("[Chassis1] has no SerialNumber" in refused and "[Chassis1] SerialNumber: absent" in refused, f"explain 1: {refused}")
@@ -593,6 +597,7 @@ HOSTILE = [
     ("files", {"etc/pxi/registry.reg": "x"}, "no place for"), ("files", [], "no object"),
     ("files", {E_PATH: 5}, "neither"), ("files", {E_PATH: ["a", 5]}, "neither"),
     ("files", {E_PATH: {"base64": "AAA"}}, "base64"), ("files", {E_PATH: {"base64": "AB=="}}, "base64"),
+    ("files", {f"k{n}": "" for n in range(101)}, "too many members"),
     ("files", {E_PATH: {"base64": "A*=="}}, "base64"), ("files", None, "files: it is missing"),
     ("host", 5, "no text"), ("varmex saved installation", 2, "another version"),
     ("varmex saved installation", None, "it has no"),

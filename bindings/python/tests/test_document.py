@@ -57,6 +57,7 @@ FAULTS = [
     ("pxiesys.ini", rb"(SlotType *= *)[^\r\n]*", rb"\1Nonsense", True),
     ("pxiesys.ini", rb"(PeripheralSlotLinkWidth1 *= *)[^\r\n]*", rb"\1many", True),
     ("pxisys.ini", rb"(PXI_TRIG6 *= *)[^\r\n]*", rb"\g<1>8", True),
+    ("pxisys.ini", rb"(LineMappingSpec *= *)[^\r\n]*", rb"\g<1>99", True),
     ("pxisys.ini", rb"\[Chassis1TriggerBridge2\]", b"[Elsewhere]", False),
     ("pxiesys.ini", rb'(Chassis1\][^\[]*SlotList *= *"?)', rb"\g<1>256,", False),
 ]

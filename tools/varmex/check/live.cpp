@@ -209,7 +209,7 @@ class tLiveCheck {
                const std::string& now, const std::string& possible) {
     add(tSeverity::doubtful, id, module.position,
         "the link of " + module.what + " at " + addressText(below) + " runs " + now +
-            ", and slot and module can " + possible,
+            ", and slot and module can use " + possible,
         module.module.linkWidth
             ? "a link of " + lanes(*module.module.linkWidth) + ", as the description has it"
             : "nothing about the link");

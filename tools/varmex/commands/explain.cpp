@@ -46,6 +46,7 @@ tSubjects slotAndModule(const varmex::Session& session, std::uint32_t chassis, s
   tSubjects subjects = {{"slot " + text, observed::tSlotNumber{chassis, slot}, kSlotAttributes}};
   for (const varmex::ModuleAttempt& attempt : session.eachModule()) {
     if (!attempt.module || attempt.module->place() != text) continue;
+    if (attempt.module->addresses.empty()) break;  // a controller of which only the slot tells
     const varmex::PciAddress& first = attempt.module->addresses.front();
     subjects.push_back(deviceAt({first.bus, first.device, first.function}));
     break;

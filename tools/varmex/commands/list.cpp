@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 
 #include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/installation.h"
@@ -96,8 +97,9 @@ tJson describeAll(const varmex::Session& session) {
 }
 
 tJson describeSource(const std::string& path) {
+  std::optional<tSource> source;  // the paths that a failure tells are this one's
   try {
-    const tSource source(path);
+    source.emplace(path);
     return describeAll(varmex::Session());
   } catch (const std::exception& failure) {
     return describeUnreadModules(failure);

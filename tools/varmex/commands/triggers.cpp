@@ -1,5 +1,6 @@
 #include "tools/varmex/commands/list.h"
 
+#include <algorithm>
 #include <iostream>
 
 #include "tools/varmex/describe/describe.h"
@@ -69,6 +70,34 @@ void showStars(const tJson& document) {
   }
 }
 
+// "bridge 1, line 0: reason" of each, where one reason stands once: "bridge 1, line 0 and 7 more".
+void tellUnread(const tJson& unread) {
+  struct tFault {
+    std::string place;
+    std::string reason;
+    std::size_t more;
+  };
+  std::vector<tFault> faults;
+  for (const tJson& sentence : unread) {
+    const auto text = sentence.get<std::string>();
+    const std::string reason = text.substr(text.find(": "));
+    const auto known = std::find_if(faults.begin(), faults.end(),
+                                    [&](const tFault& one) { return one.reason == reason; });
+    if (known != faults.end()) {
+      ++known->more;
+    } else {
+      faults.push_back({text.substr(0, text.size() - reason.size()), reason, 0});
+    }
+  }
+  for (const tFault& fault : faults) {
+    const std::string others = fault.more > 0 ? " and " + std::to_string(fault.more) + " more" : "";
+    tellFailure(std::runtime_error(fault.place + others + fault.reason));
+  }
+  if (faults.empty()) return;
+  std::cerr << faults.size() << (faults.size() == 1 ? " fault" : " faults")
+            << " may hide ways. Run \"varmex check\" to see what to mend.\n";
+}
+
 class tTriggers : public tCommand {
  public:
   tTriggers() : tCommand("triggers", "Tell how a trigger gets from one slot to another") {}
@@ -96,11 +125,7 @@ class tTriggers : public tCommand {
       showStars(document);
     }
     const tJson& unread = document["unread"];
-    for (const tJson& sentence : unread) tellFailure(std::runtime_error(sentence));
-    if (!unread.empty()) {
-      std::cerr << unread.size() << (unread.size() == 1 ? " fault" : " faults")
-                << " may hide ways. Run \"varmex check\" to see what to mend.\n";
-    }
+    tellUnread(unread);
     const bool isFound = !document["ways"].empty() || !document["stars"].empty();
     if (!isFound) tellFailure(std::runtime_error(document["reason"]));
     return isFound && unread.empty() ? kDone : kFailed;

@@ -30,7 +30,8 @@ struct tLink {
 };
 tLink linkOf(const tJson& slot);
 
-// "x4/8 reduced" for 4 lanes now of 8 that both can, "-/8" for an empty slot.
+// "x4/8 reduced" for 4 lanes now of 8 that both can, "-/8" for a slot without a PXI Express
+// module.
 std::string linkTextOf(const tLink& link);
 std::string linkTextOf(const tJson& slot);
 

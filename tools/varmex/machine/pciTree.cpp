@@ -162,8 +162,8 @@ const tPciDevice* tPciTree::find(std::uint32_t bus, std::uint32_t device,
                                  std::uint32_t function) const {
   const auto found = std::find_if(devices_.begin(), devices_.end(), [&](const tPciDevice& one) {
     const tPciDevice::tAddress& address = one.address;
-    return std::tie(address.bus, address.device, address.function) ==
-           std::tie(bus, device, function);
+    return address.domain == 0 && std::tie(address.bus, address.device, address.function) ==
+                                      std::tie(bus, device, function);
   });
   return found == devices_.end() ? nullptr : &*found;
 }

@@ -47,7 +47,7 @@ class tPciTree {
 
   // By address, each once.
   const std::vector<tPciDevice>& devices() const { return devices_; }
-  // In the first domain that has it; null without one.
+  // In domain 0, the one that descriptions know; null where it has none.
   const tPciDevice* find(std::uint32_t bus, std::uint32_t device, std::uint32_t function) const;
   // The bridge that leads to the bus of a device; null for one that the machine itself leads to.
   const tPciDevice* parentOf(const tPciDevice& device) const;

@@ -1,5 +1,6 @@
 #include "tools/varmex/saved/collect.h"
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -91,7 +92,7 @@ std::vector<tFileContent> takeFiles() {
 // library does not read them.
 void takeChassisFile(const std::string& path, std::set<std::string>& known,
                      std::vector<tFileContent>& files) {
-  if (files.size() >= kMostChassisFiles || !path.ends_with(".ini")) return;
+  if (files.size() >= kMostChassisFiles || !boost::iends_with(path, ".ini")) return;
   if (!known.insert(path).second) return;
   auto bytes = bytesOfFile(pathBelowRoot(path), kMostChassisFileBytes);
   if (bytes) files.push_back({path, *std::move(bytes)});

@@ -14,6 +14,7 @@ namespace {
 constexpr const char* kVersionKey = "varmex saved installation";
 constexpr int kVersion = 1;
 constexpr int kMostDepth = 8;
+constexpr std::size_t kMostMembers = 100;  // of an object: each is looked for among all before it
 
 constexpr const char* kKeys[] = {kVersionKey, "taken", "host",     "platform",
                                  "version",   "files", "registry", "chassisDescriptionFiles",
@@ -30,12 +31,16 @@ tJson parse(std::string_view text) {
     if (event != tJson::parse_event_t::key) return true;
     const auto& key = parsed.get_ref<const std::string&>();
     if (!keys.back().insert(key).second) throw std::runtime_error("\"" + key + "\" stands twice");
+    if (keys.back().size() > kMostMembers)
+      throw std::runtime_error("an object has too many members");
     return keys.size() > 1 || std::find(std::begin(kKeys), std::end(kKeys), key) != std::end(kKeys);
   };
   try {
     return tJson::parse(text, accept);
   } catch (const tJson::parse_error& error) {
     throw std::runtime_error("it is no JSON from byte " + std::to_string(error.byte) + " on");
+  } catch (const tJson::out_of_range&) {
+    throw std::runtime_error("a number is too large");
   }
 }
 

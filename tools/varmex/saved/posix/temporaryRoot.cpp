@@ -22,7 +22,8 @@ namespace fs = std::filesystem;
 constexpr const char* kName = "varmex-saved-";
 constexpr const char* kVariable = "VARMEX_FSROOT";
 constexpr const char* kFolders[] = {"etc", "etc/pxi", "var", "var/lib", "var/lib/PXISA"};
-constexpr int kEndings[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGXCPU};
+constexpr int kEndings[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGPIPE, SIGALRM,   SIGTERM, SIGXCPU,
+                            SIGXFSZ, SIGUSR1, SIGUSR2, SIGPROF, SIGVTALRM, SIGIO,   SIGPWR};
 
 [[noreturn]] void raise(const std::string& what) {
   throw std::runtime_error(what + ": " + std::strerror(errno));
