@@ -104,8 +104,8 @@ class tTriggers : public tCommand {
 
   void addOptions(CLI::App& line) override {
     const std::string place = ": 1/9, or a module's alias, resource name or PCI address";
-    line.add_option("from", from_, "Where the trigger comes from" + place)->required();
-    line.add_option("to", to_, "Where it goes to")->required();
+    line.add_option("source", from_, "Where the trigger comes from" + place)->required();
+    line.add_option("destination", to_, "Where it goes to")->required();
     line.add_flag("--all", isAllAsked_, "Also the ways over more bridges than need be");
     line.add_flag("--json", asJson_, "Print JSON");
     installation_.addFrom(line);
