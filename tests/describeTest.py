@@ -475,6 +475,7 @@ DIFFERENT = [
      ["DMM ORX-4081 Multimeter in slot 1/9: PCI addresses 13.0.0 13.0.1 13.1.0 -> 13.0.1 13.1.0 113.0.0"]),
     ([(E, "PXI0::13-0.0", "PXI0::113-0.0")], ["--addresses", "--pci", "hex"],
      ["DMM ORX-4081 Multimeter in slot 1/9: PCI addresses 0d:00.0 0d:00.1 0d:01.0 -> 0d:00.1 0d:01.0 71:00.0"]),
+    ([(E, r"\+PXI0::13-0.1::INSTR", "")], [], ["DMM ORX-4081 Multimeter in slot 1/9: functions 3 -> 2"]),
     ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1")], [], ["gone: chassis 2, Tessmere Labs TLX-80"]),
     ([(E, r"^ChassisList = \"1,2\"", 'ChassisList = "1,7"'), *[(E, r"\[Chassis2", "[Chassis7")] * 40], [],
      ["chassis 2 -> 7: Tessmere Labs TLX-80"]),

@@ -216,6 +216,11 @@ class tComparison {
     return title.empty() ? moduleOf(slot) : title;
   }
 
+  // A module that lost one is not the same any more, whatever its addresses are.
+  static std::string functionCountOf(const tJson& devices) {
+    return devices.empty() ? "" : std::to_string(devices.size());
+  }
+
   static void addModules(const tPart& chassis, tParts& modules) {
     for (const tJson& slot : (*chassis.json)["Slots"]) {
       if (!hasModule(slot)) continue;
@@ -242,6 +247,7 @@ class tComparison {
                           {"link width", widthOf(module, "PeripheralModuleLinkWidthNegotiated")},
                           {"widest link", widthOf(module, "PeripheralModuleLinkWidthMax")},
                           {"covered slots", valueOf(module, "PeripheralModuleOccupiedSlotList")},
+                          {"functions", functionCountOf(devices)},
                           {kAddresses, addressesOf(slot, tPciNotation::decimal)}}});
     }
   }
@@ -430,8 +436,9 @@ tJson jsonOf(const tChange& change) {
 std::vector<std::string> kindsOfChange() {
   std::vector<std::string> kinds(std::begin(kEvents), std::end(kEvents));
   kinds.insert(kinds.end(), std::begin(kItems), std::end(kItems));
-  for (const char* const attribute : {"link width", "widest link", "covered slots", kAddresses,
-                                      "name", "type", "star line", "dstar set", "lines"}) {
+  for (const char* const attribute :
+       {"link width", "widest link", "covered slots", "functions", kAddresses, "name", "type",
+        "star line", "dstar set", "lines"}) {
     kinds.push_back(withHyphens(attribute));
   }
   for (const auto& [label, attribute] : kChassisLabels) kinds.push_back(withHyphens(label));

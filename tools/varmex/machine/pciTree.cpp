@@ -4,10 +4,11 @@
 #include <charconv>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <tuple>
+
+#include "corpxiTools/fileSystem/inputFile.h"
 
 namespace tool {
 
@@ -31,10 +32,10 @@ constexpr const char* kFiles[] = {"vendor",
 
 // The first bytes of a file, or of its first line.
 std::string readBytes(const fs::path& path, std::size_t most) {
-  std::ifstream file(path, std::ios::binary);
+  varmex::tInputFile file(path.string().c_str());
   std::string bytes(most, '\0');
-  file.read(bytes.data(), static_cast<std::streamsize>(most));
-  bytes.resize(static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0)));
+  const std::int64_t size = file.isOpen() ? file.read(bytes.data(), most) : 0;
+  bytes.resize(static_cast<std::size_t>(std::max<std::int64_t>(size, 0)));
   return bytes;
 }
 
