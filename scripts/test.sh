@@ -23,7 +23,7 @@ start() {
 }
 
 run() {
-  local name=$1 log result=0
+  local name=$1 log result=0 begun=$SECONDS
   shift
   log=$(mktemp -p "$results")
   timeout 1200 "$@" >"$log" 2>&1 </dev/null || result=$?
@@ -34,7 +34,7 @@ run() {
   if [ "$result" -ne 0 ] && [ "$bad" -eq 0 ]; then bad=1; fi
   if [ "$good" -eq 0 ] && [ "$bad" -eq 0 ]; then bad=1; fi
   [ "$bad" -eq 0 ] || cat "$log"
-  echo "$name: $good passed, $bad failed" | tee "$log.result"
+  echo "$name: $good passed, $bad failed, $((SECONDS - begun)) s" | tee "$log.result"
 }
 
 # sum PATTERN FILE : of the numbers that the pattern's two groups take out of the lines.

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # checkHardening.sh FILE... : what a Release build puts into its libraries and programs against
-# attacks is really in them.
+# attacks is really in them; on Windows its version, too.
 set -uo pipefail
+version=$(sed -nE 's/^project\(varmex VERSION ([0-9.]+) .*/\1/p' "$(dirname "$0")/../CMakeLists.txt")
 passed=0
 failed=0
 
@@ -31,6 +32,7 @@ for file in "$@"; do
       for flag in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do
         holds "$file" "$flag" "^\s+$flag\$" x86_64-w64-mingw32-objdump -p
       done
+      holds "$file" 'the version' "FILEVERSION ${version//./, }, 0" x86_64-w64-mingw32-windres -O rc -J coff
       # The symbols of a library that ships stand beside it.
       symbols=$file
       [ ! -e "$file.debug" ] || symbols=$file.debug
