@@ -156,18 +156,19 @@ tResult<Chassis::tPlace> Chassis::find(std::uint32_t number, const tDescription&
   return tPlace{number, sections, &description, identity->c_str()};
 }
 
-Chassis::Chassis(const tPlace& place) : Chassis(place, findDescriptionFile(place)) {}
+Chassis::Chassis(const tPlace& place) : Chassis(tRecord{place, findDescriptionFile(place)}) {}
 
-Chassis::Chassis(const tPlace& place, std::string descriptionFile)
-    : place_(place), descriptionFile_(std::move(descriptionFile)) {}
+Chassis::Chassis(tRecord record) : record_(std::move(record)) {}
+
+bool Chassis::isLess(const tRecord& a, const tRecord& b) { return a.place.number < b.place.number; }
 
 tResult<const char*> Chassis::mergedItem(tLiteral item) const {
-  return mergedItemOf(number(), place_.sections, description(), item);
+  return mergedItemOf(number(), sections(), description(), item);
 }
 
 tResult<tNumbers> Chassis::mergedNumbers(tLiteral item) const {
   tNumbers numbers;
-  for (const tIniSection* const section : {place_.sections.classic, place_.sections.express}) {
+  for (const tIniSection* const section : {sections().classic, sections().express}) {
     const tIniItem* const list = description().pxiSys.findItem(section, item);
     if (!list) continue;
     const auto done = tIniFile::appendNumbersOf(*section, *list, numbers);
@@ -178,9 +179,9 @@ tResult<tNumbers> Chassis::mergedNumbers(tLiteral item) const {
 }
 
 tResult<const char*> Chassis::serialNumber(std::uint32_t attribute) const {
-  if (!place_.sections.express) return attributeNotApplicable(attribute, OSTREL_HERE);
+  if (!sections().express) return attributeNotApplicable(attribute, OSTREL_HERE);
   const char* const serial =
-      description().pxieSys.findValueText(place_.sections.express, "SerialNumber");
+      description().pxieSys.findValueText(sections().express, "SerialNumber");
   if (!serial) return attributeNotAvailable(attribute, OSTREL_HERE);
   return serial;
 }
@@ -230,17 +231,17 @@ tResult<const char*> Chassis::getStringAttribute(std::uint32_t attribute) const 
     case varmex_str_ChassisTriggerManagerIdentifier: return mergedItem("TriggerManager");
     case varmex_str_ChassisTriggerManagerLibrary: return triggerManagerLibrary();
     case varmex_str_ChassisSerialNumber: return serialNumber(attribute);
-    case varmex_str_ChassisIdentity: return place_.identity;
+    case varmex_str_ChassisIdentity: return record_.place.identity;
     case varmex_str_ChassisDescriptionFile:
-      if (descriptionFile_.empty()) return attributeNotAvailable(attribute, OSTREL_HERE);
-      return descriptionFile_.c_str();
+      if (record_.descriptionFile.empty()) return attributeNotAvailable(attribute, OSTREL_HERE);
+      return record_.descriptionFile.c_str();
     case varmex_str_ChassisTriggerBusList: return mergedItem("TriggerBusList");
     default: return attributeNotApplicable(attribute, OSTREL_HERE);
   }
 }
 
 tResult<std::unique_ptr<Item>> Chassis::clone() const {
-  std::unique_ptr<Chassis> copy(new Chassis(place_, descriptionFile_));
+  auto copy = std::make_unique<Chassis>(record_);
   if (const std::string* const known = triggerManagerLibrary_.find()) {
     copy->triggerManagerLibrary_.get([known] { return *known; });
   }
@@ -254,8 +255,8 @@ tResult<std::unique_ptr<Item>> Chassis::openContainingItem(std::uint32_t) const 
 }
 
 bool Chassis::lessThan(const Item& other) const {
-  if (other.kind() != kind()) return kind() < other.kind();
-  return number() < static_cast<const Chassis&>(other).number();
+  if (other.kind() != kKind) return kKind < other.kind();
+  return isLess(record_, static_cast<const Chassis&>(other).record_);
 }
 
 tResult<std::unique_ptr<Item>> openChassisOrAbove(std::uint32_t kind, std::uint32_t chassisNumber,

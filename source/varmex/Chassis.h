@@ -14,6 +14,8 @@ namespace varmex {
 // need and kept.
 class Chassis : public Item {
  public:
+  static constexpr std::uint32_t kKind = varmex_itemType_Chassis;
+
   struct tPlace {
     std::uint32_t number;
     tSectionPair sections;  // one at least
@@ -21,11 +23,22 @@ class Chassis : public Item {
     const char* identity;  // lives as long as the description
   };
 
+  struct tRecord {
+    tPlace place;
+    std::string descriptionFile;  // empty when it could not be worked out
+  };
+
   // Where the chassis stands; varmex_errorUnknownItem when neither file has it. One whose identity
   // can't be formed is refused.
   static tResult<tPlace> find(std::uint32_t number, const tDescription& description);
 
+  // Works its description file out.
   explicit Chassis(const tPlace& place);
+
+  explicit Chassis(tRecord record);
+
+  const tRecord& record() const { return record_; }
+  static bool isLess(const tRecord& a, const tRecord& b);
 
   tResult<std::uint32_t> getU32Attribute(std::uint32_t attribute) const override;
   tResult<const char*> getStringAttribute(std::uint32_t attribute) const override;
@@ -34,22 +47,21 @@ class Chassis : public Item {
   bool lessThan(const Item& other) const override;
   tResult<> acceptVisitor(ItemVisitor& visitor) const override;
 
-  std::uint32_t number() const { return place_.number; }
-  const tDescription& description() const { return *place_.description; }
+  std::uint32_t number() const { return record_.place.number; }
+  const tDescription& description() const { return *record_.place.description; }
 
   // The numbers that an item of the chassis's section lists in either file, ascending, each once.
   tResult<tNumbers> mergedNumbers(tLiteral item) const;
 
  private:
-  Chassis(const tPlace& place, std::string descriptionFile);
-
   tResult<const char*> mergedItem(tLiteral item) const;
   tResult<const char*> serialNumber(std::uint32_t attribute) const;
   tResult<std::uint32_t> isTriggerManagerNative() const;
   tResult<const char*> triggerManagerLibrary() const;
 
-  tPlace place_;
-  std::string descriptionFile_;  // empty when it could not be worked out
+  const tSectionPair& sections() const { return record_.place.sections; }
+
+  tRecord record_;
   tOnceMade<std::string> triggerManagerLibrary_;
 };
 

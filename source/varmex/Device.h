@@ -19,7 +19,20 @@ struct tDevicePlace {
 // the slot, so all functions of a module answer the same.
 class Device : public Item {
  public:
-  Device(const tDevicePlace& place, const tDeviceAddress& address, const tDescription& description);
+  static constexpr std::uint32_t kKind = varmex_itemType_Device;
+
+  struct tRecord {
+    tDevicePlace place;
+    tDeviceAddress address;
+    const tDescription* description;
+  };
+
+  explicit Device(const tRecord& record);
+
+  const tRecord& record() const { return record_; }
+
+  // By address alone.
+  static bool isLess(const tRecord& a, const tRecord& b);
 
   tResult<std::uint32_t> getU32Attribute(std::uint32_t attribute) const override;
   tResult<const char*> getStringAttribute(std::uint32_t attribute) const override;
@@ -29,20 +42,12 @@ class Device : public Item {
   tResult<> acceptVisitor(ItemVisitor& visitor) const override;
 
  private:
-  struct tFields {
-    const tDescription* description;
-    tDevicePlace place;
-    tDeviceAddress address;
-    tShortName name;
-  };
-
-  explicit Device(const tFields& fields) : fields_(fields) {}
-
   tResult<std::uint32_t> moduleNumber(tLiteral item) const;
   tResult<const char*> moduleText(tLiteral item) const;
   tResult<tIniPlace> module() const;
 
-  tFields fields_;
+  tRecord record_;
+  tShortName name_;
 };
 
 }  // namespace varmex

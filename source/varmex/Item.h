@@ -14,6 +14,10 @@ class Item;
 
 class ItemVisitor {
  public:
+  // Whether the visitor keeps items of that kind. Of others it is handed no more than the way down
+  // takes, with all that is refused there.
+  virtual bool keeps(std::uint32_t kind) const = 0;
+
   // A refusal ends the walk and is its answer.
   virtual tResult<> visit(const Item& item) = 0;
 
@@ -24,6 +28,9 @@ class ItemVisitor {
 // An item of the object model: a read-only view of the session's description, which must outlive
 // it. All operations may be called from any thread. What the caller or the description is
 // the reason for is refused; what is out of the ordinary, as memory, is thrown.
+//
+// A class that is listed (ItemContainer.h) has a kKind, a tRecord that says all of an item and that
+// another one is made of, an item's record() and the order of two records, isLess().
 class Item : private boost::noncopyable {
  public:
   virtual ~Item() = default;

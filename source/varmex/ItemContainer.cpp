@@ -1,7 +1,14 @@
 #include "source/varmex/ItemContainer.h"
 
 #include <algorithm>
+#include <boost/make_shared.hpp>
+#include <utility>
+#include <vector>
 
+#include "source/varmex/Chassis.h"
+#include "source/varmex/Device.h"
+#include "source/varmex/Slot.h"
+#include "source/varmex/TriggerBridge.h"
 #include "source/varmex/errorCodes.h"
 
 namespace varmex {
@@ -47,49 +54,73 @@ tResult<std::uint32_t> kindOf(std::uint32_t attribute) {
   return tRefusal(kErrorAttributeNotApplicable, OSTREL_HERE).debug().u32("attr", attribute);
 }
 
-bool isLess(const boost::shared_ptr<const Item>& a, const boost::shared_ptr<const Item>& b) {
-  return a->lessThan(*b);
-}
-
-class ItemCollector final : public ItemVisitor {
+template <class Class>
+class tRecords final : public ItemList {
  public:
-  explicit ItemCollector(std::uint32_t wantedKind) : wantedKind_(wantedKind) {}
+  using tRecord = typename Class::tRecord;
 
-  tResult<> visit(const Item& item) override {
-    if (item.kind() == wantedKind_) {
-      if (isKnown(item)) return kDone;
-      auto copy = item.clone();
-      if (!copy) return copy.refusal();
-      // Owned ahead of the list's growth, which may find no memory.
-      boost::shared_ptr<const Item> shared(copy->release());
-      items_.push_back(std::move(shared));
-    }
-    return item.acceptVisitor(*this);
-  }
+  explicit tRecords(std::vector<tRecord> records) : records_(std::move(records)) {}
 
-  // Of equal items the one that came first. Only devices come twice, and nothing is below them.
-  ItemContainer takeItems() {
-    if (!isOrdered_) {
-      std::stable_sort(items_.begin(), items_.end(), isLess);
-      const auto isRepeated = [](const auto& a, const auto& b) { return !isLess(a, b); };
-      items_.erase(std::unique(items_.begin(), items_.end(), isRepeated), items_.end());
-    }
-    return std::move(items_);
+  std::size_t size() const override { return records_.size(); }
+
+  std::unique_ptr<Item> copy(std::size_t position) const override {
+    return std::make_unique<Class>(records_[position]);
   }
 
  private:
-  // Items come in their order, mostly, so that the last one tells.
-  bool isKnown(const Item& item) {
-    if (items_.empty() || items_.back()->lessThan(item)) return false;
-    if (!item.lessThan(*items_.back())) return true;
-    isOrdered_ = false;
-    return false;
+  std::vector<tRecord> records_;
+};
+
+template <class Class>
+class ItemCollector final : public ItemVisitor {
+ public:
+  bool keeps(std::uint32_t kind) const override { return kind == Class::kKind; }
+
+  tResult<> visit(const Item& item) override {
+    if (keeps(item.kind())) keep(static_cast<const Class&>(item).record());
+    return item.acceptVisitor(*this);
   }
 
-  std::uint32_t wantedKind_;
-  ItemContainer items_;
+  ItemContainer takeItems() {
+    if (!isOrdered_) {
+      std::stable_sort(records_.begin(), records_.end(), Class::isLess);
+      const auto isRepeated = [](const auto& a, const auto& b) { return !Class::isLess(a, b); };
+      records_.erase(std::unique(records_.begin(), records_.end(), isRepeated), records_.end());
+    }
+    return boost::make_shared<const tRecords<Class>>(std::move(records_));
+  }
+
+ private:
+  using tRecord = typename Class::tRecord;
+  static constexpr std::ptrdiff_t kMostSteps = 64;
+
+  // Of equal items the one that came first. Items come in their order, mostly, or a few places
+  // behind the one that is theirs; what comes farther behind is put in its place in the end.
+  void keep(const tRecord& record) {
+    auto place = records_.end();
+    if (isOrdered_) {
+      const auto stop = place - std::min(kMostSteps, place - records_.begin());
+      while (place != stop && Class::isLess(record, place[-1])) --place;
+      if (place != records_.begin() && !Class::isLess(place[-1], record)) {
+        if (!Class::isLess(record, place[-1])) return;
+        isOrdered_ = false;
+        place = records_.end();
+      }
+    }
+    records_.insert(place, record);
+  }
+
+  std::vector<tRecord> records_;
   bool isOrdered_ = true;
 };
+
+template <class Class>
+tResult<ItemContainer> collect(const Item& item) {
+  ItemCollector<Class> collector;
+  const auto done = item.acceptVisitor(collector);
+  if (!done) return done.refusal();
+  return collector.takeItems();
+}
 
 }  // namespace
 
@@ -99,10 +130,12 @@ tResult<ItemContainer> collectItems(const Item& item, std::uint32_t attribute) {
   if (!contains(item.kind(), *wantedKind)) {
     return tRefusal(kErrorAttributeNotApplicable, OSTREL_HERE);
   }
-  ItemCollector collector(*wantedKind);
-  const auto done = item.acceptVisitor(collector);
-  if (!done) return done.refusal();
-  return collector.takeItems();
+  switch (*wantedKind) {
+    case Chassis::kKind: return collect<Chassis>(item);
+    case Slot::kKind: return collect<Slot>(item);
+    case TriggerBridge::kKind: return collect<TriggerBridge>(item);
+    default: return collect<Device>(item);
+  }
 }
 
 }  // namespace varmex

@@ -148,7 +148,7 @@ bool Session::lessThan(const Item& other) const { return kind() < other.kind(); 
 tResult<std::unique_ptr<Item>> Session::openDevice(const tDeviceAddress& address) const {
   const auto place = description_->devices.find(address);
   if (!place) return place.refusal();
-  return std::make_unique<Device>(*place, address, description());
+  return std::make_unique<Device>(Device::tRecord{*place, address, &description()});
 }
 
 }  // namespace varmex

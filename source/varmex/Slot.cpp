@@ -68,8 +68,8 @@ tSlotTable<std::uint32_t> readModules(const tIniFile& pxieSys, const tIniSection
 Slot::Slot(const tSlotPlace& place) : place_(place) {}
 
 tResult<tSlotPlace> Slot::find(std::uint32_t chassisNumber, std::uint32_t slotNumber,
-                               const tDescription& description) {
-  const tSectionPair sections = description.sections(slotKey(chassisNumber, slotNumber));
+                               const tDescription& description, const tSectionPair& earlier) {
+  const tSectionPair sections = description.sections(slotKey(chassisNumber, slotNumber), earlier);
   if (sections) return tSlotPlace{chassisNumber, slotNumber, sections, &description};
   return tRefusal(kErrorUnknownItem, OSTREL_HERE)
       .text("type", "slot")
@@ -129,11 +129,13 @@ tResult<std::unique_ptr<Item>> Slot::openContainingItem(std::uint32_t kind) cons
   return openChassisOrAbove(kind, place_.chassis, *place_.description);
 }
 
+bool Slot::isLess(const tRecord& a, const tRecord& b) {
+  return a.chassis != b.chassis ? a.chassis < b.chassis : a.slot < b.slot;
+}
+
 bool Slot::lessThan(const Item& other) const {
-  if (other.kind() != kind()) return kind() < other.kind();
-  const tSlotPlace& place = static_cast<const Slot&>(other).place_;
-  if (place_.chassis != place.chassis) return place_.chassis < place.chassis;
-  return place_.slot < place.slot;
+  if (other.kind() != kKind) return kKind < other.kind();
+  return isLess(place_, static_cast<const Slot&>(other).place_);
 }
 
 tResult<const TriggerBusInfo*> Slot::triggerBus() const {

@@ -17,13 +17,21 @@ namespace varmex {
 // search is found once and kept.
 class Slot : public Item {
  public:
-  using tPlace = tSlotPlace;
+  static constexpr std::uint32_t kKind = varmex_itemType_Slot;
 
-  // Where the slot stands; varmex_errorUnknownItem when neither file has it.
+  using tPlace = tSlotPlace;
+  using tRecord = tPlace;
+
+  // Where the slot stands; varmex_errorUnknownItem when neither file has it. It is found sooner if
+  // it stands just behind the sections of another one, `earlier`.
   static tResult<tSlotPlace> find(std::uint32_t chassisNumber, std::uint32_t slotNumber,
-                                  const tDescription& description);
+                                  const tDescription& description,
+                                  const tSectionPair& earlier = {});
 
   explicit Slot(const tSlotPlace& place);
+
+  const tRecord& record() const { return place_; }
+  static bool isLess(const tRecord& a, const tRecord& b);
 
   tResult<std::uint32_t> getU32Attribute(std::uint32_t attribute) const override;
   tResult<const char*> getStringAttribute(std::uint32_t attribute) const override;
@@ -31,8 +39,6 @@ class Slot : public Item {
   tResult<std::unique_ptr<Item>> openContainingItem(std::uint32_t kind) const override;
   bool lessThan(const Item& other) const override;
   tResult<> acceptVisitor(ItemVisitor& visitor) const override;
-
-  const tSlotPlace& place() const { return place_; }
 
  private:
   // A record that is made at first need and never replaced, without a lock: threads that need it at

@@ -37,11 +37,13 @@ tResult<std::unique_ptr<Item>> TriggerBridge::openContainingItem(std::uint32_t k
   return openChassisOrAbove(kind, place_.chassis, *place_.description);
 }
 
+bool TriggerBridge::isLess(const tRecord& a, const tRecord& b) {
+  return a.chassis != b.chassis ? a.chassis < b.chassis : a.number < b.number;
+}
+
 bool TriggerBridge::lessThan(const Item& other) const {
-  if (other.kind() != kind()) return kind() < other.kind();
-  const tPlace& place = static_cast<const TriggerBridge&>(other).place_;
-  if (place_.chassis != place.chassis) return place_.chassis < place.chassis;
-  return place_.number < place.number;
+  if (other.kind() != kKind) return kKind < other.kind();
+  return isLess(place_, static_cast<const TriggerBridge&>(other).place_);
 }
 
 }  // namespace varmex

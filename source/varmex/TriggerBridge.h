@@ -9,15 +9,22 @@ namespace varmex {
 // A bridge that hands signals from one trigger bus of a chassis to another.
 class TriggerBridge : public Item {
  public:
+  static constexpr std::uint32_t kKind = varmex_itemType_TriggerBridge;
+
   struct tPlace : tBridgePlace {
     const tDescription* description;
   };
+
+  using tRecord = tPlace;
 
   // Where the bridge stands; varmex_errorUnknownItem when neither file has it.
   static tResult<tPlace> find(std::uint32_t chassisNumber, std::uint32_t bridgeNumber,
                               const tDescription& description);
 
   explicit TriggerBridge(const tPlace& place) : place_(place) {}
+
+  const tRecord& record() const { return place_; }
+  static bool isLess(const tRecord& a, const tRecord& b);
 
   tResult<std::uint32_t> getU32Attribute(std::uint32_t attribute) const override;
   tResult<const char*> getStringAttribute(std::uint32_t attribute) const override;

@@ -28,14 +28,20 @@ auto placesOf(const tNumbers& numbers, Find find) -> tResult<std::vector<typenam
   return places;
 }
 
-template <class Class>
-tResult<> handOver(const std::vector<typename Class::tPlace>& places, ItemVisitor& visitor) {
+template <class Class, class Place>
+tResult<> handOver(const std::vector<Place>& places, ItemVisitor& visitor) {
   for (const auto& place : places) {
     const auto done = visitor.visit(Class(place));
     if (!done) return done.refusal();
   }
   return kDone;
 }
+
+// On the way down nobody asks for the description file, which the registry would have to be read
+// for.
+struct tPassedChassis : Chassis {
+  explicit tPassedChassis(const tPlace& place) : Chassis(tRecord{place, {}}) {}
+};
 
 }  // namespace
 
@@ -49,14 +55,19 @@ tResult<> Session::acceptVisitor(ItemVisitor& visitor) const {
   const auto chassis = placesOf<Chassis>(
       *numbers, [&](std::uint32_t number) { return Chassis::find(number, description()); });
   if (!chassis) return chassis.refusal();
-  return handOver<Chassis>(*chassis, visitor);
+  if (visitor.keeps(Chassis::kKind)) return handOver<Chassis>(*chassis, visitor);
+  return handOver<tPassedChassis>(*chassis, visitor);
 }
 
 tResult<> Chassis::acceptVisitor(ItemVisitor& visitor) const {
   const auto slotNumbers = mergedNumbers("SlotList");
   if (!slotNumbers) return slotNumbers.refusal();
-  const auto slots = placesOf<Slot>(
-      *slotNumbers, [&](std::uint32_t slot) { return Slot::find(number(), slot, description()); });
+  tSectionPair last;  // slots mostly stand in the order of their numbers
+  const auto slots = placesOf<Slot>(*slotNumbers, [&](std::uint32_t slot) {
+    auto place = Slot::find(number(), slot, description(), last);
+    if (place) last = place->sections;
+    return place;
+  });
   if (!slots) return slots.refusal();
   const auto bridgeNumbers = mergedNumbers("TriggerBridgeList");
   if (!bridgeNumbers) return bridgeNumbers.refusal();
@@ -72,20 +83,25 @@ tResult<> Chassis::acceptVisitor(ItemVisitor& visitor) const {
 // Unlike the device map this leaves no slot out.
 tResult<> Slot::acceptVisitor(ItemVisitor& visitor) const {
   const tDescription& description = *place_.description;
+  const bool keepsDevices = visitor.keeps(Device::kKind);
+  if (!keepsDevices && !place_.sections.classic) return kDone;
   std::vector<tDeviceAddress> addresses;
-  tDevicePlace place{place_.chassis, place_.slot, 0};
+  Device::tRecord device{{place_.chassis, place_.slot, 0}, {}, &description};
   const char* const names =
       description.pxieSys.findValueText(place_.sections.express, "AddressInfo");
   if (names) {
+    if (!keepsDevices) return kDone;
     parseResourceNames(names, addresses);
-    place.isExpress = 1;
+    device.place.isExpress = 1;
   } else if (place_.sections.classic) {
     tFunctionWalk walk(description.pxiSys);
     const auto done = walk.walkSlotFunctions(*place_.sections.classic, addresses);
     if (!done) return done.refusal();
   }
+  if (!keepsDevices) return kDone;
   for (const tDeviceAddress& address : addresses) {
-    const auto done = visitor.visit(Device(place, address, description));
+    device.address = address;
+    const auto done = visitor.visit(Device(device));
     if (!done) return done.refusal();
   }
   return kDone;

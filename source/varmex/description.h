@@ -11,8 +11,8 @@ namespace varmex {
 
 // A section that either file may hold, in each of them. Null where a file has none.
 struct tSectionPair {
-  const tIniSection* classic;
-  const tIniSection* express;
+  const tIniSection* classic = nullptr;
+  const tIniSection* express = nullptr;
 
   explicit operator bool() const { return classic || express; }
 };
@@ -23,6 +23,12 @@ struct tDescriptionFiles {
 
   tSectionPair sections(std::string_view name) const {
     return {pxiSys.findSection(name), pxieSys.findSection(name)};
+  }
+
+  // The same, at less cost for what stands just behind earlier sections, if there are some.
+  tSectionPair sections(std::string_view name, const tSectionPair& earlier) const {
+    return {pxiSys.findSectionBehind(earlier.classic, name),
+            pxieSys.findSectionBehind(earlier.express, name)};
   }
 };
 

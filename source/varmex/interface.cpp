@@ -186,7 +186,7 @@ varmex_ItemIterator varmex_ItemIterator_end(varmex_ItemContainer* container,
   return callAtBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_ItemIterator> {
     const auto items = checkedContainer(container);
     if (!items) return items.refusal();
-    return (*items)->size();
+    return (**items)->size();
   });
 }
 
@@ -198,14 +198,13 @@ varmex_Item* varmex_ItemIterator_nextItem(varmex_ItemContainer* container,
     }
     const auto items = checkedContainer(container);
     if (!items) return items.refusal();
-    if (*position >= (*items)->size()) {
+    const ItemList& list = ***items;
+    if (*position >= list.size()) {
       return tRefusal(kErrorIterationFailure, OSTREL_HERE)
           .debug()
           .text("message", "attempted iteration past end of container");
     }
-    // The position moves first: it has done so when the clone fails, too.
-    const Item& item = *(**items)[*position];
-    ++*position;
-    return releaseToHandle(item.clone());
+    // The position moves first: it has done so when the copy fails, too.
+    return releaseToHandle(list.copy((*position)++));
   });
 }

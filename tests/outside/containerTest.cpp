@@ -30,17 +30,30 @@ TEST_F(tContainers, listInOrder) {
   EXPECT_EQ(status_.code(), 0) << status_.text();
 }
 
-// A device of the first slot is in no device map, so that it may stand in another slot, too.
+// A device of the first slot is in no device map, so that it may stand in another slot, too. Those
+// in between come in the opposite order, a few or so many that they are sorted.
 TEST_F(tContainers, listADeviceWhereItIsFirstMet) {
-  const std::string device = "]\nPCISlotPath=a,b\nPCIDeviceNumber=1\nPCIBusNumber=";
-  const std::string chassis =
-      "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSlotList=1,2,3\n";
-  describe(chassis + "[Chassis1Slot1" + device + "9\n[Chassis1Slot2" + device +
-               "8\n[Chassis1Slot3" + device + "9\n",
-           "");
-  EXPECT_EQ(
-      listed(session_, varmex_container_Devices, {varmex_u32_DeviceBus, varmex_u32_SlotNumber}),
-      "8 2; 9 1; ");
+  for (const int between : {1, 100}) {
+    std::string numbers = "1";
+    std::string slots;
+    std::string expected;
+    const auto add = [&](int slot, int bus) {
+      const std::string number = std::to_string(slot);
+      numbers += ',' + number;
+      slots += "[Chassis1Slot" + number +
+               "]\nPCISlotPath=a,b\nPCIDeviceNumber=1\nPCIBusNumber=" + std::to_string(bus) + '\n';
+      return std::to_string(bus) + ' ' + number + "; ";
+    };
+    const std::string first = add(1, 900);
+    for (int slot = 2; slot < 2 + between; ++slot) expected.insert(0, add(slot, 800 - slot));
+    add(2 + between, 900);
+    describe("[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSlotList=" + numbers + '\n' +
+                 slots,
+             "");
+    EXPECT_EQ(
+        listed(session_, varmex_container_Devices, {varmex_u32_DeviceBus, varmex_u32_SlotNumber}),
+        expected + first);
+  }
 }
 
 TEST_F(tContainers, refuseWhatAnItemDoesNotHold) {
