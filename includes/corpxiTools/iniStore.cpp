@@ -82,19 +82,6 @@ Entry* searchByHalving(Entry* entries, std::size_t count, std::string_view name)
   return nullptr;
 }
 
-// Where the index has the section of that name, or the empty slot where it would be.
-std::size_t findSlot(const std::vector<std::uint32_t>& index,
-                     const std::vector<tIniSection>& sections, std::string_view name,
-                     std::uint32_t hash) {
-  const std::size_t mask = index.size() - 1;
-  std::size_t slot = hash & mask;
-  for (; index[slot]; slot = (slot + 1) & mask) {
-    const tIniSection& section = sections[index[slot] - 1];
-    if (section.hash == hash && isSameName(section.nameView(), name)) break;
-  }
-  return slot;
-}
-
 bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
 constexpr std::string_view kPieceMark = " Line";
@@ -135,7 +122,7 @@ class tIniStore::tLoad {
     const std::size_t mostItems = std::min(countByte(begin, end, '='), size_ / 4 + 1);
     store_.items_ = std::make_unique_for_overwrite<tIniItem[]>(mostItems);
     next_ = store_.items_.get();
-    store_.index_.assign(kSmallestIndex, 0);
+    store_.index_.assign(kSmallestIndex, {});
     store_.sections_.reserve(kSmallestIndex / 2);
     tIniLineReader reader(begin, end);
     for (tIniLine line; reader.next(line);) {
@@ -186,15 +173,15 @@ class tIniStore::tLoad {
 
   void enterSection(std::string_view name, std::uint32_t line) {
     const std::uint32_t hash = hashName(name, store_.hashSeed_);
-    std::uint32_t& slot = slotOf(name, hash);
-    tIniSection* section = slot ? findRepeated(name) : nullptr;
+    tIndexEntry& entry = store_.index_[store_.findPlace(name, hash)];
+    tIniSection* section = entry.section ? findRepeated(name) : nullptr;
     if (section) {
       takeUpAgain(*section);
     } else {
-      section = &appendSection(name, hash);
+      section = &appendSection(name);
       // Of several sections of one name the index keeps the first.
-      if (!slot) {
-        slot = static_cast<std::uint32_t>(store_.sections_.size());
+      if (!entry.section) {
+        entry = {static_cast<std::uint32_t>(store_.sections_.size()), hash};
         if (++indexed_ * 2 > store_.index_.size()) growIndex();
       } else {
         store_.hasTwins_ = true;
@@ -216,33 +203,27 @@ class tIniStore::tLoad {
     return found;
   }
 
-  tIniSection& appendSection(std::string_view name, std::uint32_t hash) {
+  tIniSection& appendSection(std::string_view name) {
     tIniSection& section = store_.sections_.emplace_back();
     section.name = name.data();
     section.nameLength = static_cast<std::uint32_t>(name.size());
-    section.hash = hash;
     section.items = next_;
     names_.clear();
     return section;
   }
 
-  // Doubles the index. At most half of its slots are in use.
+  // Doubles the index. At most half of its places are in use.
   void growIndex() {
-    std::vector<std::uint32_t> old(2 * store_.index_.size(), 0);
+    std::vector<tIndexEntry> old(2 * store_.index_.size());
     old.swap(store_.index_);
-    for (const std::uint32_t number : old) {
-      if (number == 0) continue;
-      // All names in the index differ, so the first empty slot is the place.
+    for (const tIndexEntry& entry : old) {
+      if (entry.section == 0) continue;
+      // All names in the index differ, so the first empty place is the one.
       const std::size_t mask = store_.index_.size() - 1;
-      std::size_t slot = store_.sections_[number - 1].hash & mask;
-      while (store_.index_[slot]) slot = (slot + 1) & mask;
-      store_.index_[slot] = number;
+      std::size_t place = entry.hash & mask;
+      while (store_.index_[place].section) place = (place + 1) & mask;
+      store_.index_[place] = entry;
     }
-  }
-
-  // The slot of the section of that name, or the empty one where it belongs.
-  std::uint32_t& slotOf(std::string_view name, std::uint32_t hash) {
-    return store_.index_[findSlot(store_.index_, store_.sections_, name, hash)];
   }
 
   void takeUpAgain(tIniSection& section) {
@@ -307,7 +288,7 @@ class tIniStore::tLoad {
       }
       item = behind;
     }
-    section.count = static_cast<std::size_t>(kept - section.items);
+    section.count = static_cast<std::uint32_t>(kept - section.items);
   }
 
   static bool isFurtherPiece(const tIniItem& item) {
@@ -365,10 +346,21 @@ int tIniStore::load(tIniText text) {
   }
 }
 
+// Where the index has the section of that name, or the empty place where it would be.
+std::size_t tIniStore::findPlace(std::string_view name, std::uint32_t hash) const {
+  const std::size_t mask = index_.size() - 1;
+  std::size_t place = hash & mask;
+  for (; index_[place].section; place = (place + 1) & mask) {
+    if (index_[place].hash != hash) continue;
+    if (isSameName(sections_[index_[place].section - 1].nameView(), name)) break;
+  }
+  return place;
+}
+
 const tIniSection* tIniStore::findSection(std::string_view name) const {
   if (index_.empty()) return nullptr;
-  const std::size_t slot = findSlot(index_, sections_, name, hashName(name, hashSeed_));
-  return index_[slot] ? &sections_[index_[slot] - 1] : nullptr;
+  const std::uint32_t found = index_[findPlace(name, hashName(name, hashSeed_))].section;
+  return found ? &sections_[found - 1] : nullptr;
 }
 
 const tIniSection* tIniStore::findSectionBehind(const tIniSection* earlier,

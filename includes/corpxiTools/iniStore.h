@@ -27,12 +27,11 @@ struct tIniItem {
 struct tIniSection {
   const char* name = nullptr;
   std::uint32_t nameLength = 0;
-  std::uint32_t hash = 0;  // of the name, for the store's index
   std::uint32_t line = 0;  // of the header, of the latest one when it is repeated
+  tIniItem* items = nullptr;
+  std::uint32_t count = 0;
   bool hasPieces = false;  // holds a name like a piece of a split value
   bool isSorted = false;
-  tIniItem* items = nullptr;
-  std::size_t count = 0;
   // The items of a section that was taken up again behind another one.
   std::unique_ptr<std::vector<tIniItem>> moved;
 
@@ -79,13 +78,20 @@ class tIniStore {
  private:
   class tLoad;
 
+  // With the name's hash: a look-up that meets the place of another name looks at no section.
+  struct tIndexEntry {
+    std::uint32_t section = 0;  // its number plus 1, 0 for none
+    std::uint32_t hash = 0;
+  };
+
   void clear();
+  std::size_t findPlace(std::string_view name, std::uint32_t hash) const;
 
   std::unique_ptr<char[]> text_;
   std::unique_ptr<tIniItem[]> items_;
   std::forward_list<std::string> joinedValues_;
   std::vector<tIniSection> sections_;
-  std::vector<std::uint32_t> index_;  // by hash: section number plus 1, 0 for none
+  std::vector<tIndexEntry> index_;  // by hash
   tHashSeed hashSeed_{this};
   int firstBadLine_ = -1;
   bool hasTwins_ = false;  // sections of one name, of which the index has the first
