@@ -1,6 +1,7 @@
 #include "tools/varmex/picture/picture.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string_view>
 
 #include "tools/varmex/picture/legend.h"
@@ -20,6 +21,10 @@ constexpr int kBetweenStrips = 28;
 constexpr int kMostMagnified = 160;  // in percent, in a wide window
 constexpr int kInPage = 115;
 
+// Of paper, inside of its margins, in millimetres: what the style sheet prints on.
+constexpr int kSheetWidth = 277;
+constexpr int kSheetHeight = 190;
+
 // Between elements a line break is a node of its own, which a page with many pictures feels.
 std::string withoutBreaks(std::string_view svg) {
   std::string text;
@@ -35,7 +40,7 @@ class tPage {
  public:
   void add(const tPainted& strip) {
     if (x_ > 0 && x_ + strip.width > kPageWidth) endRow();
-    addGroup("chassis", strip.body);
+    parts_.push_back({"chassis", rows_.size(), x_, strip.body});
     width_ = std::max(width_, x_ + strip.width);
     rowHeight_ = std::max(rowHeight_, strip.height);
     x_ += strip.width + kBetweenStrips;
@@ -44,60 +49,110 @@ class tPage {
   void addLegend(const tLegend& legend) {
     endRow();
     tSvg svg;
-    const int height = legend.paint(svg, width_);
-    addGroup("legend", svg.body());
-    y_ += height;
+    rowHeight_ = legend.paint(svg, width_);
+    parts_.push_back({"legend", rows_.size(), 0, svg.body()});
+    endRow();
   }
 
   void addFoot(const std::string& text) {
-    y_ += kBetweenStrips;
     tSvg svg;
     svg.text(text, {0, 0, width_, kPlainFont});
-    addGroup("foot", svg.body());
+    parts_.push_back({"foot", rows_.size(), 0, svg.body()});
+    endRow();
   }
 
   void write(std::ostream& out) const {
+    const tPaper paper = placeOnPaper();
     // A picture that is not too high for a landscape sheet is made to fit one.
-    const char* const style = y_ <= width_ ? "picture onePage" : "picture";
+    const bool isOneSheet = height() <= width_;
     out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-        << "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"" << style << '"' << size(100)
-        << viewBox() << " style=\"max-width:" << width_ * kMostMagnified / 100
-        << "px\">\n<title>PXI chassis</title>\n<style>" << kPictureStyle.text << "</style>\n"
-        << kPicturePattern << "<rect class=\"page\"" << size(100) << "/>\n"
-        << svg_ << "</svg>\n";
+        << "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"picture "
+        << (isOneSheet ? "oneSheet" : "sheets") << '"' << size(100) << viewBox()
+        << " preserveAspectRatio=\"xMidYMin\" style=\"max-width:" << width_ * kMostMagnified / 100
+        << "px;--sheets:" << paper.sheets << "\">\n<title>PXI chassis</title>\n<style>"
+        << kPictureStyle.text << "</style>\n"
+        << kPicturePattern << "<rect class=\"page\"" << size(100) << "/>\n";
+    for (const tPart& part : parts_) {
+      out << groupOf(part, " style=\"--x:" + std::to_string(kMargin + part.x) +
+                               "px;--y:" + std::to_string(paper.rows[part.row]) + "px\"");
+    }
+    out << "</svg>\n";
   }
 
   std::string element() const {
-    return "<svg class=\"drawing\"" + size(kInPage) + viewBox() + ">" + withoutBreaks(svg_) +
+    std::string groups;
+    for (const tPart& part : parts_) groups += groupOf(part, {});
+    return "<svg class=\"drawing\"" + size(kInPage) + viewBox() + ">" + withoutBreaks(groups) +
            "</svg>\n";
   }
 
  private:
-  void addGroup(const char* style, const std::string& body) {
-    tSvg svg;
-    svg.openGroup(style, kMargin + x_, kMargin + y_);
-    svg_ += svg.body() + body + "</g>\n";
+  struct tPart {
+    const char* style;
+    std::size_t row;
+    int x;
+    std::string body;
+  };
+
+  struct tRow {
+    int y;
+    int height;
+  };
+
+  // Where the rows begin on sheets below each other.
+  struct tPaper {
+    std::vector<std::int64_t> rows;
+    std::int64_t sheets = 1;
+  };
+
+  // A row that does not fit below the others begins the next sheet.
+  tPaper placeOnPaper() const {
+    const auto topOf = [this](std::int64_t sheet) {
+      return sheet * (width_ + 2 * kMargin) * kSheetHeight / kSheetWidth;
+    };
+    tPaper paper;
+    std::int64_t y = kMargin;
+    for (const tRow& row : rows_) {
+      if (y > kMargin && y + row.height > topOf(1) - kMargin) {
+        ++paper.sheets;
+        y = kMargin;
+      }
+      paper.rows.push_back(topOf(paper.sheets - 1) + y);
+      y += row.height;
+      paper.sheets += y / topOf(1);  // one that is higher than a sheet
+      y = y % topOf(1) + kBetweenStrips;
+    }
+    return paper;
   }
+
+  std::string groupOf(const tPart& part, const std::string& attributes) const {
+    return std::string("<g class=\"") + part.style + "\" transform=\"translate(" +
+           std::to_string(kMargin + part.x) + ' ' + std::to_string(kMargin + rows_[part.row].y) +
+           ")\"" + attributes + ">\n" + part.body + "</g>\n";
+  }
+
+  int height() const { return rows_.back().y + rows_.back().height; }
 
   std::string size(int percent) const {
     return " width=\"" + std::to_string((width_ + 2 * kMargin) * percent / 100) + "\" height=\"" +
-           std::to_string((y_ + 2 * kMargin) * percent / 100) + '"';
+           std::to_string((height() + 2 * kMargin) * percent / 100) + '"';
   }
 
   std::string viewBox() const {
     return " viewBox=\"0 0 " + std::to_string(width_ + 2 * kMargin) + ' ' +
-           std::to_string(y_ + 2 * kMargin) + '"';
+           std::to_string(height() + 2 * kMargin) + '"';
   }
 
   void endRow() {
-    y_ += rowHeight_ + kBetweenStrips;
+    const int y = rows_.empty() ? 0 : rows_.back().y + rows_.back().height + kBetweenStrips;
+    rows_.push_back({y, rowHeight_});
     x_ = 0;
     rowHeight_ = 0;
   }
 
-  std::string svg_;
+  std::vector<tPart> parts_;
+  std::vector<tRow> rows_;
   int x_ = 0;
-  int y_ = 0;
   int rowHeight_ = 0;
   int width_ = kLeastPageWidth;
 };

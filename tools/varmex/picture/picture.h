@@ -13,6 +13,7 @@ namespace tool {
 // The chassis, as `describe` gives them, from the front, as one SVG picture: wide ones below each
 // other, small ones side by side, a legend of what occurs, and a line of text at the foot. Whatever
 // the description says, the picture is well-formed XML, and its size is bounded for each chassis.
+// On paper a browser begins a chassis on a sheet of its own where it does not fit another.
 void drawChassis(const std::vector<tJson>& chassis, tPciNotation notation, const std::string& foot,
                  std::ostream& out);
 
