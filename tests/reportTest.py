@@ -71,7 +71,11 @@ class Browser:
         return self.one("#details").text
 
     def press(self, *keys):
-        ActionChains(self.driver).send_keys(*keys).perform()
+        """One after the other; Shift holds for those behind it."""
+        chain = ActionChains(self.driver)
+        for key in keys:
+            chain = chain.key_down(key) if key == Keys.SHIFT else chain.send_keys(key)
+        (chain.key_up(Keys.SHIFT) if Keys.SHIFT in keys else chain).perform()
 
     def point(self, element):
         ActionChains(self.driver).move_to_element(element).perform()
@@ -224,8 +228,9 @@ def testKeyboard(browser, page):
     stops = browser.script("return document.querySelectorAll('svg [tabindex=\"0\"]').length")
     equal(stops, 3, "stops of Tab in the pictures")
     browser.press("/")
-    browser.press(Keys.TAB, Keys.TAB)
-    focused = "return document.activeElement.dataset.key"
+    browser.press(Keys.TAB)
+    chassis = "return document.activeElement.closest('section').dataset.chassis"
+    focused = "const e = document.activeElement; return e.dataset.key ?? (e.className || e.textContent)"
     # Keys, and what has the focus then.
     for keys, wanted in [("", "slot 1"), (Keys.RIGHT * 6, "slot 7"), (Keys.DOWN, "bus 2"),
                          (Keys.LEFT, "bus 1"), (Keys.UP, "slot 4"), (Keys.END, "slot 18"),
@@ -238,8 +243,13 @@ def testKeyboard(browser, page):
     check("Both are on trigger bus 1" in browser.one("#said").text, "what a reader is told of two slots")
     pressed = [e.get_attribute("aria-label") for e in browser.all("[aria-pressed=true]")]
     check(len(pressed) == 2 and pressed[0].startswith("Slot 2, PXIe peripheral slot"), f"pressed: {pressed}")
-    browser.press(Keys.TAB)
-    equal(browser.script(focused), "slot 1", "the next picture")
+    # What is chosen leads into its details and back; a bus, which only pointing showed, too.
+    for keys, wanted in [(Keys.TAB, "close"), (Keys.SHIFT + Keys.TAB, "slot 3"), (Keys.TAB + Keys.ESCAPE, "slot 3"),
+                         (Keys.DOWN + Keys.ENTER + Keys.TAB * 2, "1/1"), (Keys.ENTER, "slot 1"),
+                         (Keys.ESCAPE + Keys.TAB, "slot 1")]:
+        browser.press(*keys)
+        equal(browser.script(focused), wanted, f"focus on {wanted} by the details")
+    equal(browser.script(chassis), "2", "the next picture")
     browser.open(page, "#3/2")
     equal(browser.script(focused), "slot 2", "a link to a slot")
     browser.isQuiet("the keyboard")

@@ -1,6 +1,9 @@
+#include <algorithm>
 #include <iostream>
 
+#include "corpxiTools/fileSystem/utils.h"
 #include "tools/varmex/check/check.h"
+#include "tools/varmex/check/registryText.h"
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/describe.h"
 #include "tools/varmex/describe/faults.h"
@@ -41,6 +44,7 @@ class tReportCommand : public tCommand {
     report.findings =
         checkDescription([this] { return installation_.open(); }, machine ? &*machine : nullptr);
     for (tFinding& finding : report.findings) finding.answer = withShownPaths(finding.answer);
+    report.files = filesOf(report.saved);
     describeInto(report);
     markFaults(report.description);
     markFaults(report.modules);
@@ -58,6 +62,23 @@ class tReportCommand : public tCommand {
     return saved;
   }
 
+  static std::vector<std::string> filesOf(const tSavedInstallation& saved) {
+    const std::string paths[] = {varmex::getPxiSysPath(), varmex::getPxieSysPath(),
+                                 configurationPath()};
+    std::vector<std::string> files;
+    for (const tFileContent& file : saved.files) {
+      const auto* const place =
+          std::find(std::begin(kSavedPaths), std::end(kSavedPaths), file.path);
+      files.push_back(withShownPaths(paths[place - std::begin(kSavedPaths)]));
+    }
+    if (!saved.registry.empty()) {
+      const std::string text = registryTextPath();
+      files.push_back(text.empty() ? "the registry" : withShownPaths(text));
+    }
+    for (const tFileContent& file : saved.chassisFiles) files.push_back(file.path);
+    return files;
+  }
+
   // A description that can't be opened is a page of findings.
   void describeInto(tReport& report) const {
     report.modules = {{"modules", tJson::array()}};
@@ -65,6 +86,7 @@ class tReportCommand : public tCommand {
       const varmex::Session session = installation_.open();
       report.description = describe(session);
       report.modules = describeModules(session);
+      report.lineMaps = lineMapsOf(session, report.description);
     } catch (const varmex::Error& failure) {
       tTreeMaker tree;
       describeUnreadable(failure, tree);

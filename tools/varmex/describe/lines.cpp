@@ -46,8 +46,13 @@ std::string lineWordsOf(const varmex::LineMap& lines) {
   return runs.empty() ? "no lines" : "lines " + joined(runs, ", ");
 }
 
-std::string bridgeLinesOf(const tJson& bridge) {
-  std::string words = lineWordsOf(lineMasksOf(bridge));
+std::string bridgeWordsOf(const tJson& bridge) {
+  if (const std::string mark = markOf(bridge, "opening"); !mark.empty()) {
+    return "can't be read: " + mark;
+  }
+  std::string words = "from bus " + textOf(bridge, "BridgeSourceTriggerBus") + " to bus " +
+                      textOf(bridge, "BridgeDestinationTriggerBus") + ": " +
+                      lineWordsOf(lineMasksOf(bridge));
   for (int line = 0; line < 8; ++line) {
     const std::string number = std::to_string(line);
     const std::string mark = markOf(bridge, ("BridgeLineMapping" + number).c_str());

@@ -18,8 +18,9 @@ varmex::LineMap lineMasksOf(const tJson& bridge);
 // "lines 0-5 each to the same, 6 to 6-7"; "no lines" where none comes out anywhere.
 std::string lineWordsOf(const varmex::LineMap& lines);
 
-// The same of a bridge, with the marks of the lines that can't be read: "no lines, 3: !1".
-std::string bridgeLinesOf(const tJson& bridge);
+// All of a bridge, with the marks of what can't be read:
+// "from bus 1 to bus !2: lines 0-6 each to the same, 7: !3".
+std::string bridgeWordsOf(const tJson& bridge);
 
 }  // namespace tool
 

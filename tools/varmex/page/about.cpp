@@ -1,5 +1,6 @@
 #include "tools/varmex/page/about.h"
 
+#include <algorithm>
 #include <charconv>
 #include <set>
 #include <string_view>
@@ -8,6 +9,7 @@
 #include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
 #include "tools/varmex/describe/lines.h"
+#include "tools/varmex/describe/listing.h"
 #include "tools/varmex/describe/modules.h"
 #include "tools/varmex/describe/words.h"
 
@@ -52,14 +54,24 @@ std::vector<varmex::BridgeMap> readableBridges(const tJson& chassis) {
   return bridges;
 }
 
+// In words that follow "From 1/2 (bus 1) to 1/9 (bus 2)", and the bridges that they tell of.
 tJson jsonOf(const varmex::TriggerWays& ways) {
-  tJson json = {{"list", tJson::array()}, {"isComplete", ways.isComplete}};
+  tJson told = tJson::array();
+  std::set<std::uint32_t> passed;
   for (const varmex::TriggerWay& way : ways.ways) {
-    tJson bridges = tJson::array();
-    for (const varmex::BridgeMap& bridge : way.bridges) bridges.push_back(bridge.bridge);
-    json["list"].push_back({{"bridges", bridges}, {"lines", lineWordsOf(way.lines)}});
+    std::vector<std::string> bridges;
+    for (const varmex::BridgeMap& bridge : way.bridges) {
+      bridges.push_back(std::to_string(bridge.bridge));
+      passed.insert(bridge.bridge);
+    }
+    told.push_back("by bridge " + joined(bridges, ", then ") + ": " + lineWordsOf(way.lines) + '.');
   }
-  return json;
+  if (!ways.isComplete) {
+    told.push_back("there may be more ways; varmex triggers tells them.");
+  } else if (told.empty()) {
+    told.push_back("no line gets over the bridges of the chassis.");
+  }
+  return {{"told", told}, {"bridges", passed}};
 }
 
 tJson waysOf(const tJson& chassis) {
@@ -78,6 +90,50 @@ tJson waysOf(const tJson& chassis) {
     }
   }
   return ways;
+}
+
+// "Star trigger of 1/10: SystemTimingSlot in section [Chassis1StarTrigger1] is no number."
+std::string unreadText(const std::string& what, const tJson& failure) {
+  return what + ": " + failure["sentence"].get<std::string>();
+}
+
+// What of a slot keeps its trigger lines from being told.
+tJson unreadOfSlot(const tJson& slot) {
+  constexpr std::pair<const char*, const char*> kNames[] = {
+      {"opening", "Slot "},
+      {"TriggerBusNumber", "Trigger bus of "},
+      {"StarTriggerNumber", "Star trigger of "},
+      {"DStarTriggerNumber", "DStar trigger of "}};
+  const std::string place = textOf(slot, "ChassisNumber") + '/' + textOf(slot, "SlotNumber");
+  tJson unread = tJson::array();
+  if (!slot.contains("failures")) return unread;
+  const tJson& failures = slot["failures"];
+  for (const auto& [name, what] : kNames) {
+    if (failures.contains(name)) unread.push_back(unreadText(what + place, failures[name]));
+  }
+  return unread;
+}
+
+tJson unreadOfBridges(const tJson& chassis) {
+  constexpr const char* kHides = " can't be read in full, which may hide ways";
+  tJson unread = tJson::array();
+  if (!markOf(chassis, "TriggerBridges").empty()) {
+    unread.push_back(unreadText(std::string("The list of bridges") + kHides,
+                                chassis["failures"]["TriggerBridges"]));
+  }
+  for (const tJson& bridge : chassis["TriggerBridges"]) {
+    if (!bridge.contains("failures")) continue;
+    unread.push_back(unreadText("Bridge " + textOf(bridge, "BridgeNumber") + kHides,
+                                *bridge["failures"].begin()));
+  }
+  return unread;
+}
+
+// What can't be told of an item and all below it, as `show` tells it.
+tJson faultLinesOf(const tJson& item) {
+  tJson lines = tJson::array();
+  for (const tFault& fault : faultsOf(item)) lines.push_back(lineOf(fault));
+  return lines;
 }
 
 constexpr const char* kColumns[] = {"place", "alias", "vendor",    "model", "addresses",
@@ -118,12 +174,12 @@ class tWords {
   std::string_view rest_;
 };
 
-// The slot of that chassis that a finding in a list tells of: "slot 5" or "slot 1/5".
-std::optional<std::uint32_t> slotNamedIn(const std::string& message, std::uint32_t chassis) {
-  constexpr std::string_view kSlot = "slot ";
-  const std::size_t at = message.find(kSlot);
+// What a finding in a list tells of: "slot 5" or "slot 1/5" of that chassis, "bridge 3".
+std::optional<std::uint32_t> numberNamedIn(const std::string& message, const std::string& what,
+                                           std::uint32_t chassis) {
+  const std::size_t at = message.find(what + ' ');
   if (at == std::string::npos) return std::nullopt;
-  tWords words(std::string_view(message).substr(at + kSlot.size()));
+  tWords words(std::string_view(message).substr(at + what.size() + 1));
   const auto first = words.takeNumber();
   if (!words.take("/")) return first;
   return first == chassis ? words.takeNumber() : std::nullopt;
@@ -133,12 +189,17 @@ std::optional<std::uint32_t> slotNamedIn(const std::string& message, std::uint32
 
 tJson aboutChassis(const tJson& chassis, tPciNotation notation) {
   tJson about = chassis;
-  about["title"] = chassisTitle(chassis);
-  for (tJson& slot : about["Slots"]) slot["told"] = toldOf(slot, notation);
+  for (tJson& slot : about["Slots"]) {
+    slot["told"] = toldOf(slot, notation);
+    slot["faults"] = faultLinesOf(slot);
+    slot["unread"] = unreadOfSlot(slot);
+  }
   for (tJson& bridge : about["TriggerBridges"]) {
-    bridge["lines"] = bridgeLinesOf(bridge);
+    bridge["told"] = bridgeWordsOf(bridge);
+    bridge["faults"] = faultLinesOf(bridge);
   }
   about["ways"] = waysOf(chassis);
+  about["unread"] = unreadOfBridges(chassis);
   return about;
 }
 
@@ -167,31 +228,59 @@ std::string chassisTitle(const tJson& chassis) {
                 ", ");
 }
 
-tAboutPlace placeOf(const tFinding& finding) {
+tLineMaps lineMapsOf(const varmex::Session& session, const tJson& description) {
+  tLineMaps maps;
+  try {
+    const tListing listing(session);
+    for (const tJson& chassis : description["Chassis"]) {
+      const std::uint32_t number = numberOf(chassis, "ChassisNumber").value_or(0);
+      for (const tJson& bridge : chassis["TriggerBridges"]) {
+        if (!markOf(bridge, "opening").empty()) continue;
+        const auto place = listing.openBridge(number, *numberOf(bridge, "BridgeNumber"));
+        maps[{number, place.mapping}].push_back(place.number);
+      }
+    }
+  } catch (const std::exception&) {
+    // The files changed meanwhile: what is found in line maps stands below the chassis alone.
+  }
+  return maps;
+}
+
+tAboutPlace placeOf(const tFinding& finding, const tLineMaps& maps) {
   // "Chassis1Slot7", "Chassis1TriggerBridge2", and so on.
   tWords section(finding.position.section);
   tAboutPlace place;
   if (!section.take("Chassis")) return place;
   place.chassis = section.takeNumber();
   if (!place.chassis) return place;
-  constexpr std::pair<const char*, const char*> kKeys[] = {{"Slot", "slot"},
-                                                           {"TriggerBridge", "bridge"},
-                                                           {"TriggerBus", "bus"},
-                                                           {"StarTrigger", "star"},
-                                                           {"DStarTrigger", "dstar"}};
-  for (const auto& [name, kind] : kKeys) {
-    if (!section.take(name)) continue;
-    const auto number = section.takeNumber();
-    if (!number) return place;
-    if (std::string_view(kind) == "slot") {
-      place.slot = number;
-    } else {
-      place.keys.push_back(kind + ('-' + std::to_string(*number)));
-    }
-    break;
+  const auto add = [&](const char* kind, std::uint32_t number) {
+    place.keys.push_back(kind + ('-' + std::to_string(number)));
+  };
+  constexpr std::pair<const char*, const char*> kKinds[] = {{"Slot", "slot"},
+                                                            {"TriggerBridge", "bridge"},
+                                                            {"TriggerBus", "bus"},
+                                                            {"StarTrigger", "star"},
+                                                            {"StarSystemTimingSets", "dstar"},
+                                                            {"StarSystemTimingSet", "dstar"},
+                                                            {"LineMappingSpec", "map"}};
+  const auto* const found =
+      std::find_if(std::begin(kKinds), std::end(kKinds),
+                   [&](const auto& kind) { return section.take(kind.first); });
+  const auto number = section.takeNumber();
+  const std::string_view kind = found == std::end(kKinds) || !number ? "" : found->second;
+  if (kind == "slot") {
+    place.slot = number;
+  } else if (kind == "map") {
+    const auto bridges = maps.find({*place.chassis, *number});
+    if (bridges == maps.end()) return place;
+    for (const std::uint32_t bridge : bridges->second) add("bridge", bridge);
+  } else if (!kind.empty()) {
+    add(found->second, *number);
+  } else if (const auto bridge = numberNamedIn(finding.message, "bridge", *place.chassis)) {
+    add("bridge", *bridge);
   }
-  if (!place.slot) place.slot = slotNamedIn(finding.message, *place.chassis);
-  if (place.slot) place.keys.push_back("slot-" + std::to_string(*place.slot));
+  if (!place.slot) place.slot = numberNamedIn(finding.message, "slot", *place.chassis);
+  if (place.slot) add("slot", *place.slot);
   return place;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <sstream>
 
 #include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/fields.h"
@@ -13,7 +14,6 @@
 #include "tools/varmex/saved/bytes.h"
 #include "tools/varmex/text/embedded.h"
 #include "tools/varmex/text/moment.h"
-#include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
 
@@ -52,7 +52,9 @@ std::string counted(std::size_t count, const std::string& what) {
 class tPageWriter {
  public:
   tPageWriter(const tReport& report, tPciNotation notation) : report_(report), notation_(notation) {
-    for (const tFinding& finding : report.findings) places_.push_back(placeOf(finding));
+    for (const tFinding& finding : report.findings) {
+      places_.push_back(placeOf(finding, report.lineMaps));
+    }
   }
 
   std::string write() {
@@ -100,23 +102,18 @@ class tPageWriter {
         "<input id=\"search\" type=\"search\" role=\"combobox\" aria-expanded=\"false\" "
         "aria-controls=\"hits\" aria-autocomplete=\"list\" autocomplete=\"off\" "
         "placeholder=\"Alias, model, serial number, address\">\n"
-        "<button type=\"button\" id=\"take\">Save the installation as a file</button>\n"
         "<ul id=\"hits\" role=\"listbox\" aria-label=\"What fits\" hidden></ul>\n</div>\n"
         "<noscript><p>Without its script this page shows the pictures and the findings "
         "alone.</p></noscript>\n</header>\n";
   }
 
   void writeFiles() {
-    std::vector<std::string> files;
-    if (report_.description.contains("machine")) {
-      for (const char* const name : {"PxiSysPath", "PxieSysPath"}) {
-        files.push_back(withShownPaths(textOf(report_.description["machine"], name)));
-      }
-    }
-    const std::string list = joined(files, ", ");
-    if (!list.empty()) html_ += "<p>Files: " + xmlText(list) + "</p>\n";
-    for (const tFault& fault : faultsOf(report_.description)) {
-      html_ += "<p class=\"fault\">" + xmlText(lineOf(fault)) + "</p>\n";
+    html_ += "<p>Files: " + xmlText(joined(report_.files, ", ")) +
+             " <button type=\"button\" id=\"take\">Save the installation as a file</button></p>\n";
+    std::stringstream faults;
+    showFaults(report_.description, faults);
+    for (std::string line; std::getline(faults, line);) {
+      if (!line.empty()) html_ += "<p class=\"fault\">" + xmlText(line) + "</p>\n";
     }
   }
 
@@ -132,7 +129,8 @@ class tPageWriter {
   }
 
   void writeOtherFindings() {
-    html_ += "<section class=\"rest\" id=\"findings\">\n<h2>Findings</h2>\n";
+    html_ += "<section class=\"rest\" id=\"findings\">\n<h2>Findings</h2>\n<p>" + comparison() +
+             "</p>\n";
     if (report_.findings.empty()) {
       html_ += "<p>No findings.</p>\n";
     } else {
@@ -146,6 +144,17 @@ class tPageWriter {
       });
     });
     html_ += "</section>\n";
+  }
+
+  // Whether there can be findings about the machine itself.
+  std::string comparison() const {
+    const std::optional<tPciTree>& tree = report_.saved.pci;
+    if (!tree) return "Not compared with the machine: no PCI tree of it is known.";
+    if (!report_.description.contains("machine")) {
+      return "Not compared with the machine: the description can't be opened.";
+    }
+    return "Compared with the machine's PCI tree, " + counted(tree->devices().size(), "device") +
+           ", as by varmex check --live.";
   }
 
   template <class Fits>

@@ -7,6 +7,7 @@
 #include "tools/varmex/check/findings.h"
 #include "tools/varmex/describe/address.h"
 #include "tools/varmex/describe/json.h"
+#include "tools/varmex/page/about.h"
 #include "tools/varmex/saved/savedFile.h"
 
 namespace tool {
@@ -16,7 +17,9 @@ struct tReport {
   tJson description;  // as `describe` gives it, with its faults marked
   tJson modules;      // as `describeModules` gives it, the same
   std::vector<tFinding> findings;
+  tLineMaps lineMaps;
   tSavedInstallation saved;
+  std::vector<std::string> files;  // that it was read from, as they are told
 };
 
 // The page: one HTML document that needs nothing else, with the script and the style of this

@@ -12,6 +12,7 @@
   const byId = (id) => document.getElementById(id);
   const dataOf = (element) => JSON.parse(element.textContent);
   const say = (text) => { byId("said").textContent = text; };
+  const [search, hits] = [byId("search"), byId("hits")];
 
   // ---- The chassis and what their pictures show ----
 
@@ -42,17 +43,18 @@
     racks.set(rack.number, rack);
   }
 
-  // What a group of a picture shows: its kind, its number, and the slot of a star line.
+  // What a group of a picture shows, by its key: "slot 7", "star 1 7".
   const targetOf = (element) => {
-    const group = element.closest?.("[data-key]");
+    const key = element.closest?.("[data-key]")?.dataset.key.replace("module", "slot");
     const section = element.closest?.("section.rack");
-    if (!group || !section) return null;
-    const [kind, number, slot] = group.dataset.key.split(" ");
-    if (kind === "stub" || kind === "guide") return null;
-    const target = { rack: racks.get(Number(section.dataset.chassis)), kind, number: Number(number) };
-    if (slot !== undefined) target.slot = Number(slot);
-    if (kind === "module") target.kind = "slot";
-    return target;
+    if (!key || !section || /^(stub|guide)/.test(key)) return null;
+    return { rack: racks.get(Number(section.dataset.chassis)), key };
+  };
+
+  // What a table of functions, one for each kind, answers about a target.
+  const answer = (table, { rack, key }) => {
+    const [kind, ...numbers] = key.split(" ");
+    return table[kind](rack, ...numbers.map(Number));
   };
 
   const trigger = {
@@ -62,69 +64,46 @@
              controller: "DStarTriggerControllerName" },
   };
 
-  const moduleSlot = (slot) => slot.OccupyingModuleSlot ?? slot.SlotNumber;
   const busSlots = (rack, bus) => rack.slotsWhere((slot) => slot.TriggerBusNumber === bus);
   const onTrigger = (rack, kind, number) =>
     rack.slotsWhere((slot) => slot[trigger[kind].number] === number);
-  const controllers = (rack, kind, number) =>
-    rack.slotsWhere((slot) => slot[trigger[kind].number] === number &&
-                              trigger[kind].controller in slot);
+  const controllers = (rack, kind, number) => onTrigger(rack, kind, number)
+    .filter((slot) => trigger[kind].controller in rack.slot(slot));
   const bridgesAt = (rack, bus) => rack.data.TriggerBridges.filter(
     (bridge) => bridge.BridgeSourceTriggerBus === bus || bridge.BridgeDestinationTriggerBus === bus);
+  const bridgesOf = (rack, number) =>
+    rack.data.TriggerBridges.filter((bridge) => bridge.BridgeNumber === number);
 
   // The keys of all groups that belong to a slot, a bus and so on.
-  const slotKeys = (rack, number) => {
-    const slot = rack.slot(number);
-    return slot ? [`slot ${number}`, `module ${moduleSlot(slot)}`] : [`slot ${number}`];
+  const slotKeys = (rack, number) =>
+    [`slot ${number}`, `module ${rack.slot(number)?.OccupyingModuleSlot ?? number}`];
+  const busKeys = (rack, bus) => bus === undefined ? [] : [`bus ${bus}`,
+    ...busSlots(rack, bus).flatMap((slot) => [`stub ${slot}`, ...slotKeys(rack, slot)])];
+
+  // Of a slot's line all that its controller can reach it from, of the controller's all lines.
+  const starKeys = (rack, kind, star, slot) => {
+    if (star === undefined) return [];
+    const drivers = controllers(rack, kind, star);
+    const isAll = slot === undefined || drivers.includes(slot);
+    return [`${kind} ${star}`, ...onTrigger(rack, kind, star)
+      .filter((other) => isAll || other === slot || drivers.includes(other))
+      .flatMap((other) => [`${kind} ${star} ${other}`, `guide ${other}`, ...slotKeys(rack, other)])];
   };
 
   const wiredTo = {
-    slot(rack, { number }) {
-      const slot = rack.slot(number);
-      const keys = slotKeys(rack, number);
-      if (!slot) return keys;
-      keys.push(`bus ${slot.TriggerBusNumber}`, `guide ${number}`);
-      for (const other of busSlots(rack, slot.TriggerBusNumber)) {
-        keys.push(...slotKeys(rack, other), `stub ${other}`);
-      }
-      for (const kind of ["star", "dstar"]) {
-        const star = slot[trigger[kind].number];
-        if (star === undefined) continue;
-        keys.push(`${kind} ${star}`, `${kind} ${star} ${number}`);
-        const drives = trigger[kind].controller in slot;
-        const others = drives ? onTrigger(rack, kind, star) : controllers(rack, kind, star);
-        for (const other of others) {
-          keys.push(`${kind} ${star} ${other}`, `guide ${other}`, ...slotKeys(rack, other));
-        }
-      }
-      return keys;
+    slot(rack, number) {
+      const slot = rack.slot(number) ?? {};
+      return [...slotKeys(rack, number), ...busKeys(rack, slot.TriggerBusNumber),
+              ...Object.keys(trigger).flatMap((kind) =>
+                starKeys(rack, kind, slot[trigger[kind].number], number))];
     },
-    bus(rack, { number }) {
-      const keys = [`bus ${number}`];
-      for (const slot of busSlots(rack, number)) keys.push(...slotKeys(rack, slot), `stub ${slot}`);
-      for (const bridge of bridgesAt(rack, number)) keys.push(...wiredTo.bridge(rack, bridge));
-      return keys;
-    },
-    bridge(rack, target) {
-      const number = target.BridgeNumber ?? target.number;
-      const keys = [`bridge ${number}`];
-      for (const bridge of rack.data.TriggerBridges.filter((one) => one.BridgeNumber === number)) {
-        keys.push(`bus ${bridge.BridgeSourceTriggerBus}`, `bus ${bridge.BridgeDestinationTriggerBus}`);
-      }
-      return keys;
-    },
-    star: (rack, target) => starKeys(rack, "star", target),
-    dstar: (rack, target) => starKeys(rack, "dstar", target),
+    bus: (rack, number) => [...busKeys(rack, number), ...bridgesAt(rack, number)
+      .flatMap((bridge) => wiredTo.bridge(rack, bridge.BridgeNumber))],
+    bridge: (rack, number) => [`bridge ${number}`, ...bridgesOf(rack, number).flatMap((bridge) =>
+      [`bus ${bridge.BridgeSourceTriggerBus}`, `bus ${bridge.BridgeDestinationTriggerBus}`])],
+    star: (rack, ...line) => starKeys(rack, "star", ...line),
+    dstar: (rack, ...line) => starKeys(rack, "dstar", ...line),
   };
-
-  function starKeys(rack, kind, { number, slot }) {
-    const all = onTrigger(rack, kind, number);
-    const line = new Set([slot, ...controllers(rack, kind, number)]);
-    const wanted = slot === undefined || controllers(rack, kind, number).includes(slot)
-      ? all : all.filter((other) => line.has(other));
-    return [`${kind} ${number}`, ...wanted.flatMap((other) =>
-      [`${kind} ${number} ${other}`, `guide ${other}`, ...slotKeys(rack, other)])];
-  }
 
   // ---- Light on what is wired to a target, and its details ----
 
@@ -145,111 +124,108 @@
   const light = (targets) => {
     for (const element of lit) element.classList.remove("lit", "focused");
     lit = [];
-    for (const target of targets) lightKeys(target.rack, wiredTo[target.kind](target.rack, target));
-    const [first, second] = targets;
-    if (second && first.rack === second.rack) {
-      const ways = [[first, second], [second, first]].flatMap((pair) => waysBetween(...pair)?.list ?? []);
-      for (const number of ways.flatMap(({ bridges }) => bridges)) {
-        lightKeys(first.rack, wiredTo.bridge(first.rack, { number }));
-      }
+    for (const target of targets) lightKeys(target.rack, answer(wiredTo, target));
+    for (const way of waysBetween(targets)) {
+      lightKeys(way.rack, way.bridges.flatMap((number) => wiredTo.bridge(way.rack, number)));
     }
   };
 
   const table = (rows) => make("table", {}, ...rows.map(([name, value]) =>
-    make("tr", {}, make("th", { scope: "row" }, name), make("td", {}, String(value)))));
+    make("tr", {}, make("th", { scope: "row" }, name), make("td", {}, value))));
 
-  const attributesOf = (item) => Object.entries(item).filter(([, value]) => typeof value !== "object");
-  const failuresOf = (item) => Object.entries(item.failures ?? {}).map(
-    ([name, { detail, constant }]) => [name, `${detail} (${constant})`]);
+  const attributesOf = (item) => Object.entries(item).filter(([name]) => /^[A-Z]/.test(name))
+    .filter(([, value]) => typeof value !== "object");
+  const marksOf = (item) => Object.entries(item.failures ?? {}).map(([name, { mark }]) => [name, mark]);
+  const faultsOf = (item) => item.faults.map((line) => make("p", { class: "fault" }, line));
 
   const allAttributes = (items) => make("details", {}, make("summary", {}, "All attributes"),
     ...items.flatMap(([title, item]) =>
-      [make("h4", {}, title), table([...attributesOf(item), ...failuresOf(item)])]));
+      [make("h4", {}, title), table([...attributesOf(item), ...marksOf(item)])]));
 
   const link = (rack, slot) => make("a", { href: `#${rack.number}/${slot}` }, `${rack.number}/${slot}`);
   const slotLinks = (rack, slots) => slots.flatMap((slot, n) => [n > 0 ? ", " : "", link(rack, slot)]);
 
   const findingsAbout = (rack, key) => {
     const found = rack.section.querySelectorAll(`[data-about~="${key.replace(" ", "-")}"]`);
-    return found.length === 0 ? [] : [make("ul", { class: "findings" },
-      ...[...found].map((item) => make("li", { class: item.className },
-        ...item.cloneNode(true).childNodes)))];
+    const copies = [...found].map((item) => item.cloneNode(true));
+    return copies.length ? [make("ul", { class: "findings" }, ...copies)] : [];
   };
 
-  const bridgeRow = (bridge) => [
-    `Bridge ${bridge.BridgeNumber}`,
-    `bus ${bridge.BridgeSourceTriggerBus} to bus ${bridge.BridgeDestinationTriggerBus}: ${bridge.lines}`];
+  const bridgeRow = ({ BridgeNumber: number, told: words }) => [`Bridge ${number}`, words];
 
   const told = {
-    slot(rack, { number }) {
+    slot(rack, number) {
       const slot = rack.slot(number);
       if (!slot) return [make("h3", {}, `Slot ${rack.number}/${number}`)];
       const items = [["Slot", slot], ...slot.Devices.map((device) => ["Function", device])];
-      return [make("h3", {}, "Slot ", link(rack, number)), table([...slot.told, ...failuresOf(slot)]),
+      return [make("h3", {}, "Slot ", link(rack, number)), table(slot.told), ...faultsOf(slot),
               ...findingsAbout(rack, `slot ${number}`), allAttributes(items)];
     },
-    bus(rack, { number }) {
-      const names = new Set(rack.data.Slots.filter((slot) => slot.TriggerBusNumber === number)
-        .map((slot) => slot.TriggerBusName).filter(Boolean));
+    bus(rack, number) {
+      const slots = busSlots(rack, number);
+      const names = new Set(slots.map((slot) => rack.slot(slot).TriggerBusName).filter(Boolean));
       return [make("h3", {}, `Chassis ${rack.number}, trigger bus ${number}`),
-              make("p", {}, "Slots ", ...slotLinks(rack, busSlots(rack, number))),
+              make("p", {}, "Slots ", ...slotLinks(rack, slots)),
               table([...[...names].map((name) => ["Name", name]),
                      ...bridgesAt(rack, number).map(bridgeRow)]),
               ...findingsAbout(rack, `bus ${number}`)];
     },
-    bridge(rack, { number }) {
-      const bridges = rack.data.TriggerBridges.filter((bridge) => bridge.BridgeNumber === number);
+    bridge(rack, number) {
+      const bridges = bridgesOf(rack, number);
       return [make("h3", {}, `Chassis ${rack.number}, bridge ${number}`), table(bridges.map(bridgeRow)),
-              ...findingsAbout(rack, `bridge ${number}`),
+              ...bridges.flatMap(faultsOf), ...findingsAbout(rack, `bridge ${number}`),
               allAttributes(bridges.map((bridge) => ["Bridge", bridge]))];
     },
-    star: (rack, target) => toldOfStar(rack, "star", target),
-    dstar: (rack, target) => toldOfStar(rack, "dstar", target),
+    star: (rack, ...line) => toldOfStar(rack, "star", ...line),
+    dstar: (rack, ...line) => toldOfStar(rack, "dstar", ...line),
   };
 
-  function toldOfStar(rack, kind, { number, slot }) {
+  function toldOfStar(rack, kind, number, slot) {
     const names = trigger[kind];
     const drivers = controllers(rack, kind, number);
     const rows = onTrigger(rack, kind, number)
       .filter((other) => slot === undefined || slot === other || drivers.includes(slot))
-      .map((other) => rack.slot(other))
-      .filter((one) => names.of in one)
-      .map((one) => [`${names.line} ${one[names.of]}`, `slot ${rack.number}/${one.SlotNumber}`]);
+      .filter((other) => names.of in rack.slot(other))
+      .map((other) => [`${names.line} ${rack.slot(other)[names.of]}`, link(rack, other)]);
+    const failure = rack.data.Slots.map((one) => one.failures?.[names.number]).find(Boolean);
+    const none = failure ? `none that can be read. ${failure.sentence}` : "none";
     return [make("h3", {}, `Chassis ${rack.number}, ${names.name} ${number}`),
-            make("p", {}, "Controller: ", ...(drivers.length ? slotLinks(rack, drivers) : ["none"])),
+            make("p", {}, "Controller: ", ...(drivers.length ? slotLinks(rack, drivers) : [none])),
             table(rows), ...findingsAbout(rack, `${kind} ${number}`)];
   }
 
   // ---- The trigger lines between two slots ----
 
-  function waysBetween({ rack, number: from }, { number: to }) {
-    const [source, destination] = [from, to].map((number) => rack.slot(number)?.TriggerBusNumber);
-    return rack.data.ways[`${source}>${destination}`];
-  }
-
-  const busSentences = (rack, from, to) => {
-    const [a, b] = [rack.slot(from)?.TriggerBusNumber, rack.slot(to)?.TriggerBusNumber];
-    if (a === undefined || b === undefined) {
-      return [`Slot ${rack.number}/${a === undefined ? from : to} is on no trigger bus.`];
-    }
-    if (a === b) return [`Both are on trigger bus ${a}, and share its lines 0-7.`];
-    const place = (number) => `${rack.number}/${number} (bus ${rack.slot(number).TriggerBusNumber})`;
-    return [...[[from, to], [to, from]].flatMap(([begin, end]) => {
-      const ways = waysBetween({ rack, number: begin }, { number: end });
-      const head = `From ${place(begin)} to ${place(end)}`;
-      if (!ways) return [`${head}: not worked out for so many buses; varmex triggers tells it.`];
-      const sentences = ways.list.map(({ bridges, lines }) =>
-        `${head} by bridge ${bridges.join(", then ")}: ${lines}.`);
-      if (!ways.isComplete) sentences.push(`${head} there are more ways; varmex triggers tells them.`);
-      return sentences.length ? sentences : [`${head}: no bridge takes a line.`];
-    }), ...rack.data.TriggerBridges.filter((bridge) => failuresOf(bridge).length).map((bridge) =>
-      `Bridge ${bridge.BridgeNumber} can't be read in full, which may hide ways.`)];
+  const placeOf = ({ rack, key }) => `${rack.number}/${key.split(" ")[1]}`;
+  const slotOf = ({ rack, key }) => {
+    const number = Number(key.split(" ")[1]);
+    return rack.slot(number) ?? { SlotNumber: number };
   };
 
-  const starSentences = (rack, from, to) => Object.values(trigger).flatMap((names) => {
-    const ends = [from, to].map((number) => rack.slot(number) ?? {});
+  // There and back, for two slots of a chassis.
+  function waysBetween([first, second]) {
+    if (!second || first.rack !== second.rack) return [];
+    return [[first, second], [second, first]].flatMap((pair) => {
+      const [from, to] = pair.map((target) => slotOf(target).TriggerBusNumber);
+      const way = first.rack.data.ways[`${from}>${to}`];
+      const head = `From ${placeOf(pair[0])} (bus ${from}) to ${placeOf(pair[1])} (bus ${to})`;
+      return way ? [{ rack: first.rack, head, ...way }] : [];
+    });
+  }
+
+  const busSentences = (rack, ends) => {
+    const alone = ends.find((slot) => slot.TriggerBusNumber === undefined);
+    if (alone) return [`Slot ${rack.number}/${alone.SlotNumber} is on no trigger bus.`];
+    const [a, b] = ends.map((slot) => slot.TriggerBusNumber);
+    if (a === b) return [`Both are on trigger bus ${a}, and share its lines 0-7.`];
+    const ways = waysBetween(chosen);
+    if (!ways.length) return ["Not worked out for so many buses; varmex triggers tells it."];
+    return [...ways.flatMap((way) => way.told.map((words) => `${way.head} ${words}`)), ...rack.data.unread];
+  };
+
+  const starSentences = (rack, ends) => Object.values(trigger).flatMap((names) => {
     const star = ends[0][names.number];
-    if (from === to || star === undefined || ends[1][names.number] !== star) return [];
+    if (star === undefined || ends[1][names.number] !== star) return [];
     const roles = ends.map((end) => `${rack.number}/${end.SlotNumber} is ` +
       [names.controller in end && "the controller", names.of in end && `${names.line} ${end[names.of]}`]
         .filter(Boolean).join(" and "));
@@ -259,13 +235,14 @@
   });
 
   const linesBetween = ([first, second]) => {
-    const place = ({ rack, number }) => `${rack.number}/${number}`;
-    const sentences = first.rack === second.rack
-      ? [...busSentences(first.rack, first.number, second.number),
-         ...starSentences(first.rack, first.number, second.number)]
+    const { rack } = first;
+    const ends = [first, second].map(slotOf);
+    const unread = ends.flatMap((end) => end.unread ?? []);
+    const sentences = rack === second.rack
+      ? [...busSentences(rack, ends), ...starSentences(rack, ends), ...unread]
       : ["They are in different chassis, which share no trigger lines."];
     return make("section", { id: "between" },
-      make("h3", {}, `Trigger lines between ${place(first)} and ${place(second)}`),
+      make("h3", {}, `Trigger lines between ${placeOf(first)} and ${placeOf(second)}`),
       make("ul", {}, ...sentences.map((sentence) => make("li", {}, sentence))));
   };
 
@@ -274,52 +251,51 @@
   const close = make("button", { type: "button", class: "close", "aria-label": "Close details" }, "\u00d7");
 
   const show = (target) => {
-    light(target ? [target] : chosen);
     const shown = target ? [target] : chosen;
-    const parts = shown.flatMap(({ rack, kind, number, slot }) => told[kind](rack, { number, slot }));
-    if (!target && chosen.length === 2) parts.unshift(linesBetween(chosen));
+    light(shown);
+    const parts = shown.flatMap((one) => answer(told, one));
+    if (shown.length === 2) parts.unshift(linesBetween(shown));
     details.replaceChildren(...(parts.length ? [close, ...parts] : help));
     details.classList.toggle("open", parts.length > 0);
   };
 
+  const chosenAt = ({ rack, key }) => chosen.findIndex((one) => one.rack === rack && one.key === key);
+  const groupsOf = (targets) => targets.flatMap(({ rack, key }) => [...rack.groups(key)]);
+  const lastChosen = () => groupsOf(chosen.slice(-1))[0];
+
   const markChosen = () => {
-    for (const element of document.querySelectorAll("svg .chosen")) {
-      element.classList.remove("chosen");
-      element.removeAttribute("aria-pressed");
+    for (const group of document.querySelectorAll("svg .chosen")) {
+      group.classList.remove("chosen");
+      group.removeAttribute("aria-pressed");
     }
-    for (const { rack, number } of chosen) {
-      for (const group of rack.groups(`slot ${number}`)) {
-        group.classList.add("chosen");
-        group.setAttribute("aria-pressed", "true");
-      }
+    for (const group of groupsOf(chosen)) {
+      group.classList.add("chosen");
+      group.setAttribute("aria-pressed", "true");
     }
     show(null);
     const last = chosen[chosen.length - 1];
-    if (last) {
-      history.replaceState(null, "", `#${last.rack.number}/${last.number}`);
-      say(chosen.length === 2 ? byId("between").textContent
-                              : `Slot ${last.rack.number}/${last.number} chosen.`);
-    }
+    const place = last?.key.startsWith("slot") ? `#${placeOf(last)}` : location.pathname + location.search;
+    history.replaceState(null, "", place);
+    if (chosen.length === 2) say(byId("between").textContent);
+    else say(last ? `${details.querySelector("h3").textContent} chosen.` : "");
   };
 
-  // A second slot joins the first one; a third begins anew, and so does a chosen one by going.
+  // A second slot joins the first one. Anything else begins anew; what is chosen is let go.
   const choose = (target) => {
-    const at = chosen.findIndex(
-      ({ rack, number }) => rack === target.rack && number === target.number);
+    const at = chosenAt(target);
     if (at >= 0) {
       chosen.splice(at, 1);
     } else {
-      if (chosen.length === 2) chosen.length = 0;
-      chosen.push(target);
+      const isPair = chosen.length === 1 && [...chosen, target].every(({ key }) => key.startsWith("slot"));
+      chosen.splice(isPair ? 1 : 0, 2, target);
     }
     markChosen();
   };
 
   const chooseNothing = () => {
+    if (details.contains(document.activeElement)) lastChosen()?.focus({ preventScroll: true });
     chosen.length = 0;
     markChosen();
-    history.replaceState(null, "", location.pathname + location.search);
-    say("");
   };
 
   // ---- Mouse and keyboard ----
@@ -327,18 +303,12 @@
   const main = document.querySelector("main");
 
   main.addEventListener("pointerover", (event) => {
-    if (event.pointerType === "touch") return;
-    const target = targetOf(event.target);
+    const target = event.pointerType !== "touch" && targetOf(event.target);
     if (target) show(target);
-  });
-  main.addEventListener("pointerout", (event) => {
-    const leaves = !event.relatedTarget?.closest?.("svg.drawing");
-    if (leaves && targetOf(event.target)) show(null);
   });
   main.addEventListener("click", (event) => {
     const target = targetOf(event.target);
-    if (target?.kind === "slot") choose(target);
-    else if (target) show(target);
+    if (target) choose(target);
   });
   main.addEventListener("focusin", (event) => {
     const target = targetOf(event.target);
@@ -348,8 +318,20 @@
   });
   details.addEventListener("click", (event) => { if (event.target === close) chooseNothing(); });
 
+  // Pointer or focus go elsewhere than to a picture or to the details: what is chosen is shown again.
+  const leave = ({ type, target, relatedTarget: next }) => {
+    if (next?.closest?.("svg.drawing, #details") || (type === "focusout" && !next)) return;
+    if (target.closest("[data-key], #details")) show(null);
+  };
+  for (const part of [main, details]) {
+    part.addEventListener("pointerout", leave);
+    part.addEventListener("focusout", leave);
+  }
+
   // One stop of the Tab key for each picture; arrows go on from there.
   const kSteps = "[data-key^=slot],[data-key^=bus],[data-key^=bridge],g.line";
+  const stepsOf = (rack) => [...rack.picture.querySelectorAll(kSteps)]
+    .filter((group) => group === rack.groups(group.dataset.key)[0]);
 
   const moveTabStop = (rack, group) => {
     rack.picture.querySelector("[tabindex='0']")?.setAttribute("tabindex", "-1");
@@ -359,7 +341,7 @@
   for (const rack of racks.values()) {
     rack.picture.setAttribute("role", "group");
     rack.picture.setAttribute("aria-labelledby", `title-${rack.number}`);
-    rack.picture.querySelectorAll(kSteps).forEach((group, n) => {
+    stepsOf(rack).forEach((group, n) => {
       group.setAttribute("tabindex", n === 0 ? "0" : "-1");
       group.setAttribute("role", "button");
       group.setAttribute("aria-label", group.querySelector("title")?.textContent ?? "");
@@ -376,7 +358,7 @@
   // Slots, buses, bridges and each star trigger are rows below each other.
   const rowsOf = (rack) => {
     const rows = new Map();
-    for (const group of rack.picture.querySelectorAll(kSteps)) {
+    for (const group of stepsOf(rack)) {
       const row = group.dataset.key.split(" ").slice(0, group.matches("g.line") ? 2 : 1).join(" ");
       if (!rows.has(row)) rows.set(row, []);
       rows.get(row).push(group);
@@ -409,7 +391,10 @@
     const target = targetOf(event.target);
     if (!target || event.ctrlKey || event.altKey || event.metaKey) return;
     if (event.key === "Enter" || event.key === " ") {
-      if (target.kind === "slot") choose(target);
+      choose(target);
+    } else if (event.key === "Tab" && !event.shiftKey && chosenAt(target) >= 0) {
+      show(null);
+      close.focus();
     } else {
       const moves = neighbours(target.rack, event.target.closest("[data-key]"));
       if (!(event.key in moves)) return;
@@ -417,13 +402,20 @@
     }
     event.preventDefault();
   });
+  // Tab leads from what is chosen into its details, and from there back or on.
+  details.addEventListener("keydown", (event) => {
+    const stops = details.querySelectorAll("button, a, summary");
+    const isAtEnd = event.target === stops[event.shiftKey ? 0 : stops.length - 1];
+    if (event.key !== "Tab" || !isAtEnd) return;
+    lastChosen()?.focus();
+    if (event.shiftKey) event.preventDefault();
+  });
   document.addEventListener("keydown", (event) => {
     if (event.key === "Escape") chooseNothing();
-    const isTyping = event.target.matches?.("input");
-    if (event.key === "/" && !isTyping && !event.ctrlKey && !event.altKey && !event.metaKey) {
-      byId("search").focus();
-      event.preventDefault();
-    }
+    const isPlain = !event.ctrlKey && !event.altKey && !event.metaKey;
+    if (event.key !== "/" || event.target === search || !isPlain) return;
+    search.focus();
+    event.preventDefault();
   });
 
   // ---- Links that name a chassis or a slot: #1/7 ----
@@ -431,13 +423,12 @@
   const goTo = (place) => {
     const [, chassis, slot] = /^(\d+)(?:\/(\d+))?$/.exec(place) ?? [];
     const rack = racks.get(Number(chassis));
-    if (!rack) return;
-    rack.section.scrollIntoView({ block: "start" });
-    if (slot === undefined) return;
-    chosen.length = 0;
-    chosen.push({ rack, kind: "slot", number: Number(slot) });
+    if (place === "modules") fillTable();
+    (rack?.section ?? byId(place))?.scrollIntoView({ block: "start" });
+    if (!rack || slot === undefined) return;
+    chosen.splice(0, 2, { rack, key: `slot ${Number(slot)}` });
     markChosen();
-    const group = rack.groups(`slot ${Number(slot)}`)[0];
+    const group = lastChosen();
     if (!group) return say(`There is no slot ${place}.`);
     moveTabStop(rack, group);
     group.focus({ preventScroll: true });
@@ -445,6 +436,18 @@
   };
   const goToHash = () => goTo(decodeURIComponent(location.hash.slice(1)));
   window.addEventListener("hashchange", goToHash);
+
+  // Also to a place where the address bar is already.
+  const follow = (place) => {
+    history.pushState(null, "", `#${place}`);
+    goTo(place);
+  };
+  document.addEventListener("click", (event) => {
+    const anchor = event.target.closest?.("a[href^='#']");
+    if (!anchor || event.ctrlKey || event.metaKey || event.shiftKey) return;
+    event.preventDefault();
+    follow(anchor.getAttribute("href").slice(1));
+  });
 
   // ---- The table of all modules ----
 
@@ -532,7 +535,6 @@
   // ---- Search ----
 
   const kMostHits = 20;
-  const [search, hits] = [byId("search"), byId("hits")];
   let index = null;
   const searchIndex = () => (index ??= moduleData().rows.map(({ place, cells, find }) => ({
     place, label: cells.slice(0, 5).filter(Boolean).join("  "), text: ` ${find.toLowerCase()}`,
@@ -561,10 +563,9 @@
     const found = searchIndex().filter(({ text }) => words.every((word) => fits(text, word)));
     hits.replaceChildren(...found.slice(0, kMostHits).map(({ place, label }, n) =>
       make("li", { role: "option", id: `hit-${n}`, "data-place": place }, label)));
-    if (found.length === 0) hits.append(make("li", { class: "none-fits" }, "Nothing fits."));
-    if (found.length > kMostHits) {
-      hits.append(make("li", { class: "none-fits" }, `And ${found.length - kMostHits} more.`));
-    }
+    const rest = found.length === 0 ? "Nothing fits."
+      : found.length > kMostHits && `And ${found.length - kMostHits} more.`;
+    if (rest) hits.append(make("li", { class: "none-fits", role: "presentation" }, rest));
     hits.hidden = false;
     search.setAttribute("aria-expanded", "true");
     say(found.length === 1 ? "1 module fits." : `${found.length} modules fit.`);
@@ -574,8 +575,7 @@
   const take = (hit) => {
     if (!hit?.dataset.place) return;
     closeHits();
-    history.pushState(null, "", `#${hit.dataset.place}`);
-    goTo(hit.dataset.place);
+    follow(hit.dataset.place);
   };
 
   search.addEventListener("keydown", (event) => {

@@ -10,15 +10,19 @@ namespace {
 constexpr int kFirstInset = 30;
 constexpr int kNextInset = 16;
 constexpr int kLeastDistance = 8;
+constexpr int kLooseLength = 84;
+
+int insetOf(int lane) { return kFirstInset + lane * kNextInset; }
+
+// A bar of one slot is narrow: its only place is in the first lane.
+bool isTooFar(const tBarPlace& bar, int lane) { return insetOf(lane) > bar.right - bar.left - 8; }
 
 // Near the ends of the bars that face each other, further inside in a lower lane, so that arrows
 // between the same bars surround each other.
 std::optional<tArrowPlace> placeInLane(const tBarPlace& source, const tBarPlace& destination,
                                        int lane) {
-  const int inset = kFirstInset + lane * kNextInset;
-  const auto isTooFar = [inset](const tBarPlace& bar) { return inset > bar.right - bar.left - 8; };
-  // A bar of one slot is narrow: its only place is in the first lane.
-  if (isTooFar(source) || isTooFar(destination)) return std::nullopt;
+  const int inset = insetOf(lane);
+  if (isTooFar(source, lane) || isTooFar(destination, lane)) return std::nullopt;
   if (source.right <= destination.left) {
     return tArrowPlace{source.right - inset, destination.left + inset, lane};
   }
@@ -58,10 +62,10 @@ bool tArrowLanes::isFree(const tArrowPlace& place) const {
   });
 }
 
-std::optional<tArrowPlace> tArrowLanes::place(const tBarPlace& source,
-                                              const tBarPlace& destination) {
+template <class Candidate>
+std::optional<tArrowPlace> tArrowLanes::takeFirst(Candidate candidate) {
   for (int lane = 0;; ++lane) {
-    const auto place = placeInLane(source, destination, lane);
+    const std::optional<tArrowPlace> place = candidate(lane);
     if (!place) return std::nullopt;
     if (!isFree(*place)) continue;
     const auto [left, right] = std::minmax(place->from, place->to);
@@ -69,6 +73,19 @@ std::optional<tArrowPlace> tArrowLanes::place(const tBarPlace& source,
     ends_.insert(ends_.end(), {place->from, place->to});
     return place;
   }
+}
+
+std::optional<tArrowPlace> tArrowLanes::place(const tBarPlace& source,
+                                              const tBarPlace& destination) {
+  return takeFirst([&](int lane) { return placeInLane(source, destination, lane); });
+}
+
+std::optional<tArrowPlace> tArrowLanes::placeLoose(const tBarPlace& bar) {
+  return takeFirst([&](int lane) -> std::optional<tArrowPlace> {
+    if (isTooFar(bar, lane)) return std::nullopt;
+    const int end = bar.left + insetOf(lane);
+    return tArrowPlace{end - kLooseLength, end, lane};
+  });
 }
 
 }  // namespace tool

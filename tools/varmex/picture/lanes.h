@@ -27,7 +27,8 @@ struct tBarPlace {
   int bottom;
 };
 
-// An arrow that leaves one bar downwards, runs along a lane and comes up at another bar.
+// An arrow that leaves one bar downwards, runs along a lane and comes up at another bar, or one
+// that has nothing at its left end.
 struct tArrowPlace {
   int from;
   int to;
@@ -39,10 +40,14 @@ class tArrowLanes {
  public:
   // None when the bars are not beside each other or when there is no more room under one.
   std::optional<tArrowPlace> place(const tBarPlace& source, const tBarPlace& destination);
+  // With one end alone, at a bar; none when there is no more room under that.
+  std::optional<tArrowPlace> placeLoose(const tBarPlace& bar);
   int count() const { return lanes_.count(); }
 
  private:
   bool isFree(const tArrowPlace& place) const;
+  template <class Candidate>
+  std::optional<tArrowPlace> takeFirst(Candidate candidate);
 
   tLanes lanes_;
   std::vector<int> ends_;

@@ -13,7 +13,8 @@ namespace {
 
 // More than any real chassis has; slots beyond are counted in a note.
 constexpr std::size_t kMostStrips = 4;
-constexpr std::size_t kMostFaults = 6;
+constexpr std::size_t kMostMarks = 24;
+constexpr std::size_t kMostFaults = 6;  // that left no mark
 constexpr std::size_t kMostBridges = 12;
 
 using tSlots = std::vector<const tJson*>;
@@ -106,7 +107,9 @@ void addColumn(tStrip& strip, const tJson& slot) {
   const tSlotKind* const kind = kindOf(slot);
   const std::string number = textOf(slot, "SlotNumber");
   const std::string bus = textOf(slot, "TriggerBusNumber");
+  const std::string mark = joined({markOf(slot, "opening"), markOf(slot, "SlotType")}, " ");
   strip.columns.push_back({numberOf(slot, "SlotNumber").value_or(0), kind,
+                           mark.empty() ? kind->label : mark,
                            joined({"Slot " + number, kind->name, textOf(slot, "PCISlotPath"),
                                    bus.empty() ? bus : "trigger bus " + bus},
                                   ", ")});
@@ -150,12 +153,12 @@ void addTriggers(tStrip& strip, const tSlots& slots, const tTriggerNames& names)
 void addBridges(tStrip& strip, const tJson& bridges) {
   for (const tJson& bridge : bridges) {
     const std::string number = textOf(bridge, "BridgeNumber");
-    const std::string lines = bridgeLinesOf(bridge);
-    strip.bridges.push_back({number, numberOf(bridge, "BridgeSourceTriggerBus"),
-                             numberOf(bridge, "BridgeDestinationTriggerBus"),
-                             "Bridge " + number + " from bus " +
-                                 textOf(bridge, "BridgeSourceTriggerBus") + " to bus " +
-                                 textOf(bridge, "BridgeDestinationTriggerBus") + ": " + lines});
+    const auto end = [&](const char* name) {
+      return tBridgeEnd{numberOf(bridge, name), textOf(bridge, name)};
+    };
+    strip.bridges.push_back({number, end("BridgeSourceTriggerBus"),
+                             end("BridgeDestinationTriggerBus"),
+                             "Bridge " + number + ' ' + bridgeWordsOf(bridge)});
   }
 }
 
@@ -171,27 +174,58 @@ tStrip makeStrip(const tJson& chassis, const tSlots& slots, tPciNotation notatio
   }
   addPanels(strip, slots, notation);
   for (const tTriggerNames& names : kTriggers) addTriggers(strip, slots, names);
-  if (slots.empty()) strip.notes.emplace_back("No slots");
+  if (slots.empty()) strip.notes.push_back({"No slots", {}});
   addBridges(strip, chassis["TriggerBridges"]);
   return strip;
 }
 
 void addBridgeNotes(tStrip& strip) {
   for (std::size_t n = 0; n < strip.bridges.size() && n < kMostBridges; ++n) {
-    strip.notes.push_back(strip.bridges[n].about);
+    strip.notes.push_back({strip.bridges[n].about, strip.bridges[n].number});
   }
   if (strip.bridges.size() > kMostBridges) {
-    strip.notes.push_back("And " + std::to_string(strip.bridges.size() - kMostBridges) +
-                          " more bridges");
+    strip.notes.push_back(
+        {"And " + std::to_string(strip.bridges.size() - kMostBridges) + " more bridges", {}});
   }
 }
 
-void addFaults(tStrip& strip, const tJson& chassis) {
-  const std::vector<tFault> faults = faultsOf(chassis);
-  for (std::size_t n = 0; n < faults.size() && n < kMostFaults; ++n) {
-    strip.notes.push_back(lineOf(faults[n]));
+// All that is painted and may hold marks.
+std::string textOf(const std::vector<tStrip>& strips) {
+  std::vector<std::string> texts;
+  for (const tStrip& strip : strips) {
+    texts.insert(texts.end(), {strip.title, strip.subtitle});
+    for (const tColumn& column : strip.columns) texts.push_back(column.label);
+    for (const tPanel& panel : strip.panels) {
+      texts.insert(texts.end(),
+                   {panel.instance, panel.model, panel.vendor, panel.address, panel.link});
+    }
+    for (const tTriggerLane& trigger : strip.triggers) {
+      for (const tMarker& marker : trigger.markers) texts.push_back(marker.line);
+    }
+    for (const tNote& note : strip.notes) texts.push_back(note.text);
   }
-  if (!faults.empty()) strip.notes.push_back(summaryOf(faults));
+  return joined(texts, "\n");
+}
+
+bool holds(const std::string& text, const std::string& mark) {
+  std::size_t at = text.find(mark);
+  // "!1" is no part of "!12".
+  while (at != text.npos && text.find_first_of("0123456789", at + mark.size()) == at + mark.size())
+    at = text.find(mark, at + 1);
+  return at != text.npos;
+}
+
+// What the marks in the picture stand for, then what left none, as far as one reads that.
+void addFaults(std::vector<tStrip>& strips, const tJson& chassis) {
+  std::vector<tFault> faults = faultsOf(chassis);
+  const std::string text = textOf(strips);
+  const auto rest = std::stable_partition(
+      faults.begin(), faults.end(), [&](const tFault& fault) { return holds(text, fault.mark); });
+  const auto marks = std::min(static_cast<std::size_t>(rest - faults.begin()), kMostMarks);
+  const std::size_t most = std::min(faults.size(), std::max(marks, kMostFaults));
+  std::vector<tNote>& notes = strips.back().notes;
+  for (std::size_t n = 0; n < most; ++n) notes.push_back({lineOf(faults[n]), {}});
+  if (!faults.empty()) notes.push_back({summaryOf(faults), {}});
 }
 
 }  // namespace
@@ -209,11 +243,12 @@ std::vector<tStrip> planStrips(const tJson& chassis, tPciNotation notation) {
     if (strips.size() > 1) strips.back().title += " (continued)";
   } while (drawn < all.size() && strips.size() < kMostStrips);
   if (drawn < all.size()) {
-    strips.back().notes.push_back("And " + std::to_string(all.size() - drawn) + " more slots, to " +
-                                  textOf(all.back(), "SlotNumber"));
+    strips.back().notes.push_back({"And " + std::to_string(all.size() - drawn) +
+                                       " more slots, to " + textOf(all.back(), "SlotNumber"),
+                                   {}});
   }
   addBridgeNotes(strips.back());
-  addFaults(strips.back(), chassis);
+  addFaults(strips, chassis);
   return strips;
 }
 

@@ -35,6 +35,7 @@ inline constexpr tSlotKind kSlotKinds[] = {
 struct tColumn {
   std::uint32_t slot;
   const tSlotKind* kind;
+  std::string label;  // that of the kind, or the mark of what can't be read
   std::string about;  // all of the slot, for who points at it
 };
 
@@ -58,11 +59,22 @@ struct tBusBar {
   std::vector<std::size_t> columns;
 };
 
+struct tBridgeEnd {
+  std::optional<std::uint32_t> bus;
+  std::string name;  // its number, or the mark of why it can't be read
+};
+
 struct tBridgeArrow {
   std::string number;
-  std::optional<std::uint32_t> source;
-  std::optional<std::uint32_t> destination;
+  tBridgeEnd source;
+  tBridgeEnd destination;
   std::string about;
+};
+
+// A line of text below all else.
+struct tNote {
+  std::string text;
+  std::string bridge;  // the number of the one that it tells of
 };
 
 struct tMarker {
@@ -87,7 +99,7 @@ struct tStrip {
   std::map<std::uint32_t, tBusBar> buses;
   std::vector<tBridgeArrow> bridges;
   std::vector<tTriggerLane> triggers;
-  std::vector<std::string> notes;  // the lines of bridges, and what can't be drawn
+  std::vector<tNote> notes;  // the lines of bridges, and what can't be drawn
 };
 
 inline constexpr std::size_t kMostColumns = 18;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <set>
 
 #include "tools/varmex/picture/lanes.h"
@@ -50,7 +51,7 @@ void paintSlot(tSvg& svg, const tColumn& slot, std::size_t column) {
   svg.box({4, kHeaderHeight, kSlotWidth - 8, kPanelHeight - 4}, "none", 2);
   const int middle = kSlotWidth / 2;
   svg.text(std::to_string(slot.slot), {middle, 15, kSlotWidth - 4, kSlotFont});
-  svg.text(slot.kind->label, {middle, 28, kSlotWidth - 4, kSmallMiddleFont});
+  svg.text(slot.label, {middle, 28, kSlotWidth - 4, kSmallMiddleFont});
   svg.closeGroup();
 }
 
@@ -141,23 +142,28 @@ void paintBuses(tSvg& svg, const tStrip& strip, const tBarPlaces& bars) {
   for (const auto& [number, bar] : bars) paintBus(svg, number, bar);
 }
 
+// One end may be at no bus that is here: at one in another strip, at none, or not to be read.
 struct tPlacedBridge {
   const tBridgeArrow* bridge;
   const tBarPlace* source;
   const tBarPlace* destination;
+
+  bool isLoose() const { return !source || !destination; }
 };
 
-// Those between buses that are here, neighbours first.
-std::vector<tPlacedBridge> bridgesBetween(const tStrip& strip, const tBarPlaces& bars) {
+// Neighbours first.
+std::vector<tPlacedBridge> bridgesAt(const tStrip& strip, const tBarPlaces& bars) {
+  const auto barOf = [&](const tBridgeEnd& end) {
+    const auto bar = end.bus ? bars.find(*end.bus) : bars.end();
+    return bar == bars.end() ? nullptr : &bar->second;
+  };
   std::vector<tPlacedBridge> found;
   for (const tBridgeArrow& bridge : strip.bridges) {
-    if (!bridge.source || !bridge.destination) continue;
-    const auto source = bars.find(*bridge.source);
-    const auto destination = bars.find(*bridge.destination);
-    if (source == bars.end() || destination == bars.end()) continue;
-    found.push_back({&bridge, &source->second, &destination->second});
+    found.push_back({&bridge, barOf(bridge.source), barOf(bridge.destination)});
+    if (!found.back().source && !found.back().destination) found.pop_back();
   }
   const auto distance = [](const tPlacedBridge& placed) {
+    if (placed.isLoose()) return std::numeric_limits<int>::max();
     return std::abs(placed.source->left - placed.destination->left);
   };
   std::stable_sort(found.begin(), found.end(),
@@ -165,20 +171,43 @@ std::vector<tPlacedBridge> bridgesBetween(const tStrip& strip, const tBarPlaces&
   return found;
 }
 
-void paintBridge(tSvg& svg, const tPlacedBridge& placed, const tArrowPlace& place, int y) {
-  const auto [bridge, source, destination] = placed;
-  const int from = place.from;
-  const int to = place.to;
-  svg.openGroup("bridge", 0, 0, bridge->about, "bridge " + bridge->number);
-  svg.path('M' + point(from, source->bottom) + 'V' + std::to_string(y) + 'H' + std::to_string(to) +
-               'V' + std::to_string(destination->bottom + 6),
-           "arrow");
-  svg.path('M' + point(to, destination->bottom + 1) + "l-4 8h8z", "head");
-  const std::string name = "bridge " + bridge->number;
+void paintName(tSvg& svg, const tBridgeArrow& bridge, int from, int to, int y) {
+  const std::string name = "bridge " + bridge.number;
   const int width = std::min(textWidth(name, kSmallMiddleFont) + 4, std::abs(to - from) - 8);
   svg.box({(from + to - width) / 2, y - 7, width, 14}, "page");
   svg.text(name, {(from + to) / 2, y + 4, width, kSmallMiddleFont});
-  svg.closeGroup();
+}
+
+void paintHead(tSvg& svg, int x, const tBarPlace& bar) {
+  svg.path('M' + point(x, bar.bottom + 1) + "l-4 8h8z", "head");
+}
+
+void paintBridge(tSvg& svg, const tPlacedBridge& placed, const tArrowPlace& place, int y) {
+  svg.path('M' + point(place.from, placed.source->bottom) + 'V' + std::to_string(y) + 'H' +
+               std::to_string(place.to) + 'V' + std::to_string(placed.destination->bottom + 6),
+           "arrow");
+  paintHead(svg, place.to, *placed.destination);
+  paintName(svg, *placed.bridge, place.from, place.to, y);
+}
+
+// The bus that is not here stands at the left end.
+void paintLooseBridge(tSvg& svg, const tPlacedBridge& placed, const tArrowPlace& place, int y) {
+  constexpr int kHalf = 16;
+  const bool isInward = placed.destination != nullptr;
+  const tBarPlace& bar = isInward ? *placed.destination : *placed.source;
+  const tBridgeEnd& other = isInward ? placed.bridge->source : placed.bridge->destination;
+  const int left = place.from + kHalf;
+  svg.path('M' + point(left, y) + 'H' + std::to_string(place.to) + 'V' +
+               std::to_string(bar.bottom + (isInward ? 6 : 0)),
+           "arrow");
+  if (isInward) {
+    paintHead(svg, place.to, bar);
+  } else {
+    svg.path('M' + point(left, y) + "l8 -4v8z", "head");
+  }
+  svg.text(other.bus ? "bus " + other.name : other.name,
+           {place.from, y + 4, 2 * kHalf, kSmallMiddleFont});
+  paintName(svg, *placed.bridge, left, place.to, y);
 }
 
 // Answers how far down they reach.
@@ -187,10 +216,15 @@ int paintBridges(tSvg& svg, const tStrip& strip, const tBarPlaces& bars) {
   for (const auto& [number, bar] : bars) bottom = std::max(bottom, bar.bottom);
   const int top = bottom + 18;
   tArrowLanes lanes;
-  for (const tPlacedBridge& placed : bridgesBetween(strip, bars)) {
-    const auto place = lanes.place(*placed.source, *placed.destination);
+  for (const tPlacedBridge& placed : bridgesAt(strip, bars)) {
+    const auto place = placed.isLoose()
+                           ? lanes.placeLoose(placed.source ? *placed.source : *placed.destination)
+                           : lanes.place(*placed.source, *placed.destination);
     if (!place) continue;
-    paintBridge(svg, placed, *place, top + place->lane * kBridgeLane);
+    svg.openGroup("bridge", 0, 0, placed.bridge->about, "bridge " + placed.bridge->number);
+    const auto paint = placed.isLoose() ? paintLooseBridge : paintBridge;
+    paint(svg, placed, *place, top + place->lane * kBridgeLane);
+    svg.closeGroup();
   }
   return lanes.count() > 0 ? top + (lanes.count() - 1) * kBridgeLane + 6 : bottom;
 }
@@ -222,8 +256,8 @@ void paintTrigger(tSvg& svg, const tStrip& strip, const tTriggerLane& trigger, i
 // As wide as its slots, and as its texts as far as the widest strip goes.
 int widthOf(const tStrip& strip) {
   int texts = textWidth(strip.title, kTitleFont);
-  for (const std::string& note : strip.notes) {
-    texts = std::max(texts, textWidth(note, kPlainFont));
+  for (const tNote& note : strip.notes) {
+    texts = std::max(texts, textWidth(note.text, kPlainFont));
   }
   return std::max(
       {kLeastStripWidth, leftOf(strip.columns.size()), std::min(texts, leftOf(kMostColumns))});
@@ -278,8 +312,10 @@ tPainted paintStrip(const tStrip& strip) {
   tSvg guides;
   paintGuides(guides, strip, y);
   y += strip.triggers.empty() ? 4 : 14;
-  for (const std::string& note : strip.notes) {
-    lower.text(note, {0, y += kNoteLine, width, kPlainFont});
+  for (const tNote& note : strip.notes) {
+    if (!note.bridge.empty()) lower.openGroup("note", 0, 0, note.text, "bridge " + note.bridge);
+    lower.text(note.text, {0, y += kNoteLine, width, kPlainFont});
+    if (!note.bridge.empty()) lower.closeGroup();
   }
   return {width, y, guides.body() + upper.body() + lower.body()};
 }
