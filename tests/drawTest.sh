@@ -80,6 +80,11 @@ else
   done
   is 1 "$(PATH=$work "$1" draw -o "$work/none.png" 2>&1 | grep -c librsvg2-bin)" 'what to install'
   drawn 1 "can't write $work/none/x.pdf" -o "$work/none/x.pdf"
+  printf '#!/bin/sh\nfor word; do case $word in --output=*) echo half >"${word#*=}" ;; esac; done; exit 1\n' \
+    >"$work/rsvg-convert"
+  chmod +x "$work/rsvg-convert"
+  ends 1 "can't write $work/all.png" env "PATH=$work" "$1" draw -o "$work/all.png"
+  is "PNG $work/all.png" "$(head -c 4 "$work/all.png" | tail -c 3) $(echo "$work"/all.png*)" 'the picture from before'
 fi
 
 VARMEX_FSROOT=$work

@@ -10,6 +10,8 @@
 #include <memory>
 #include <stdexcept>
 
+#include "tools/varmex/text/replacement.h"
+
 namespace tool {
 
 namespace {
@@ -50,16 +52,19 @@ int run(std::vector<std::string> arguments) {
 
 void convertPictures(const std::vector<std::string>& pictures, const std::string& format,
                      const std::string& path) {
+  tReplacement file(path);
   // Its own limit would let a picture of many chassis fail.
   std::vector<std::string> arguments = {"rsvg-convert", "--format=" + format, "--unlimited",
-                                        "--output=" + path};
+                                        "--output=" + file.path().string()};
   std::vector<tFile> files;
   for (const std::string& picture : pictures) {
     files.push_back(keep(picture));
     arguments.push_back("/proc/self/fd/" + std::to_string(fileno(files.back().get())));
   }
-  if (run(arguments) != 0)
+  if (run(arguments) != 0) {
     throw std::runtime_error("can't write " + path + ": rsvg-convert failed");
+  }
+  file.finish();
 }
 
 }  // namespace tool

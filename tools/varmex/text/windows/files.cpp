@@ -56,4 +56,25 @@ bool renameOver(const std::filesystem::path& from, const std::filesystem::path& 
   return false;
 }
 
+tNewFile::tNewFile(const std::filesystem::path& path)
+    : handle_(reinterpret_cast<std::intptr_t>(CreateFileW(
+          path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+          nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr))) {
+  if (isMade()) return;
+  const DWORD error = GetLastError();
+  const bool isMissing = error == ERROR_PATH_NOT_FOUND || error == ERROR_FILE_NOT_FOUND;
+  errno = error == ERROR_FILE_EXISTS ? EEXIST : isMissing ? ENOENT : EACCES;
+}
+
+tNewFile::~tNewFile() {
+  if (isMade()) CloseHandle(reinterpret_cast<HANDLE>(handle_));
+}
+
+// What anybody has open can't be opened for one alone.
+void removeUnlessInUse(const std::filesystem::path& path) {
+  const HANDLE file = CreateFileW(path.c_str(), DELETE, 0, nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+  if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
+}
+
 }  // namespace tool
