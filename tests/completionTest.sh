@@ -69,6 +69,8 @@ expect ':files' report -o ''
 expect ':files' draw 1 -o ''
 expect ':files' make ''
 expect 'express:18' make /tmp/rack classic:8 e
+expect 'missing' make --pci-fault mi
+expect 'Version' explain machine V
 expect '5.0.0 5.0.1' terminals 5.
 expect '05:00.0 05:00.1' terminals 05:
 expect '0000:05:00.0 0000:05:00.1' terminals 0000:05:

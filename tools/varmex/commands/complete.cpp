@@ -1,10 +1,12 @@
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <future>
 #include <iostream>
 #include <memory>
 #include <thread>
 
+#include "tools/synthetic/pciTree.h"
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/address.h"
 #include "tools/varmex/describe/attributes.h"
@@ -167,6 +169,7 @@ tCandidates attributes(const tWords& words) {
   const bool isBridge = place.find("/bridge/") != std::string::npos;
   const bool isDevice = place.find_first_of(".:") != std::string::npos;
   const bool isChassis = place.find_first_not_of("0123456789") == std::string::npos;
+  const bool isMachine = place == "machine";
   tCandidates candidates;
   const auto add = [&](const tAttributes& those) {
     for (const tAttribute& attribute : those) {
@@ -175,18 +178,27 @@ tCandidates attributes(const tWords& words) {
       candidates.push_back({attribute.name, attribute.unit ? attribute.unit : ""});
     }
   };
+  const bool isModule = !isChassis && !isBridge && !isMachine;
+  if (isMachine) add(kSessionAttributes);
   if (isChassis) add(kChassisAttributes);
   if (isBridge) add(kBridgeAttributes);
-  if (!isChassis && !isBridge && !isDevice) add(kSlotAttributes);
-  if (!isChassis && !isBridge) add(kDeviceAttributes);
+  if (isModule && !isDevice) add(kSlotAttributes);
+  if (isModule) add(kDeviceAttributes);
   return candidates;
 }
 
 // Any place, also by address or alias.
 tCandidates placesAndAddresses(const tWords& words) {
   tCandidates candidates = places(words);
+  candidates.push_back({"machine", "version and paths"});
   append(candidates, addresses(words));
   append(candidates, aliases(words));
+  return candidates;
+}
+
+tCandidates faultsOfMachines(const tWords&) {
+  tCandidates candidates;
+  for (const char* const fault : synthetic::kPciFaults) candidates.push_back({fault, ""});
   return candidates;
 }
 
@@ -209,6 +221,7 @@ constexpr tRule kRules[] = {
     {"", "--output", files},
     {"make", "folder", files},
     {"make", "chassis", plans},
+    {"make", "--pci-fault", faultsOfMachines},
     {"", "address", addresses},
     {"", "terminal", terminals},
     {"", "--pci", notations},
@@ -277,10 +290,16 @@ tCandidates valuesFor(const CLI::Option& option, const tWords& words) {
   return {};
 }
 
-// The installation that --from names, where it stands among the words.
+// The installation that --from names, where it stands among the words. What is read once is not for
+// whoever presses Tab.
 std::unique_ptr<tSource> sourceOf(const tWords& words) {
   const auto option = std::find(words.begin(), words.end(), "--from");
   if (words.end() - option <= 2) return nullptr;
+  std::error_code ignored;
+  const bool isFolder = std::filesystem::is_directory(option[1], ignored);
+  if (!isFolder && !std::filesystem::is_regular_file(option[1], ignored)) {
+    throw std::runtime_error("no file");
+  }
   return std::make_unique<tSource>(option[1]);
 }
 

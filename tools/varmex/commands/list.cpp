@@ -71,6 +71,14 @@ tJson selected(const tJson& module, const tModuleColumns& columns, tPciNotation 
   return row;
 }
 
+// One that is named so; a link that leads nowhere is told of, and a pipe is nobody's wish there.
+bool isSavedFile(const std::filesystem::directory_entry& entry) {
+  std::error_code ignored;
+  const std::filesystem::file_type type = entry.status(ignored).type();
+  return entry.path().extension() == ".json" && (type == std::filesystem::file_type::regular ||
+                                                 type == std::filesystem::file_type::not_found);
+}
+
 // A folder that is no root stands for the saved files in it, in the order of their names.
 std::vector<std::string> allSources(const std::vector<std::string>& from) {
   std::vector<std::string> sources;
@@ -79,7 +87,7 @@ std::vector<std::string> allSources(const std::vector<std::string>& from) {
     std::vector<std::string> files;
     if (std::filesystem::is_directory(folder) && !std::filesystem::exists(folder / "etc")) {
       for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        if (entry.path().extension() == ".json") files.push_back(entry.path().string());
+        if (isSavedFile(entry)) files.push_back(entry.path().string());
       }
     }
     std::sort(files.begin(), files.end());
@@ -101,14 +109,15 @@ tJson describeSource(const std::string& path) {
   try {
     source.emplace(path);
     return describeAll(varmex::Session());
+  } catch (const tNoSource& failure) {
+    return describeUnreadModules(std::runtime_error(failure.reason()));
   } catch (const std::exception& failure) {
     return describeUnreadModules(failure);
   }
 }
 
-// One document of all, each module with where it was read where that are many.
-tJson describeEach(const std::vector<std::string>& sources, bool isMany) {
-  if (!isMany) return describeSource(sources.front());
+// One document of all, each module with where it was read.
+tJson describeEach(const std::vector<std::string>& sources) {
   tJson all = {{"modules", tJson::array()}};
   std::size_t failureCount = 0;
   for (const std::string& source : sources) {
@@ -152,8 +161,8 @@ class tList : public tCommand {
     const std::vector<std::string> sources = allSources(from_);
     const bool isMany = sources.size() > 1 || sources != from_;
     const tModuleColumns columns = moduleColumns(keysOrDefault(isMany));
-    tJson document =
-        from_.empty() ? describeAll(tInstallation().open()) : describeEach(sources, isMany);
+    if (!isMany && !from_.empty()) source_.emplace(from_.front());
+    tJson document = isMany ? describeEach(sources) : describeAll(tInstallation().open());
     if (asJsonLines_) {
       for (const tJson& module : document["modules"]) {
         printJsonLine(selected(module, columns, notation_));
@@ -176,9 +185,11 @@ class tList : public tCommand {
   }
 
   std::vector<std::string> keysOrDefault(bool isMany) const {
-    if (!keys_.empty() || asJsonLines_) return keys_;
-    std::vector<std::string> keys;
-    if (isMany) keys.emplace_back("from");
+    std::vector<std::string> keys = keys_;
+    if (keys.empty() && asJsonLines_) return keys;
+    const bool tellsFrom = std::find(keys.begin(), keys.end(), "from") != keys.end();
+    if (isMany && !tellsFrom) keys.insert(keys.begin(), "from");
+    if (!keys_.empty()) return keys;
     if (asCsv_) {
       keys.insert(keys.end(), std::begin(kDefaultCsvColumns), std::end(kDefaultCsvColumns));
     } else {
@@ -190,6 +201,7 @@ class tList : public tCommand {
   }
 
   std::vector<std::string> from_;
+  std::optional<tSource> source_;  // where there is one alone
   bool asCsv_ = false;
   bool asJsonLines_ = false;
   std::vector<std::string> keys_;

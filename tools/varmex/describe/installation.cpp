@@ -14,8 +14,8 @@ void tInstallation::addFrom(CLI::App& line, tFrom what) {
   line.add_option("--from", from_,
                   what == tFrom::folders
                       ? "Read the installation below this folder (Linux)"
-                      : "Read a file that varmex save made, or the installation below a folder "
-                        "(Linux)");
+                      : "Read a file that varmex save made, - for one from the standard input, or "
+                        "the installation below a folder (Linux)");
   accepted_ = what;
 }
 

@@ -21,7 +21,7 @@ tReason reasonOf(const std::exception& exception) {
     return {0, "std::out_of_range", exception.what(),
             "The line map names the destination line 8, and lines are 0 to 7."};
   }
-  return {0, "std::exception", exception.what(), exception.what()};
+  return {0, kNoConstant, exception.what(), exception.what()};
 }
 
 tJson jsonOf(const tReason& reason) {

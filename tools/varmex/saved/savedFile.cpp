@@ -31,8 +31,9 @@ tJson parse(std::string_view text) {
     if (event != tJson::parse_event_t::key) return true;
     const auto& key = parsed.get_ref<const std::string&>();
     if (!keys.back().insert(key).second) throw std::runtime_error("\"" + key + "\" stands twice");
-    if (keys.back().size() > kMostMembers)
+    if (keys.back().size() > kMostMembers) {
       throw std::runtime_error("an object has too many members");
+    }
     return keys.size() > 1 || std::find(std::begin(kKeys), std::end(kKeys), key) != std::end(kKeys);
   };
   try {

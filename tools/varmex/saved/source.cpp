@@ -1,9 +1,10 @@
 #include "tools/varmex/saved/source.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <stdexcept>
+#include <memory>
 
 #include "corpxiTools/fileSystem/fileBytes.h"
 #include "tools/varmex/saved/temporaryRoot.h"
@@ -13,20 +14,53 @@ namespace tool {
 
 namespace {
 
+// The standard input, by the name that it has among options.
+constexpr const char* kInput = "-";
+
+std::string nameOf(const std::string& path) { return path == kInput ? "standard input" : path; }
+
 [[noreturn]] void refuse(const std::string& path, const std::string& reason) {
-  throw std::runtime_error("can't read " + path + ": " + reason);
+  throw tNoSource("can't read " + nameOf(path) + ": " + reason, "can't be read: " + reason);
+}
+
+[[noreturn]] void refuseSize(const std::string& path) { refuse(path, "it has more than 64 MB"); }
+
+// A pipe and its like tell no size, and are read once.
+std::string readStream(const std::string& path) {
+  const bool isInput = path == kInput;
+  const std::unique_ptr<std::FILE, void (*)(std::FILE*)> stream(
+      isInput ? stdin : std::fopen(path.c_str(), "rb"), [](std::FILE* file) {
+        if (file != stdin) std::fclose(file);
+      });
+  if (!stream) refuse(path, std::strerror(errno));
+  std::string bytes;
+  char part[65536];
+  while (const std::size_t size = std::fread(part, 1, sizeof part, stream.get())) {
+    bytes.append(part, size);
+    if (bytes.size() > kMostSavedBytes) refuseSize(path);
+  }
+  if (std::ferror(stream.get())) refuse(path, std::strerror(errno));
+  return bytes;
+}
+
+std::string readRegular(const std::string& path) {
+  varmex::tInputFile file(path.c_str());
+  if (!file.isOpen()) refuse(path, std::strerror(errno));
+  if (file.size() > kMostSavedBytes) refuseSize(path);
+  varmex::tFileBytes content;
+  if (!varmex::readWholeFile(file, 0, content)) refuse(path, std::strerror(errno));
+  return {content.bytes.get(), content.size};
 }
 
 tSavedInstallation readFile(const std::string& path) {
-  varmex::tInputFile file(path.c_str());
-  if (!file.isOpen()) refuse(path, std::strerror(errno));
-  if (file.size() > kMostSavedBytes) refuse(path, "it has more than 64 MB");
-  varmex::tFileBytes content;
-  if (!varmex::readWholeFile(file, 0, content)) refuse(path, std::strerror(errno));
+  std::error_code ignored;
+  const bool isStream = path == kInput || std::filesystem::is_other(path, ignored);
+  const std::string bytes = isStream ? readStream(path) : readRegular(path);
   try {
-    return readSaved({content.bytes.get(), content.size});
+    return readSaved(bytes);
   } catch (const std::runtime_error& error) {
-    throw std::runtime_error(path + " is no saved installation: " + error.what());
+    const std::string reason = std::string("is no saved installation: ") + error.what();
+    throw tNoSource(nameOf(path) + ' ' + reason, reason);
   }
 }
 
@@ -44,7 +78,7 @@ tSource::tSource(const std::string& path) {
         "on Windows only the machine's own installation can be read; look at saved files and other "
         "roots on Linux");
   }
-  if (path.empty()) throw std::runtime_error("the name of the saved file or folder is empty");
+  if (path.empty()) throw tNoSource("the name of the saved file or folder is empty", "no name");
   std::error_code ignored;
   if (std::filesystem::is_directory(path, ignored)) {
     before_ = changeRoot(path);
@@ -54,7 +88,7 @@ tSource::tSource(const std::string& path) {
   try {
     const std::string root = fillTemporaryRoot(filesOf(*saved_));
     before_ = changeRoot(root);
-    showPathsBelow(root, path);
+    showPathsBelow(root, nameOf(path));
   } catch (...) {
     emptyTemporaryRoot();
     throw;

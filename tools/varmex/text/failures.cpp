@@ -230,7 +230,7 @@ std::string sentenceFor(const varmex::Error& error) { return sentenceOf(error).w
 
 std::string failureText(const std::string& constant, std::int32_t code,
                         const std::string& sentence) {
-  return sentence + ' ' + nameOf(constant, code);
+  return constant == kNoConstant ? sentence : sentence + ' ' + nameOf(constant, code);
 }
 
 std::string noneText(const std::string& what) {

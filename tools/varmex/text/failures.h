@@ -25,7 +25,10 @@ std::string noneText(const std::string& what);
 // What happened, as a sentence for people.
 std::string sentenceFor(const varmex::Error& error);
 
-// One failure in a line: such a sentence, then its constant and code.
+// In the place of a constant, for what is none of the library's.
+inline constexpr const char* kNoConstant = "std::exception";
+
+// One failure in a line: such a sentence, then its constant and code if the library has one.
 std::string failureText(const std::string& constant, std::int32_t code,
                         const std::string& sentence);
 

@@ -22,8 +22,17 @@ namespace fs = std::filesystem;
 constexpr const char* kName = "varmex-saved-";
 constexpr const char* kVariable = "VARMEX_FSROOT";
 constexpr const char* kFolders[] = {"etc", "etc/pxi", "var", "var/lib", "var/lib/PXISA"};
-constexpr int kEndings[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGPIPE, SIGALRM,   SIGTERM, SIGXCPU,
-                            SIGXFSZ, SIGUSR1, SIGUSR2, SIGPROF, SIGVTALRM, SIGIO,   SIGPWR};
+constexpr int kEndings[] = {SIGHUP,  SIGINT,    SIGQUIT, SIGPIPE, SIGALRM,
+                            SIGTERM, SIGXCPU,   SIGXFSZ, SIGUSR1, SIGUSR2,
+                            SIGPROF, SIGVTALRM, SIGIO,   SIGPWR,  SIGSTKFLT};
+
+// All signals that end a process and are no fault of its own. After a fault nothing is to be relied
+// on: what it leaves is taken away as what a kill leaves.
+template <class Use>
+void forEachEnding(Use use) {
+  for (const int number : kEndings) use(number);
+  for (int number = SIGRTMIN; number <= SIGRTMAX; ++number) use(number);
+}
 
 [[noreturn]] void raise(const std::string& what) {
   throw std::runtime_error(what + ": " + std::strerror(errno));
@@ -63,7 +72,7 @@ class tSignalsBlocked {
   tSignalsBlocked() {
     sigset_t endings;
     sigemptyset(&endings);
-    for (const int number : kEndings) sigaddset(&endings, number);
+    forEachEnding([&](int number) { sigaddset(&endings, number); });
     pthread_sigmask(SIG_BLOCK, &endings, &before_);
   }
   tSignalsBlocked(const tSignalsBlocked&) = delete;
@@ -76,12 +85,12 @@ class tSignalsBlocked {
 
 // Whoever ignores a signal, as under nohup, goes on ignoring it.
 void handleEndings() {
-  for (const int number : kEndings) {
+  forEachEnding([](int number) {
     struct sigaction action {};
-    if (sigaction(number, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
+    if (sigaction(number, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) return;
     action.sa_handler = endBySignal;
     sigaction(number, &action, nullptr);
-  }
+  });
 }
 
 // A folder that is locked by this process alone; -1 where another one has it or it is going.
