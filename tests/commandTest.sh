@@ -53,7 +53,7 @@ expect 2 'no such terminal: x' route 5.0.0 x
 expect 1 'does not have this terminal\. .*-313328' route 5.0.0 PXI_Trig9
 expect 0 '^  1/9 +13\.0\.0 13\.0\.1 13\.1\.0  Orlindt Instruments, Inc\. ORX-4081 Multimeter "DMM"  x1/1$' find dmm
 expect 1 '^varmex: no module fits "nothing"$' find nothing
-expect 2 'text' find ''
+expect 2 'text' find ' '
 expect 0 '^  1/7 +11\.0\.0 +DIO-LEFT +Havrel Modular +HM-6220 Digital I/O +x1/4 reduced$' list
 expect 2 'excludes' list --csv --jsonl
 expect 0 '^Way 1: bus 1 > bridge 1 > bus 2 > bridge 3 > bus 3$' triggers 1/2 SUPPLY

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iostream>
+#include <sstream>
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/fields.h"
@@ -19,28 +20,51 @@ std::string lowered(std::string text) {
   return text;
 }
 
-// Whether a word is a part of what a module is known by. A whole PCI address, in either notation,
-// fits itself alone: "5.0.0" is no part of "15.0.0".
+// Without the quotes that tables put around aliases, and with one blank between words.
+std::string tidied(std::string text) {
+  std::erase(text, '"');
+  std::string tidy;
+  std::istringstream words(text);
+  for (std::string word; words >> word;) tidy += (tidy.empty() ? "" : " ") + word;
+  return tidy;
+}
+
+// Whether a word, or several with blanks between, is a part of what a module is known by. A whole
+// PCI address, in either notation, fits itself alone: "5.0.0" is no part of "15.0.0".
 class tWord {
  public:
-  explicit tWord(const std::string& text) : text_(lowered(text)) {
-    if (const auto address = addressIn(text)) address_ = textOf(*address, tPciNotation::decimal);
+  explicit tWord(const std::string& text) : text_(lowered(tidied(text))) {
+    if (const auto address = addressIn(text_)) address_ = textOf(*address, tPciNotation::decimal);
   }
 
   bool fits(const tJson& module) const {
     if (module.contains("failures") && module["failures"].contains("opening")) return false;
     const auto contains = [&](const std::string& text) {
-      return lowered(text).find(text_) != std::string::npos;
+      return lowered(tidied(text)).find(text_) != std::string::npos;
     };
-    for (const char* const key : {"alias", "vendor", "model", "serial", "name"}) {
-      if (contains(textOf(module, key))) return true;
+    const std::string alias = textOf(module, "alias");
+    const std::string vendor = textOf(module, "vendor");
+    const std::string model = textOf(module, "model");
+    // As `list` and `diff` write it, and as a person would.
+    for (const std::string& text :
+         {joined({alias, vendor, model}, " "), joined({alias, model}, " "),
+          joined({vendor, model, alias}, " "), textOf(module, "serial"), textOf(module, "name")}) {
+      if (contains(text)) return true;
     }
     const tJson& resources = module["resources"];
-    return text_ == textOf(module, "place") || fitsAddress(module["addresses"]) ||
+    return fitsPlace(module) || fitsAddress(module["addresses"]) ||
            std::any_of(resources.begin(), resources.end(), contains);
   }
 
  private:
+  // That of any slot that it covers.
+  bool fitsPlace(const tJson& module) const {
+    const tJson& slots = module["slots"];
+    return std::any_of(slots.begin(), slots.end(), [&](const tJson& slot) {
+      return text_ == textOf(module, "chassis") + '/' + slot.dump();
+    });
+  }
+
   bool fitsAddress(const tJson& addresses) const {
     return std::any_of(addresses.begin(), addresses.end(), [&](const std::string& decimal) {
       if (!address_.empty()) return decimal == address_;
@@ -60,9 +84,10 @@ class tFind : public tCommand {
   void addOptions(CLI::App& line) override {
     line.add_option("text", words_,
                     "A part of the alias, vendor, model, resource name, serial number of the "
-                    "chassis, or a PCI address in either form; of several words all must fit")
+                    "chassis, a place (1/9), or a PCI address in either form; of several words all "
+                    "must fit")
         ->required()
-        ->check([](const std::string& text) { return text.empty() ? "it is empty" : ""; });
+        ->check([](const std::string& text) { return tidied(text).empty() ? "it is empty" : ""; });
     line.add_flag("--json", asJson_, "Print JSON");
     addPciOption(line, notation_);
     installation_.addFrom(line);

@@ -6,6 +6,7 @@
 #include "tools/varmex/describe/describe.h"
 #include "tools/varmex/describe/fields.h"
 #include "tools/varmex/describe/installation.h"
+#include "tools/varmex/describe/modules.h"
 #include "tools/varmex/describe/place.h"
 #include "tools/varmex/describe/triggers.h"
 #include "tools/varmex/text/columns.h"
@@ -37,8 +38,11 @@ void showWays(const tJson& document) {
   for (std::size_t n = 0; n < ways.size(); ++n) {
     std::cout << '\n';
     if (ways[n]["bridges"].empty()) {
-      std::cout << "Both are on trigger bus " << document["from"]["bus"]
-                << ": lines 0 to 7 reach from each to the other.\n";
+      const bool isSame = document["from"] == document["to"];
+      std::cout << (isSame ? "Both are one slot, on trigger bus " : "Both are on trigger bus ")
+                << document["from"]["bus"]
+                << (isSame ? ": what it sends on lines 0 to 7 is there for it as well.\n"
+                           : ": lines 0 to 7 reach from each to the other.\n");
       continue;
     }
     std::cout << "Way " << n + 1 << ": " << chainText(ways[n]) << '\n';
@@ -138,11 +142,8 @@ class tTriggers : public tCommand {
       const tPlace place = parsePlace(text);
       if (place.slot) return session.chassis(*place.chassis).slot(*place.slot);
     }
-    const auto address = addressIn(text);
-    const auto module =
-        session.findModule(address ? textOf(*address, tPciNotation::decimal) : text);
-    if (!module) throw std::runtime_error("there is no module \"" + text + '"');
-    return session.chassis(module->chassisNumber).slot(module->slotNumber);
+    const varmex::Module module = moduleCalled(session, text);
+    return session.chassis(module.chassisNumber).slot(module.slotNumber);
   }
 
   tInstallation installation_;

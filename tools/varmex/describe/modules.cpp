@@ -1,6 +1,7 @@
 #include "tools/varmex/describe/modules.h"
 
 #include <algorithm>
+#include <boost/algorithm/string/predicate.hpp>
 #include <iostream>
 
 #include "tools/varmex/describe/describe.h"
@@ -188,6 +189,32 @@ tJson describeUnreadModules(const std::exception& failure) {
   return {{"schemaVersion", kSchemaVersion},
           {"modules", {{{"failures", {{"opening", jsonOf(reasonOf(failure))}}}}}},
           {"failureCount", 1}};
+}
+
+varmex::Module moduleCalled(const varmex::Session& session, const std::string& name) {
+  const auto address = addressIn(name);
+  const std::string wanted = address ? textOf(*address, tPciNotation::decimal) : name;
+  std::vector<varmex::Module> byAlias;
+  std::vector<varmex::Module> byOther;
+  bool isWhole = true;
+  for (varmex::ModuleAttempt& attempt : session.eachModule()) {
+    isWhole = isWhole && attempt.module;
+    if (!attempt.module || !attempt.module->isCalled(wanted)) continue;
+    const bool isAlias = boost::iequals(attempt.module->alias, wanted);
+    (isAlias ? byAlias : byOther).push_back(std::move(*attempt.module));
+  }
+  const std::vector<varmex::Module>& found = byAlias.empty() ? byOther : byAlias;
+  if (found.size() == 1) return found.front();
+  if (found.empty()) {
+    throw std::runtime_error("there is no module \"" + name + '"' +
+                             (isWhole ? ""
+                                      : " among those that can be read; \"varmex check\" "
+                                        "tells what to mend of the others"));
+  }
+  std::vector<std::string> places;
+  for (const varmex::Module& module : found) places.push_back(module.place());
+  throw std::runtime_error('"' + name + "\" is " + std::to_string(found.size()) +
+                           " modules; say which by its place: " + joined(places, ", "));
 }
 
 const std::vector<tModuleColumn> kModuleColumns = {

@@ -19,6 +19,11 @@ tJson describeModules(const varmex::Session& session);
 // The same where the installation can't be read at all.
 tJson describeUnreadModules(const std::exception& failure);
 
+// The one module that goes by a name, as varmex::Module::isCalled has it, or by a PCI address in
+// either notation; an alias goes ahead of all else. Throws std::runtime_error where there is none,
+// and where there are several, with their places.
+varmex::Module moduleCalled(const varmex::Session& session, const std::string& name);
+
 // One thing that is told of a module, in a column of a table.
 struct tModuleColumn {
   const char* key;    // by which it is asked for

@@ -171,8 +171,11 @@ tJson describeTriggers(const varmex::Session& session, const varmex::Slot& from,
                     {"to", jsonOf(destination)},       {"ways", tJson::array()},
                     {"isComplete", ways.isComplete},   {"stars", tJson::array()}};
   for (const varmex::TriggerWay& way : ways.ways) document["ways"].push_back(jsonOf(way));
-  for (const auto& star : varmex::findStarRelations(from, to)) {
-    document["stars"].push_back(jsonOf(star));
+  // A slot's own line of a star trigger joins it to nothing but the controller.
+  if (document["from"] != document["to"]) {
+    for (const auto& star : varmex::findStarRelations(from, to)) {
+      document["stars"].push_back(jsonOf(star));
+    }
   }
   if (!reason.empty()) document["reason"] = reason;
   document["unread"] = std::move(unread);
