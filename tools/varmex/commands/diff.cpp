@@ -40,9 +40,10 @@ tJson describeNow() {
   return describe(varmex::Session());
 }
 
-// What is broken is the same as before where it was broken before, and may hide differences.
+std::size_t faultsOf(const tSide& side) { return side.description["failureCount"]; }
+
 void warnOfFaults(const tSide& side, const std::string& path) {
-  const auto count = side.description["failureCount"].get<std::size_t>();
+  const std::size_t count = faultsOf(side);
   if (count == 0) return;
   std::cerr << "varmex: warning: faults hide " << count << (count == 1 ? " answer" : " answers")
             << " of " << nameOf(path) << "; \"varmex check\" tells what to mend\n";
@@ -63,8 +64,9 @@ tSide readSide(const std::string& path) {
 // What fails tells which of the two it was.
 tSide read(const std::string& path) {
   try {
-    const tSide side = readSide(path);
+    tSide side = readSide(path);
     warnOfFaults(side, path);
+    side.origin["failureCount"] = faultsOf(side);
     return side;
   } catch (const varmex::Error&) {
     std::cerr << "varmex: " << nameOf(path) << " can't be read:\n";
@@ -72,7 +74,7 @@ tSide read(const std::string& path) {
   }
 }
 
-void show(const std::vector<tChange>& changes, tPciNotation notation) {
+void show(const std::vector<tChange>& changes, bool isWhole, tPciNotation notation) {
   const std::size_t columns = outputColumns().value_or(std::string::npos);
   for (const tChange& change : changes) {
     const char* indentation = "";
@@ -82,7 +84,7 @@ void show(const std::vector<tChange>& changes, tPciNotation notation) {
     }
   }
   if (changes.empty()) {
-    std::cout << "No differences.\n";
+    std::cout << (isWhole ? "No differences.\n" : "No differences in what can be read.\n");
   } else {
     std::cout << changes.size() << (changes.size() == 1 ? " difference.\n" : " differences.\n");
   }
@@ -114,6 +116,7 @@ class tDiff : public tCommand {
       const tSide after = read(after_);
       std::vector<tChange> changes = compare(before.description, after.description);
       std::erase_if(changes, [this](const tChange& change) { return isIgnored(change); });
+      const bool isWhole = faultsOf(before) + faultsOf(after) == 0;
       if (asJson_) {
         tJson json = {{"schemaVersion", kSchemaVersion},
                       {"before", before.origin},
@@ -122,9 +125,11 @@ class tDiff : public tCommand {
         for (const tChange& change : changes) json["changes"].push_back(jsonOf(change));
         printJson(json);
       } else {
-        show(changes, notation_);
+        show(changes, isWhole, notation_);
       }
-      return changes.empty() ? kDone : kFailed;
+      // What hides answers on both sides may hide a difference.
+      if (changes.empty()) return isWhole ? kDone : kBadUsage;
+      return kFailed;
     } catch (const std::exception& failure) {
       tellFailure(failure);
       return kBadUsage;

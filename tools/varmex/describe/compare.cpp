@@ -6,6 +6,7 @@
 #include <iterator>
 #include <map>
 #include <optional>
+#include <set>
 #include <sstream>
 
 #include "tools/varmex/describe/faults.h"
@@ -70,6 +71,12 @@ bool hasModule(const tJson& slot) {
                                     "SystemSlotInstanceName"};
   return std::any_of(std::begin(kNames), std::end(kNames),
                      [&](const char* name) { return !textOf(slot, name).empty(); });
+}
+
+// A slot of which a fault keeps back whether there is one.
+bool hidesModule(const tJson& slot) {
+  return !hasModule(slot) && (isUnreadable(slot, "opening") || isUnreadable(slot, "SlotType") ||
+                              isUnreadable(slot, "Devices"));
 }
 
 tFacts factsOfChassis(const tJson& chassis) {
@@ -155,8 +162,8 @@ class tComparison {
     // A chassis that is gone keeps its number, marked so that it meets no other.
     tParts oldModules;
     tParts newModules;
-    for (tPart& chassis : oldChassis) addModules(chassis, oldModules);
-    for (tPart& chassis : newChassis) addModules(chassis, newModules);
+    for (tPart& chassis : oldChassis) addModules(chassis, oldModules, hiddenBefore_);
+    for (tPart& chassis : newChassis) addModules(chassis, newModules, hiddenNow_);
     compareModules(oldModules, newModules);
     tParts oldRest;
     tParts newRest;
@@ -221,8 +228,10 @@ class tComparison {
     return devices.empty() ? "" : std::to_string(devices.size());
   }
 
-  static void addModules(const tPart& chassis, tParts& modules) {
+  static void addModules(const tPart& chassis, tParts& modules, std::set<std::string>& hidden) {
     for (const tJson& slot : (*chassis.json)["Slots"]) {
+      const std::string number = textOf(slot, "SlotNumber");
+      if (hidesModule(slot)) hidden.insert(chassis.chassis + '/' + number);
       if (!hasModule(slot)) continue;
       const tJson& devices = slot["Devices"];
       const bool isSystem = slot.contains("SystemSlotModel");
@@ -233,7 +242,6 @@ class tComparison {
       const std::string model = text("Model");
       const std::string name = text("InstanceName");
       const tJson& module = devices.empty() ? slot : devices.front();
-      const std::string number = textOf(slot, "SlotNumber");
       modules.push_back({&slot,
                          chassis.chassis,
                          number,
@@ -290,6 +298,9 @@ class tComparison {
                           old->title,
                           now->title});
     }
+    // What a fault hides neither came nor went.
+    for (tPart& part : before) part.isPair = part.isPair || hiddenNow_.contains(placeOf(part));
+    for (tPart& part : after) part.isPair = part.isPair || hiddenBefore_.contains(placeOf(part));
     addRemaining("module", before, after);
   }
 
@@ -363,11 +374,19 @@ class tComparison {
       return;
     }
     for (std::size_t n = 0; n < now.facts.size(); ++n) {
+      if (isHidden(old, n) || isHidden(now, n)) continue;
       addFact(now.facts[n].label, old.facts[n].value, now.facts[n].value);
     }
   }
 
+  // A type that can't be read hides what depends on it, and is told itself.
+  static bool isHidden(const tPart& part, std::size_t fact) {
+    return part.facts[fact].value.empty() && isUnreadable(*part.json, "SlotType");
+  }
+
   std::vector<tChange> changes_;
+  std::set<std::string> hiddenBefore_;  // places of which nobody knows whether they hold a module
+  std::set<std::string> hiddenNow_;
   std::map<std::string, bool> isGone_;
   std::map<std::string, bool> isNew_;
 };
