@@ -3,6 +3,7 @@
 
 import base64
 import csv
+import fcntl
 import io
 import json
 import os
@@ -55,12 +56,20 @@ class Root:
     def environment(self):
         return dict(os.environ, VARMEX_FSROOT=str(self.folder), TZ="IST-5:30")
 
-    def run(self, *arguments):
-        return subprocess.run([*VARMEX, *arguments], env=self.environment(), capture_output=True,
-                              text=True, errors="replace", timeout=DEADLINE)
+    def run(self, *arguments, ahead=(), **more):
+        return subprocess.run([*ahead, *VARMEX, *arguments], env=self.environment(), capture_output=True,
+                              text=True, errors="replace", timeout=DEADLINE, **more)
+
+    def ask(self, kind, *arguments):
+        """How a command ends, and its document, which is of that kind; None where it prints none."""
+        run = self.run(*arguments, "--json")
+        document = json.loads(run.stdout) if run.stdout else None
+        if run.stdout:
+            conforms(document, kind, arguments)
+        return run, document
 
     def show(self, *arguments):
-        return json.loads(self.run("show", "--json", *arguments).stdout)
+        return self.ask("installation", "show", *arguments)[1]
 
 
 def flatten(document):
@@ -132,7 +141,6 @@ def testBroken():
             for edit in edits:
                 root.edit(*edit)
             document = root.show()
-            conforms(document, "installation", what)
             answers, found = flatten(document)
             check(found == set(failures), f"{what}: failures {found}")
             check(document["failureCount"] == len(failures), f"{what}: count")
@@ -155,33 +163,30 @@ def testBroken():
 
 def testDocuments():
     with Root() as root:
-        for arguments in ([], ["1"], ["1/10"], ["--why"], ["3/2", "--why"]):
-            conforms(root.show(*arguments), "installation", f"show {arguments}")
+        for kind, *words in (("installation", "show", "1"), ("installation", "show", "3/2", "--why"), ("findings", "check"),
+                             ("terminals", "terminals", "5.0.0"), ("route", "route", "5.0.0", "PXI_Trig3")):
+            check(root.ask(kind, *words)[0].returncode == 0, f"{words}")
         one = root.show("1/10")["Chassis"]
         check(len(one) == 1 and len(one[0]["Slots"]) == 1, "show 1/10 tells of one slot")
         whole = root.show()
         check(whole == without("absent", root.show("--why")), "--why adds reasons and nothing else")
         why = root.show("1/10", "--why")["Chassis"][0]["Slots"][0]["absent"]
         check(why["StarTriggerLine"]["constant"] == "varmex_errorStarController", "the reason")
-        conforms(json.loads(root.run("check", "--json").stdout), "findings", "check")
-        conforms(json.loads(root.run("terminals", "5.0.0", "--json").stdout), "terminals", "terminals")
-        conforms(json.loads(root.run("route", "5.0.0", "PXI_Trig3", "--json").stdout), "route", "route")
         root.edit(E, r"ORX", "O")
-        conforms(json.loads(root.run("check", "--json").stdout), "findings", "check of a broken one")
+        check(root.ask("findings", "check")[0].returncode == 1, "check of a broken one")
         root.edit(E, r"^ChassisList =[^\n]*", "ChassisList = x")
-        broken = root.run("show", "--json")
-        check(broken.returncode == 1 and "ChassisList" in broken.stderr, "an unreadable description")
-        conforms(json.loads(broken.stdout), "installation", "an unreadable description")
+        broken, document = root.ask("installation", "show")
+        check(document and broken.returncode == 1 and "ChassisList" in broken.stderr, "an unreadable description")
     for chassis in (["express:18x3", "classic:8"], ["classic:2:0"]):
         with Root(chassis) as root:
-            conforms(root.show(), "installation", f"make {chassis}")
+            check(root.show()["failureCount"] == 0, f"make {chassis}")
 
 
 # Words to find, and the places of the modules that fit.
 FOUND = [
     (["dmm"], "1/9"), (["Tessmere", "rf"], "1/3 1/12 2/5"), (["5.0.0"], "1/2"), (["37:00.0"], "2/5"),
     (["0000:37:00.0"], "2/5"), (["37:"], "2/5"), (["PXI0::5-"], "1/2"), (["TL-20417"], "2/1 2/2 2/4 2/5 2/8"),
-    (["1/12"], "1/12"), (["pxi3slot4"], "3/4"), (["81.1"], "3/2 3/3 3/4 3/6"), (["dmm", "tessmere"], ""),
+    (["1/13"], "1/12"), (["dmm orx-4081"], "1/9"), (['Multimeter  "DMM"'], "1/9"), (["pxi3slot4"], "3/4"), (["81.1"], "3/2 3/3 3/4 3/6"), (["dmm", "tessmere"], ""),
     (["TLX-80"], ""),
 ]
 
@@ -193,9 +198,7 @@ def places(modules):
 def testModules():
     with Root() as root:
         for words, wanted in FOUND:
-            run = root.run("find", *words, "--json")
-            found = json.loads(run.stdout)
-            conforms(found, "modules", f"find {words}")
+            run, found = root.ask("modules", "find", *words)
             check(places(found["modules"]) == wanted and run.returncode == (not wanted),
                   f"find {words}: {places(found['modules'])}, {run.returncode}")
         modules = [json.loads(line) for line in root.run("list", "--jsonl").stdout.splitlines()]
@@ -219,8 +222,7 @@ def testModules():
         check(run.returncode == 1 and rows[3] == ["1/3", "ANALYZER", ""] and rows[7][1].startswith('D"M,M\x1b')
               and rows[13] == ["1/19", "", ""] and "slot 1/19" in run.stderr, f"broken list --csv: {rows}")
         check("!1 " in root.run("list").stdout, "a mark in the list")
-        found = json.loads(root.run("find", "ANALYZER", "--json").stdout)
-        conforms(found, "modules", "find in a broken description")
+        found = root.ask("modules", "find", "ANALYZER")[1]
         check(places(found["modules"]) == "1/3 1/19 2/5" and found["failureCount"] == 2 and
               "width" in found["modules"][0]["failures"], f"find in a broken description: {found}")
 
@@ -231,7 +233,7 @@ TRIGGERS = [
     ("SUPPLY", "5.0.0", ["--all"], ["4,2"], ["star indirect", "dstar indirect"], ""),
     ("1/10", "1/9", [], [""], ["star direct", "dstar direct"], ""), ("0d:00.0", "1/8", [], [""], None, ""),
     ("3/8", "3/2", [], [""], ["star direct"], ""), ("1/2", "2/2", [], [], [], "two chassis"),
-    ("1/1", "2/1", [], [], [], "two chassis"), ("nothing", "1/2", [], None, None, "no module"),
+    ("1/9", "DMM", [], [""], [], ""), ("nothing", "1/2", [], None, None, 'no module "nothing"\n'),
     ("1/2", "1/99", [], None, None, "no slot 99"),
 ]
 
@@ -247,7 +249,7 @@ ON_MADE = [
     (["triggers", "2/2", "2/7"], 0, r"^Star trigger 1: 2/2 is the controller, 2/7 is line 4; this line joins"),
     (["triggers", "3/1", "3/8", "--all"], 0, r"^Both are on trigger bus 1"),
     (["list", "--columns", "place,serial"], 0, r"^  3/2 +0A40008D$"),
-    (["explain", "2", "ChassisTriggerManagerLibrary"], 0, r"^  3  registry +.HKEY_.*PXISA.Services. absent$"),
+    (["explain", "2", "ChassisTriggerManagerLibrary"], 0, r"^  3  registry.reg +.HKEY_.*PXISA.Services. absent$"),
     (["explain", "18.29.0", "DeviceNumber"], 0, r"\[Chassis2Slot2Function0\] PCIDeviceNumber = "),
     (["explain", "MODULE-3-2", "DeviceModel"], 0, r"\[Chassis3Slot2\] Model = "),
 ]
@@ -262,12 +264,8 @@ def testMade():
 
 def testTriggers():
     with Root() as root:
-        def ask(origin, target, *arguments):
-            run = root.run("triggers", origin, target, "--json", *arguments)
-            document = json.loads(run.stdout) if run.stdout else None
-            if document:
-                conforms(document, "triggers", f"triggers {origin} {target}")
-            return run, document
+        def ask(*words):
+            return root.ask("triggers", "triggers", *words)
 
         for origin, target, arguments, ways, stars, said in TRIGGERS:
             run, document = ask(origin, target, *arguments)
@@ -287,6 +285,9 @@ def testTriggers():
         root.edit(E, '"1,2,3,4,5,6"', '"1,3,4,5,6"')
         run, document = ask("1/2", "1/7")
         check("on no trigger bus" in document["reason"] and "bus" not in document["from"], f"no bus: {run}")
+        root.edit(E, '"SWITCH"', '"dmm"')
+        for name, said in (("DMM", "2 modules; say which by its place: 1/9, 1/11"), ("nothing", "among those that can be read")):
+            check(said in ask(name, "1/2")[0].stderr and said in root.run("explain", name).stderr, f"{name}: {said}")
 
 
 class Watch:
@@ -366,7 +367,7 @@ BUS_NAMES = r"HKEY_LOCAL_MACHINE\SOFTWARE\Corvane\COR-VARMEX (32-bit view)"
 EXPLAINED = [
     ("1/7", "SlotType", ["pxiesys.ini:177 Chassis1Slot7 SlotType PXIeHybridSlot"]),
     ("DMM", "varmex_u32_SlotType", ["pxiesys.ini:202 Chassis1Slot9 SlotType PXIePeripheralSlot"]),
-    ("1/10", "SlotNumber", []),
+    ("1/10", "SlotNumber", []), ("machine", "Version", []),
     ("0d:00.0", "DeviceModel", ["pxiesys.ini:201 Chassis1Slot9", "pxiesys.ini:210 Chassis1Slot9 Model ORX-4081 Multimeter"]),
     ("DMM", "DeviceModel", ["pxiesys.ini:201 Chassis1Slot9", "pxiesys.ini:210 Chassis1Slot9 Model ORX-4081 Multimeter"]),
     ("1/bridge/1", "BridgeSourceTriggerBus",
@@ -380,13 +381,14 @@ EXPLAINED = [
       "pxisys.ini:7 Chassis1", "pxiesys.ini:7 Chassis1",
       *(f"{file}.ini:{item}" for item in ("8 Chassis1 Vendor Orlindt Instruments, Inc.", "9 Chassis1 Model ORX-1820")
         for file in ("pxisys", "pxiesys")),
-      "pxiesys.ini:13 Chassis1 SerialNumber 0A41F27C", f"registry {BUS_NAMES}",
-      f"registry {BUS_NAMES} PXITrigUseStableBusNameFormat 1"]),
+      "pxiesys.ini:13 Chassis1 SerialNumber 0A41F27C", f"registry.reg:36 {BUS_NAMES}",
+      f"registry.reg:37 {BUS_NAMES} PXITrigUseStableBusNameFormat 1"]),
     ("3", "ChassisTriggerManagerLibrary",
      [r"pxisys.ini:155 Chassis3 TriggerManager Havrel\Bus Manager", "pxiesys.ini absent TriggerManager",
-      f"registry {MANAGERS}", rf"registry {MANAGERS}\Trigger Managers", rf"registry {MANAGERS}\Trigger Managers\Havrel",
-      rf"registry {MANAGERS}\Trigger Managers\Havrel\Bus Manager",
-      rf"registry {MANAGERS}\Trigger Managers\Havrel\Bus Manager Library libhavrel_bus_manager.so"]),
+      f"registry.reg:17 {MANAGERS}", rf"registry.reg:19 {MANAGERS}\Trigger Managers",
+      rf"registry.reg:21 {MANAGERS}\Trigger Managers\Havrel",
+      rf"registry.reg:23 {MANAGERS}\Trigger Managers\Havrel\Bus Manager",
+      rf"registry.reg:24 {MANAGERS}\Trigger Managers\Havrel\Bus Manager Library libhavrel_bus_manager.so"]),
 ]
 
 
@@ -398,16 +400,15 @@ def toldOf(reading):
 
 def holdsAnswers(root, place, wanted, what):
     """Every attribute of an item has the value that show --json has, and where that has none, none."""
-    run = root.run("explain", place, "--json")
-    document = json.loads(run.stdout)
-    conforms(document, "explanation", what)
+    document = root.ask("explanation", "explain", place)[1]
     answers = {one["name"]: one.get("value") for one in document["items"][0]["attributes"]}
-    check(answers == {name: wanted.get(name) for name in answers} and len(answers) > 8, f"{what}: {answers}, not {wanted}")
+    check(answers == {name: wanted.get(name) for name in answers} and len(answers) > 4, f"{what}: {answers}, not {wanted}")
 
 
 def testExplain():
     for root in Root(), Root(["express:18", "classic:8:2"]):
         with root:
+            holdsAnswers(root, "machine", root.show()["machine"], "explain machine")
             for chassis in root.show()["Chassis"]:
                 number = str(chassis["ChassisNumber"])
                 items = [(number, chassis)]
@@ -416,24 +417,25 @@ def testExplain():
                     items.append((f"{number}/{slot['SlotNumber']}", slot))
                     items += [(".".join(str(device[f"Device{part}"]) for part in ("Bus", "Number", "Function")), device)
                               for device in slot["Devices"]]
-                for place, wanted in items:
+                for place, wanted in items[:3 if ON_WINDOWS else None]:
                     holdsAnswers(root, place, wanted, f"explain {place}")
     with Root() as root:
         for place, attribute, wanted in EXPLAINED:
-            document = json.loads(root.run("explain", place, attribute, "--json").stdout)
+            document = root.ask("explanation", "explain", place, attribute)[1]
             told = [toldOf(one) for one in document["items"][0]["attributes"][0]["readings"]]
+            if ON_WINDOWS:  # where the registry is no text
+                wanted = [re.sub(r"registry\.reg(:\d+)?", "registry", line) for line in wanted]
             check(told == wanted, f"explain {place} {attribute}: {told}")
         found = json.loads(root.run("explain", "5.0.0", "DeviceModel", "--json").stdout)["items"][0]["opening"]
         map_of = [toldOf(one) for one in found["readings"]]
         check("pxiesys.ini:128 Chassis1Slot2 AddressInfo PXI0::5-0.0::INSTR;PXI0::5-0.1::INSTR" in map_of, f"{map_of}")
         check(len(map_of) > 100 and found["section"] == "Chassis1Slot2", "the map of devices")
-        missing = root.run("explain", "1/99", "SlotType")
-        check(missing.returncode == 1 and "Chassis1Slot99" in missing.stdout, f"explain 1/99: {missing.stdout}")
-        root.edit(E, r"^AddressInfo = .PXI0::2-0[^\n]*", "")
-        check("= \"HC-8470 Controller\"" in root.run("explain", "1/1", "SystemSlotModel").stdout, "a controller without addresses")
+        root.edit(E, r"^AddressInfo = .PXI0::2-0[^\n]*", "")  # a controller without addresses
         root.edit(E, r"^SerialNumber[^\n]*", "")
-        refused = root.run("explain", "1").stdout
-        check("[Chassis1] has no SerialNumber" in refused and "[Chassis1] SerialNumber: absent" in refused, f"explain 1: {refused}")
+        for words, status, said in ((["1/99", "SlotType"], 1, "Chassis1Slot99"), (["1/1", "SystemSlotModel"], 0, '= "HC-8470 Controller"'),
+                                    (["1"], 1, "[Chassis1] has no SerialNumber"), (["1"], 1, "[Chassis1] SerialNumber: absent")):
+            run = root.run("explain", *words)
+            check(run.returncode == status and said in run.stdout, f"explain {words}: {run.stdout}")
 
 
 def testWatch():
@@ -483,6 +485,9 @@ DIFFERENT = [
      ["slot 1/9: module DMM ORX-4081 Multimeter -> DMM ORX-9"]),
     ([(E, r"(\[Chassis1Slot9\].*?)AddressInfo[^\n]*", r"\1")], ["--ignore", "slot"],
      ["gone: DMM ORX-4081 Multimeter from slot 1/9"]),
+    ([(E, r"(\[Chassis1Slot1\].*?SlotType) = [^\n]*", r"\1 = Odd"), (E, "^AddressInfo = .PXI0::2-0[^\n]*", "")], [],
+     ["slot 1/1: type PXIe system, 4 links -> (can't be read)"]),
+    ([(E, r"(\[Chassis1Slot7\].*?SlotType) = [^\n]*", r"\1 = Odd")], [], ["slot 1/7: type PXIe hybrid -> (can't be read)"]),
 ]
 
 
@@ -492,25 +497,22 @@ def testDiff():
         sample.run("save", saved)
         for edits, options, wanted in DIFFERENT:
             with Root() as root:
-                for name, pattern, text in edits:
-                    old = root.file(name).read_text(encoding="latin-1")
-                    if re.search(pattern, old, flags=re.M | re.S):
-                        root.edit(name, pattern, text)
+                exchange(root, edits)
                 told = sample.run("diff", saved, root.folder, *options)
-                lines = told.stdout.splitlines()
-                check(lines[:-1] == wanted, f"diff {edits[:1]} {options}: {told.stdout}{told.stderr}")
-                check(told.returncode == bool(wanted), f"diff {edits[:1]}: status")
+                check(told.stdout.splitlines()[:-1] == wanted and told.returncode == bool(wanted), f"diff {edits[:1]} {options}: {told}")
                 check(root.run("diff", saved, *options).stdout == told.stdout, f"diff {edits[:1]} with the machine")
-                document = json.loads(root.run("diff", saved, *options, "--json").stdout)
-                conforms(document, "differences", f"diff {edits[:1]}")
+                document = root.ask("differences", "diff", saved, *options)[1]
                 check(len(document["changes"]) == len(wanted), f"diff --json {edits[:1]}")
         with Root() as root:
-            root.edit(E, '18"', '18,19"')
-            check("faults hide 1 answer of" in sample.run("diff", saved, root.folder).stderr, "diff of a broken one")
-            root.edit(E, r"^ChassisList =[^\n]*", "ChassisList = 1,,2")
-            check(f"{root.folder} can't be read" in sample.run("diff", saved, root.folder).stderr, "which can't be read")
-        for arguments in ([f"{place}/none", saved], [saved, f"{place}/none"], [saved, place], [saved, "--ignore", "x"]):
-            check(sample.run("diff", *arguments).returncode == 2, f"diff {arguments}")
+            for edit, arguments, said in (
+                    ((E, '18"', '18,19"'), [root.folder], "No differences in what can be read"),
+                    ((E, r"^ChassisList =[^\n]*", "ChassisList = 1,,2"), [saved, root.folder], f"{root.folder} can't be read"),
+                    (None, [f"{place}/none", saved], "can't read"), (None, [saved, f"{place}/none"], "can't read"),
+                    (None, [saved, place], "no description"), (None, [saved, "--ignore", "x"], "no such kind")):
+                if edit:
+                    root.edit(*edit)
+                run = root.run("diff", *arguments)
+                check(run.returncode == 2 and said in run.stdout + run.stderr, f"diff {arguments}: {run}")
 
 
 # Faults of a PCI tree, and what is found, by identifier.
@@ -523,38 +525,40 @@ LIVE = [
 ]
 
 
+# What no module of some chassis can have so that it would be found.
+NOT_FOUND = {"classic:8x3": ["narrow", "slow"], "express:18:2": ["unlisted", "narrow", "slow"]}
+
+
 def testLive():
-    for plans in (["express:18", "classic:8", "express:8"], ["express:4"], ["classic:8x3"]):
+    for plans in (["express:18", "classic:8", "express:8"], ["express:4"], ["classic:8x3"], ["express:18:2"]):
         for faults, wanted in LIVE:
             with Root() as root:
                 shutil.rmtree(root.file(""))
                 made = root.run("make", root.folder, *plans, "--pci", *(f"--pci-fault={f}" for f in faults))
                 if made.returncode:
-                    check(len(faults) > 2 and "no module is left" in made.stderr, f"make {plans} {faults}: {made.stderr}")
+                    check((len(faults) > 1 or faults[0] in NOT_FOUND[plans[0]]) and "no module is left" in made.stderr,
+                          f"make {plans} {faults}: {made.stderr}")
                     continue
-                (root.folder / "usr/share/misc").mkdir(parents=True)
-                (root.folder / "usr/share/misc/pci.ids").write_text("# x\nfa02  Orlindt\n\t4081  Meter\nC 00  Class\n")
+                for folder in ("misc", "hwdata"):
+                    (root.folder / "usr/share" / folder).mkdir(parents=True)
+                os.mkfifo(root.folder / "usr/share/misc/pci.ids")  # which nobody waits for
+                (root.folder / "usr/share/hwdata/pci.ids").write_text("# x\nfa02  Orlindt\n\t4081  Meter\nC 00  Class\n")
                 file = root.folder / "saved.json"
                 root.run("save", file)
-                live = root.run("check", "--live", "--json")
-                if plans == ["classic:8x3"]:  # without links
-                    wanted = [kind for kind in wanted if not kind.startswith("link-")]
-                conforms(json.loads(live.stdout), "findings", f"check --live {faults}")
-                found = sorted(finding["id"] for finding in json.loads(live.stdout))
-                check(found == wanted, f"{plans} {faults}: {live.stdout}{live.stderr}")
-                check(live.returncode == bool(wanted), f"{plans} {faults}: status")
+                live, findings = root.ask("findings", "check", "--live")
+                found = sorted(finding["id"] for finding in findings)
+                check(found == wanted and live.returncode == bool(wanted), f"{plans} {faults}: {live}")
                 saved = root.run("check", "--live", "--json", "--from", file)
-                without_names = re.sub(r"Orlindt Meter ", "", live.stdout)
-                check(saved.stdout == without_names, f"{plans} {faults}: saved {saved.stdout}{saved.stderr}")
+                check(saved.stdout == live.stdout.replace("Orlindt Meter ", ""), f"{plans} {faults}: saved {saved}")
                 check(root.run("check").stdout == "No findings.\n", f"{plans}: without --live")
-                named = {"device-not-listed", "no-driver"} & set(wanted)
-                check(("Orlindt Meter [fa02:4081]" in live.stdout) == bool(named), f"{plans} {faults}: names")
-                if faults or plans == ["express:4"]:
+                check(("Orlindt Meter [fa02:4081]" in live.stdout) == bool({"device-not-listed", "no-driver"} & set(wanted)),
+                      f"{plans} {faults}: names")
+                if faults or plans[0] in ("express:4", "express:18:2"):
                     continue
                 for device in (root.folder / "sys/bus/pci/devices").iterdir():
                     if not device.name.startswith("0000:00"):
                         shutil.rmtree(device)
-                gone = [finding["id"] for finding in json.loads(root.run("check", "--live", "--json").stdout)]
+                gone = [finding["id"] for finding in root.ask("findings", "check", "--live")[1]]
                 check(set(gone) <= {"chassis-not-present", "module-not-present"}, f"{plans} off: {gone}")
                 check(gone.count("chassis-not-present") == (3 if plans == ["classic:8x3"] else len(plans)), f"{plans} off: {gone}")
                 shutil.rmtree(root.folder / "sys")
@@ -564,8 +568,7 @@ def testLive():
 def testFleet():
     """The example of docs/fleet.md over 1,000 racks of two weeks, two of them changed."""
     with Root(["express:18"]) as root, tempfile.TemporaryDirectory() as place:
-        saved = json.loads(root.run("save").stdout)
-        text = json.dumps(saved)
+        text = json.dumps(json.loads(root.run("save").stdout))
         serial = re.search(r"SerialNumber = \W*(\w+)", text).group(1)
         for rack in range(500):
             one = text.replace(serial, f"S{rack:04}")
@@ -585,8 +588,9 @@ def testFleet():
         check(len(narrow) == 1 and "rack-0042" in narrow[0], f"below the full width: {narrow}")
         check(len(moved) == 2 and all("rack-0042" in line for line in moved), f"moved: {moved}")
         Path(place, "2026-11-21/rack-0007.json").write_text("{")
-        run = root.run("list", "--csv", "--from", f"{place}/2026-11-21")
-        check(run.returncode == 1 and len(run.stdout.splitlines()) > 499 and "rack-0007" in run.stderr,
+        run = root.run("list", "--csv", "--columns", "alias", "--from", f"{place}/2026-11-21")
+        check(run.returncode == 1 and run.stdout.startswith("from,alias\n") and len(run.stdout.splitlines()) > 499
+              and run.stderr.count("rack-0007") == 1 and "std::" not in run.stderr,
               f"a saved file that can't be read: {run.stderr}")
 
 
@@ -594,38 +598,35 @@ I_PATH, E_PATH = "etc/pxi/pxisys.ini", "etc/pxi/pxiesys.ini"
 REGISTRY = {"key": "SOFTWARE\\PXISA", "name": "Library"}
 # What a saved file is changed to, by key, and what is said of it; None takes a key away.
 HOSTILE = [
-    ("files", {"../../tmp/out": "x"}, "no place for"), ("files", {"/etc/passwd": "x"}, "no place for"),
-    ("files", {"etc/pxi/registry.reg": "x"}, "no place for"), ("files", [], "no object"),
-    ("files", {E_PATH: 5}, "neither"), ("files", {E_PATH: ["a", 5]}, "neither"),
-    ("files", {E_PATH: {"base64": "AAA"}}, "base64"), ("files", {E_PATH: {"base64": "AB=="}}, "base64"),
-    ("files", {f"k{n}": "" for n in range(101)}, "too many members"),
-    ("files", {E_PATH: {"base64": "A*=="}}, "base64"), ("files", None, "files: it is missing"),
+    *[("files", {path: "x"}, "no place for") for path in ("../../tmp/out", "/etc/passwd", "etc/pxi/registry.reg")],
+    ("files", [], "no object"), ("files", None, "files: it is missing"), ("files", {E_PATH: 5}, "neither"),
+    ("files", {E_PATH: ["a", 5]}, "neither"), ("files", {f"k{n}": "" for n in range(101)}, "too many members"),
+    *[("files", {E_PATH: {"base64": digits}}, "base64") for digits in ("AAA", "AB==", "A*==")],
     ("host", 5, "no text"), ("varmex saved installation", 2, "another version"),
     ("varmex saved installation", None, "it has no"),
     ("registry", {}, "no list"), ("registry", [[]], "no object"), ("registry", [{}] * 1001, "no list"),
-    ("registry", [REGISTRY], "without text"), ("registry", [{**REGISTRY, "number": -1}], "32 bits"),
-    ("registry", [{**REGISTRY, "number": 2**32}], "32 bits"),
-    ("registry", [{**REGISTRY, "key": "a\n[b]", "text": ""}], "no name"),
+    ("registry", [REGISTRY], "without text"), ("registry", [{**REGISTRY, "key": "a\n[b]", "text": ""}], "no name"),
+    *[("registry", [{**REGISTRY, "number": number}], "32 bits") for number in (-1, 2**32)],
     ("registry", [{**REGISTRY, "text": "x" * 2**21}], "too long"),
-    ("chassisDescriptionFiles", [{"path": "x"}], "missing"), ("chassisDescriptionFiles", [5], "missing"),
-    ("pci", {}, "no list"), ("pci", [{}], "without an address"), ("pci", [{"address": "5"}], "no PCI address"),
-    ("pci", [{"address": "0:100:0.0"}], "no PCI address"), ("pci", [{"address": "0:1:0.0", "class": 5}], "plain text"),
-    ("pci", [{"address": "0:1:0.0", "class": "x" * 257}], "plain text"),
+    *[("chassisDescriptionFiles", [file], "missing") for file in ({"path": "x"}, 5)],
+    ("pci", {}, "no list"), ("pci", [{}], "without an address"),
+    *[("pci", [{"address": text}], "no PCI address") for text in ("5", "0:100:0.0")],
+    *[("pci", [{"address": "0:1:0.0", "class": of}], "plain text") for of in (5, "x" * 257)],
     ("other", [[[[[[[[[]]]]]]]]], "too deeply"),
+    # Whole texts of files that are no saved installations.
+    *[(None, text, "no saved installation") for text in (
+        b"", b"{", b"5", b"[" * 100000, b'{"host": "a", "host": "b"}', b'{"a": "\xff"}', b"\0")],
 ]
-# Whole texts of files that are no saved installations.
-NO_JSON = [b"", b"{", b"5", b"[" * 100000, b'{"host": "a", "host": "b"}', b'{"a": "\xff"}', b"\0"]
-SIGNALS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGPIPE]
+SIGNALS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGPIPE, signal.SIGRTMIN + 1, signal.SIGRTMAX]
 
 
 def testSaved():
     with Root() as root, Root(["express:2"]) as other, tempfile.TemporaryDirectory() as place:
         shared = Path(place)
-        environment = dict(other.environment(), TMPDIR=place)
+        os.environ["TMPDIR"] = place
 
-        def run(*arguments):
-            done = subprocess.run([*VARMEX, *arguments], env=environment, capture_output=True, text=True,
-                                  errors="replace", timeout=DEADLINE)
+        def run(*arguments, **more):
+            done = other.run(*arguments, **more)
             left = [str(path) for path in shared.glob("varmex-saved-*")]
             check(not left, f"{arguments} leaves {left}")
             return done
@@ -633,7 +634,9 @@ def testSaved():
         text = root.file(E).read_bytes()
         root.file(E).write_bytes(text.replace(b"FRONT", b"FR\xff\r") + b"; \xe4\r\n")
         (root.folder / "usr/share/pxi/chassis/orlindt").mkdir(parents=True)
-        (root.folder / "usr/share/pxi/chassis/orlindt/ORX-1820.ini").write_text("[X]\n\n")
+        (root.folder / "usr/share/pxi/chassis/orlindt/ORX-1820.INI").write_text("[X]\n\n")
+        for name in I, E:
+            root.edit(name, r"ORX-1820\.ini", "ORX-1820.INI")
         file = shared / "rack.json"
         check(run("save", "--from", root.folder, file).returncode == 0, "save")
         document = json.loads(file.read_text())
@@ -649,39 +652,40 @@ def testSaved():
             shown = saved.stdout.replace(f"{file}:", str(root.folder))
             shown = re.sub(r"  saved +.*", "  description       current", shown)
             shown = re.sub(r',\s+"saved": {[^}]*}', "", shown)
-            timeless = [re.sub(r"\d\d:\d\d:\d\d UTC", "", text) for text in (live.stdout, shown)]
+            timeless = [re.sub(r"\d\d:\d\d:\d\d UTC|(?<=registry)\.reg(:\d+)?| +", "", text)
+                        for text in (live.stdout, shown)]
             check(live.returncode == saved.returncode and len(set(timeless)) == 1, f"{arguments} --from")
-        shown = json.loads(run("show", "--json", "--from", file).stdout)
-        conforms(shown, "installation", "show --json --from")
+        shown = other.show("--from", file)
         check(shown["machine"]["saved"] == {key: document[key] for key in ("taken", "host", "platform", "version")}, "when saved")
         kept = shared / "kept.json"
         kept.write_text("old")
         kept.chmod(0o640)
+        left, used = (shared / f"kept.json.varmex-new-{number}" for number in (7, 8))
+        left.touch()
+        writer = used.open("w")
+        fcntl.flock(writer, fcntl.LOCK_EX)
         (shared / "link.json").symlink_to(kept)
-        failed_save = subprocess.run(["bash", "-c", 'ulimit -f 1; trap "" XFSZ; exec "$@"', "-", *VARMEX, "save", kept],
-                                     env=environment, capture_output=True, text=True, timeout=DEADLINE)
+        failed_save = run("save", kept, ahead=["bash", "-c", 'ulimit -f 1; trap "" XFSZ; exec "$@"', "-"])
         check(failed_save.returncode == 1 and "can't write" in failed_save.stderr and kept.read_text() == "old",
               f"save without room: {failed_save.stderr}")
         check(run("save", shared / "link.json").returncode == 0 and (shared / "link.json").is_symlink(), "save through a link")
         check(json.loads(kept.read_text()) and kept.stat().st_mode & 0o777 == 0o640, "the mode of what is replaced")
-        check(not list(shared.glob("*.new-*")), "nothing beside what is replaced")
+        check(list(shared.glob("*-new-*")) == [used], "beside what is replaced only what another one writes")
         for arguments in (["watch"], ["save"]):
             check("takes folders" in run(*arguments, "--from", file).stderr, f"{arguments} of a file")
-        for name in (shared / "nothing.json", ""):
-            check(run("check", "--from", name).returncode == 2, f"check --from {name}")
+        for name in (shared / "nothing.json", "", "/dev/zero", "-"):
+            check(run("check", "--from", name, stdin=subprocess.DEVNULL).returncode == 2, f"check --from {name}")
+        for name in ("-", "/dev/stdin"):
+            check("DMM" in run("find", "dmm", "--from", name, input=file.read_text()).stdout, f"--from {name}")
         bad = shared / "bad.json"
         for key, value, reason in HOSTILE:
-            broken = {**document, key: value}
-            bad.write_text(json.dumps(broken if value is not None else without(key, document)))
+            broken = {**document, key: value} if value is not None else without(key, document)
+            bad.write_bytes(json.dumps(broken).encode() if key else value)
             said = run("show", "--from", bad)
             check(said.returncode == 1 and reason in said.stderr, f"{key} {str(value)[:60]}: {said.stderr}")
-        for content in NO_JSON:
-            bad.write_bytes(content)
-            check("no saved installation" in run("show", "--from", bad).stderr, f"{content[:30]}")
         # Signals in the midst of the work, and what a kill left.
         for number in [*SIGNALS, signal.SIGKILL]:
-            process = subprocess.Popen([*VARMEX, "show", "--from", file], env=environment,
-                                       stdout=subprocess.PIPE, preexec_fn=unpiped(number))
+            process = subprocess.Popen([*VARMEX, "show", "--from", file], env=other.environment(), stdout=subprocess.PIPE)
             while process.poll() is None and not list(shared.glob("varmex-saved-*/var/lib/PXISA")):
                 pass
             process.send_signal(number)
@@ -691,13 +695,8 @@ def testSaved():
         run("show", "--from", file)
 
 
-def unpiped(number):
-    """Python ignores SIGPIPE, which a child would go on ignoring."""
-    return lambda: signal.signal(number, signal.SIG_DFL) if number != signal.SIGKILL else None
-
-
 # Windows has no other roots than its own, and no tree of files for the bus.
-ANYWHERE, ON_LINUX = (testDocuments, testBroken, testModules, testTriggers, testWatch), (testMade, testExplain, testFleet, testDiff, testLive, testSaved)
+ANYWHERE, ON_LINUX = (testDocuments, testBroken, testModules, testTriggers, testExplain, testWatch), (testMade, testFleet, testDiff, testLive, testSaved)
 for test in ANYWHERE if ON_WINDOWS else ANYWHERE + ON_LINUX:
     test()
 finish()

@@ -7,6 +7,9 @@ count=12 places=(pxisys pxiesys both)
 [[ ${varmex[-1]} != *.exe ]] || count=3 places=(both)
 export VARMEX_FSROOT=$work/root ASAN_OPTIONS=exitcode=99 UBSAN_OPTIONS=exitcode=99
 mkdir -p "$VARMEX_FSROOT/etc/pxi" "$VARMEX_FSROOT/var/lib/PXISA"
+machine=$work/machine made=$work/made
+"${varmex[@]}" make "$machine" express:18x2 --pci
+"${varmex[@]}" make "$made" express:18:9 classic:8
 
 # runs ARGUMENT... : with the input that it is about, to an end of the command's own.
 runs() { try "varmex $* with $input" endsItself "$@"; }
@@ -38,28 +41,24 @@ for input in "$here"/fuzz/corpus/{ini,model,json,registry}/* $(seq "$count"); do
         torn "$input" >"$VARMEX_FSROOT/etc/pxi/$file.ini"
       fi
     done
-    for words in check 'check --json' 'find 1' 'list --csv' 'triggers 1/2 1/17 --all' \
-      'explain 1' 'explain 1/2' 'explain 5.0.0 --json' \
-      "draw -o $work/picture.svg" "report -o $work/page.html" "save $work/saved.json" \
-      "diff $work/saved.json $here/samples"; do
+    for words in check 'check --json' 'find 1' 'triggers 1/2 1/17 --all' 'watch --timeout 0.01' \
+      'explain 1' 'explain 1/2' 'explain 5.0.0 --json' "save $work/saved.json" \
+      "draw -o $work/picture.svg" "report -o $work/page.html" \
+      "list --csv --from $VARMEX_FSROOT --from $work/saved.json" "diff $work/saved.json $made"; do
       # shellcheck disable=SC2086
       runs $words
     done
   done
 done
 # Saved files that are torn, and PCI trees that lead back to themselves.
+source=$here/fuzz/corpus/saved/sample size=$(stat -c %s "$here/fuzz/corpus/saved/sample")
 for ((input = 1; input <= 5 * count; ++input)); do
-  source=$here/fuzz/corpus/saved/sample size=$(stat -c %s "$here/fuzz/corpus/saved/sample")
   { head -c $((input * 97 % size)) "$source" && tail -c +$((input * 97 % size + input % 3 * 2)) "$source"; } \
     >"$work/torn.json"
   runs check --live --from "$work/torn.json"
 done
-VARMEX_FSROOT=$work/machine
-"${varmex[@]}" make "$VARMEX_FSROOT" express:18x2 --pci
 for input in 0 5 253 254 255 256 -1 x; do
-  for bridge in "$VARMEX_FSROOT"/sys/bus/pci/devices/*; do
-    [ ! -e "$bridge/secondary_bus_number" ] || echo "$input" >"$bridge/secondary_bus_number"
-  done
-  runs check --live
+  for bus in "$machine"/sys/bus/pci/devices/*/secondary_bus_number; do echo "$input" >"$bus"; done
+  VARMEX_FSROOT=$machine runs check --live
 done
 finish

@@ -33,6 +33,15 @@ std::uint32_t observeValue(const void* key, std::string_view name, std::uint32_t
                            const void* data, std::uint32_t size, std::uint32_t error);
 std::uint32_t observeSubkey(const void* key, const char* name, std::uint32_t error);
 
+// Of a registry that is a text: the text as it stands, ahead of being cut up in place, and where in
+// it what was told last is, by a pointer that `find` answers; null for nowhere.
+void observeText(std::string_view text);
+void observePlace(const char* place);
+template <class Find>
+void observePlaceBy(const Find& find) {
+  observePlace(find());
+}
+
 #else
 
 inline void observeSection(const tIniFile&, std::string_view, const tIniSection*) {}
@@ -47,6 +56,9 @@ inline std::uint32_t observeValue(const void*, std::string_view, std::uint32_t, 
   return error;
 }
 inline std::uint32_t observeSubkey(const void*, const char*, std::uint32_t error) { return error; }
+inline void observeText(std::string_view) {}
+template <class Find>
+void observePlaceBy(const Find&) {}
 
 #endif
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <deque>
 #include <map>
 #include <memory>
 
@@ -22,6 +23,16 @@ observed::tReadings* readings = nullptr;
 
 // Paths of the keys that are open, by what tells them apart.
 std::map<const void*, std::string> keyPaths;
+
+// The lines of a registry text, by where they begin.
+struct tTextLines {
+  std::vector<const char*> begins;
+  const char* end;
+};
+
+// Those of the texts that were read last: look-ups in a row may be of several.
+std::deque<tTextLines> textLines;
+constexpr std::size_t kMostTexts = 8;
 
 class tObservation {
  public:
@@ -159,6 +170,30 @@ std::uint32_t observeSubkey(const void* key, const char* name, std::uint32_t err
   return error;
 }
 
+void observeText(std::string_view text) {
+  tTextLines lines{{}, text.data() + text.size()};
+  for (std::size_t begin = 0; begin < text.size();) {
+    lines.begins.push_back(text.data() + begin);
+    begin = std::min(text.find('\n', begin), text.size() - 1) + 1;
+  }
+  textLines.push_front(std::move(lines));
+  if (textLines.size() > kMostTexts) textLines.pop_back();
+}
+
+// What was not told, as the question for a size, changes nothing of what was told ahead of it.
+void observePlace(const char* place) {
+  if (readings == nullptr || readings->empty() || place == nullptr) return;
+  observed::tReading& reading = readings->back();
+  const bool isNew = reading.source == observed::tSource::registry && reading.line == 0;
+  if (!isNew || !reading.text) return;
+  for (const auto& [begins, end] : textLines) {
+    if (begins.empty() || place < begins.front() || place >= end) continue;
+    const auto behind = std::upper_bound(begins.begin(), begins.end(), place);
+    reading.line = static_cast<std::uint32_t>(behind - begins.begin());
+    return;
+  }
+}
+
 }  // namespace varmex::inline nCORPXITOOLS000
 
 namespace observed {
@@ -166,7 +201,7 @@ namespace observed {
 namespace {
 
 using varmex::tResult;
-using tOpened = std::shared_ptr<varmex::Item>;
+using tOpened = std::shared_ptr<const varmex::Item>;
 
 template <class Item>
 tResult<tOpened> made(const tResult<typename Item::tPlace>& place) {
@@ -177,6 +212,10 @@ tResult<tOpened> made(const tResult<typename Item::tPlace>& place) {
 struct tOpener {
   const varmex::Session& session;
 
+  // Owned by the model.
+  tResult<tOpened> operator()(const tWholeDescription&) const {
+    return tOpened(tOpened(), &session);
+  }
   tResult<tOpened> operator()(const tChassisNumber& of) const {
     return made<varmex::Chassis>(varmex::Chassis::find(of.chassis, session.description()));
   }

@@ -25,10 +25,11 @@ struct tReading {
   std::string section;  // or the key's path; empty where it is not there and was not named again
   std::string item;     // or the value's or the subkey's name; empty for sections and keys
   std::optional<std::string> text;  // nothing: absent; empty for sections, keys and subkeys
-  std::uint32_t line = 0;           // from 1; 0 in the registry and for what is absent
+  std::uint32_t line = 0;  // from 1; 0 for what is absent, and where the registry is no text
 };
 using tReadings = std::vector<tReading>;
 
+struct tWholeDescription {};
 struct tChassisNumber {
   std::uint32_t chassis;
 };
@@ -40,7 +41,8 @@ struct tBridgeNumber {
   std::uint32_t chassis;
   std::uint32_t bridge;
 };
-using tPlace = std::variant<tChassisNumber, tSlotNumber, tBridgeNumber, tDeviceAddress>;
+using tPlace =
+    std::variant<tWholeDescription, tChassisNumber, tSlotNumber, tBridgeNumber, tDeviceAddress>;
 
 using tValue = std::variant<std::uint32_t, std::string>;
 

@@ -34,7 +34,12 @@ class tTree {
   tTree(const std::vector<tFunction>& functions, const std::vector<std::string>& faults)
       : functions_(functions) {
     for (const tFunction& function : functions) buses_.insert(function.bus);
-    for (const std::string& fault : faults) choose(fault);
+    // Which modules are missing counts for the other faults.
+    for (const bool isMissing : {true, false}) {
+      for (const std::string& fault : faults) {
+        if ((fault == "missing") == isMissing) choose(fault);
+      }
+    }
   }
 
   std::map<std::string, tFiles> make() {
@@ -51,18 +56,40 @@ class tTree {
     return found != faulty_.end() && found->second == fault;
   }
 
-  // The first module without a fault; with a link where there is one.
+  // Whether a check could find it there.
+  bool canHave(const tFunction& function, const std::string& fault) const {
+    if (function.slot == 1) return false;
+    if (isOfLink(fault)) return function.lanes > 1;
+    return fault != "unlisted" || slotsThere(function.chassis).size() > 1;
+  }
+
+  static bool isOfLink(const std::string& fault) { return fault == "narrow" || fault == "slow"; }
+
+  std::set<std::uint32_t> slotsThere(std::uint32_t chassis) const {
+    std::set<std::uint32_t> slots;
+    for (const tFunction& function : functions_) {
+      const bool isThere = function.slot != 1 && !has(function, "missing");
+      if (isThere && function.chassis == chassis) slots.insert(function.slot);
+    }
+    return slots;
+  }
+
+  // The first module without a fault that it can have; with a link where there is one.
   void choose(const std::string& fault) {
     if (std::find(std::begin(kPciFaults), std::end(kPciFaults), fault) == std::end(kPciFaults)) {
       throw std::invalid_argument("no such fault of a PCI tree: " + fault);
     }
     for (const bool isLinked : {true, false}) {
       for (const tFunction& function : functions_) {
-        const bool fits = function.slot != 1 && (!isLinked || function.lanes > 1);
+        const bool fits = canHave(function, fault) && (!isLinked || function.lanes > 1);
         if (fits && faulty_.try_emplace({function.chassis, function.slot}, fault).second) return;
       }
     }
-    throw std::invalid_argument("no module is left for the fault " + fault);
+    const char* const need = isOfLink(fault) ? "; it needs a link of several lanes"
+                             : fault == "unlisted"
+                                 ? "; it needs a chassis with two modules beside its controller"
+                                 : "";
+    throw std::invalid_argument("no module is left for the fault " + fault + need);
   }
 
   std::uint32_t takeBus() {
@@ -104,7 +131,8 @@ class tTree {
     addBridge(bus, function.slot, 0, function.bus);
     if (has(function, "unlisted")) {
       const std::uint32_t behind = takeBus();
-      addBridge(bus, 31, 0, behind);
+      const std::uint32_t count = unlisted_[function.chassis]++;
+      addBridge(bus, 31 - count / 8, count % 8, behind);
       addModule(behind, 0, 0, 4, nullptr);
     }
   }
@@ -136,6 +164,7 @@ class tTree {
   std::set<std::uint32_t> buses_;  // of modules
   std::uint32_t nextBus_ = kLastBus;
   std::map<std::uint32_t, std::uint32_t> switches_;  // buses by chassis
+  std::map<std::uint32_t, std::uint32_t> unlisted_;  // devices by chassis
   std::set<std::uint32_t> bridged_;
   std::set<std::uint32_t> ports_;
   std::map<std::string, tFiles> devices_;

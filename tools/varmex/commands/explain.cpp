@@ -5,12 +5,14 @@
 #include <optional>
 
 #include "source/observed/observed.h"
+#include "tools/varmex/check/registryText.h"
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/address.h"
 #include "tools/varmex/describe/attributes.h"
 #include "tools/varmex/describe/describe.h"
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/describe/lockNotice.h"
+#include "tools/varmex/describe/modules.h"
 #include "tools/varmex/describe/place.h"
 #include "tools/varmex/describe/reason.h"
 #include "tools/varmex/text/columns.h"
@@ -54,7 +56,10 @@ tSubjects slotAndModule(const varmex::Session& session, std::uint32_t chassis, s
   return subjects;
 }
 
-// "1", "1/7", "1/bridge/2", a PCI address, or the name of a module.
+// As show --json names what belongs to no item of the description.
+constexpr const char* kMachine = "machine";
+
+// "1", "1/7", "1/bridge/2", a PCI address, the name of a module, or "machine".
 tSubjects parseSubjects(const varmex::Session& session, const std::string& text) {
   constexpr const char* kBridge = "/bridge/";
   if (const std::size_t bridge = text.find(kBridge); bridge != std::string::npos) {
@@ -68,9 +73,9 @@ tSubjects parseSubjects(const varmex::Session& session, const std::string& text)
     return {{"chassis " + text, observed::tChassisNumber{*place.chassis}, kChassisAttributes}};
   }
   if (const auto address = addressIn(text)) return {deviceAt(*address)};
-  const auto module = session.findModule(text);
-  if (!module) throw std::runtime_error("there is no module \"" + text + '"');
-  return slotAndModule(session, module->chassisNumber, module->slotNumber);
+  if (text == kMachine) return {{text, observed::tWholeDescription{}, kSessionAttributes}};
+  const varmex::Module module = moduleCalled(session, text);
+  return slotAndModule(session, module.chassisNumber, module.slotNumber);
 }
 
 // By its name, or by that of its constant.
@@ -93,6 +98,9 @@ void keepAttribute(tSubjects& subjects, const std::string& name) {
   }
   throw CLI::ValidationError("attribute", "there is no " + name + " here, but " + names);
 }
+
+// In the place of a file where the registry is no text.
+constexpr const char* kRegistry = "registry";
 
 const char* wordOf(observed::tWhat what) {
   switch (what) {
@@ -164,7 +172,7 @@ class tExplain : public tCommand {
     line.add_option(
             "place", place_,
             "A chassis (1), slot (1/7), trigger bridge (1/bridge/2), the PCI address of a module "
-            "(33.15.0 or 21:0f.0), its alias or resource name")
+            "(33.15.0 or 21:0f.0), its alias or resource name, or machine for versions and paths")
         ->required()
         ->check([](const std::string& text) { return text.empty() ? "it is empty" : ""; });
     line.add_option("attribute", attribute_,
@@ -176,8 +184,9 @@ class tExplain : public tCommand {
 
   tExitStatus run() override {
     const varmex::Session session = installation_.open();
+    const bool isText = !registryTextPath().empty() && installation_.saved() == nullptr;
     files_ = {withShownPaths(session.pxiSysPath()), withShownPaths(session.pxieSysPath()),
-              "registry"};
+              isText ? registryTextPath() : kRegistry};
     tSubjects subjects = parseSubjects(session, place_);
     if (!attribute_.empty()) keepAttribute(subjects, attribute_);
     tJson document = {{"schemaVersion", kSchemaVersion}, {"items", tJson::array()}};
@@ -234,7 +243,7 @@ class tExplain : public tCommand {
       const auto value = item.ask(attribute.number, attribute.isText, readings,
                                   *static_cast<tStatusRecord*>(status));
       status.check();
-      std::visit([&](const auto& is) { answer["value"] = is; }, *value);
+      std::visit([&](const auto& is) { answer["value"] = shown(is); }, *value);
     } catch (const std::exception& failure) {
       answer["failure"] = jsonOf(reasonOf(failure));
     }
@@ -242,13 +251,17 @@ class tExplain : public tCommand {
     return answer;
   }
 
+  static std::uint32_t shown(std::uint32_t number) { return number; }
+  static std::string shown(const std::string& text) { return withShownPaths(text); }
+
   // In the order in which they were made.
   tJson listOf(const observed::tReadings& readings) const {
     tJson list = tJson::array();
     for (const observed::tReading& reading : readings) {
-      tJson json = {{"file", files_[static_cast<std::size_t>(reading.source)]},
-                    {"kind", wordOf(reading.what)}};
-      if (reading.line > 0) json["line"] = reading.line;
+      const std::string& file = files_[static_cast<std::size_t>(reading.source)];
+      tJson json = {{"file", file}, {"kind", wordOf(reading.what)}};
+      // A saved file has the values alone, which a text was made of for this process.
+      if (reading.line > 0 && file != kRegistry) json["line"] = reading.line;
       if (!reading.section.empty()) json["section"] = reading.section;
       if (!reading.item.empty()) json["item"] = reading.item;
       json["isThere"] = reading.text.has_value();

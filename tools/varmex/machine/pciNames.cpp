@@ -1,12 +1,25 @@
 #include "tools/varmex/machine/pciNames.h"
 
-#include <fstream>
+#include <sstream>
+
+#include "corpxiTools/fileSystem/fileBytes.h"
 
 namespace tool {
 
 namespace {
 
 constexpr const char* kPlaces[] = {"/usr/share/misc/pci.ids", "/usr/share/hwdata/pci.ids"};
+constexpr std::uint64_t kMostBytes = 16 << 20;
+
+// Empty for what is no regular file, or a larger one than such a list is.
+std::string contentOf(const std::string& path) {
+  varmex::tInputFile file(path.c_str());
+  varmex::tFileBytes content;
+  if (!file.isOpen() || file.size() > kMostBytes || !varmex::readWholeFile(file, 0, content)) {
+    return {};
+  }
+  return {content.bytes.get(), content.size};
+}
 
 // Four digits of "0x10b5".
 std::string digitsOf(const tPciDevice& device, const char* name) {
@@ -19,14 +32,15 @@ std::string digitsOf(const tPciDevice& device, const char* name) {
 // A line is "10b5  Name" for a vendor and, behind it, "<tab>8747  Name" for each of its devices.
 void tPciNames::load() {
   isLoaded_ = true;
-  std::ifstream file;
+  std::string content;
   for (const std::string& root : {root_, std::string()}) {
     for (const char* const place : kPlaces) {
-      if (!file.is_open()) file.open(root + place);
+      if (content.empty()) content = contentOf(root + place);
     }
   }
+  std::istringstream lines(std::move(content));
   std::string vendor;
-  for (std::string line; std::getline(file, line);) {
+  for (std::string line; std::getline(lines, line);) {
     if (line.starts_with("C ")) break;  // classes follow
     const bool isDevice = line.starts_with('\t');
     const std::size_t begin = isDevice ? 1 : 0;

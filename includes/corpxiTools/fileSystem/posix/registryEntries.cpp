@@ -6,6 +6,7 @@
 
 #include "corpxiTools/fileSystem/posix/registryNames.h"
 #include "corpxiTools/fileSystem/registryKey.h"
+#include "corpxiTools/observer.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
 
@@ -308,6 +309,7 @@ class tReader {
 tRegistryEntries readRegistryEntries(tFileBytes& content) {
   tRegistryEntries entries;
   if (viewOf(content).starts_with("\xFF\xFE"sv)) decodeUtf16(content);
+  observeText(viewOf(content));
   tReader(content).readInto(entries);
   return entries;
 }

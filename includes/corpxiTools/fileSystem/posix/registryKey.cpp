@@ -106,6 +106,7 @@ std::uint32_t tRegistryKey::open(tRegistryRoot root, const std::string& subkey,
   if (key) native->key = *key;
   native_ = std::move(native);
   observeKey(native_.get(), root, subkey, view, 0);
+  observePlaceBy([&] { return native_->text ? native_->text->headerOf(path).data() : nullptr; });
   return 0;
 }
 
@@ -115,7 +116,9 @@ std::uint32_t tRegistryKey::queryValue(const char* name, std::uint32_t& type, vo
                                        std::uint32_t& size) const {
   const tRegistryTextValue* const value = native_->key.find(name);
   const std::uint32_t error = value ? copyValue(*value, type, data, size) : ENOENT;
-  return observeValue(native_.get(), name, type, data, size, error);
+  observeValue(native_.get(), name, type, data, size, error);
+  observePlaceBy([&] { return value ? value->data.data() : nullptr; });
+  return error;
 }
 
 std::uint32_t tRegistryKey::enumValue(std::uint32_t index, char* name, std::uint32_t nameSize,
@@ -124,7 +127,9 @@ std::uint32_t tRegistryKey::enumValue(std::uint32_t index, char* name, std::uint
   if (index >= values.size()) return ENOENT;
   if (const std::uint32_t error = copyName(values[index].name, name, nameSize)) return error;
   const std::uint32_t error = copyValue(values[index], type, data, size);
-  return observeValue(native_.get(), values[index].name, type, data, size, error);
+  observeValue(native_.get(), values[index].name, type, data, size, error);
+  observePlaceBy([&] { return values[index].data.data(); });
+  return error;
 }
 
 // The subkeys are those of the moment when an enumeration begins.
@@ -137,7 +142,9 @@ std::uint32_t tRegistryKey::enumKey(std::uint32_t index, char* name, std::uint32
   }
   const std::uint32_t error =
       index < subkeys.size() ? copyName(subkeys[index], name, nameSize) : ENOENT;
-  return observeSubkey(native_.get(), name, error);
+  observeSubkey(native_.get(), name, error);
+  observePlaceBy([&] { return error == 0 ? subkeys[index].data() : nullptr; });
+  return error;
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000

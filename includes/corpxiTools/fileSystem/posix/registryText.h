@@ -46,6 +46,12 @@ class tRegistryText {
   // text names it or one below it.
   std::optional<tRegistryTextKey> findKey(std::string_view path) const;
 
+  // The path of the key's header, or of one below it, where it stands in the text; empty without.
+  std::string_view headerOf(std::string_view path) const {
+    const auto key = lowerBound(path);
+    return key == keys_.end() ? std::string_view() : key->path;
+  }
+
   // The names of the keys directly below, in the order of the text.
   std::vector<std::string_view> subkeys(std::string_view path) const;
 
