@@ -34,9 +34,9 @@ class tHeldLock {
   halden::FileLockImpl& lock_;
 };
 
-bool existsOrThrow(const std::string& path, tLooked& looked) {
+tFileLook existsOrThrow(const std::string& path) {
   tThrowingStatus<std::int32_t> status;
-  return fileExists(path, status, &looked);
+  return fileExists(path, status);
 }
 
 boost::shared_ptr<const halden::tFileTimeStamp> takeStamp(const std::string& path) {
@@ -48,11 +48,12 @@ boost::shared_ptr<const halden::tFileTimeStamp> takeStamp(const std::string& pat
 }
 
 void readFile(tIniText& text, const std::string& path, const tContentDigest* expected) {
-  tLooked looked = tLooked::no;
-  if (!existsOrThrow(path, looked)) return;
+  auto [isThere, looked] = existsOrThrow(path);
+  if (!isThere) return;
   // The first attempt alone goes by the look that was had just now.
-  const bool isRead = retryFor10s(
-      [&] { return readIniText(path, text, std::exchange(looked, tLooked::no), expected); });
+  const bool isRead = retryFor10s([&, &seen = looked] {
+    return readIniText(path, text, std::exchange(seen, tLooked::no), expected);
+  });
   if (!isRead) raiseInaccessible(path, OSTREL_HERE);
 }
 
@@ -75,9 +76,8 @@ void Session::findPaths() {
 }
 
 std::optional<tDescriptionTexts> Session::readTexts(const tDescriptionKey* expected) const {
-  tLooked looked = tLooked::no;
-  const bool hasLock = existsOrThrow(configurationPath_, looked);
-  return hasLock ? readUnderLock(looked, expected) : readFiles(expected);
+  const tFileLook lock = existsOrThrow(configurationPath_);
+  return lock ? readUnderLock(lock.looked, expected) : readFiles(expected);
 }
 
 std::optional<tDescriptionTexts> Session::readUnderLock(tLooked looked,

@@ -27,13 +27,11 @@ std::string getConfigurationPath(tStatusRecord& status) {
   return getPxiSaFolder(status) + "configuration.ini";
 }
 
-bool fileExists(const std::string& path, std::int32_t& status, tLooked* looked) {
+tFileLook fileExists(const std::string& path, std::int32_t& status) {
   const auto [code, isRegular] = queryFileStatus(path.c_str());
-  if (looked) *looked = isRegular ? tLooked::yes : tLooked::no;
-  if (code == 0) return status >= 0;
-  if (code == kFileNotFound) return false;
-  if (replacesStatus(status, code)) status = code;
-  return false;
+  const bool isUnknown = code != 0 && code != kFileNotFound;
+  if (isUnknown && replacesStatus(status, code)) status = code;
+  return {code == 0 && status >= 0, isRegular ? tLooked::yes : tLooked::no};
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000

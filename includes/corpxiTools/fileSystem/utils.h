@@ -20,10 +20,16 @@ std::string getPxiSaFolder(tStatusRecord& status);
 // On failure the bare file name, and `status` tells why.
 std::string getConfigurationPath(tStatusRecord& status);
 
-// False for a file that is not there and for one that could not be asked about; the latter sets a
-// plain code: -50207 access denied, -52005 invalid path, -50202 anything else. `looked` learns, if
-// it is given, whether the file may be opened without another look.
-bool fileExists(const std::string& path, std::int32_t& status, tLooked* looked = nullptr);
+struct tFileLook {
+  bool isThere;
+  tLooked looked;  // whether the file may be opened without another look
+
+  explicit operator bool() const { return isThere; }
+};
+
+// Not there is also a file that could not be asked about; that sets a plain code: -50207 access
+// denied, -52005 invalid path, -50202 anything else.
+tFileLook fileExists(const std::string& path, std::int32_t& status);
 
 }  // namespace varmex::inline nCORPXITOOLS000
 
