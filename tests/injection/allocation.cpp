@@ -8,8 +8,10 @@ namespace {
 
 std::atomic<long> countdown{0};  // at 1 the next allocation fails, at 0 none does
 
+thread_local bool isCounted = false;
+
 bool mustFail() {
-  if (countdown.load() <= 0) return false;
+  if (!isCounted || countdown.load() <= 0) return false;
   return countdown.fetch_sub(1) == 1;
 }
 
@@ -18,6 +20,10 @@ bool mustFail() {
 namespace test {
 
 void failAllocation(long n) { countdown = n; }
+
+tCountedAllocations::tCountedAllocations() { isCounted = true; }
+
+tCountedAllocations::~tCountedAllocations() { isCounted = false; }
 
 bool allocationFailed() { return countdown.exchange(0) <= 0; }
 

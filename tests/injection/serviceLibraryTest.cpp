@@ -1,5 +1,7 @@
 // The loading of the service library, which the exported functions tell only the code of.
 
+#include <gtest/gtest.h>
+
 #include "source/varmex/library.h"
 #include "tests/support/serviceLibrary.h"
 #include "tests/support/status.h"
