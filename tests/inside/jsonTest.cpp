@@ -78,7 +78,7 @@ TEST(JsonWriter, doublesAStatusText) {
 TEST(JsonScanner, acceptsJsonAndLaxNumbers) {
   for (const char* text :
        {"{}", " [ ] ", "{\"a\" : [1,-2.5e+3,true , false,null,\"\\u00e4\\/\\b\"]}\n", "[[[{}]]]",
-        "[-]", "[1.]", "[007]", "[1e+]", "[\"\xFF\x7F\"]"}) {
+        "[-]", "[1.]", "[007]", "[1e+]", "[1E2,\t1e-\r]", "[\"\\uFF00\xFF\x7F\"]"}) {
     const char* end = jsonFindEnd(text);
     ASSERT_NE(end, nullptr) << text;
     EXPECT_TRUE(*end == '}' || *end == ']') << text;
@@ -86,19 +86,36 @@ TEST(JsonScanner, acceptsJsonAndLaxNumbers) {
 }
 
 TEST(JsonScanner, rejectsTheRest) {
-  for (const char* text : {"",          "1",
-                           "{",         "[",
-                           "[1,]",      "{\"a\":1,}",
-                           "{\"a\"}",   "{\"a\":}",
-                           "{a:1}",     "[1 2]",
-                           "[}",        "{]",
-                           "[\"\\x\"]", "[\"\\u12g4\"]",
-                           "[\"\\",     "[\"a",
-                           "[\"\n\"]",  "[1ex]",
-                           "[+1]",      "[.5]",
-                           "[tru]",     "[]]",
-                           "[] x",      "{\"a\":1 \"b\":2}",
-                           "{,}",       "[,]"}) {
+  for (const char* text : {"",
+                           "1",
+                           "{",
+                           "[",
+                           "[1,]",
+                           "{\"a\":1,}",
+                           "{\"a\"}",
+                           "{\"a\":}",
+                           "{a:1}",
+                           "[1 2]",
+                           "[}",
+                           "{]",
+                           "[\"\\x\"]",
+                           "[\"\\u12g4\"]",
+                           "[\"\\",
+                           "[\"a",
+                           "[\"\n\"]",
+                           "[1ex]",
+                           "[+1]",
+                           "[.5]",
+                           "[tru]",
+                           "[]]",
+                           "[] x",
+                           "{\"a\":1 \"b\":2}",
+                           "{,}",
+                           "[,]",
+                           "[\"\\u00f\"]",
+                           "[\"\\u00:0\"]",
+                           "[\"\\u00G0\"]",
+                           "[\"\\u00`0\"]"}) {
     EXPECT_EQ(jsonFindEnd(text), nullptr) << text;
   }
 }

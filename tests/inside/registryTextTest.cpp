@@ -9,6 +9,18 @@ namespace {
 const std::string kHead = "Windows Registry Editor Version 5.00\r\n\r\n";
 const std::string kHeader = "[HKEY_LOCAL_MACHINE\\A]\r\n";
 
+// The tables write the machine's root as "~", quotes as apostrophes, the end of a line as "\n".
+std::string written(const std::string& text) {
+  std::string all;
+  for (const char byte : text) {
+    const bool isQuote = byte == '\'';
+    all += byte == '~'    ? "HKEY_LOCAL_MACHINE"
+           : byte == '\n' ? "\r\n"
+                          : std::string(1, isQuote ? '"' : byte);
+  }
+  return all;
+}
+
 std::unique_ptr<const tRegistryText> parse(const std::string& text) {
   tFileBytes content{std::make_unique_for_overwrite<char[]>(text.size()), text.size()};
   text.copy(content.bytes.get(), text.size());
@@ -51,82 +63,80 @@ TEST(RegistryText, readsEntries) {
       {R"("n"="a\\b \"c\"")", R"(n(1)a\b "c")"},
       {R"(@="d")", "(1)d"},
       {R"("a\"b\\c"="")", R"(a"b\c(1))"},
-      {"\"n\"=dword:000000fF", "n(4)\xFF\0\0\0"s},
-      {"\"n\"=DWORD:8000000f", "n(4)\x0F\0\0\x80"s},
-      {"\"n\"=dword:1", "n(4)\1\0\0\0"s},
-      {"\"n\"=hex:0a,FF,", "n(3)\x0A\xFF"},
-      {"\"n\"=hex:", "n(3)"},
-      {"\"n\"=hex(2):25,00,e4,00,00,00", "n(2)%\xC3\xA4\0"s},
-      {"\"n\"=hex(7):61,00,00,00,3d,d8,00,de,00,00,00,00", "n(7)a\0\xF0\x9F\x98\x80\0\0"s},
-      {"\"n\"=hex(1):AC,20,ac,20,0,0", "n(1)\xE2\x82\xAC\xE2\x82\xAC"},
+      {"'n'=dword:000000fF", "n(4)\xFF\0\0\0"s},
+      {"'n'=DWORD:8000000f", "n(4)\x0F\0\0\x80"s},
+      {"'n'=dword:1", "n(4)\1\0\0\0"s},
+      {"'n'=hex:0a,FF,", "n(3)\x0A\xFF"},
+      {"'n'=hex:", "n(3)"},
+      {"'n'=hex(2):25,00,e4,00,00,00", "n(2)%\xC3\xA4\0"s},
+      {"'n'=hex(7):61,00,00,00,3d,d8,00,de,00,00,00,00", "n(7)a\0\xF0\x9F\x98\x80\0\0"s},
+      {"'n'=hex(1):AC,20,ac,20,0,0", "n(1)\xE2\x82\xAC\xE2\x82\xAC"},
       // The ends of the ranges of UTF-16, and halves without their other.
-      {"\"n\"=hex(2):7f,00,80,00,ff,07,00,08,00,e0",
+      {"'n'=hex(2):7f,00,80,00,ff,07,00,08,00,e0",
        "n(2)\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEE\x80\x80"},
-      {"\"n\"=hex(2):00,d8,00,dc,ff,db,ff,df", "n(2)\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
-      {"\"n\"=hex(2):00,d8,ff,db,00", "n(2)\xEF\xBF\xBD\xEF\xBF\xBD"},
-      {"\"n\"=hex(2):00,d8,41,00,00,dc,00,dc,00,d8",
+      {"'n'=hex(2):00,d8,00,dc,ff,db,ff,df", "n(2)\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
+      {"'n'=hex(2):00,d8,ff,db,00", "n(2)\xEF\xBF\xBD\xEF\xBF\xBD"},
+      {"'n'=hex(2):00,d8,41,00,00,dc,00,dc,00,d8",
        "n(2)\xEF\xBF\xBD"
        "A\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
-      {"\"n\"=\"two\r\nlines\"", "n(1)two\r\nlines"},
-      {"  \"n\" = \"x\" ", "n(1)x"},
+      {"'n'='two\nlines'", "n(1)two\r\nlines"},
+      {"  'n' = 'x' ", "n(1)x"},
       // Values on several lines.
-      {"\"n\"=hex(b):01,\\\r\n  02,03,\\\r\n  04", "n(11)\1\2\3\4"},
-      {"\"n\"=hex:01,\\\r\n\r\n \r\n  02", "n(3)\1\2"},
-      {"\"n\"=hex:01,\\\r\n ; 09,\r\n;x\\\r\n  02,\\\r\n  03", "n(3)\1\2\3"},
-      {"\"n\"=hex:01,\\ ; one\r\n  02, \\;two\r\n  03 ; three \\\r\n\"m\"=\"1\"",
-       "n(3)\1\2\3 m(1)1"},
+      {"'n'=hex(b):01,\\\n  02,03,\\\n  04", "n(11)\1\2\3\4"},
+      {"'n'=hex:01,\\\n\n \n  02", "n(3)\1\2"},
+      {"'n'=hex:01,\\\n ; 09,\n;x\\\n  02,\\\n  03", "n(3)\1\2\3"},
+      {"'n'=hex:01,\\ ; one\n  02, \\;two\n  03 ; three \\\n'm'='1'", "n(3)\1\2\3 m(1)1"},
       // Comments.
-      {"\"n\"=\"x;y\" ; why", "n(1)x;y"},
-      {"\"n\"=\"x\";", "n(1)x"},
-      {"\"n\"=dword:0000000f;why", "n(4)\x0F\0\0\0"s},
-      {"; \"n\"=\"x\"", ""},
+      {"'n'='x;y' ; why", "n(1)x;y"},
+      {"'n'='x';", "n(1)x"},
+      {"'n'=dword:0000000f;why", "n(4)\x0F\0\0\0"s},
+      {"; 'n'='x'", ""},
       // One name.
-      {"\"Name\"=\"1\"\r\n\"x\"=\"2\"\r\n\"nAME\"=dword:3", "Name(4)\3\0\0\0 x(1)2"s},
-      {"\"n\"=\"1\"\r\n\"x\"=\"2\"\r\n\"N\"=-", "x(1)2"},
-      {"\"n\"=\"1\"\r\n\"N\"=- ; gone\r\n\"x\"=\"2\"\r\n\"N\"=\"3\"", "x(1)2 N(1)3"},
-      {"\"n\"=-\r\n@=\"1\"\r\n@=-\r\n\"N\"=\"1\"\r\n\"n\"=-x", "N(1)1"},
-      {"\"n\"=-x\r\n\"b\"=\"2\"\r\n\"a\"=\"1\"", "b(1)2 a(1)1"},
+      {"'Name'='1'\n'x'='2'\n'nAME'=dword:3", "Name(4)\3\0\0\0 x(1)2"s},
+      {"'n'='1'\n'x'='2'\n'N'=-", "x(1)2"},
+      {"'n'='1'\n'N'=- ; gone\n'x'='2'\n'N'='3'", "x(1)2 N(1)3"},
+      {"'n'=-\n@='1'\n@=-\n'N'='1'\n'n'=-x", "N(1)1"},
+      {"'n'=-x\n'b'='2'\n'a'='1'", "b(1)2 a(1)1"},
   };
   for (const auto& [lines, values] : cases) {
-    EXPECT_EQ(valuesOf(kHead + kHeader + lines), values) << lines;
-    EXPECT_EQ(valuesOf(kHead + kHeader + lines + "\r\n"), values) << lines;
+    EXPECT_EQ(valuesOf(kHead + kHeader + written(lines)), values) << lines;
+    EXPECT_EQ(valuesOf(kHead + kHeader + written(lines) + "\r\n"), values) << lines;
   }
 }
 
 TEST(RegistryText, passesOverWhatItCannotRead) {
-  for (const char* line : {"\"n\"",
-                           "n=\"x\"",
-                           "\"n\"=x",
-                           "\"n\"=",
-                           "\"n\"=dword:12345678a",
-                           "\"n\"=dword:",
-                           "\"n\"=dword: ;1",
-                           "\"n\"=dword:g",
-                           "\"n\"=dword",
-                           "\"n\"=hex",
-                           "\"n\"=hex:1g",
-                           "\"n\"=hex:001",
-                           "\"n\"=hex:1,,2",
-                           "\"n\"=hex(7:00",
-                           "\"n\"=hex():00",
-                           "\"n\"=hex(123456789):00",
-                           "\"n\"=\"x\"y",
-                           "\"n\"=\"x\\\"",
-                           "\"n=\"x",
-                           "\"n\"=\"open",
-                           "\"n\"=hex:01,\\",
-                           "\"n\"=hex:01,\\\r\n",
-                           "\"n\"=hex:01,\\\r\n;02",
-                           "\"n\"=hex:01,\\\r\n  zz,"}) {
-    EXPECT_EQ(valuesOf(kHead + kHeader + line), "") << line;
-    EXPECT_EQ(valuesOf(kHead + kHeader + line + "\r\n\"z\"=\"1\""), "z(1)1") << line;
-    EXPECT_EQ(valuesOf(kHead + "[HKEY_LOCAL_MACHINE\\B]\r\n" + line + "\r\n" + kHeader), "")
-        << line;
+  const char* const lines[] = {"'n'",
+                               "n='x'",
+                               "'n'=x",
+                               "'n'=",
+                               "'n'=dword:12345678a",
+                               "'n'=dword:",
+                               "'n'=dword: ;1",
+                               "'n'=dword:g",
+                               "'n'=dword",
+                               "'n'=hex",
+                               "'n'=hex:1g",
+                               "'n'=hex:001",
+                               "'n'=hex:1,,2",
+                               "'n'=hex(7:00",
+                               "'n'=hex():00",
+                               "'n'=hex(123456789):00",
+                               "'n'='x'y",
+                               "'n'='x\\'",
+                               "'n='x",
+                               "'n'='open",
+                               "'n'=hex:01,\\",
+                               "'n'=hex:01,\\\n",
+                               "'n'=hex:01,\\\n;02",
+                               "'n'=hex:01,\\\n  zz,"};
+  for (const char* line : lines) {
+    const std::string text = written(line);
+    EXPECT_EQ(valuesOf(kHead + kHeader + text), "") << line;
+    EXPECT_EQ(valuesOf(kHead + kHeader + text + "\r\n\"z\"=\"1\""), "z(1)1") << line;
+    EXPECT_EQ(valuesOf(kHead + written("[~\\B]\n") + text + "\r\n" + kHeader), "") << line;
   }
   // What stands in a text is no line.
-  EXPECT_EQ(valuesOf(kHead + "[HKEY_LOCAL_MACHINE\\B]\r\n\"t\"=\"\r\n" + kHeader +
-                     "@=dword:5\r\n\"\r\n" + kHeader),
-            "");
+  EXPECT_EQ(valuesOf(kHead + written("[~\\B]\n\"t\"=\"\n[~\\A]\n@=dword:5\n\"\n[~\\A]\n")), "");
 }
 
 TEST(RegistryText, readsHeaders) {
@@ -135,55 +145,35 @@ TEST(RegistryText, readsHeaders) {
     const char* values;  // of A
     const char* subkeys;
   } cases[] = {
-      {"[hkey_local_machine\\a]\r\n@=\"1\"", "(1)1", ""},
-      {" [HKEY_LOCAL_MACHINE\\A] \r\n@=\"1\"", "(1)1", ""},
-      {"[HKEY_LOCAL_MACHINE\\A] ; [x]\r\n@=\"1\"", "(1)1", ""},
-      {"[HKEY_LOCAL_MACHINE\\A\\b]c];\r\n", "", "b]c"},
-      {"[HKEY_LOCAL_MACHINE\\A\\]\r\n@=\"1\"", "(1)1", ""},
-      {"[HKEY_LOCAL_MACHINE\\A\\\\\\B\\\\]\r\n@=\"1\"", "", "B"},
-      {"[HKEY_LOCAL_MACHINE\\\\A]\r\n@=\"1\"", "no key", ""},
-      {"[HKEY_LOCAL_MACHINE\\A\r\n@=\"1\"", "no key", ""},
-      {"[\\A]\r\n[]\r\n[-]\r\n[-HKEY_LOCAL_MACHINE]\r\n@=\"1\"", "no key", ""},
+      {"[hkey_local_machine\\a]\n@='1'", "(1)1", ""},
+      {" [~\\A] \n@='1'", "(1)1", ""},
+      {"[~\\A] ; [x]\n@='1'", "(1)1", ""},
+      {"[~\\A\\b]c];\n", "", "b]c"},
+      {"[~\\A\\]\n@='1'", "(1)1", ""},
+      {"[~\\A\\\\\\B\\\\]\n@='1'", "", "B"},
+      {"[~\\\\A]\n@='1'", "no key", ""},
+      {"[~\\A\n@='1'", "no key", ""},
+      {"[\\A]\n[]\n[-]\n[-~]\n@='1'", "no key", ""},
       // One key begins as the other does.
-      {"[HKEY_LOCAL_MACHINE\\AB]\r\n@=\"1\"\r\n[HKEY_LOCAL_MACHINE\\A0\\C]", "no key", ""},
-      {"[HKEY_LOCAL_MACHINE\\AB]\r\n[HKEY_LOCAL_MACHINE\\A\\C]\r\n[HKEY_LOCAL_MACHINE\\A B]", "",
-       "C"},
+      {"[~\\AB]\n@='1'\n[~\\A0\\C]", "no key", ""},
+      {"[~\\AB]\n[~\\A\\C]\n[~\\A B]", "", "C"},
       // Repeated keys, and those below in the order of the text.
-      {"[HKEY_LOCAL_MACHINE\\A]\r\n@=\"1\"\r\n[HKEY_LOCAL_MACHINE\\a\\D\\x]\r\n[HKEY_LOCAL_"
-       "MACHINE\\A\\c]"
-       "\r\n[HKEY_LOCAL_MACHINE\\A]\r\n\"x\"=\"2\"\r\n@=\"3\"\r\n[HKEY_LOCAL_MACHINE\\A\\d]",
-       "(1)3 x(1)2", "D c"},
+      {"[~\\A]\n@='1'\n[~\\a\\D\\x]\n[~\\A\\c]\n[~\\A]\n'x'='2'\n@='3'\n[~\\A\\d]", "(1)3 x(1)2",
+       "D c"},
       // Deletions.
-      {"[HKEY_LOCAL_MACHINE\\A]\r\n@=\"1\"\r\n[-HKEY_LOCAL_MACHINE\\a] ; gone\r\n\"x\"=\"1\"",
-       "no key", ""},
-      {"[HKEY_LOCAL_MACHINE\\A]\r\n@=\"1\"\r\n[-HKEY_LOCAL_MACHINE\\A]\r\n[HKEY_LOCAL_MACHINE\\A]"
-       "\r\n\"x\"=\"2\"",
-       "x(1)2", ""},
-      {"[HKEY_LOCAL_MACHINE\\A]\r\n[-HKEY_LOCAL_MACHINE\\A]\r\n[HKEY_LOCAL_MACHINE\\A]\r\n"
-       "\"x\"=\"2\"\r\n[-HKEY_LOCAL_MACHINE\\A]",
-       "no key", ""},
-      {"[HKEY_LOCAL_MACHINE\\A\\b]\r\n[HKEY_LOCAL_MACHINE\\A\\c]\r\n[HKEY_LOCAL_MACHINE\\A\\B]", "",
-       "b c"},
-      {"[HKEY_LOCAL_MACHINE\\A\\B]\r\n[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[HKEY_LOCAL_MACHINE\\A\\BC]"
-       "\r\n"
-       "[-HKEY_LOCAL_MACHINE\\A\\B\\]\r\n",
-       "", "BC"},
-      {"[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n\"x\"=\"1\"\r\n[-HKEY_LOCAL_MACHINE\\A\\B]\r\n[HKEY_LOCAL_"
-       "MACHINE\\A\\D]"
-       "\r\n"
-       "[-HKEY_LOCAL_MACHINE\\A\\D\\E]",
-       "", "D"},
-      {"[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[-HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[-HKEY_LOCAL_MACHINE\\A]"
-       "\r\n",
-       "no key", ""},
-      {"[HKEY_LOCAL_MACHINE\\A]\r\n@=\"1\"\r\n[-HKEY_LOCAL_MACHINE]\r\n", "(1)1", ""},
-      {"[-HKEY_LOCAL_MACHINE\\A]\r\n[HKEY_LOCAL_MACHINE\\A\\B\\C]\r\n[-HKEY_LOCAL_"
-       "MACHINE\\A\\B\\C]",
-       "", "B"},
+      {"[~\\A]\n@='1'\n[-~\\a] ; gone\n'x'='1'", "no key", ""},
+      {"[~\\A]\n@='1'\n[-~\\A]\n[~\\A]\n'x'='2'", "x(1)2", ""},
+      {"[~\\A]\n[-~\\A]\n[~\\A]\n'x'='2'\n[-~\\A]", "no key", ""},
+      {"[~\\A\\b]\n[~\\A\\c]\n[~\\A\\B]", "", "b c"},
+      {"[~\\A\\B]\n[~\\A\\B\\C]\n[~\\A\\BC]\n[-~\\A\\B\\]\n", "", "BC"},
+      {"[~\\A\\B\\C]\n'x'='1'\n[-~\\A\\B]\n[~\\A\\D]\n[-~\\A\\D\\E]", "", "D"},
+      {"[~\\A\\B\\C]\n[-~\\A\\B\\C]\n[-~\\A]\n", "no key", ""},
+      {"[~\\A]\n@='1'\n[-~]\n", "(1)1", ""},
+      {"[-~\\A]\n[~\\A\\B\\C]\n[-~\\A\\B\\C]", "", "B"},
   };
   for (const auto& [lines, values, subkeys] : cases) {
-    EXPECT_EQ(valuesOf(kHead + lines), values) << lines;
-    EXPECT_EQ(subkeysOf(kHead + lines), subkeys) << lines;
+    EXPECT_EQ(valuesOf(kHead + written(lines)), values) << lines;
+    EXPECT_EQ(subkeysOf(kHead + written(lines)), subkeys) << lines;
   }
 }
 

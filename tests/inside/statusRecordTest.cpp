@@ -92,6 +92,32 @@ TEST(FixedStatus, keepsBothEndsOfALongFileName) {
   EXPECT_EQ(exact.file, hundred);
 }
 
+// Of others, too, who fill in part of it, or no end of a text.
+TEST(FixedStatus, tellsWhatItHas) {
+  const std::string hundred(100, 'f');
+  const struct {
+    std::int32_t code;
+    const char* component;
+    const char* file;
+    std::int32_t before;
+    std::string text;
+  } cases[] = {
+      {0, "c", "f", 0, "{}"},
+      {-7, "", "f", 0, R"({"file":"f","line":1})"},
+      {-7, "c", "", 0, R"({"component":"c"})"},
+      {-7, "", "", 0, "{}"},
+      {-7, "c", "f", -1, R"({"b":1})"},
+      {-7, "\"", hundred.c_str(), 1, R"({"file":")" + hundred + R"(","line":1,"component":"\""})"},
+  };
+  for (const auto& [code, component, file, before, text] : cases) {
+    tFixedStatus fixed;
+    fixedStatusSet(fixed, code, component, file, 1);
+    tOwned owned(before, before == 0 ? nullptr : R"({"b":1})");
+    EXPECT_TRUE(statusFromFixed(fixed, owned.record));
+    EXPECT_EQ(owned.text().empty() ? "{}" : owned.text(), text);
+  }
+}
+
 TEST(FixedStatus, smallRecordsCarryTheCode) {
   tFixedStatus fixed;
   fixed.size = 8;

@@ -90,7 +90,7 @@ TEST_F(tStatusRules, aWarningStandsUntilAnError) {
   EXPECT_EQ(text(session_, varmex_str_Version), "19.5.0");
   EXPECT_EQ(status_.code(), 5);
   number(session_, 1);
-  EXPECT_TRUE(notApplicable(R"({"attribute":1})"));
+  EXPECT_EQ(takeFailure(), notApplicable(1));
 }
 
 TEST_F(tStatusRules, aTextHasItsForm) {

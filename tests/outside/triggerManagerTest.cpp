@@ -1,3 +1,4 @@
+#include <array>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/model.h"
@@ -12,22 +13,23 @@ constexpr std::uint32_t kSynchronize = 1;
 
 class tTriggerManager : public tModel {
  protected:
-  // A chassis with this line for its trigger manager.
-  tItem managedBy(const std::string& line) {
-    describe("", "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\n" + line);
+  // A chassis with this trigger manager; without one for "".
+  tItem managedBy(const std::string& manager) {
+    describe("", kExpressChassis + (manager.empty() ? "" : "TriggerManager=" + manager + '\n'));
     return chassis(1);
   }
-  std::string library(const tItem& item) {
-    return text(item, varmex_str_ChassisTriggerManagerLibrary);
+  void expectLibrary(const tItem& item, const std::string& library) {
+    const std::string answer = text(item, varmex_str_ChassisTriggerManagerLibrary);
+    EXPECT_EQ(status_.code() == 0 ? answer : takeFailure(), library);
   }
-  std::uint32_t isNative(const tItem& item) {
-    return number(item, varmex_u32_IsTriggerManagerNative);
+  void expectNative(const tItem& item, const std::string& isNative) {
+    const std::string answer = std::to_string(number(item, varmex_u32_IsTriggerManagerNative));
+    EXPECT_EQ(status_.code() == 0 ? answer : takeFailure(), isNative);
   }
-  testing::AssertionResult noLibrary() {
-    return failed(-380761, "varmex_errorTriggerManagerLibraryNotFound",
-                  inDebug(R"({"attribute":4099})"));
+  static std::string noLibrary(const std::string& debug = R"({"attribute":4099})") {
+    return failure(-380761, "varmex_errorTriggerManagerLibraryNotFound", inDebug(debug));
   }
-  // The failure of a function that the service library should have.
+  // Nothing but where it failed.
   testing::AssertionResult lacksFunction() {
     const auto json = nlohmann::ordered_json::parse(status_.text());
     const bool isIt = status_.code() == -52005 && json.size() == 3 && json.contains("line") &&
@@ -39,83 +41,84 @@ class tTriggerManager : public tModel {
 };
 
 TEST_F(tTriggerManager, libraryOfTheServicesTree) {
-  machine_.setRegistryText(std::string(kManagers) + "\\Alone", "Library", "alone.dll");
-  machine_.setRegistryText(std::string(kManagers) + "\\A\\B", "Library", "b.dll");
-  machine_.setRegistryText(std::string(kManagers) + "\\A\\B\\C", "Library", "c.dll");
-  machine_.setRegistryText(std::string(kManagers) + "\\Empty", "Library", "");
-  machine_.setRegistryText(std::string(kManagers) + "\\Bare", "library", "wrong case");
-  machine_.setRegistryNumber(std::string(kManagers) + "\\Number", "Library", 5);
-  EXPECT_EQ(library(managedBy("TriggerManager=Alone\n")), "alone.dll");
-  EXPECT_EQ(library(managedBy("TriggerManager=A\\B\n")), "b.dll");
-  EXPECT_EQ(library(managedBy("TriggerManager=A\\B\\C\n")), "c.dll");
-  for (const char* name : {"Empty", "Bare", "Nowhere", "A\\Nowhere", "A"}) {
-    library(managedBy(std::string("TriggerManager=") + name + '\n'));
-    EXPECT_TRUE(noLibrary()) << name;
+  const std::string managers = kManagers + std::string("\\");
+  for (const auto& [key, name, library] : {std::array{"Alone", "Library", "alone.dll"},
+                                           {"A\\B", "Library", "b.dll"},
+                                           {"A\\B\\C", "Library", "c.dll"},
+                                           {"Empty", "Library", ""},
+                                           {"Bare", "library", "wrong case"}}) {
+    machine_.setRegistryText(managers + key, name, library);
   }
-  library(managedBy("TriggerManager=Number\n"));
-  EXPECT_TRUE(
-      failed(-380761, "varmex_errorTriggerManagerLibraryNotFound", inDebug(R"({"valueType":1})")));
-  library(managedBy(""));
-  EXPECT_TRUE(failed(-380757, "varmex_errorInformationNotAvailable",
-                     inDebug(R"({"itemName":"TriggerManager","sectionName_":"Chassis1"})")));
+  machine_.setRegistryNumber(managers + "Number", "Library", 5);
+  const std::pair<const char*, std::string> cases[] = {
+      {"Alone", "alone.dll"},
+      {"A\\B", "b.dll"},
+      {"A\\B\\C", "c.dll"},
+      {"Empty", noLibrary()},
+      {"Bare", noLibrary()},
+      {"Nowhere", noLibrary()},
+      {"A\\Nowhere", noLibrary()},
+      {"A", noLibrary()},
+      {"Number", noLibrary(R"({"valueType":1})")},
+      {"", notAvailable(R"({"itemName":"TriggerManager","sectionName_":"Chassis1"})")}};
+  for (const auto& [manager, library] : cases) expectLibrary(managedBy(manager), library);
 }
 
 TEST_F(tTriggerManager, libraryIsKeptOnceFound) {
-  const tItem item = managedBy("TriggerManager=Later\n");
-  library(item);
-  EXPECT_TRUE(noLibrary());
+  const tItem item = managedBy("Later");
+  expectLibrary(item, noLibrary());
   const std::string key = std::string(kManagers) + "\\Later";
   machine_.setRegistryText(key, "Library", "first.dll");
-  EXPECT_EQ(library(item), "first.dll");
+  expectLibrary(item, "first.dll");
   machine_.setRegistryText(key, "Library", "second.dll");
-  EXPECT_EQ(library(item), "first.dll");
-  EXPECT_EQ(library(tItem(varmex_duplicate(item.get(), status_))), "first.dll");
-  EXPECT_EQ(library(chassis(1)), "second.dll");
+  expectLibrary(item, "first.dll");
+  expectLibrary(tItem(varmex_duplicate(item.get(), status_)), "first.dll");
+  expectLibrary(chassis(1), "second.dll");
 }
 
 TEST_F(tTriggerManager, isNativeWithoutAServiceLibrary) {
-  EXPECT_EQ(isNative(managedBy("TriggerManager=T\n")), 1U);
-  EXPECT_EQ(isNative(managedBy("")), 1U);
-  EXPECT_EQ(status_.code(), 0);
+  expectNative(managedBy("T"), "1");
+  expectNative(managedBy(""), "1");
   const tInstalledServiceLibrary service("full");
   tTestMachine::write(service.file(), "no library");
-  EXPECT_EQ(isNative(managedBy("")), 1U);
+  expectNative(managedBy(""), "1");
   EXPECT_EQ(service.takeCalls(), "");
 }
 
 TEST_F(tTriggerManager, theServiceLibraryDecides) {
   const tInstalledServiceLibrary service("full");
-  EXPECT_EQ(isNative(managedBy("TriggerManager=T\n")), 1U);
+  expectNative(managedBy("T"), "1");
   EXPECT_EQ(service.takeCalls(), "<load><open><mode V|M|T><close><unload>");
   service.tell("mode 2");
-  EXPECT_EQ(isNative(managedBy("")), 0U);
+  expectNative(managedBy(""), "0");
   EXPECT_EQ(service.takeCalls(), "<load><open><mode V|M|None><close><unload>");
-  EXPECT_EQ(status_.code(), 0);
 }
 
 // Whatever fails, what was opened is closed and the library freed.
 TEST_F(tTriggerManager, theServiceLibraryFails) {
-  const tItem item = managedBy("TriggerManager=T\n");
-  {
-    const tInstalledServiceLibrary service("full", "modeStatus -7");
-    EXPECT_EQ(isNative(item), 0U);
-    EXPECT_EQ(status_.code(), -7);
-    EXPECT_EQ(status_.text(), R"({"file":"modeStatus","line":7,"component":"dunmor"})");
-    EXPECT_EQ(service.takeCalls(), "<load><open><mode V|M|T><close><unload>");
-    varmex_releaseStatus(status_);
-    service.tell("modeStatus 7 mode 1");
-    EXPECT_EQ(isNative(item), 0U);
-    EXPECT_EQ(status_.code(), 0);
-    service.takeCalls();
-    service.tell("open -8");
-    isNative(item);
-    EXPECT_EQ(status_.code(), -8);
-    EXPECT_EQ(service.takeCalls(), "<load><open><unload>");
+  const tItem item = managedBy("T");
+  const auto own = [](const std::string& function) {
+    return R"({"file":")" + function + R"(","line":7,"component":"dunmor"})";
+  };
+  const struct {
+    const char* answers;
+    std::int32_t code;
+    std::string text;
+    const char* calls;
+  } cases[] = {{"modeStatus -7", -7, own("modeStatus"), "<load><open><mode V|M|T><close><unload>"},
+               {"modeStatus 7 mode 1", 0, "{}", "<load><open><mode V|M|T><close><unload>"},
+               {"open -8", -8, own("open"), "<load><open><unload>"}};
+  for (const auto& [answers, code, text, calls] : cases) {
+    const tInstalledServiceLibrary service("full", answers);
+    EXPECT_EQ(number(item, varmex_u32_IsTriggerManagerNative), 0U);
+    EXPECT_EQ(status_.code(), code);
+    EXPECT_EQ(status_.text(), text);
+    EXPECT_EQ(service.takeCalls(), calls);
     varmex_releaseStatus(status_);
   }
   for (const char* variant : {"withoutopen", "withoutclose"}) {
     const tInstalledServiceLibrary service(variant);
-    EXPECT_EQ(isNative(item), 0U);
+    EXPECT_EQ(number(item, varmex_u32_IsTriggerManagerNative), 0U);
     EXPECT_TRUE(lacksFunction()) << variant;
     EXPECT_EQ(service.takeCalls(), "<load><unload>") << variant;
   }
@@ -124,55 +127,43 @@ TEST_F(tTriggerManager, theServiceLibraryFails) {
 TEST_F(tTriggerManager, theListDecidesWhereTheServiceLibraryCannot) {
   using namespace std::string_literals;
   constexpr const char* kKey = "SOFTWARE\\Corvane\\COR-DUNMOR";
-  constexpr const char* kValue = "TriggerManagersNoForward";
-  constexpr std::uint32_t kTextList = 7;
   const tInstalledServiceLibrary service("withoutmode");
-  const auto isManagerNative = [this](const std::string& manager) {
-    return isNative(managedBy("TriggerManager=" + manager + '\n'));
-  };
-  EXPECT_EQ(isManagerNative("A\\T"), 1U) << "without the key";
+  expectNative(managedBy("A\\T"), "1");
   EXPECT_EQ(service.takeCalls(), "<load><unload>");
   machine_.setRegistryText(kKey, "Another", "");
-  EXPECT_EQ(isManagerNative("A\\T"), 1U) << "without the value";
-  machine_.setRegistryValue(kKey, kValue, kTextList, "B\0A\\T\0\0"s);
-  EXPECT_EQ(isManagerNative("A\\T"), 0U);
-  EXPECT_EQ(isManagerNative("B"), 0U);
-  EXPECT_EQ(isManagerNative("b"), 1U);
-  machine_.setRegistryValue(kKey, kValue, kTextList, "B\0\0A\\T\0\0"s);
-  EXPECT_EQ(isManagerNative("A\\T"), 1U) << "behind the end";
-  machine_.setRegistryValue(kKey, kValue, kTextList, "A\\T"s);
-  EXPECT_EQ(isManagerNative("A\\T"), 0U) << "without its end";
-  machine_.setRegistryValue(kKey, kValue, kTextList, "");
-  EXPECT_EQ(isManagerNative("A\\T"), 1U) << "empty";
-  machine_.setRegistryValue(kKey, kValue, 1, "A\\T\0"s);
-  EXPECT_EQ(isManagerNative("A\\T"), 1U) << "of another type";
-  EXPECT_EQ(status_.code(), 0);
-  for (const char* none : {"none", "NONE", ""}) {
-    const std::string name = *none ? none : "None";
-    isNative(managedBy(*none ? "TriggerManager=" + name + '\n' : ""));
-    EXPECT_TRUE(failed(-380757, "varmex_errorInformationNotAvailable",
-                       inDebug(R"({"attribute":"varmex_str_ChassisTriggerManagerIdentifier",)"
-                               R"("tmIdentifier":")" +
-                               name + "\"}")));
+  expectNative(managedBy("A\\T"), "1");
+  constexpr std::uint32_t kText = 1, kTextList = 7;
+  const struct {
+    std::uint32_t type;
+    std::string list;
+    const char* manager;
+    const char* isNative;
+  } cases[] = {
+      {kTextList, "B\0A\\T\0\0"s, "A\\T", "0"}, {kTextList, "B\0A\\T\0\0"s, "B", "0"},
+      {kTextList, "B\0A\\T\0\0"s, "b", "1"},    {kTextList, "B\0\0A\\T\0\0"s, "A\\T", "1"},
+      {kTextList, "A\\T"s, "A\\T", "0"},        {kTextList, "", "A\\T", "1"},
+      {kText, "A\\T\0"s, "A\\T", "1"},
+  };
+  for (const auto& [type, list, manager, isNative] : cases) {
+    machine_.setRegistryValue(kKey, "TriggerManagersNoForward", type, list);
+    expectNative(managedBy(manager), isNative);
   }
-  isManagerNative("\"\"");
-  EXPECT_TRUE(failed(-380753, "varmex_errorInformationConflict",
-                     inDebug(R"({"attribute":"varmex_str_ChassisTriggerManagerIdentifier",)"
-                             R"("tmIdentifier":"<empty>"})")));
-}
-
-TEST_F(tTriggerManager, aConflictOfTheFilesIsNoMissingManager) {
-  describe("[Chassis1]\nVendor=V\nModel=M\nTriggerManager=A\n",
-           "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nTriggerManager=B\n");
-  isNative(chassis(1));
-  EXPECT_EQ(status_.code(), varmex_errorInformationConflict);
+  const auto detail = [](const std::string& identifier) {
+    return R"({"attribute":"varmex_str_ChassisTriggerManagerIdentifier","tmIdentifier":")" +
+           identifier + "\"}";
+  };
+  for (const char* name : {"none", "NONE", "None"}) {
+    expectNative(managedBy(name), notAvailable(detail(name)));
+  }
+  expectNative(managedBy(""), notAvailable(detail("None")));
+  expectNative(managedBy("\"\""), conflict(detail("<empty>")));
 }
 
 class tSynchronization : public tModel {
  protected:
-  testing::AssertionResult warnedOf(std::int32_t code) {
-    return failed(380762, "varmex_warningFailedSync",
-                  R"({"wrappedCode":)" + std::to_string(code) + "}");
+  static std::string warningOf(std::int32_t code) {
+    return failure(380762, "varmex_warningFailedSync",
+                   R"({"wrappedCode":)" + std::to_string(code) + "}");
   }
   bool opens(std::uint32_t flags = kSynchronize) {
     return tItem(varmex_openPXISession(flags, status_)) != nullptr;
@@ -193,16 +184,16 @@ TEST_F(tSynchronization, runsOnlyWhenAskedFor) {
 
 TEST_F(tSynchronization, itsFailureIsAWarning) {
   EXPECT_TRUE(opens());
-  EXPECT_TRUE(warnedOf(-380766));
+  EXPECT_EQ(takeFailure(), warningOf(-380766));
   {
     const tInstalledServiceLibrary service("withoutinitialize");
     EXPECT_TRUE(opens());
-    EXPECT_TRUE(warnedOf(-52005));
+    EXPECT_EQ(takeFailure(), warningOf(-52005));
     EXPECT_EQ(service.takeCalls(), "<load><unload>");
   }
   const tInstalledServiceLibrary service("full", "initialize -9");
   EXPECT_TRUE(opens());
-  EXPECT_TRUE(warnedOf(-9));
+  EXPECT_EQ(takeFailure(), warningOf(-9));
   EXPECT_EQ(service.takeCalls(), "<load><initialize -1 0 0><unload>");
   // An earlier warning stands, without a text; an error takes the warning's place.
   status_.record().code = 5;
@@ -212,7 +203,7 @@ TEST_F(tSynchronization, itsFailureIsAWarning) {
   varmex_releaseStatus(status_);
   machine_.writePxiSys("[System]\n");
   EXPECT_FALSE(opens());
-  EXPECT_TRUE(notFound("Section System item: ChassisList not found"));
+  EXPECT_EQ(takeFailure(), notFound("Section System item: ChassisList not found"));
   // Nobody to be told is no reason to fail.
   std::filesystem::remove(machine_.pxiSys());
   EXPECT_TRUE(tItem(varmex_openPXISession(kSynchronize, nullptr)));

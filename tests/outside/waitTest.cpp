@@ -85,7 +85,7 @@ TEST_F(tWait, endsWithTheCancelForGood) {
   EXPECT_EQ(number(session_, varmex_u32_SessionIsCurrent), 0U);
   varmex_cancelWaitForInvalidation(nullptr);
   EXPECT_EQ(varmex_waitForSessionInvalidation(nullptr, 0, status_), varmex_waitFailed);
-  EXPECT_TRUE(failed(-380752, "varmex_errorInvalidHandle"));
+  EXPECT_EQ(takeFailure(), invalidHandle());
 }
 
 TEST_F(tWait, runsWhateverTheRecordHolds) {

@@ -1,8 +1,11 @@
 #ifndef TESTS_SUPPORT_MODEL_H
 #define TESTS_SUPPORT_MODEL_H
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/status.h"
@@ -10,6 +13,10 @@
 #include "varmex/varmex.h"
 
 namespace test {
+
+// Heads of the section of chassis 1 in either file.
+inline constexpr const char* kClassicChassis = "[Chassis1]\nVendor=V\nModel=M\n";
+inline constexpr const char* kExpressChassis = "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\n";
 
 struct tCloser {
   void operator()(varmex_Item* item) const { varmex_close(item); }
@@ -80,19 +87,31 @@ class tModel : public testing::Test {
     return all;
   }
 
-  // Failures as the test names them, for the record that all calls share.
-  testing::AssertionResult failed(std::int32_t code, const std::string& constant,
-                                  const std::string& detail = "{}") {
-    return holdsFailure(status_, code, constant, detail);
+  // What the record holds that all calls share, in the form of the functions below.
+  std::string takeFailure() { return test::takeFailure(status_); }
+
+  // The texts of failures, by what the tests expect of them.
+  static std::string notApplicable(const std::string& debug) {
+    return failure(-380756, "varmex_errorAttributeNotApplicable", inDebug(debug));
   }
-  testing::AssertionResult notApplicable(const std::string& debug) {
-    return failed(-380756, "varmex_errorAttributeNotApplicable", inDebug(debug));
+  static std::string notApplicable(std::uint32_t attribute) {
+    return notApplicable(R"({"attribute":)" + std::to_string(attribute) + "}");
   }
-  testing::AssertionResult notConnected(const std::string& debug) {
-    return failed(-380759, "varmex_errorNotConnected", inDebug(debug));
+  static std::string notAvailable(const std::string& debug) {
+    return failure(-380757, "varmex_errorInformationNotAvailable", inDebug(debug));
   }
-  testing::AssertionResult notFound(const std::string& message) {
-    return holdsWrapped(status_, -380757, "varmex_errorInformationNotAvailable", message);
+  static std::string conflict(const std::string& debug) {
+    return failure(-380753, "varmex_errorInformationConflict", inDebug(debug));
+  }
+  static std::string invalidParameter(const std::string& debug) {
+    return failure(-380755, "varmex_errorInvalidParameter", inDebug(debug));
+  }
+  static std::string invalidHandle() { return failure(-380752, "varmex_errorInvalidHandle"); }
+  static std::string unknownItem(const std::string& detail) {
+    return failure(-380751, "varmex_errorUnknownItem", detail);
+  }
+  static std::string notFound(const std::string& message) {
+    return wrapped(-380757, "varmex_errorInformationNotAvailable", message);
   }
   static std::string inDebug(const std::string& debug) {
     return R"({"varmex_debug":)" + debug + "}";

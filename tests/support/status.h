@@ -1,8 +1,7 @@
 #ifndef TESTS_SUPPORT_STATUS_H
 #define TESTS_SUPPORT_STATUS_H
 
-#include <gtest/gtest.h>
-
+#include <cstdint>
 #include <string>
 
 #include "varmex/status.h"
@@ -27,15 +26,17 @@ class tStatus {
   tStatusRecord record_;
 };
 
-// Whether a record holds this failure, with the keys of its text in their order. `detail` is what
-// follows the four head keys, as the text of a JSON object. The record is then fresh again.
-testing::AssertionResult holdsFailure(tStatus& status, std::int32_t code,
-                                      const std::string& constant,
-                                      const std::string& detail = "{}");
+// A failure in one text: its code, its constant and what follows the four head keys, as the text of
+// a JSON object. `detail` is the latter.
+std::string failure(std::int32_t code, const std::string& constant,
+                    const std::string& detail = "{}");
 
 // The same for a failure that wraps an exception's message.
-testing::AssertionResult holdsWrapped(tStatus& status, std::int32_t code,
-                                      const std::string& constant, const std::string& message);
+std::string wrapped(std::int32_t code, const std::string& constant, const std::string& message);
+
+// What a record holds in that form, with the head keys in their order; "" for nothing. The record
+// is then fresh again.
+std::string takeFailure(tStatus& status);
 
 bool isWellFormed(const std::string& json);
 

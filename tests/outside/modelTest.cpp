@@ -1,0 +1,246 @@
+// Of the model what no table of cases tells: see modelCasesTest.cpp for the rest.
+
+#include <array>
+#include <stdexcept>
+
+#include "tests/support/model.h"
+
+namespace test {
+
+namespace {
+
+using tBridge = tModel;
+
+// Clients that catch it exist.
+TEST_F(tBridge, aLineOnTheBoundIsAnException) {
+  describe(kClassicChassis + std::string("[Chassis1Slot2]\nPCISlotPath=a,b\nLineMappingSpec=1\n") +
+               "[System]\nChassisList=1\n[Chassis1]\nSlotList=\"\"\nTriggerBridgeList=2\n"
+               "[Chassis1TriggerBridge2]\nLineMappingSpec=1\n"
+               "[Chassis1LineMappingSpec1]\nPXI_TRIG6=8\n",
+           "");
+  const auto bridges = items(session_, varmex_container_TriggerBridges);
+  ASSERT_EQ(bridges.size(), 1U) << status_.text();
+  try {
+    number(bridges[0], varmex_u32_BridgeLineMapping6);
+    FAIL();
+  } catch (const std::out_of_range& exception) {
+    EXPECT_STREQ(exception.what(), "invalid bitset<N> position");
+  }
+  EXPECT_EQ(status_.code(), 0);
+}
+
+using tChassis = tModel;
+
+TEST_F(tChassis, findsItsDescriptionFile) {
+  const std::string key = "SOFTWARE\\PXISA\\CurrentVersion";
+  const std::string full = (machine_.folder() / "x.ini").string();
+  const auto fileFor = [&](const std::string& file) {
+    describe("", kExpressChassis + ("DescriptionFile=" + file));
+    const std::string found = text(chassis(1), varmex_str_ChassisDescriptionFile);
+    EXPECT_EQ(takeFailure(), found == "<null>" ? notAvailable(R"({"attribute":4102})") : "");
+    return found;
+  };
+  EXPECT_EQ(fileFor(full), full);
+  EXPECT_EQ(fileFor("x.ini"), "<null>");
+  const std::string slash = std::filesystem::path("a/b").make_preferred().string().substr(1, 1);
+  const std::string most(258, 'd');
+  for (const auto& [folder, file, found] :
+       {std::array<std::string, 3>{"folder", "x.ini", "folder" + slash + "x.ini"},
+        {"folder" + slash, "x.ini", "folder" + slash + "x.ini"},
+        {"", "x.ini", "x.ini"},
+        {most, "x", most + slash + "x"},
+        {most + "dd", "x.ini", "<null>"}}) {
+    machine_.setRegistryText(key, "ChassisDescriptionFilePath", folder);
+    EXPECT_EQ(fileFor(file), found);
+  }
+  machine_.setRegistryNumber(key, "ChassisDescriptionFilePath", 7);
+  EXPECT_EQ(fileFor("x.ini"), "<null>");
+}
+
+using tSlot = tModel;
+
+TEST_F(tSlot, busNamesFollowTheRegistry) {
+  using namespace std::string_literals;
+  constexpr std::uint32_t kBinary = 3, kNumber = 4;
+  const std::string key = "SOFTWARE\\WOW6432Node\\Corvane\\COR-VARMEX";
+  const char* const name = "PXITrigUseStableBusNameFormat";
+  describe("", kExpressChassis + "TriggerBusList=1\n[Chassis1TriggerBus1]\nSlotList=3\n"s +
+                   "[Chassis1Slot3]\nX=1\n");
+  const auto isStable = [this] {
+    const std::string busName = text(slot(1, 3), varmex_str_TriggerBusStableName);
+    EXPECT_TRUE(busName == "PXIChassis1TriggerBus1" ||
+                busName == "PXIeChassis(S, V, M)/TriggerBus1");
+    return busName.starts_with("PXIeChassis");
+  };
+  machine_.setRegistryNumber("SOFTWARE\\Corvane\\COR-VARMEX", name, 1);
+  EXPECT_FALSE(isStable());
+  for (const auto& [type, bytes, expected] : {std::tuple{kNumber, "\0\0\0\0"s, false},
+                                              {kNumber, "\0\0\0\x80"s, true},
+                                              {kBinary, "\0\1"s, true},
+                                              {kBinary, "\1\1\1\1\1"s, false}}) {
+    machine_.setRegistryValue(key, name, type, bytes);
+    EXPECT_EQ(isStable(), expected);
+  }
+}
+
+// What a walk would not have come to does not count, whichever slot asks first.
+TEST_F(tSlot, refusalsCountForSlotsThatNoMatchCameAheadOf) {
+  const struct {
+    std::uint32_t attribute;
+    const char* lines;
+    const char* message;
+  } cases[] = {
+      {varmex_u32_TriggerBusNumber,
+       "TriggerBusList=1,2,3\n[Chassis1TriggerBus1]\nSlotList=3\n[Chassis1TriggerBus2]\nX=1\n"
+       "[Chassis1TriggerBus3]\nSlotList=3,4\n",
+       "Section Chassis1TriggerBus2 item: SlotList not found"},
+      {varmex_u32_StarTriggerNumber,
+       "StarTriggerList=1\n[Chassis1StarTrigger1]\nPXI_STAR0=3\nPXI_STAR5=x\nPXI_STAR6=4\n"
+       "SystemTimingSlot=4\n",
+       "The value in section Chassis1StarTrigger1 item PXI_STAR5 is invalid"},
+      {varmex_u32_DStarTriggerNumber,
+       "StarSystemTimingSetList=1\n[Chassis1StarSystemTimingSet1]\nSystemTimingSet0=3\n"
+       "SystemTimingSet5=\" \"\nSystemTimingSet6=4\nStarSystemTimingSlot=4\n",
+       "Section Chassis1StarSystemTimingSet1 item: SystemTimingSet5 not found"},
+      {varmex_u32_OccupyingModuleSlot,
+       "SlotList=1,3,4\n[Chassis1Slot1]\nPeripheralModuleOccupiedSlotList=3\n"
+       "[Chassis1Slot3]\nPeripheralModuleOccupiedSlotList=3,\n"
+       "[Chassis1Slot4]\nPeripheralModuleOccupiedSlotList=4\n",
+       "The number list in section Chassis1Slot3 item PeripheralModuleOccupiedSlotList is "
+       "invalid."},
+  };
+  for (const auto& [attribute, lines, message] : cases) {
+    for (const bool refusedFirst : {true, false}) {
+      describe("", kExpressChassis + std::string(lines) +
+                       "[Chassis1Slot3]\nX=1\n[Chassis1Slot4]\nX=1\n");
+      for (const bool isRefused : {refusedFirst, !refusedFirst, refusedFirst}) {
+        EXPECT_EQ(number(slot(1, isRefused ? 4 : 3), attribute), isRefused ? 0U : 1U) << message;
+        EXPECT_EQ(takeFailure(), isRefused ? notFound(message) : "");
+      }
+    }
+  }
+}
+
+class tDevices : public tModel {
+ protected:
+  std::string addressInfo(const std::string& text) {
+    describe("", "[System]\nChassisList=1\n" + std::string(kExpressChassis) +
+                     "SlotList=2\n[Chassis1Slot2]\nAddressInfo=" + text + "\n");
+    return listed(slot(1, 2), varmex_container_Devices,
+                  {varmex_u32_DeviceBus, varmex_u32_DeviceNumber, varmex_u32_DeviceFunction});
+  }
+};
+
+TEST_F(tDevices, resourceNames) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"PXI0::5-3.1::INSTR", "5 3 1; "},
+      {"PXI5::3::1::INSTR", "5 3 1; "},
+      {"PXI1::2-3.0::INSTR;PXI1::2-3.1::INSTR+PXI1::2-4.0::INSTR", "2 3 0; 2 3 1; 2 4 0; "},
+      {";+PXI1::2-3.0::INSTR+;+;PXI1::2-3.0::INSTR;;", "2 3 0; "},
+      {"PXI1::3-4.0::INSTR+VISA::x;PXI2::5::6::INSTR", "2 5 6; 3 4 0; "},
+      {"PXI 1:: 2- 3.x::INSTR;PXI1::2-3.0::instr;PXI0::5-3::INSTR;::INSTR", ""},
+      {"PXI 7::2-3.4 junk::INSTR", "2 3 4; "},
+      // Each piece of a name is missed.
+      {"PXIx::5-3.1::INSTR;PXI0:5-3.1::INSTR;PXI0::x-3.1::INSTR;PXI0::5-x.1::INSTR", ""},
+      {"PXI5:3::1::INSTR;PXI5::3:1::INSTR;PXI5::3::x::INSTR;PXI5::3::1::INST", ""},
+      {"PXI0::5-3.1::INSTRx;PXI0::5-3.:::INSTR;PXI0::5-3.1", ""},
+      // A plus ends a name, also where it would be a sign.
+      {"PXI0:: +5-3.1::INSTR;PXI0:: \t5- 3.-1::INSTR", "5 3 4294967295; "}};
+  for (const auto& [text, devices] : cases) EXPECT_EQ(addressInfo(text), devices) << text;
+  EXPECT_EQ(status_.code(), 0);
+}
+
+TEST_F(tDevices, areFoundAmongMany) {
+  std::string names;
+  for (std::uint32_t bus = 300; bus > 0; --bus) {
+    names += "PXI0::" + std::to_string(bus) + "-" + std::to_string(bus % 32) + ".0::INSTR;";
+  }
+  addressInfo(names);
+  for (std::uint32_t bus = 1; bus <= 300; ++bus) {
+    EXPECT_TRUE(device(bus, bus % 32, 0)) << bus;
+    EXPECT_FALSE(device(bus, bus % 32 + 1, 0)) << bus;
+    varmex_releaseStatus(status_);
+  }
+}
+
+// Each level names its one section twice: walked as often as named, it would take for ever.
+TEST_F(tDevices, aListThatRepeatsItselfCostsItsLength) {
+  std::string text = "[System]\nChassisList=1,1\n[Chassis1]\nSlotList=2,2\n[Chassis1Slot2]\n";
+  std::string section = "Chassis1Slot2";
+  for (int level = 0; level < 60; ++level) {
+    section += "Function1";
+    text += "FunctionList=1,1\n[" + section + "]\nPCIBusNumber=" + std::to_string(level) +
+            "\nPCIDeviceNumber=1\nDeviceList=" + (level < 59 ? "2,2\n" : "\"\"\n");
+    section += "Device2";
+    text += "[" + section + "]\n";
+  }
+  describe(text, "");
+  EXPECT_EQ(number(device(59, 1, 0), varmex_u32_SlotNumber), 2U) << status_.text();
+}
+
+class tContainers : public tModel {
+ protected:
+  void SetUp() override {
+    describe("",
+             "[System]\nChassisList=1,2,3\n[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\n"
+             "SlotList=\"\"\n[Chassis2]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=\"\"\n"
+             "[Chassis3]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=\"\"\n");
+  }
+};
+
+TEST_F(tContainers, areWalkedByPosition) {
+  const tContainer list = container(session_, varmex_container_Chassis);
+  EXPECT_EQ(varmex_ItemIterator_begin(list.get(), status_), 0U);
+  EXPECT_EQ(varmex_ItemIterator_end(list.get(), status_), 3U);
+  for (varmex_ItemIterator position : {varmex_ItemIterator{3}, ~varmex_ItemIterator{0}}) {
+    const varmex_ItemIterator before = position;
+    EXPECT_FALSE(varmex_ItemIterator_nextItem(list.get(), &position, status_));
+    EXPECT_EQ(takeFailure(),
+              failure(-380760, "varmex_errorIterationFailure",
+                      inDebug(R"({"message":"attempted iteration past end of container"})")));
+    EXPECT_EQ(position, before);
+  }
+  EXPECT_FALSE(container(session_, 0xFFFFFFFF));
+  EXPECT_EQ(takeFailure(), notApplicable(R"({"attr":4294967295})"));
+}
+
+// A device of the first slot is in no device map, so that it may stand in another slot, too. Those
+// in between come in the opposite order, a few or so many that they are sorted.
+TEST_F(tContainers, listADeviceWhereItIsFirstMet) {
+  for (const int between : {1, 100}) {
+    std::string numbers = "1";
+    std::string slots;
+    std::string expected;
+    const auto add = [&](int slot, int bus) {
+      const std::string number = std::to_string(slot);
+      numbers += ',' + number;
+      slots += "[Chassis1Slot" + number +
+               "]\nPCISlotPath=a,b\nPCIDeviceNumber=1\nPCIBusNumber=" + std::to_string(bus) + '\n';
+      return std::to_string(bus) + ' ' + number + "; ";
+    };
+    const std::string first = add(1, 900);
+    for (int slot = 2; slot < 2 + between; ++slot) expected.insert(0, add(slot, 800 - slot));
+    add(2 + between, 900);
+    describe("[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSlotList=" + numbers + '\n' +
+                 slots,
+             "");
+    EXPECT_EQ(
+        listed(session_, varmex_container_Devices, {varmex_u32_DeviceBus, varmex_u32_SlotNumber}),
+        expected + first);
+  }
+}
+
+TEST_F(tContainers, outliveTheirCopiesAndAreOutlivedByItems) {
+  tContainer list = container(session_, varmex_container_Chassis);
+  tContainer copy(varmex_duplicateItemContainer(list.get(), status_));
+  list.reset();
+  varmex_ItemIterator position = 1;
+  const tItem item(varmex_ItemIterator_nextItem(copy.get(), &position, status_));
+  copy.reset();
+  EXPECT_EQ(number(item, varmex_u32_ChassisNumber), 2U);
+  EXPECT_EQ(position, 2U);
+}
+
+}  // namespace
+
+}  // namespace test
