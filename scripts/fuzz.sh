@@ -9,18 +9,22 @@ targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=(ini json registry tree model routing saved)
 build linux-fuzz "${targets[@]/#/fuzz_}"
 
-for target in "${targets[@]}"; do
-  work=build/linux-fuzz/corpus/$target
+# fuzz TARGET
+fuzz() {
+  local work=build/linux-fuzz/corpus/$1 log=build/linux-fuzz/$1.log
   mkdir -p "$work"
-  cp -n fuzz/corpus/"$target"/* "$work"
-  log=build/linux-fuzz/$target.log
-  begin "fuzzing $target for $seconds s"
-  if build/linux-fuzz/bin/fuzz_"$target" -max_total_time="$seconds" -timeout=10 -max_len=20000 \
-    -artifact_prefix="build/linux-fuzz/$target-" "$work" >"$log" 2>&1; then
-    echo "fuzz $target: $(grep -oE 'Done [0-9]+ runs in [0-9]+ second' "$log")s"
+  cp -n fuzz/corpus/"$1"/* "$work"
+  if build/linux-fuzz/bin/fuzz_"$1" -max_total_time="$seconds" -timeout=10 -max_len=20000 \
+    -artifact_prefix="build/linux-fuzz/$1-" "$work" >"$log" 2>&1; then
+    echo "fuzz $1: $(grep -oE 'Done [0-9]+ runs in [0-9]+ second' "$log")s"
   else
     tail -n 60 "$log"
-    echo "fuzz $target: FAILED"
-    exit 1
+    echo "fuzz $1: FAILED"
+    return 1
   fi
-done
+}
+
+begin "fuzzing ${targets[*]} for $seconds s each"
+export seconds
+export -f fuzz
+printf '%s\n' "${targets[@]}" | xargs -P "$(nproc)" -I{} bash -c 'fuzz {}'
