@@ -143,7 +143,7 @@ std::uint32_t tRegistryKey::enumKey(std::uint32_t index, char* name, std::uint32
   const std::uint32_t error =
       index < subkeys.size() ? copyName(subkeys[index], name, nameSize) : ENOENT;
   observeSubkey(native_.get(), name, error);
-  observePlaceBy([&] { return error == 0 ? subkeys[index].data() : nullptr; });
+  observePlaceBy([&, &names = subkeys] { return error == 0 ? names[index].data() : nullptr; });
   return error;
 }
 
