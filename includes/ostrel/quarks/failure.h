@@ -48,10 +48,8 @@ class tFailure {
 
   tFailure& open(const char* key) { return text_.open(key), *this; }
   tFailure& debug() { return open("varmex_debug"); }
-  tFailure& close() { return text_.close(), *this; }
   tFailure& text(const char* key, const char* value) { return text_.text(key, value), *this; }
   tFailure& text(const char* key, const std::string& value) { return text(key, value.c_str()); }
-  tFailure& i32(const char* key, std::int32_t value) { return text_.i32(key, value), *this; }
   tFailure& u32(const char* key, std::uint32_t value) { return text_.u32(key, value), *this; }
   tFailure& raw(const char* key, const char* json) { return text_.raw(key, json), *this; }
   tFailure& systemError(const tSystemError& error) { return text_.systemError(error), *this; }
