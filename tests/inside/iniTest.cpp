@@ -268,6 +268,9 @@ TEST_F(tIni, numbers) {
             "1 2 |1 2 |0 |4294967295 2 |12 |");
   EXPECT_EQ(read(&tIniFile::getNumberList, {"1,,3", "1,2,", ",1", "x", "\" \""}), "!|!|!|!|!");
   load("[S]\nK=\"  \"\n");
+  EXPECT_EQ(*file_.getString(file_.placeOf(tShortName("S")), "K"), "  ");
+  EXPECT_EQ(file_.getString(file_.placeOf(tShortName("S")), "L").refusal().message(),
+            "Section S item: L not found");
   EXPECT_EQ(file_.getNumber(file_.placeOf(tShortName("S")), "K").refusal().message(),
             "Section S item: K not found");
 }

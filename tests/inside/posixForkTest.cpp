@@ -56,7 +56,8 @@ TEST(CriticalSection, isTheChilds) {
 
 class tDevice : public pxiRoutingAdaptorDevice {
  public:
-  void loadTerminals(const std::string&) override { addBusTerminals("bus", "PXI_Trig"); }
+  void loadTerminals(const std::string&) override { add("PXI_Trig"); }
+  void add(const std::string& busType) { addBusTerminals("bus", busType); }
 
   bool take(int session, const char* token) { return reserveTerminal(keyOf(session), token, 0); }
   void give(int session) { releaseTerminal(keyOf(session), 0); }
@@ -68,6 +69,14 @@ class tDevice : public pxiRoutingAdaptorDevice {
     return reinterpret_cast<const pxiRoutingAdaptorSession*>(&keys[session]);
   }
 };
+
+TEST(RoutingDevice, hasThreeGroupsOfLines) {
+  tDevice device, another;
+  EXPECT_THROW(device.add("PXI_Other"), corerr::ExceptionBase);
+  device.loadTerminals("");
+  device.takeBusNames(another);
+  EXPECT_STREQ(device.terminals().front().busName.c_str(), "bus") << "of other terminals";
+}
 
 TEST(RoutingDevice, isTheChilds) {
   tDevice device;

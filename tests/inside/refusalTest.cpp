@@ -48,6 +48,15 @@ class tCallersRecord {
   tStatusRecord record;
 };
 
+// The kinds of text that a refusal alone tells apart.
+void describeNames(tRefusal& refusal) {
+  refusal.text("literal", "of the program").name("name", tShortName("Chassis", 7U));
+}
+void describeNames(tFailureText& text) {
+  text.text("literal", "of the program");
+  text.text("name", "Chassis7");
+}
+
 template <class Report>
 std::string stateAfter(bool (*reallocate)(tStatusRecord*, std::uint32_t), const char* before,
                        Report report) {
@@ -71,6 +80,7 @@ TEST(Refusal, leavesRecordsAsExceptionsDo) {
       detail.open("first");
       detail.text("value", value.c_str());
       detail.i32("least", -2147483647 - 1);
+      describeNames(detail);
       detail.close();
       detail.u32("most", 4294967295U);
       detail.open("last");
