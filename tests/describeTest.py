@@ -385,10 +385,9 @@ EXPLAINED = [
       f"registry.reg:37 {BUS_NAMES} PXITrigUseStableBusNameFormat 1"]),
     ("3", "ChassisTriggerManagerLibrary",
      [r"pxisys.ini:155 Chassis3 TriggerManager Havrel\Bus Manager", "pxiesys.ini absent TriggerManager",
-      f"registry.reg:17 {MANAGERS}", rf"registry.reg:19 {MANAGERS}\Trigger Managers",
-      rf"registry.reg:21 {MANAGERS}\Trigger Managers\Havrel",
-      rf"registry.reg:23 {MANAGERS}\Trigger Managers\Havrel\Bus Manager",
-      rf"registry.reg:24 {MANAGERS}\Trigger Managers\Havrel\Bus Manager Library libhavrel_bus_manager.so"]),
+      *[f"registry.reg:{line} {MANAGERS}{key}" for line, key in (
+          (17, ""), (19, r"\Trigger Managers"), (21, r"\Trigger Managers\Havrel"), (23, r"\Trigger Managers\Havrel\Bus Manager"),
+          (24, r"\Trigger Managers\Havrel\Bus Manager Library libhavrel_bus_manager.so"))]]),
 ]
 
 
@@ -426,10 +425,10 @@ def testExplain():
             if ON_WINDOWS:  # where the registry is no text
                 wanted = [re.sub(r"registry\.reg(:\d+)?", "registry", line) for line in wanted]
             check(told == wanted, f"explain {place} {attribute}: {told}")
-        found = json.loads(root.run("explain", "5.0.0", "DeviceModel", "--json").stdout)["items"][0]["opening"]
+        found = root.ask("explanation", "explain", "5.0.0", "DeviceModel")[1]["items"][0]["opening"]
         map_of = [toldOf(one) for one in found["readings"]]
-        check("pxiesys.ini:128 Chassis1Slot2 AddressInfo PXI0::5-0.0::INSTR;PXI0::5-0.1::INSTR" in map_of, f"{map_of}")
-        check(len(map_of) > 100 and found["section"] == "Chassis1Slot2", "the map of devices")
+        check("pxiesys.ini:128 Chassis1Slot2 AddressInfo PXI0::5-0.0::INSTR;PXI0::5-0.1::INSTR" in map_of and len(map_of) > 100
+              and found["section"] == "Chassis1Slot2", f"the map of devices: {map_of}")
         root.edit(E, r"^AddressInfo = .PXI0::2-0[^\n]*", "")  # a controller without addresses
         root.edit(E, r"^SerialNumber[^\n]*", "")
         for words, status, said in ((["1/99", "SlotType"], 1, "Chassis1Slot99"), (["1/1", "SystemSlotModel"], 0, '= "HC-8470 Controller"'),
@@ -489,14 +488,19 @@ DIFFERENT = [
      ["slot 1/1: type PXIe system, 4 links -> (can't be read)"]),
     ([(E, r"(\[Chassis1Slot7\].*?SlotType) = [^\n]*", r"\1 = Odd")], [], ["slot 1/7: type PXIe hybrid -> (can't be read)"]),
 ]
+MADE_DIFFERENT = [
+    ([(E, r"(\[Chassis1Slot5\].*?Negotiated) = 4", r"\1 = 1")], [], ["MODULE-1-5 TL-310 Switch in slot 1/5: link width x4 -> x1"]),
+    ([(E, r"\[Chassis1Slot5\]", "[Chassis1Slot7a]"), (E, r"\[Chassis1Slot7\]", "[Chassis1Slot5]"), (E, "7a", "7")],
+     ["--ignore", "slot"], ["MODULE-1-5 TL-310 Switch: slot 1/5 -> 1/7"]),
+]
 
 
-def testDiff():
-    with Root() as sample, tempfile.TemporaryDirectory() as place:
+def testDiff(chassis, different):
+    with Root(chassis) as sample, tempfile.TemporaryDirectory() as place:
         saved = f"{place}/a.json"
         sample.run("save", saved)
-        for edits, options, wanted in DIFFERENT:
-            with Root() as root:
+        for edits, options, wanted in different:
+            with Root(chassis) as root:
                 exchange(root, edits)
                 told = sample.run("diff", saved, root.folder, *options)
                 check(told.stdout.splitlines()[:-1] == wanted and told.returncode == bool(wanted), f"diff {edits[:1]} {options}: {told}")
@@ -517,14 +521,11 @@ def testDiff():
 
 # Faults of a PCI tree, and what is found, by identifier.
 LIVE = [
-    ([], []),
-    (["missing"], ["module-not-present"]), (["unlisted"], ["device-not-listed"]),
+    ([], []), (["missing"], ["module-not-present"]), (["unlisted"], ["device-not-listed"]),
     (["driverless"], ["no-driver"]), (["narrow"], ["link-width-reduced"]), (["slow"], ["link-speed-reduced"]),
     (["missing", "unlisted", "driverless", "narrow", "slow"],
      ["device-not-listed", "link-speed-reduced", "link-width-reduced", "module-not-present", "no-driver"]),
 ]
-
-
 # What no module of some chassis can have so that it would be found.
 NOT_FOUND = {"classic:8x3": ["narrow", "slow"], "express:18:2": ["unlisted", "narrow", "slow"]}
 
@@ -573,12 +574,11 @@ def testFleet():
         for rack in range(500):
             one = text.replace(serial, f"S{rack:04}")
             for day in ("2026-11-14", "2026-11-21"):
-                folder = Path(place, day)
-                folder.mkdir(exist_ok=True)
                 if (rack, day) == (42, "2026-11-21"):
                     one = one.replace("LinkWidthNegotiated = 8", "LinkWidthNegotiated = 2", 1)
                     one = re.sub(r"\[Chassis1Slot([23])\]", lambda slot: f"[Chassis1Slot{5 - int(slot[1])}]", one)
-                (folder / f"rack-{rack:04}.json").write_text(one)
+                Path(place, day).mkdir(exist_ok=True)
+                Path(place, day, f"rack-{rack:04}.json").write_text(one)
         blocks = re.findall(r"^```sh\n(.*?)^```", (TOP / "docs/fleet.md").read_text(), re.M | re.S)
         path = f"{Path(VARMEX[-1]).parent}:{os.environ['PATH']}"
         told = [subprocess.run(["bash", "-ec", block], cwd=place, env=dict(os.environ, PATH=path),
@@ -601,6 +601,7 @@ HOSTILE = [
     *[("files", {path: "x"}, "no place for") for path in ("../../tmp/out", "/etc/passwd", "etc/pxi/registry.reg")],
     ("files", [], "no object"), ("files", None, "files: it is missing"), ("files", {E_PATH: 5}, "neither"),
     ("files", {E_PATH: ["a", 5]}, "neither"), ("files", {f"k{n}": "" for n in range(101)}, "too many members"),
+    ("files", {E_PATH: [""] * 1000001}, "too many elements"),
     *[("files", {E_PATH: {"base64": digits}}, "base64") for digits in ("AAA", "AB==", "A*==")],
     ("host", 5, "no text"), ("varmex saved installation", 2, "another version"),
     ("varmex saved installation", None, "it has no"),
@@ -617,7 +618,6 @@ HOSTILE = [
     *[(None, text, "no saved installation") for text in (
         b"", b"{", b"5", b"[" * 100000, b'{"host": "a", "host": "b"}', b'{"a": "\xff"}', b"\0")],
 ]
-SIGNALS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGPIPE, signal.SIGRTMIN + 1, signal.SIGRTMAX]
 
 
 def testSaved():
@@ -684,7 +684,7 @@ def testSaved():
             said = run("show", "--from", bad)
             check(said.returncode == 1 and reason in said.stderr, f"{key} {str(value)[:60]}: {said.stderr}")
         # Signals in the midst of the work, and what a kill left.
-        for number in [*SIGNALS, signal.SIGKILL]:
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGPIPE, signal.SIGRTMIN + 1, signal.SIGRTMAX, signal.SIGKILL):
             process = subprocess.Popen([*VARMEX, "show", "--from", file], env=other.environment(), stdout=subprocess.PIPE)
             while process.poll() is None and not list(shared.glob("varmex-saved-*/var/lib/PXISA")):
                 pass
@@ -696,7 +696,8 @@ def testSaved():
 
 
 # Windows has no other roots than its own, and no tree of files for the bus.
-ANYWHERE, ON_LINUX = (testDocuments, testBroken, testModules, testTriggers, testExplain, testWatch), (testMade, testFleet, testDiff, testLive, testSaved)
+ANYWHERE, ON_LINUX = (testDocuments, testBroken, testModules, testTriggers, testExplain, testWatch), (
+    testMade, testFleet, lambda: testDiff(None, DIFFERENT), lambda: testDiff(MADE, MADE_DIFFERENT), testLive, testSaved)
 for test in ANYWHERE if ON_WINDOWS else ANYWHERE + ON_LINUX:
     test()
 finish()

@@ -159,7 +159,8 @@ class tList : public tCommand {
 
   tExitStatus run() override {
     const std::vector<std::string> sources = allSources(from_);
-    const bool isMany = sources.size() > 1 || sources != from_;
+    const bool isMany =
+        sources.size() > 1 || sources != from_ || (!from_.empty() && asksForSource());
     const tModuleColumns columns = moduleColumns(keysOrDefault(isMany));
     if (!isMany && !from_.empty()) source_.emplace(from_.front());
     tJson document = isMany ? describeEach(sources) : describeAll(tInstallation().open());
@@ -184,11 +185,14 @@ class tList : public tCommand {
     return names;
   }
 
+  bool asksForSource() const {
+    return std::find(keys_.begin(), keys_.end(), "from") != keys_.end();
+  }
+
   std::vector<std::string> keysOrDefault(bool isMany) const {
     std::vector<std::string> keys = keys_;
     if (keys.empty() && asJsonLines_) return keys;
-    const bool tellsFrom = std::find(keys.begin(), keys.end(), "from") != keys.end();
-    if (isMany && !tellsFrom) keys.insert(keys.begin(), "from");
+    if (isMany && !asksForSource()) keys.insert(keys.begin(), "from");
     if (!keys_.empty()) return keys;
     if (asCsv_) {
       keys.insert(keys.end(), std::begin(kDefaultCsvColumns), std::end(kDefaultCsvColumns));

@@ -1,5 +1,6 @@
 #include "tools/varmex/saved/bytes.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <stdexcept>
@@ -13,6 +14,7 @@ namespace {
 constexpr std::string_view kDigits =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::uint8_t kNoDigit = 0xFF;
+constexpr std::ptrdiff_t kMostLines = 100000;  // of a list; nobody reads more
 
 constexpr std::array<std::uint8_t, 256> valuesOfDigits() {
   std::array<std::uint8_t, 256> values{};
@@ -68,7 +70,9 @@ std::string toBase64(std::string_view bytes) {
 tJson jsonOfBytes(std::string_view bytes) {
   if (!isUtf8(bytes)) return {{"base64", toBase64(bytes)}};
   const std::size_t firstEnd = bytes.find('\n');
-  if (firstEnd == std::string_view::npos || firstEnd + 1 == bytes.size()) return std::string(bytes);
+  const auto lineCount = std::count(bytes.begin(), bytes.end(), '\n');
+  const bool isOneLine = firstEnd == std::string_view::npos || firstEnd + 1 == bytes.size();
+  if (isOneLine || lineCount > kMostLines) return std::string(bytes);
   tJson lines = tJson::array();
   while (!bytes.empty()) {
     const std::size_t length = std::min(bytes.find('\n'), bytes.size() - 1) + 1;

@@ -9,7 +9,7 @@
 namespace tool {
 
 // Any bytes as a saved file has them: UTF-8 as a text, or as the list of its lines, each with its
-// end, where there are several; all else as {"base64": ...}.
+// end, where there are several but not very many; all else as {"base64": ...}.
 tJson jsonOfBytes(std::string_view bytes);
 
 std::string toBase64(std::string_view bytes);

@@ -15,16 +15,23 @@ constexpr const char* kVersionKey = "varmex saved installation";
 constexpr int kVersion = 1;
 constexpr int kMostDepth = 8;
 constexpr std::size_t kMostMembers = 100;  // of an object: each is looked for among all before it
+constexpr std::size_t kMostElements = 1000000;
 
 constexpr const char* kKeys[] = {kVersionKey, "taken", "host",     "platform",
                                  "version",   "files", "registry", "chassisDescriptionFiles",
                                  "pci"};
 
-// Parses with bounds that the parser itself does not have: no deep nesting, no key twice, and
-// nothing is kept below keys of later versions.
+// Parses with bounds that the parser itself does not have: no deep nesting, no masses of elements,
+// each of which takes much more memory than text, no key twice, and nothing is kept below keys of
+// later versions.
 tJson parse(std::string_view text) {
   std::vector<std::set<std::string>> keys;
-  const auto accept = [&keys](int depth, tJson::parse_event_t event, tJson& parsed) {
+  std::size_t count = 0;
+  const auto accept = [&](int depth, tJson::parse_event_t event, tJson& parsed) {
+    const bool isElement = event == tJson::parse_event_t::value ||
+                           event == tJson::parse_event_t::array_start ||
+                           event == tJson::parse_event_t::object_start;
+    if (isElement && ++count > kMostElements) throw std::runtime_error("it has too many elements");
     if (depth > kMostDepth) throw std::runtime_error("it is nested too deeply");
     if (event == tJson::parse_event_t::object_start) keys.emplace_back();
     if (event == tJson::parse_event_t::object_end) keys.pop_back();
