@@ -41,7 +41,7 @@ void showWays(const tJson& document) {
       const bool isSame = document["from"] == document["to"];
       std::cout << (isSame ? "Both are one slot, on trigger bus " : "Both are on trigger bus ")
                 << document["from"]["bus"]
-                << (isSame ? ": what it sends on lines 0 to 7 is there for it as well.\n"
+                << (isSame ? ": it has its own signals on lines 0 to 7.\n"
                            : ": lines 0 to 7 reach from each to the other.\n");
       continue;
     }
