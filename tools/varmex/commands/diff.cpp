@@ -95,7 +95,9 @@ class tDiff : public tCommand {
   tDiff() : tCommand("diff", "Tell what is different between two installations") {}
 
   void addOptions(CLI::App& line) override {
-    line.add_option("before", before_, "A file that varmex save made, or a folder (Linux)")
+    line.add_option(
+            "before", before_,
+            "A file that varmex save made, - for one from the standard input, or a folder (Linux)")
         ->required();
     line.add_option("after", after_, "Another one; without it this machine as it is now");
     line.add_flag("--json", asJson_, "Print JSON");
