@@ -20,7 +20,7 @@
 namespace {
 
 using tClock = std::chrono::steady_clock;
-constexpr int kChanges = 500;
+constexpr int kChanges = 100;
 
 void change(const std::string& path, int round) {
   std::ofstream(path, std::ios::app) << "; " << round << '\n';

@@ -16,7 +16,7 @@ import tempfile
 import time
 from pathlib import Path
 
-ROUNDS = 5
+ROUNDS = 2
 
 
 def timed(work):

@@ -4,19 +4,28 @@
     report.py --unsettled FOLDER  prints a filter of the benchmarks that are to be run again, nothing
                                   when all ratios are settled
 
-The folder has the outputs of varmex_bench, round-1.json and so on, and values.txt with lines of a
-name and a value. Of every case the best repetition counts, which other work on the machine
-disturbed least, and of those that run on one thread the processor's time; some tell of their best
-iteration themselves. A ratio is settled when the even and the odd rounds, each taken alone, agree.
+The folder has the measurements of each round, round-1.json and so on from varmex_bench and
+round-1.txt with lines of a name and a value, and values.txt with what comes out the same each time.
+
+Of a case counts the best repetition in each round, which other work on the machine disturbed least,
+and of those that run on one thread the processor's time; some tell of their best iteration
+themselves. A round is a process, and where its memory happens to lie makes it quicker or slower for
+good; so a goal's ratio is formed in each round, where all of its cases run in the same minute, and
+the median of the rounds is told. It is settled when the bounds within which the median lies with 95
+in 100 chances stand close together: another run then comes to the same, which that of a best of all
+rounds does not, as it falls with every round.
 """
 
 import json
+import math
 import pathlib
+import statistics
 import sys
 
-AGREEMENT = 0.08
-FEWEST_ROUNDS = 4
-FEWEST_OF_COMMANDS = 2  # whole processes that take seconds
+CLOSE = 0.1  # the bounds' distance, of the median
+FEWEST_ROUNDS = 8
+FEWEST_OF_SLOW = 3  # what takes seconds
+SLOW = ("command", "walk/all")
 NEVER = 1e15  # in ns: threads that were to run at once did not
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 PEERS = ("SimpleIni", "inih", "GLib", "Boost")
@@ -152,21 +161,23 @@ GROUPS = (("Loading a file", load_goals), ("Looking up", look_up_goals),
 
 
 class Samples:
-    """The best time of each case in some of the rounds; values that are none of a round count in
-    all. Of benchmarks that count items the time is that of one."""
+    """The best time of each case in one round, with the values that are the same in all. Of benchmarks
+    that count items the time is that of one."""
 
-    def __init__(self, folder, takes):
+    def __init__(self, folder, number=None):
         self.best = {}
-        for path in folder.glob("round-*.json"):
-            if takes(int(path.stem.split("-")[1])):
-                self.add_round(json.loads(path.read_text(encoding="utf-8"))["benchmarks"])
-        values = folder / "values.txt"
-        for line in values.read_text(encoding="utf-8").splitlines() if values.exists() else ():
+        self.add_values(folder / "values.txt")
+        if number is not None:
+            self.add_values(folder / f"round-{number}.txt")
+            self.add_round(folder / f"round-{number}.json")
+
+    def add_values(self, path):
+        for line in path.read_text(encoding="utf-8").splitlines() if path.exists() else ():
             name, value = line.split()
             self.best[name] = float(value)
 
-    def add_round(self, runs):
-        for run in runs:
+    def add_round(self, path):
+        for run in json.loads(path.read_text(encoding="utf-8"))["benchmarks"]:
             if run["run_type"] != "iteration":
                 continue
             name = "/".join(run["run_name"].split("/")[:4])
@@ -200,12 +211,29 @@ def cases(goal):
     return names
 
 
-def disagreement(goal, halves):
-    """How far the two halves of the rounds are apart, None when one of them has no ratio."""
-    one, other = (half.ratio(goal) for half in halves)
-    if one is None or other is None:
-        return None
-    return abs(one - other) / max(one, other) if max(one, other) > 0 else 0.0
+def is_slow(goal):
+    return any(name.startswith(SLOW) for name in cases(goal))
+
+
+class Ratio:
+    """A goal's ratio: the median of the rounds, and how far apart the bounds are within which it
+    lies, in its own size."""
+
+    def __init__(self, goal, rounds, always):
+        fixed = always.ratio(goal)
+        each = [fixed] if fixed is not None else sorted(
+            ratio for ratio in (one.ratio(goal) for one in rounds) if ratio is not None)
+        self.median = statistics.median(each) if each else None
+        self.apart = None
+        if fixed is not None:
+            self.apart = 0.0
+        elif len(each) >= (FEWEST_OF_SLOW if is_slow(goal) else FEWEST_ROUNDS):
+            # The median of as many coin tosses lies within these with 95 in 100 chances.
+            beyond = max(0, math.floor(len(each) / 2 - 0.98 * math.sqrt(len(each))))
+            self.apart = (each[-1 - beyond] - each[beyond]) / self.median
+
+    def is_settled(self):
+        return self.apart is not None and self.apart <= CLOSE
 
 
 def outcome(ratio, bound):
@@ -218,20 +246,20 @@ def verdict(ratio, bound, reached, missed):
     return "" if bound is None else f"{bound:.3g} {reached if ratio <= bound else missed}"
 
 
-def report(everything, halves):
+def report(ratio_of):
     goals_of = {"kept": 0, "missed": 0, "not measured": 0}
-    print("\nRatios: smaller is better. `apart`: how far the even rounds alone are from the odd ones.")
+    print("\nRatios: smaller is better. `apart`: the bounds of the median of all rounds.")
     for title, goals in GROUPS:
         print(f"\n{title:66} {'ratio':>8} {'apart':>6}  {'must':14} aim")
         for goal in goals():
-            ratio = everything.ratio(goal)
+            of_rounds = ratio_of(goal)
+            ratio = of_rounds.median
             if goal.must is not None:
                 goals_of[outcome(ratio, goal.must)] += 1
             if ratio is None:
                 print(f"  {goal.title:64} {'-':>8}         not measured")
                 continue
-            apart = disagreement(goal, halves)
-            apart = "-" if apart is None else f"{apart:.0%}"
+            apart = "-" if of_rounds.apart is None else f"{of_rounds.apart:.0%}"
             print(f"  {goal.title:64} {ratio:8.3f} {apart:>6}  "
                   f"{verdict(ratio, goal.must, 'kept', 'MISSED'):14} "
                   f"{verdict(ratio, goal.aim, 'reached', 'not reached')}".rstrip())
@@ -241,26 +269,30 @@ def report(everything, halves):
     return unmeasured == 0
 
 
-def unsettled(folder, halves):
-    rounds = len(list(folder.glob("round-*.json")))
-    if rounds < FEWEST_ROUNDS:
-        return "-^growth/" if rounds < FEWEST_OF_COMMANDS else "-^(growth|command)/"
+def unsettled(rounds, ratio_of):
+    """All in the first rounds, the slow ones in the very first alone; then what needs more."""
+    if rounds < FEWEST_OF_SLOW:
+        return "-^growth/"
     names = set()
     for _, goals in GROUPS:
         for goal in goals():
-            apart = disagreement(goal, halves)
-            if apart is not None and apart > AGREEMENT:
+            if not is_slow(goal) and not ratio_of(goal).is_settled():
                 names.update(cases(goal))
     return "|".join(f"^{name}(/|$)" for name in sorted(names))
 
 
 def main():
     folder = pathlib.Path(sys.argv[-1])
-    halves = [Samples(folder, lambda number, odd=odd: number % 2 == odd) for odd in (0, 1)]
+    count = len(list(folder.glob("round-*.json")))
+    rounds = [Samples(folder, number) for number in range(1, count + 1)]
+    always = Samples(folder)
+
+    def ratio_of(goal):
+        return Ratio(goal, rounds, always)
     if sys.argv[1] == "--unsettled":
-        print(unsettled(folder, halves))
+        print(unsettled(count, ratio_of))
     else:
-        sys.exit(0 if report(Samples(folder, lambda number: True), halves) else 1)
+        sys.exit(0 if report(ratio_of) else 1)
 
 
 main()

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs the benchmarks and prints their ratios beside the goals, in less than eight minutes once
-# built. The cases of a round stand in random order, and rounds are repeated until the ratios of the
-# even and of the odd ones agree, so that a disturbed machine comes to the same.
+# built. A round runs all cases by turns, in random order, and rounds are repeated until the median of
+# each ratio is known well enough, so that another run, and a disturbed machine, comes to the same.
 #   bench.sh           all of it
 #   bench.sh --plot    draws docs/pictures/costs.svg: costs against the size of the installation
 #   bench.sh ARGUMENTS runs the benchmark program alone with these (--benchmark_filter=lookUp)
@@ -10,6 +10,7 @@ install "${build_tools[@]}" git pkg-config python3 libbenchmark-dev libsimpleini
   libglib2.0-dev rapidjson-dev libsimdjson-dev
 
 time_for_all=450 # seconds
+timed_otherwise=8 # rounds: the Python package and the wake-ups
 results=build/bench/results
 programs=build/bench/bin
 
@@ -29,8 +30,12 @@ build_before() {
 
 # run_round NUMBER FILTER SECONDS: false when it did not end within that time
 run_round() {
-  timeout "$3" "$programs/varmex_bench" --benchmark_filter="$2" --benchmark_repetitions=1 \
-    --benchmark_min_time=0.02 --benchmark_enable_random_interleaving=true \
+  if [ "$1" -le $timed_otherwise ]; then
+    "$programs/varmex_bench_latency" >"$results/round-$1.txt"
+    python3 bench/pythonWalk.py build/bench >>"$results/round-$1.txt"
+  fi
+  timeout "$3" "$programs/varmex_bench" --benchmark_filter="$2" --benchmark_repetitions=3 \
+    --benchmark_min_time=0.005 --benchmark_enable_random_interleaving=true \
     --benchmark_out_format=json --benchmark_out="$results/round-$1.json" >"$results/output.txt" 2>&1
 }
 
@@ -53,8 +58,6 @@ started=$SECONDS
 "$programs/varmex_bench_check"
 rm -rf $results && mkdir -p $results
 "$programs/varmex_bench_memory" >"$results/values.txt"
-"$programs/varmex_bench_latency" >>"$results/values.txt"
-python3 bench/pythonWalk.py build/bench >>"$results/values.txt"
 round=0
 last=0 # what the last round took
 while [ $((SECONDS - started + last)) -lt $time_for_all ]; do
@@ -64,7 +67,7 @@ while [ $((SECONDS - started + last)) -lt $time_for_all ]; do
   last=$SECONDS
   if ! run_round $round "$filter" $((time_for_all - SECONDS + started)); then
     echo "Round $round was broken off, and counts for nothing; $results/output.txt tells how far it came."
-    rm -f "$results/round-$round.json"
+    rm -f "$results/round-$round".*
     break
   fi
   last=$((SECONDS - last))
