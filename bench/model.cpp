@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 #include "bench/benchmarks.h"
 #include "bench/machine.h"
@@ -122,13 +123,14 @@ void registerAttributes(std::uint32_t chassis) {
 
 void timeContainer(benchmark::State& state, const tItem& session, std::uint32_t kind) {
   tStatusRecord status = varmex_makeStatus();
-  std::uint64_t items = 0;
+  tTimedPart part(state);
   for (auto _ : state) {
-    varmex_ItemContainer* const list = varmex_getItemContainer(session.get(), kind, &status);
-    items = varmex_ItemIterator_end(list, &status);
-    varmex_destroyItemContainer(list);
+    part.run([&] {
+      varmex_ItemContainer* const list = varmex_getItemContainer(session.get(), kind, &status);
+      part.countItems(varmex_ItemIterator_end(list, &status));
+      varmex_destroyItemContainer(list);
+    });
   }
-  state.SetItemsProcessed(static_cast<std::int64_t>(items) * state.iterations());
 }
 
 void timeByAddress(benchmark::State& state, const tItem& session, const tItem& device) {
@@ -185,12 +187,13 @@ void registerModel() {
   for (const std::uint32_t chassis : kSizes) {
     const tItem session = openSession(chassis);
     const std::string who = '/' + std::to_string(chassis) + "/varmex";
-    add("container/slots" + who, [session](benchmark::State& state) {
-      timeContainer(state, session, varmex_container_Slots);
-    });
-    add("container/devices" + who, [session](benchmark::State& state) {
-      timeContainer(state, session, varmex_container_Devices);
-    });
+    for (const auto& [name, kind] : {std::pair("slots", varmex_container_Slots),
+                                     std::pair("devices", varmex_container_Devices)}) {
+      benchmark::RegisterBenchmark(
+          (std::string("container/") + name + who).c_str(),
+          [session, kind = kind](benchmark::State& state) { timeContainer(state, session, kind); })
+          ->UseManualTime();
+    }
     const tItem device =
         lastThatAnswers(session, varmex_container_Devices, varmex_u32_DeviceNumber, false);
     add("byAddress/-" + who,

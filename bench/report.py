@@ -25,6 +25,7 @@ import sys
 CLOSE = 0.1  # the bounds' distance, of the median
 FEWEST_ROUNDS = 8
 FEWEST_OF_SLOW = 3  # what takes seconds
+MOST_OF_SLOW = 6
 SLOW = ("command", "walk/all")
 NEVER = 1e15  # in ns: threads that were to run at once did not
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -161,8 +162,7 @@ GROUPS = (("Loading a file", load_goals), ("Looking up", look_up_goals),
 
 
 class Samples:
-    """The best time of each case in one round, with the values that are the same in all. Of benchmarks
-    that count items the time is that of one."""
+    """The best time of each case in one round, with the values that are the same in all."""
 
     def __init__(self, folder, number=None):
         self.best = {}
@@ -183,8 +183,6 @@ class Samples:
             name = "/".join(run["run_name"].split("/")[:4])
             clock = "real_time" if "_time" in run["run_name"] else "cpu_time"
             time = run[clock] * NANOSECONDS[run["time_unit"]]
-            if "items_per_second" in run:
-                time = 1e9 / run["items_per_second"]
             if "best" in run:
                 time = run["best"] * 1e9
                 if time > NEVER:
@@ -270,13 +268,15 @@ def report(ratio_of):
 
 
 def unsettled(rounds, ratio_of):
-    """All in the first rounds, the slow ones in the very first alone; then what needs more."""
+    """All in the first rounds, then what needs more."""
     if rounds < FEWEST_OF_SLOW:
         return "-^growth/"
     names = set()
     for _, goals in GROUPS:
         for goal in goals():
-            if not is_slow(goal) and not ratio_of(goal).is_settled():
+            if is_slow(goal) and rounds >= MOST_OF_SLOW:
+                continue
+            if not ratio_of(goal).is_settled():
                 names.update(cases(goal))
     return "|".join(f"^{name}(/|$)" for name in sorted(names))
 

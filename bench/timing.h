@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 
 namespace bench {
 
@@ -21,24 +22,28 @@ inline double processorTime() {
 // is what other work on the machine disturbed least.
 inline constexpr const char* kBest = "best";
 
-// Times a part of each iteration, which does its work once or more. Short parts are over before
-// anything else runs; of long ones the processor's time leaves that out. Parts that are no longer
-// than a few steps of the clock tell nothing: what takes so little is done more often.
+// Times a part of each iteration. Short parts are over before anything else runs; of long ones the
+// processor's time leaves that out, and is asked for once a part is known to be long, as the
+// question is a system call. Parts that take no more than a few steps of the clock do their work
+// several times.
 class tTimedPart {
  public:
   explicit tTimedPart(benchmark::State& state, int times = 1) : state_(state), times_(times) {}
   tTimedPart(const tTimedPart&) = delete;
   tTimedPart& operator=(const tTimedPart&) = delete;
-  ~tTimedPart() { state_.counters[kBest] = best_ / times_; }
+  ~tTimedPart() { state_.counters[kBest] = best_ / times_ / static_cast<double>(items_); }
+
+  // What is told is the time of one of as many items that the work is for.
+  void countItems(std::uint64_t items) { items_ = items; }
 
   template <class Work>
   void run(Work work) {
-    const double used = processorTime();
+    const double used = isLong_ ? processorTime() : 0;
     const tClock::time_point start = tClock::now();
     for (int time = 0; time < times_; ++time) work();
     const double passed = std::chrono::duration<double>(tClock::now() - start).count();
-    const double own = passed < kShort ? passed : std::min(passed, processorTime() - used);
-    best_ = std::min(best_, own);
+    best_ = std::min(best_, isLong_ ? std::min(passed, processorTime() - used) : passed);
+    isLong_ = passed >= kShort;
     state_.SetIterationTime(passed);
   }
 
@@ -48,6 +53,8 @@ class tTimedPart {
 
   benchmark::State& state_;
   int times_;
+  std::uint64_t items_ = 1;
+  bool isLong_ = false;
   double best_ = 1e9;
 };
 
