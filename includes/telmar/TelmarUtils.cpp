@@ -224,8 +224,17 @@ class ElementWriter {
     position_ += Size - 1;
     return *this;
   }
+  // Names of 8 to 16 bytes, which is nearly all, are written as two words that may overlap.
   ElementWriter& text(std::string_view json) {
-    position_ = std::copy(json.begin(), json.end(), position_);
+    constexpr std::size_t kWord = sizeof(std::uint64_t);
+    const std::size_t size = json.size();
+    if (size < kWord || size > 2 * kWord) {
+      std::memcpy(position_, json.data(), size);
+    } else {
+      std::memcpy(position_, json.data(), kWord);
+      std::memcpy(position_ + size - kWord, json.data() + size - kWord, kWord);
+    }
+    position_ += size;
     return *this;
   }
   template <class Number>
