@@ -159,7 +159,7 @@ tResult<std::int32_t> tIniFile::getNumber(const tIniPlace& place, tLiteral item)
   });
 }
 
-tResult<std::int32_t> tIniFile::numberOf(const tIniSection& section, const tIniItem& item) {
+tResult<std::int32_t> tIniFile::numberOfText(const tIniSection& section, const tIniItem& item) {
   std::int32_t number = 0;
   switch (readNumber(item.value, number)) {
     case tNumberKind::none: return notFound(tIniPlace(section), item.name);

@@ -9,6 +9,7 @@
 #include "corpxiTools/iniException.h"
 #include "corpxiTools/iniStore.h"
 #include "corpxiTools/observer.h"
+#include "ostrel/quarks/numbers.h"
 #include "ostrel/quarks/result.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
@@ -56,8 +57,22 @@ class tIniFile {
 
   // The same, at less cost for a section that stands just behind an earlier one, if there is one.
   const tIniSection* findSectionBehind(const tIniSection* earlier, std::string_view section) const {
-    const tIniSection* const found = store_.findSectionBehind(earlier, section);
+    const tIniSection* found = earlier ? store_.lookBehind(*earlier, section, "") : nullptr;
+    if (!found) found = store_.findSection(section);
     observeSection(*this, section, found);
+    return found;
+  }
+
+  // The section whose name begins with that of another one. It mostly stands just behind it, and
+  // `name` is for when it does not.
+  const tIniSection* findSectionBelow(const tIniSection& parent, std::string_view tail,
+                                      std::string& name) const {
+    const tIniSection* found = store_.lookBehind(parent, parent.nameView(), tail);
+    if (!found) {
+      name.assign(parent.nameView()).append(tail);
+      found = store_.findSection(name);
+    }
+    observeSection(*this, found ? found->nameView() : name, found);
     return found;
   }
 
@@ -70,6 +85,14 @@ class tIniFile {
   const tIniItem* findItem(const tIniSection* section, std::string_view item) const {
     const tIniItem* const found = section ? tIniStore::findItem(*section, item) : nullptr;
     observeItem(*this, section, item, found);
+    return found;
+  }
+
+  // The same, at less cost for an item that stands at that place of the section (iniStore.h).
+  const tIniItem* findItem(const tIniSection& section, std::string_view item,
+                           std::size_t& place) const {
+    const tIniItem* const found = tIniStore::findItem(section, item, place);
+    observeItem(*this, &section, item, found);
     return found;
   }
 
@@ -98,7 +121,12 @@ class tIniFile {
   tResult<tNumbers> getNumberList(const tIniPlace& place, tLiteral item) const;
 
   // The same three for an item that was found in that section.
-  static tResult<std::int32_t> numberOf(const tIniSection& section, const tIniItem& item);
+  static tResult<std::int32_t> numberOf(const tIniSection& section, const tIniItem& item) {
+    const tSignedText plain = readSigned(item.value);
+    const bool isDigits = *item.value >= '0' && *item.value <= '9';
+    if (isDigits && *plain.end == '\0' && !plain.overflowed) return plain.value;
+    return numberOfText(section, item);
+  }
   static tResult<std::uint32_t> unsignedOf(const tIniSection& section, const tIniItem& item);
   static tResult<tNumbers> numbersOf(const tIniSection& section, const tIniItem& item);
 
@@ -109,6 +137,8 @@ class tIniFile {
   const tIniStore& store() const { return store_; }
 
  private:
+  static tResult<std::int32_t> numberOfText(const tIniSection& section, const tIniItem& item);
+
   tIniStore store_;
 };
 

@@ -238,7 +238,10 @@ class tIniStore::tLoad {
   void storeItem(const tIniItem& item) {
     const std::string_view name = item.nameView();
     const bool mayBeKnown = names_.insert(name);
-    if (mayBeKnown && replaceItem(item)) return;
+    if (mayBeKnown) {
+      if (replaceItem(item)) return;
+      current_->hasTwins = true;
+    }
     if (mayBePiece(name)) current_->hasPieces = true;
     ++current_->count;
     if (current_->moved) {
@@ -276,6 +279,7 @@ class tIniStore::tLoad {
   // Pieces of a split value stand in file order, from one numbered 1 to the next such one or to an
   // item that is no piece; they become one item at the place of the first.
   void joinPieces(tIniSection& section) {
+    section.hasTwins = true;
     tIniItem* const end = section.items + section.count;
     tIniItem* kept = section.items;
     for (tIniItem* item = section.items; item != end;) {
@@ -363,18 +367,20 @@ const tIniSection* tIniStore::findSection(std::string_view name) const {
   return found ? &sections_[found - 1] : nullptr;
 }
 
-const tIniSection* tIniStore::findSectionBehind(const tIniSection* earlier,
-                                                std::string_view name) const {
+const tIniSection* tIniStore::lookBehind(const tIniSection& earlier, std::string_view head,
+                                         std::string_view tail) const {
   constexpr std::ptrdiff_t kMostLooks = 6;
-  if (earlier && !hasTwins_) {
-    const tIniSection* const behind = earlier + 1;
-    const tIniSection* const end = sections_.data() + sections_.size();
-    const tIniSection* const stop = behind + std::min(kMostLooks, end - behind);
-    for (const tIniSection* section = behind; section != stop; ++section) {
-      if (isSameName(section->nameView(), name)) return section;
-    }
+  if (hasTwins_) return nullptr;
+  const tIniSection* const behind = &earlier + 1;
+  const tIniSection* const end = sections_.data() + sections_.size();
+  const tIniSection* const stop = behind + std::min(kMostLooks, end - behind);
+  for (const tIniSection* section = behind; section != stop; ++section) {
+    if (section->nameLength != head.size() + tail.size()) continue;
+    const std::string_view name = section->nameView();
+    if (isSameName(name.substr(head.size()), tail) && isSameName(name.substr(0, head.size()), head))
+      return section;
   }
-  return findSection(name);
+  return nullptr;
 }
 
 const tIniItem* tIniStore::findItem(std::string_view section, std::string_view item) const {
@@ -395,6 +401,17 @@ const tIniItem* tIniStore::findItem(const tIniSection& section, std::string_view
     if (isSameName(entry->nameView(), item)) return entry;
   }
   return nullptr;
+}
+
+const tIniItem* tIniStore::findItem(const tIniSection& section, std::string_view item,
+                                    std::size_t& place) {
+  if (place < section.count && !section.hasTwins) {
+    const tIniItem* const likely = section.items + place;
+    if (isSameName(likely->nameView(), item)) return likely;
+  }
+  const tIniItem* const found = findItem(section, item);
+  if (found) place = static_cast<std::size_t>(found - section.items);
+  return found;
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000

@@ -31,6 +31,7 @@ struct tIniSection {
   tIniItem* items = nullptr;
   std::uint32_t count = 0;
   bool hasPieces = false;  // holds a name like a piece of a split value
+  bool hasTwins = false;   // may hold two items of one name, of which the first is the one
   bool isSorted = false;
   // The items of a section that was taken up again behind another one.
   std::unique_ptr<std::vector<tIniItem>> moved;
@@ -61,12 +62,19 @@ class tIniStore {
 
   const tIniSection* findSection(std::string_view name) const;
 
-  // The same, at less cost for a section that stands just behind an earlier one, if there is one.
-  const tIniSection* findSectionBehind(const tIniSection* earlier, std::string_view name) const;
+  // The section whose name is made of these two parts, if it stands just behind an earlier one and
+  // no other has its name.
+  const tIniSection* lookBehind(const tIniSection& earlier, std::string_view head,
+                                std::string_view tail) const;
 
   // Null when there is no such section or item.
   const tIniItem* findItem(std::string_view section, std::string_view item) const;
   static const tIniItem* findItem(const tIniSection& section, std::string_view item);
+
+  // The same, at less cost for an item that stands at that place of the section. The place becomes
+  // that of what is found: sections that tell of one thing after another are laid out alike.
+  static const tIniItem* findItem(const tIniSection& section, std::string_view item,
+                                  std::size_t& place);
 
   // In file order.
   const std::vector<tIniSection>& sections() const { return sections_; }

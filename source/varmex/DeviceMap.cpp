@@ -53,11 +53,12 @@ tResult<> DeviceMap::enterClassic(const tIniFile& pxiSys, tNumbers chassisNumber
 
 tResult<> DeviceMap::enterExpress(const tIniFile& pxieSys, tNumbers chassisNumbers) {
   std::vector<tDeviceAddress> addresses;
+  std::size_t place = 0;
   const auto take = [&](const tIniSection& section, auto chassis, auto slot) -> tResult<> {
-    const char* const names = pxieSys.findValueText(&section, "AddressInfo");
+    const tIniItem* const names = pxieSys.findItem(section, "AddressInfo", place);
     if (!names) return kDone;
     addresses.clear();
-    parseResourceNames(names, addresses);
+    parseResourceNames(names->value, addresses);
     return enter(addresses, {chassis, slot, 1});
   };
   return forEachSlot(pxieSys, std::move(chassisNumbers), take);

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <optional>
 #include <string_view>
+#include <utility>
 
 #include "ostrel/quarks/numbers.h"
 #include "source/varmex/description.h"
@@ -15,19 +15,8 @@ namespace {
 constexpr tLiteral kFunctionList = "FunctionList";
 constexpr tLiteral kDeviceList = "DeviceList";
 
-// A "None" in either place marks a section that is only a step on the way to others.
-tResult<> recordFunctionAddress(const tIniFile& file, const tIniSection& section,
-                                std::uint32_t function, std::vector<tDeviceAddress>& addresses) {
-  const tIniItem* const bus = file.findItem(&section, "PCIBusNumber");
-  const tIniItem* const device = bus ? file.findItem(&section, "PCIDeviceNumber") : nullptr;
-  if (!device) return kDone;
-  if (std::strcmp(bus->value, "None") == 0 || std::strcmp(device->value, "None") == 0) return kDone;
-  const auto busNumber = asUnsigned(tIniFile::numberOf(section, *bus));
-  if (!busNumber) return busNumber.refusal();
-  const auto deviceNumber = asUnsigned(tIniFile::numberOf(section, *device));
-  if (!deviceNumber) return deviceNumber.refusal();
-  addresses.push_back({0, *busNumber, *deviceNumber, function});
-  return kDone;
+bool isNone(const tIniItem& item) {
+  return *item.value == 'N' && std::strcmp(item.value, "None") == 0;
 }
 
 bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
@@ -41,19 +30,17 @@ class tNameReader {
  public:
   explicit tNameReader(const char* text) : begin_(text), text_(text) {}
 
-  std::optional<tDeviceAddress> address() {
+  // False when it is none.
+  bool read(tDeviceAddress& address) {
     std::uint32_t first = 0;
-    std::uint32_t second = 0;
-    std::uint32_t third = 0;
-    std::uint32_t fourth = 0;
-    if (!literal("PXI") || !number(first) || !literal("::") || !number(second)) return {};
+    address = {};
+    if (!literal("PXI") || !number(first) || !literal("::") || !number(address.bus)) return false;
     if (literal("-")) {
-      if (!number(third) || !literal(".") || !number(fourth) || !isWhole()) return {};
-      return tDeviceAddress{0, second, third, fourth};
+      return number(address.device) && literal(".") && number(address.function) && isWhole();
     }
     // In the older form the number behind "PXI" is the bus.
-    if (!literal("::") || !number(third) || !isWhole()) return {};
-    return tDeviceAddress{0, first, second, third};
+    address.device = std::exchange(address.bus, first);
+    return literal("::") && number(address.function) && isWhole();
   }
 
   // Behind the name.
@@ -95,7 +82,7 @@ class tNameReader {
 tResult<> tFunctionWalk::walkSlotFunctions(const tIniSection& section,
                                            std::vector<tDeviceAddress>& addresses) {
   const tIniItem* const functions = file_.findItem(&section, kFunctionList);
-  if (!functions) return recordFunctionAddress(file_, section, 0, addresses);
+  if (!functions) return recordAddress(section, 0, addresses);
   return descend(section, *functions, true).then([&](tNothing) { return walkLevels(addresses); });
 }
 
@@ -119,9 +106,10 @@ tResult<> tFunctionWalk::walkLevels(std::vector<tDeviceAddress>& addresses) {
 
 tResult<> tFunctionWalk::walkFunction(const tIniSection& parent, std::uint32_t function,
                                       std::vector<tDeviceAddress>& addresses) {
-  const tIniSection* const section = findBelow(parent, {"Function", function});
+  const tIniSection* const section =
+      file_.findSectionBelow(parent, tShortName("Function", function), name_);
   if (!section) return kDone;
-  const auto done = recordFunctionAddress(file_, *section, function, addresses);
+  const auto done = recordAddress(*section, function, addresses);
   if (!done) return done.refusal();
   const tIniItem* const devices = file_.findItem(section, kDeviceList);
   return devices ? descend(*section, *devices, false) : kDone;
@@ -129,16 +117,26 @@ tResult<> tFunctionWalk::walkFunction(const tIniSection& parent, std::uint32_t f
 
 tResult<> tFunctionWalk::walkBridgeDevice(const tIniSection& parent, std::uint32_t device) {
   const tShortName name("Device", device);
-  const tIniSection* const section = findBelow(parent, name);
+  const tIniSection* const section = file_.findSectionBelow(parent, name, name_);
   const auto functions =
       file_.getItem(section ? tIniPlace(*section) : tIniPlace(name, &parent), kFunctionList);
   if (!functions) return functions.refusal();
   return descend(*section, **functions, true);
 }
 
-const tIniSection* tFunctionWalk::findBelow(const tIniSection& parent, const tShortName& name) {
-  name_.assign(parent.nameView()).append(name.view());
-  return file_.findSectionBehind(&parent, name_);
+// A "None" in either place marks a section that is only a step on the way to others.
+tResult<> tFunctionWalk::recordAddress(const tIniSection& section, std::uint32_t function,
+                                       std::vector<tDeviceAddress>& addresses) {
+  const tIniItem* const bus = file_.findItem(section, "PCIBusNumber", places_.bus);
+  const tIniItem* const device =
+      bus ? file_.findItem(section, "PCIDeviceNumber", places_.device) : nullptr;
+  if (!device || isNone(*bus) || isNone(*device)) return kDone;
+  const auto busNumber = asUnsigned(tIniFile::numberOf(section, *bus));
+  if (!busNumber) return busNumber.refusal();
+  const auto deviceNumber = asUnsigned(tIniFile::numberOf(section, *device));
+  if (!deviceNumber) return deviceNumber.refusal();
+  addresses.push_back({0, *busNumber, *deviceNumber, function});
+  return kDone;
 }
 
 tResult<> tFunctionWalk::descend(const tIniSection& section, const tIniItem& list,
@@ -155,8 +153,8 @@ tResult<> tFunctionWalk::descend(const tIniSection& section, const tIniItem& lis
 void parseResourceNames(const char* text, std::vector<tDeviceAddress>& addresses) {
   while (*text) {
     tNameReader name(text);
-    const auto address = name.address();
-    if (address) addresses.push_back(*address);
+    tDeviceAddress address;
+    if (name.read(address)) addresses.push_back(address);
     text = name.end();
     while (isSeparator(*text)) ++text;
   }

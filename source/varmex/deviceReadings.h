@@ -37,9 +37,18 @@ class tFunctionWalk {
                          std::vector<tDeviceAddress>& addresses);
   tResult<> walkBridgeDevice(const tIniSection& parent, std::uint32_t device);
   tResult<> descend(const tIniSection& section, const tIniItem& list, bool toFunctions);
-  const tIniSection* findBelow(const tIniSection& parent, const tShortName& name);
+
+  tResult<> recordAddress(const tIniSection& section, std::uint32_t function,
+                          std::vector<tDeviceAddress>& addresses);
+
+  // Where the items of a function section stand, mostly.
+  struct tPlaces {
+    std::size_t bus = 0;
+    std::size_t device = 0;
+  };
 
   const tIniFile& file_;
+  tPlaces places_;
   std::string name_;                    // of the section that is looked for
   std::vector<tLevel> levels_;          // the last one is being walked
   std::vector<std::uint32_t> numbers_;  // of all levels

@@ -33,21 +33,25 @@ void noteUsed(tDescriptionPlace& place) {
 
 tLoadedDescription::tLoadedDescription(tDescriptionTexts texts, const tDescriptionKey& digests)
     : key(digests) {
-  files.pxiSys.load(std::move(texts.pxiSys));
-  files.pxieSys.load(std::move(texts.pxieSys));
-  const auto done = mapDevices();
   // What is not loaded has no texts that a refusal could refer to on its way out.
-  if (!done) raise(done.refusal());
+  const auto require = [](const tResult<>& done) {
+    if (!done) raise(done.refusal());
+  };
+  // Each file is mapped while it is still at hand for the processor.
+  files.pxiSys.load(std::move(texts.pxiSys));
+  require(mapClassic());
+  files.pxieSys.load(std::move(texts.pxieSys));
+  require(mapExpress());
 }
 
-tResult<> tLoadedDescription::mapDevices() {
-  auto classic = files.pxiSysChassisNumbers();
-  if (!classic) return classic.refusal();
-  const auto done = devices.enterClassic(files.pxiSys, std::move(*classic));
-  if (!done) return done.refusal();
-  auto express = files.pxieSysChassisNumbers();
-  if (!express) return express.refusal();
-  return devices.enterExpress(files.pxieSys, std::move(*express));
+tResult<> tLoadedDescription::mapClassic() {
+  return files.pxiSysChassisNumbers().then(
+      [this](tNumbers chassis) { return devices.enterClassic(files.pxiSys, std::move(chassis)); });
+}
+
+tResult<> tLoadedDescription::mapExpress() {
+  return files.pxieSysChassisNumbers().then(
+      [this](tNumbers chassis) { return devices.enterExpress(files.pxieSys, std::move(chassis)); });
 }
 
 tDescriptionUse tDescriptionUse::ofLatest() {

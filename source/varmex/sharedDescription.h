@@ -31,7 +31,8 @@ struct tLoadedDescription {
   DeviceMap devices;
 
  private:
-  tResult<> mapDevices();
+  tResult<> mapClassic();
+  tResult<> mapExpress();
 };
 
 struct tDescriptionPlace;

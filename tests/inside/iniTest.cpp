@@ -94,12 +94,30 @@ TEST_F(tIni, readsATextThatIsOrIsNotAsExpected) {
   }
 }
 
-// Whatever stands ahead of it, a name leads to the first section that has it.
+// Whatever stands ahead of it, a name leads to the first section that has it, and wherever it is
+// looked for, to the first item.
 TEST_F(tIni, findsSectionsBehindOthers) {
   for (const char* text : {"[A]\nK=1\n[B]\nK=2\n[C]\nK=3\n[D]\nK=4\n",
-                           "[C]\nK=3\n[B]\nK=2\n[A]\nK=1\n[D]\nK=4\n[C]\nK=9\n[B]\nK=9\n"}) {
+                           "[C]\nK=3\n[B]\nK=2\n[A]\nK=1\n[D]\nK=4\n[C]\nK=9\n[B]\nK=9\n",
+                           "[A]\nK=1\nL=2\n[AB]\nL=1\nK=2\n[AC]\nM=1\nK=2\nL=3\nM=4\n[B]\n"
+                           "K Line1=1\nK Line2=2\nK=3\n"}) {
     ASSERT_TRUE(load(text));
     const auto& sections = file_.store().sections();
+    std::string joined;
+    for (const tIniSection& section : sections) {
+      for (const char* tail : {"", "B", "C"}) {
+        EXPECT_EQ(file_.findSectionBelow(section, tail, joined),
+                  file_.findSection(std::string(section.name) + tail))
+            << text << section.name << tail;
+      }
+      for (const char* item : {"K", "L", "M"}) {
+        for (std::size_t from = 0; from < 5; ++from) {
+          std::size_t place = from;
+          EXPECT_EQ(file_.findItem(section, item, place), file_.findItem(&section, item))
+              << text << section.name << item << from;
+        }
+      }
+    }
     for (const char* name : {"A", "B", "C", "D", "E"}) {
       const tIniSection* const expected = file_.findSection(name);
       EXPECT_EQ(file_.findSectionBehind(nullptr, name), expected);

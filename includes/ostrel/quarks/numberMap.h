@@ -52,6 +52,7 @@ class tNumberMap {
   void growIndex() {
     constexpr std::size_t kSmallest = 64;
     index_.assign(std::max(kSmallest, 4 * index_.size()), 0);
+    entries_.reserve(index_.size() / 2);
     std::uint32_t count = 0;
     for (const tEntry& entry : entries_) index_[findSlot(entry.number)] = ++count;
   }
