@@ -27,26 +27,19 @@ slot() {
   echo "number(substring-before(substring-after(//g[@class='column'][starts-with(title,'Slot $1,')]/@transform,'('),' '))"
 }
 
-# The rectangle BAR, an XPath, reaches from slot FIRST to slot LAST and no further.
-reaches() {
-  local bar=$1 first=$2 last=$3 begin="number($1/@x)" end="$1/@x + $1/@width"
-  holds true "$begin >= $(slot "$first") and $begin < $(slot $((first + 1)))"
-  holds true "$end > $(slot "$last") and $end <= $(slot $((last + 1)))"
-}
-
 VARMEX_FSROOT=$here/samples
 draws 0
-holds 3 'count(//g[@class="chassis"])'
-holds 34 'count(//g[@class="column"])'
-holds 2 'count(//rect[@class="slot kind5"][../title="Slot 2, PXIe peripheral slot, trigger bus 1"])'
+holds '3 34' 'concat(count(//g[@class="chassis"]), " ", count(//g[@class="column"]))'
+holds 2 'count(//rect[@class="slot kind5"][starts-with(../title, "Slot 2, PXIe peripheral slot, trigger bus 1, ")])'
 holds 2 'count(//text[.="Chassis 3: Havrel Modular HM-1008" or .="serial number 0A41F27C"])'
 
 draws 0 1
 module="//g[@class='module'][text='TL-950 RF Generator']"  # below its alias
 holds GENERATOR "string($module/text[1])"
-holds true "$module/rect/@width > 2 * ($(slot 13) - $(slot 12))"
-holds true "$module/rect/@width < 3 * ($(slot 13) - $(slot 12))"
-reaches "//g[@class='bus'][title='Trigger bus 2']/rect" 7 12
+holds true "$module/rect/@width > 2 * ($(slot 13) - $(slot 12)) and $module/rect/@width < 3 * ($(slot 13) - $(slot 12))"
+bar="//g[@class='bus'][title='Trigger bus 2']/rect"  # from slot 7 to slot 12 and no further
+holds true "number($bar/@x) >= $(slot 7) and number($bar/@x) < $(slot 8)"
+holds true "$bar/@x + $bar/@width > $(slot 12) and $bar/@x + $bar/@width <= $(slot 13)"
 # The head of bridge 3 is under its destination.
 holds 4 'count(//g[@class="bridge"])'
 head="number(substring-before(substring-after(//g[@class='bridge'][starts-with(title,'Bridge 3 ')]/path[@class='head']/@d,'M'),' '))"
@@ -106,7 +99,7 @@ many=$(seq -s , 1000 1099)
   printf '[Chassis1TriggerBus1]\nSlotList = "1,2,3,2147483647"\n[Chassis1TriggerBus2]\nSlotList = 7\n'
   printf '[Chassis2]\nVendor = V\nModel = M\nSerialNumber = S\nSlotList = ""\n'
   printf '[Chassis3]\nVendor = V\nModel = M\nSerialNumber = S\nSlotList = "%s"\n' "$many"
-  for number in ${many//,/ }; do printf '[Chassis3Slot%s]\nSlotType = PXIeHybridSlot\n' "$number"; done
+  for number in ${many//,/ }; do printf '[Chassis3Slot%s]\nSlotType = PXIeHybridSlot\nLocalBusLeft = none\n' "$number"; done
 } >"$work/etc/pxi/pxiesys.ini"
 {
   printf '[System]\nChassisList = ""\n[Chassis1LineMappingSpec1]\nPXI_TRIG0 = 9\n'
@@ -120,16 +113,17 @@ draws 1
 is 0 "$(grep -c '<script' "$picture")" 'markup of a description in the picture'
 is yes "$([ "$(wc -c <"$picture")" -lt 100000 ] && echo yes)" 'bounded size'
 holds 1 'count(//text[starts-with(., "Chassis 1: <script>") and contains(., "&") and contains(., "]]>")])'
-holds 5 'count(//g[@class="chassis"][1]/g[@class="column"])'
-holds 2 'count(//g[@class="jump"])'
-holds 'bus 9' 'string(//g[@class="bridge"]/text[1])'
-holds 3 'count(//text[starts-with(., "Bridge ")])'
+holds '5 2' 'concat(count(//g[@class="chassis"][1]/g[@class="column"]), " ", count(//g[@class="jump"]))'
+holds '1 bus 9' 'concat(count(//g[@class="bridge"]), " ", //g[@class="bridge"]/text[1])'
 holds 'module of slot 1' 'string(//g[@class="module"][3]/text)'
-holds 1 'count(//text[.="No slots"])'
-holds 1 'count(//text[.="And 28 more slots, to 1099"])'
+holds '3 1 1' 'concat(count(//text[starts-with(., "Bridge ")]), " ", count(//text[.="No slots"]), " ",
+  count(//text[.="And 28 more slots, to 1099"]))'
 
-# A line beyond the eight of a bus.
-sed -i 's/PXI_TRIG0 = 9/PXI_TRIG0 = 8/' "$work/etc/pxi/pxisys.ini"
+# A line beyond the eight of a bus; an end of a bridge, and the type of a late slot, whose mark is told first.
+sed -i 's/PXI_TRIG0 = 9/PXI_TRIG0 = 8/; s/= 9$/= nine/' "$work/etc/pxi/pxisys.ini"
+sed -i '/Slot1009/,/SlotType/ s/^SlotType.*/SlotType = None/' "$work/etc/pxi/pxiesys.ini"
 drawn 1 '^!. +bridge 1 of chassis 1, .*names the destination line 8' -o -
+draws 1
+holds '!2 1' 'concat(//g[@class="bridge"]/text[1], " ", count(//text[contains(., "slot 3/1009, SlotType")]))'
 
 finish

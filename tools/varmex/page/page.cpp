@@ -193,8 +193,9 @@ class tPageWriter {
   void writeEnd() {
     html_ +=
         "<aside id=\"details\" aria-label=\"Details\"><p>Point at a slot, a bus, a bridge or a "
-        "star line. Choose two slots, by a click or Enter, for the trigger lines between "
-        "them.</p></aside>\n<div id=\"said\" role=\"status\"></div>\n";
+        "star line; a click or Enter keeps what is told of it here. Choose two slots for the "
+        "trigger lines between them. Escape ends it.</p></aside>\n<div id=\"said\" "
+        "role=\"status\"></div>\n";
     html_ += dataElement(kSavedAttributes, textOf(report_.saved));
     html_ += "<script>" + std::string(kPageScript.text) + "</script>\n</body>\n</html>\n";
   }

@@ -349,7 +349,8 @@
     for (const item of rack.section.querySelectorAll("[data-about]")) {
       for (const key of item.dataset.about.split(" ")) {
         for (const group of rack.groups(key.replace("-", " "))) {
-          group.classList.add(item.classList.contains("wrong") ? "wrong" : "doubtful");
+          group.classList.add(item.className);
+          group.setAttribute("aria-description", item.className);
         }
       }
     }

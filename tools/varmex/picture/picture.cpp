@@ -82,8 +82,9 @@ class tPage {
   std::string element() const {
     std::string groups;
     for (const tPart& part : parts_) groups += groupOf(part, {});
-    return "<svg class=\"drawing\"" + size(kInPage) + viewBox() + ">" + withoutBreaks(groups) +
-           "</svg>\n";
+    const char* const style = width_ < kPageWidth * 2 / 3 ? "drawing small" : "drawing";
+    return std::string("<svg class=\"") + style + '"' + size(kInPage) + viewBox() + ">" +
+           withoutBreaks(groups) + "</svg>\n";
   }
 
  private:

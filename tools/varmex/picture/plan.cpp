@@ -107,12 +107,13 @@ void addColumn(tStrip& strip, const tJson& slot) {
   const tSlotKind* const kind = kindOf(slot);
   const std::string number = textOf(slot, "SlotNumber");
   const std::string bus = textOf(slot, "TriggerBusNumber");
+  const std::string module = moduleOf(slot);
   const std::string mark = joined({markOf(slot, "opening"), markOf(slot, "SlotType")}, " ");
-  strip.columns.push_back({numberOf(slot, "SlotNumber").value_or(0), kind,
-                           mark.empty() ? kind->label : mark,
-                           joined({"Slot " + number, kind->name, textOf(slot, "PCISlotPath"),
-                                   bus.empty() ? bus : "trigger bus " + bus},
-                                  ", ")});
+  strip.columns.push_back(
+      {numberOf(slot, "SlotNumber").value_or(0), kind, mark.empty() ? kind->label : mark,
+       joined({"Slot " + number, kind->name, textOf(slot, "PCISlotPath"),
+               bus.empty() ? bus : "trigger bus " + bus, module == "-" ? "no module" : module},
+              ", ")});
 }
 
 void addBus(tStrip& strip, const tJson& slot, std::size_t column) {
