@@ -121,12 +121,15 @@ except TypeError:
 def test_a_handle_that_is_given_out_anew_keeps_its_session_open():
     closed = []
     held = []
-    owner = Owner(1, closed.append)
+
+    def note(handle):
+        closed.append(handle.value)
 
     def close(handle):
-        closed.append(handle)
-        held.append(Child(7, owner, closed.append))  # as another thread may
+        note(handle)
+        held.append(Child(7, owner, note))  # as another thread may
 
+    owner = Owner(1, note)
     Child(7, owner, close)
     owner.__del__()  # as the collector, within a cycle
     assert closed == [7]

@@ -89,7 +89,7 @@ def _reader(ask: Any, number: int, convert: Optional[Callable[[Any], Any]],
                 idle.append(pair)
                 if is_optional and code in ABSENT:
                     return None
-                answer = _raw.call(ask, handle._pointer, number)
+                answer = _raw.call(ask, handle.argument, number)
                 return answer if convert is None else convert(answer)
         idle.append(pair)
         return answer if convert is None else convert(answer)

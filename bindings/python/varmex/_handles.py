@@ -24,25 +24,24 @@ class Bound:
 class Owner:
     """An open handle with children. `closed` is set when the user ended it: what uses it after that
     is refused, while the handle itself stays open until its last user is gone. `argument` is the
-    handle in the form that calls take without a conversion."""
+    handle whether or not it was ended, in the form that calls take without a conversion."""
 
-    __slots__ = ("closed", "source_lines_to_8", "argument", "_pointer", "_close", "_children", "_open", "_released")
+    __slots__ = ("closed", "source_lines_to_8", "argument", "_close", "_children", "_open", "_released")
 
     def __init__(self, pointer: int, close: Any = _raw.library.varmex_close) -> None:
         self.closed = False
         self.source_lines_to_8: Optional[FrozenSet[int]] = None  # once that is known
         self.argument = c_void_p(pointer)
-        self._pointer = pointer
         self._close = close
         self._children: Set[int] = set()
-        self._open: List[int] = [pointer]
+        self._open: List[c_void_p] = [self.argument]
         self._released = False
 
     @property
-    def pointer(self) -> int:
+    def pointer(self) -> c_void_p:
         if self.closed:
             raise ClosedError("the session was closed")
-        return self._pointer
+        return self.argument
 
     @property
     def session(self) -> "Owner":
@@ -64,32 +63,31 @@ class Owner:
     def _close_when_last(self) -> None:
         if not self._children:
             try:
-                pointer = self._open.pop()
+                argument = self._open.pop()
             except IndexError:
                 return
-            self._close(pointer)
+            self._close(argument)
 
 
 class Child:
     """An open handle that came from a session: an item, a list, an iterator. `argument` as of an
     owner's."""
 
-    __slots__ = ("argument", "_pointer", "_close", "session")
+    __slots__ = ("argument", "_close", "session")
 
     def __init__(self, pointer: int, session: Owner,
                  close: Any = _raw.library.varmex_close) -> None:
         self.argument = c_void_p(pointer)
-        self._pointer = pointer
-        self._close: Callable[[int], Optional[object]] = close
+        self._close: Callable[[c_void_p], Optional[object]] = close
         self.session = session
         session.adopt(self)
 
     @property
-    def pointer(self) -> int:
+    def pointer(self) -> c_void_p:
         if self.session.closed:
             raise ClosedError("the session of this item was closed")
-        return self._pointer
+        return self.argument
 
     def __del__(self) -> None:
-        self._close(self._pointer)
+        self._close(self.argument)
         self.session.disown(self)

@@ -6,6 +6,7 @@ not asked. The look is coarser than the library's reader and errs on the side of
 """
 
 import re
+from ctypes import c_void_p
 from typing import FrozenSet, Optional, Type
 
 from . import _raw
@@ -40,7 +41,7 @@ def refusal_for(session: Owner, source_line: int) -> Optional[Error]:
     return None
 
 
-def _look(session: int) -> Optional[FrozenSet[int]]:
+def _look(session: c_void_p) -> Optional[FrozenSet[int]]:
     """None where the files are not those of the session any more."""
     found: FrozenSet[int] = frozenset()
     for attribute in (c.varmex_str_PxiSysPath, c.varmex_str_PxieSysPath):

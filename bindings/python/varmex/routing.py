@@ -103,7 +103,7 @@ class Route(Bound):
             ticket = self._live.pop()
         except IndexError:
             return
-        end(self._session._pointer, ticket)
+        end(self._session.argument, ticket)
         self._session.disown(self)
 
     def __enter__(self) -> "Route":
@@ -204,7 +204,7 @@ def _seed_json(seed: Seed) -> Any:
             "srcDeviceToken": seed.token}
 
 
-def _terminal_at(at: int) -> Terminal:
+def _terminal_at(at: c_void_p) -> Terminal:
     def text(name: bytes) -> str:
         value = _raw.call(_library.telmar_ra_varmex_TerminalIterator_getStringAttribute, at, name)
         return _raw.decode(value or b"")
