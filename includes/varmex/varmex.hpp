@@ -656,6 +656,7 @@ struct Module {
   std::optional<std::uint32_t> linkWidth;      // lanes as the link runs
   std::optional<std::uint32_t> linkWidthMax;   // that the module can use
   std::optional<std::uint32_t> slotLinkWidth;  // that its slot has
+  bool hasSlotLink;  // whether slots of that type have a link width; those of controllers have none
 
   // "1/9": chassis and slot.
   std::string place() const {
@@ -668,9 +669,10 @@ struct Module {
     return vendor + (vendor.empty() || model.empty() ? "" : " ") + model;
   }
 
-  // The most lanes that both module and slot can.
+  // The most lanes that both module and slot can; nothing where one of the two is not known.
   std::optional<std::uint32_t> possibleLinkWidth() const {
-    if (!linkWidthMax || !slotLinkWidth) return linkWidthMax ? linkWidthMax : slotLinkWidth;
+    if (!hasSlotLink) return linkWidthMax;
+    if (!linkWidthMax || !slotLinkWidth) return std::nullopt;
     return *linkWidthMax < *slotLinkWidth ? linkWidthMax : slotLinkWidth;
   }
   bool isLinkReduced() const {
@@ -785,6 +787,9 @@ class ModuleReader {
     module.chassisSerialNumber = serialNumber_;
     module.chassisIdentity = identity_;
     module.slotLinkWidth = slot.linkWidth1IfAny();
+    // Of a slot whose type can't be read nobody knows.
+    constexpr std::uint32_t kWithLink = varmex_slotType_PXIePeripheral;
+    module.hasSlotLink = (slot.typeIfAny().value_or(kWithLink) & kWithLink) != 0;
     attempts_.push_back({number_, number, std::move(module), std::nullopt});
   }
 

@@ -217,7 +217,8 @@ TEST_F(tWrapper, tellsModules) {
       "PeripheralModuleOccupiedSlotList=3,4\n"
       "[Chassis1Slot3]\nSlotType=PXIePeripheralSlot\n[Chassis1Slot4]\nSlotType=PXI-1Slot\n"
       "[Chassis1Slot5]\nSlotType=PXIeHybridSlot\nModel=Both\nInstanceName=1/2\n"
-      "AddressInfo=PXI0::7-0.0::INSTR\n"
+      "AddressInfo=PXI0::7-0.0::INSTR\nPeripheralSlotLinkWidth1=4\n"
+      "PeripheralModuleLinkWidthNegotiated=2\n"
       "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=1,2,3,4,5";
   machine_.writePxieSys(express + ",8,9\n");
   std::vector<std::string> texts;

@@ -4,6 +4,7 @@ import re
 from dataclasses import dataclass, replace
 from typing import TYPE_CHECKING, Any, Dict, Iterable, List, NamedTuple, Optional, Sequence, Tuple
 
+from . import constants as c
 from ._errors import Error
 
 if TYPE_CHECKING:
@@ -69,6 +70,7 @@ class Module:
         link_width: in lanes, as the link runs.
         link_width_max: in lanes, what the module can use.
         slot_link_width: in lanes, what its slot has.
+        has_slot_link: whether slots of that type have a link width; those of controllers have none.
     """
 
     chassis_number: int
@@ -86,6 +88,7 @@ class Module:
     link_width: Optional[int]
     link_width_max: Optional[int]
     slot_link_width: Optional[int]
+    has_slot_link: bool
 
     @property
     def place(self) -> str:
@@ -99,9 +102,12 @@ class Module:
 
     @property
     def possible_link_width(self) -> Optional[int]:
-        """The most lanes that both module and slot can."""
-        known = [width for width in (self.link_width_max, self.slot_link_width) if width is not None]
-        return min(known, default=None)
+        """The most lanes that both module and slot can; None where one of the two is not known."""
+        if not self.has_slot_link or self.link_width_max is None:
+            return self.link_width_max
+        if self.slot_link_width is None:
+            return None
+        return min(self.link_width_max, self.slot_link_width)
 
     @property
     def is_link_reduced(self) -> bool:
@@ -252,4 +258,4 @@ def _read_module(whole: Tuple[int, Optional[str], str], number: int,
         chassis_number, number, (number,), f"PXI{chassis_number}Slot{number}", alias, vendor, model,
         serial_number, identity, tuple(filter(None, re.split("[;+]", resources or ""))),
         tuple(function.address for function in functions), functions, width, width_max,
-        slot.link_width1)
+        slot.link_width1, slot.type is None or bool(slot.type & c.varmex_slotType_PXIePeripheral))

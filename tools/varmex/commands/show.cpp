@@ -61,7 +61,7 @@ void showLegend(const tJson& description, tPciNotation notation, std::ostream& o
            out);
   showLine("Link",
            std::string("lanes now / lanes that module and slot can; \"reduced\" is below that; ") +
-               "-/8 is a slot without a PXI Express module",
+               "-/8 is a slot without a PXI Express module; ? is not told",
            out);
   showLine("Star, DStar", "trigger.line of the slot, or the slot that drives the trigger", out);
   showLine("Lines", "of a bridge: a signal on line 6 comes out on 6 and 7 for 6>6-7", out);

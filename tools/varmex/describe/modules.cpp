@@ -155,8 +155,10 @@ std::string titleText(const tJson& module, tPciNotation) {
 }
 
 std::string linkText(const tJson& module, tPciNotation) {
-  const tLink link{numberOf(module, "width"), numberOf(module, "possibleWidth")};
-  return link.now ? linkTextOf(link) : markOf(module, "width");
+  tLink link{numberOf(module, "width"), numberOf(module, "possibleWidth"), markOf(module, "width"),
+             markOf(module, "slotWidth")};
+  if (link.possibleMark.empty()) link.possibleMark = markOf(module, "moduleWidth");
+  return link.now || !link.nowMark.empty() ? linkTextOf(link) : "";
 }
 
 std::string placeText(const tJson& module, tPciNotation) {

@@ -65,14 +65,30 @@ std::string moduleOf(const tJson& slot) {
 }
 
 tLink linkOf(const tJson& slot) {
+  constexpr const char* kSlotWidth = "PeripheralSlotLinkWidth1";
+  constexpr const char* kModuleWidth = "PeripheralModuleLinkWidthMax";
+  constexpr const char* kNow = "PeripheralModuleLinkWidthNegotiated";
   tLink link;
-  link.possible = numberOf(slot, "PeripheralSlotLinkWidth1");
+  const auto most = numberOf(slot, kSlotWidth);
+  link.possibleMark = markOf(slot, kSlotWidth);
   const tJson& devices = slot["Devices"];
-  if (devices.empty()) return link;
+  if (devices.empty() || numberOf(devices.front(), "DeviceIsExpress") == 0U) {
+    link.possible = most;
+    link.hasModule = false;
+    return link;
+  }
   const tJson& module = devices.front();
-  link.now = numberOf(module, "PeripheralModuleLinkWidthNegotiated");
-  const auto most = numberOf(module, "PeripheralModuleLinkWidthMax");
-  if (most) link.possible = std::min(*most, link.possible.value_or(*most));
+  link.now = numberOf(module, kNow);
+  link.nowMark = markOf(module, kNow);
+  const auto modules = numberOf(module, kModuleWidth);
+  if (link.possibleMark.empty()) link.possibleMark = markOf(module, kModuleWidth);
+  // Slots of some types, as those of controllers, have no width of their own.
+  const std::uint32_t type = numberOf(slot, "SlotType").value_or(varmex_slotType_PXIePeripheral);
+  if ((type & varmex_slotType_PXIePeripheral) == 0) {
+    link.possible = modules;
+  } else if (most && modules) {
+    link.possible = std::min(*most, *modules);
+  }
   return link;
 }
 
@@ -83,10 +99,14 @@ std::string linkTextOf(const tJson& slot) {
 }
 
 std::string linkTextOf(const tLink& link) {
-  if (!link.now && !link.possible) return {};
-  const std::string now = link.now ? 'x' + std::to_string(*link.now) : "-";
-  const std::string possible = link.possible ? std::to_string(*link.possible) : "?";
-  return now + '/' + possible + (link.isReduced() ? kReducedMark : "");
+  const auto part = [](const std::string& number, const std::string& mark, const char* otherwise) {
+    return !number.empty() ? number : !mark.empty() ? mark : otherwise;
+  };
+  const std::string now = link.now ? 'x' + std::to_string(*link.now) : "";
+  const std::string possible = link.possible ? std::to_string(*link.possible) : "";
+  if ((now + link.nowMark + possible + link.possibleMark).empty()) return {};
+  return part(now, link.nowMark, link.hasModule ? "?" : "-") + '/' +
+         part(possible, link.possibleMark, "?") + (link.isReduced() ? kReducedMark : "");
 }
 
 std::string triggerOf(const tJson& slot, const char* number, const char* lineName,

@@ -21,17 +21,21 @@ std::string moduleOf(const tJson& slot);
 std::string addressesOf(const tJson& slot, tPciNotation notation);
 
 // The PCI Express link of a slot, in lanes: as it runs, which an empty slot's does not, and the
-// most that both the slot and its module can.
+// most that both the slot and its module can, which nobody knows while one of the two is not known.
+// Of what is not known there is a mark where it can't be read.
 struct tLink {
   std::optional<std::uint32_t> now;
   std::optional<std::uint32_t> possible;
+  std::string nowMark = {};
+  std::string possibleMark = {};
+  bool hasModule = true;  // of PCI Express
 
   bool isReduced() const { return now && possible && *now < *possible; }
 };
 tLink linkOf(const tJson& slot);
 
-// "x4/8 reduced" for 4 lanes now of 8 that both can, "-/8" for a slot without a PXI Express
-// module.
+// "x4/8 reduced" for 4 lanes now of 8 that both can, "x4/!1" and "x4/?" where that can't be read or
+// is not told, "-/8" for a slot without a PXI Express module. Empty where nothing is known.
 std::string linkTextOf(const tLink& link);
 std::string linkTextOf(const tJson& slot);
 

@@ -29,12 +29,11 @@ bool holdsModule(const tJson& slot) {
   return !slot["Devices"].empty() || slot.contains("SystemSlotModel");
 }
 
-// The width now, and beside it what slot and module can where that is more.
+// The width now, and beside it what slot and module can where that is more or can't be read.
 std::string shortLinkOf(const tJson& slot) {
   const tLink link = linkOf(slot);
-  if (!link.now) return {};
-  const std::string now = 'x' + std::to_string(*link.now);
-  return link.isReduced() ? now + '/' + std::to_string(*link.possible) : now;
+  const std::string now = link.now ? 'x' + std::to_string(*link.now) : link.nowMark;
+  return joined({now, link.isReduced() ? std::to_string(*link.possible) : link.possibleMark}, "/");
 }
 
 void addFunctions(tPanel& panel, const tJson& slot, tPciNotation notation) {
