@@ -21,6 +21,11 @@ bool hasUnsupportedMark(std::string_view bytes) {
 
 }  // namespace
 
+tIniText::tIniText(std::string_view bytes) {
+  content_.bytes = std::make_unique<char[]>(bytes.size() + tIniLineReader::kPadding);
+  content_.size = bytes.copy(content_.bytes.get(), bytes.size());
+}
+
 int tIniText::read(const char* path, tLooked looked, const tContentDigest* expected) {
   clear();
   int result = kIniOutOfMemory;

@@ -20,6 +20,10 @@ enum tIniResult : int {
 // The bytes of a description file as they stand on the disk.
 class tIniText {
  public:
+  tIniText() = default;
+  // Of bytes that come from elsewhere.
+  explicit tIniText(std::string_view bytes);
+
   // Replaces the content by that of the file; on failure nothing is left. A file whose digest is as
   // expected, if anything is, is read once and not kept. One of the same size and another digest is
   // read again.

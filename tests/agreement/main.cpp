@@ -24,8 +24,6 @@ namespace {
 
 using tFindings = std::vector<tool::tFinding>;
 
-constexpr const char* kFails = " fails with ";
-
 const char* const kFileNames[] = {"pxisys.ini", "pxiesys.ini"};
 
 // Each finding that can be wrong; a long run must have met them all.
@@ -35,16 +33,6 @@ const std::set<std::string> kWrong = {"bad-list",          "bad-number",
                                       "files-disagree",    "line-map-out-of-range",
                                       "missing-item",      "missing-section",
                                       "unknown-slot-type", "wrong-encoding"};
-
-std::string refusalOf(const tool::tFinding& finding) {
-  const std::size_t place = finding.answer.find(kFails);
-  return place == std::string::npos ? ""
-                                    : finding.answer.substr(place + std::string(kFails).size());
-}
-
-std::string questionOf(const tool::tFinding& finding) {
-  return finding.answer.substr(0, finding.answer.find(kFails));
-}
 
 // All eight lines of a map that isn't there are one finding.
 std::string withoutLine(std::string words) {
@@ -70,7 +58,7 @@ class tCase {
     for (const tool::tFinding& finding : findings) {
       checkPlace(finding);
       if (finding.severity != tool::tSeverity::wrong) continue;
-      words_.emplace(withoutLine(refusalOf(finding)), placeOf(finding));
+      words_.emplace(withoutLine(finding.refusal), placeOf(finding));
       met.insert(finding.id);
     }
     checkSound(findings);
@@ -118,12 +106,12 @@ class tCase {
   void checkSound(const tFindings& findings) {
     for (const tool::tFinding& finding : findings) {
       if (finding.severity != tool::tSeverity::wrong) continue;
-      const std::string expected = refusalOf(finding);
-      const std::string words = askAgain(questionOf(finding));
+      const std::string expected = finding.refusal;
+      const std::string words = askAgain(finding.question);
       if (expected.empty() || words.empty()) {
         complain("not refused", finding.id + ": " + finding.answer);
       } else if (words != expected && !isExplainedElsewhere(words, placeOf(finding))) {
-        complain("refused otherwise", finding.answer + " but with " + words);
+        complain("refused otherwise", finding.question + ": " + expected + ", but " + words);
       }
     }
   }
@@ -150,7 +138,7 @@ class tCase {
     for (const tRefusal& refusal : refusals) {
       if (isAbsence(refusal.words, files)) continue;
       if (words_.contains(withoutLine(refusal.words))) continue;
-      complain("no finding", refusal.question + kFails + refusal.words);
+      complain("no finding", refusal.question + " fails with " + refusal.words);
     }
   }
 

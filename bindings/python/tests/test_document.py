@@ -56,6 +56,7 @@ FAULTS = [
     ("pxiesys.ini", rb"ORX-1820", b"ORX-\xfc\xc3\xff", True),
     ("pxiesys.ini", rb"(SlotType *= *)[^\r\n]*", rb"\1Nonsense", True),
     ("pxiesys.ini", rb"(PeripheralSlotLinkWidth1 *= *)[^\r\n]*", rb"\1many", True),
+    ("pxiesys.ini", rb"(LinkWidthMax *= *)[^\r\n]*", rb"\1many", True),
     ("pxisys.ini", rb"(PXI_TRIG6 *= *)[^\r\n]*", rb"\g<1>8", True),
     ("pxisys.ini", rb"(LineMappingSpec *= *)[^\r\n]*", rb"\g<1>99", True),
     ("pxisys.ini", rb"\[Chassis1TriggerBridge2\]", b"[Elsewhere]", False),

@@ -3,6 +3,7 @@
 from typing import TYPE_CHECKING, Any, Callable, Dict, Iterable, List, Mapping, Optional, Tuple
 
 from . import constants as c
+from ._absence import ROWS
 from ._attributes import Attribute
 from ._errors import AbsentError, Error
 from ._line_8 import LineEightError
@@ -83,15 +84,12 @@ def _told(questions: "List[Tuple[str, Callable[[], Any]]]", why: bool, lists: Li
 
 def _is_absence(name: str, error: Error) -> bool:
     """Whether the description says nothing about the attribute, or the item is of another kind. The
-    code for "not available" stands for what can't be read, too; the text tells them apart."""
+    code for "not available" stands for what can't be read, too; the text tells them apart, by the
+    rows that the command goes by."""
     if not isinstance(error, AbsentError) or error.code != c.varmex_errorInformationNotAvailable:
         return isinstance(error, AbsentError)
-    # A slot type that nobody knows is a fault of the type, not of all that depends on it.
-    if '"bad_slot_type"' in error.json:
-        return name != "SlotType"
-    if '"mappingSection_"' in error.json:  # a bridge names a line map that is not there
-        return False
-    return '"wrappedMessage"' not in error.json or ' not found"' in error.json
+    absence, otherwise = next(row[1:] for row in ROWS if row[0] in error.json)
+    return absence != (otherwise == name)
 
 
 def _reason(error: Error) -> Document:

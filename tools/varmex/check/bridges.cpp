@@ -44,7 +44,11 @@ class tBridgeCheck {
     }
     rules_.doubtDisagreement(section_, kMap);
     const auto map = rules_.takeUnsigned(rules_.classic, section_, kMap, question(""));
-    if (map) checkMap(chassis_.section + kMap + std::to_string(*map));
+    if (map) {
+      checkMap(chassis_.section + kMap + std::to_string(*map));
+    } else {
+      rules_.mayBeUsed.insert(chassis_.section + kMap);
+    }
   }
 
  private:
@@ -78,7 +82,7 @@ class tBridgeCheck {
       for (const std::uint32_t number : numbers.value_or(tNumbers())) {
         const auto destination = static_cast<std::int32_t>(number);
         if (destination >= 0 && destination < kLineCount) continue;
-        const std::string refusal =
+        const tRefusedAnswer refusal =
             destination == kLineCount
                 ? outOfRange()
                 : conflict({{"attribute", item}, {"destinationLine", std::to_string(destination)}});
@@ -117,6 +121,7 @@ void checkBridges(tRules& rules, const tChassisPlan& chassis) {
     if (!file->hasItem(chassis.section, kBridgeList)) continue;
     const auto list = rules.takeList(*file, chassis.section, kBridgeList,
                                      aboutChassis(chassis.number, "trigger bridges"));
+    if (!list) rules.mayBeUsed.insert(chassis.section + kMap);
     for (const std::uint32_t bridge : list.value_or(tNumbers())) {
       bridges.emplace(bridge, file->at(chassis.section, kBridgeList));
     }

@@ -14,7 +14,7 @@ constexpr const char* kPath = "PCISlotPath";
 constexpr const char* kRootBus = "PCISlotPathRootBus";
 constexpr std::uint32_t kLastBus = 0xFF;
 
-std::string disagreeRefusal(const std::string& section, const char* item) {
+tRefusedAnswer disagreeRefusal(const std::string& section, const char* item) {
   return conflict({{"itemName", item}, {"sectionName_", section}});
 }
 
@@ -53,10 +53,10 @@ void checkSlotPath(tRules& rules, const tChassisPlan& chassis) {
   const std::string section = chassis.slotSection(2);
   const tCheckedFile& file = rules.classic;
   const tQuestion question = aboutChassis(chassis.number);
-  const std::string invalid = conflict(
+  const tRefusedAnswer invalid = conflict(
       {{"message", "The chassis does not have valid slot paths in the system description file."}});
   const auto refuse = [&](const char* id, const char* item, const std::string& message,
-                          const std::string& refusal) {
+                          const tRefusedAnswer& refusal) {
     rules.findings.addRefused(id, file.at(section, item, file.at(chassis.section)), message,
                               question, refusal);
   };
@@ -95,7 +95,7 @@ void checkIdentity(tRules& rules, const tChassisPlan& chassis) {
 }
 
 void checkAgreement(tRules& rules, const tChassisPlan& chassis, const char* item,
-                    const char* attribute, const std::string& refusal) {
+                    const char* attribute, const tRefusedAnswer& refusal) {
   if (!rules.disagree(chassis.section, item)) return;
   rules.findings.addRefused("files-disagree", rules.express.at(chassis.section, item),
                             rules.disagreement(chassis.section, item),

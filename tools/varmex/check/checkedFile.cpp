@@ -57,19 +57,6 @@ bool endsLine(std::string_view text, std::size_t place) {
   return text[place] == '\r' && (place + 1 == text.size() || text[place + 1] != '\n');
 }
 
-// The marks that the library refuses, the longer ones first.
-const char* refusedEncoding(std::string_view bytes) {
-  if (bytes.starts_with("\xFF\xFE\0\0"sv) || bytes.starts_with("\0\0\xFE\xFF"sv)) return "UTF-32";
-  if (bytes.starts_with("\xFF\xFE"sv) || bytes.starts_with("\xFE\xFF"sv)) return "UTF-16";
-  return nullptr;
-}
-
-// Without a mark, every other byte of plain text is a NUL.
-bool looksLikeUtf16(std::string_view bytes) {
-  const auto zeros = std::count(bytes.begin(), bytes.end(), '\0');
-  return bytes.size() >= 8 && static_cast<std::size_t>(zeros) > bytes.size() / 3;
-}
-
 // What the reader passes over, drops or merges, line by line.
 class tLineCheck {
  public:
@@ -138,17 +125,23 @@ tCheckedFile::tCheckedFile(const char* name, std::string path)
 }
 
 void tCheckedFile::load() {
+  bool isRead = true;
   try {
-    if (!ini_.read(path_)) {
-      throw std::runtime_error("can't read " + path_ +
-                               ": make it a regular file that you have the right to read");
-    }
-  } catch (const varmex::tIniException& error) {
-    refusal_ = readerRefusal(error.what());
+    isRead = ini_.read(path_);
+  } catch (const varmex::tIniException&) {
+    // for its encoding
+  }
+  if (!isRead) {
+    throw std::runtime_error("can't read " + path_ +
+                             ": make it a regular file that you have the right to read");
   }
   bytes_ = readBytes(path_);
-  looksLikeUtf16_ = looksLikeUtf16(bytes_);
-  if (refusal_.empty()) takeLines();
+  encoding_ = wideEncodingOf(bytes_);
+  if (encoding_) {
+    bytes_ = narrowed(bytes_, *encoding_);
+    ini_.load(varmex::tIniText(bytes_));
+  }
+  takeLines();
 }
 
 void tCheckedFile::takeLines() {
@@ -261,27 +254,22 @@ std::vector<std::string> tCheckedFile::sections() const {
   return names;
 }
 
-bool tCheckedFile::checkEncoding(tFindings& findings) const {
-  if (!refusal_.empty()) {
-    const char* const encoding = refusedEncoding(bytes_);
-    findings.addRefused("wrong-encoding", at(""),
-                        std::string("the file is in ") +
-                            (encoding ? encoding : "a strange encoding") +
-                            "; the library reads UTF-8 or the bytes of a code page",
-                        aboutSession(), refusal_);
-    return false;
+void tCheckedFile::checkEncoding(tFindings& findings) const {
+  if (!encoding_) return;
+  const std::string reads = "; the library reads UTF-8 or the bytes of a code page";
+  if (encoding_->mark.empty()) {
+    findings.add(tSeverity::doubtful, "wrong-encoding", {name_, 1, "", ""},
+                 "the file looks like UTF-16 without a mark" + reads, "as if the file were empty");
+  } else {
+    findings.addRefused("wrong-encoding", {name_, 1, "", ""},
+                        std::string("the file is in ") + encoding_->name + reads, aboutSession(),
+                        readerRefusal("An exception occurred in tIniFile"));
   }
-  if (!looksLikeUtf16_) return true;
-  findings.add(
-      tSeverity::doubtful, "wrong-encoding", at(""),
-      "the file looks like UTF-16 without a mark; the library reads UTF-8 or the bytes of a "
-      "code page",
-      "as if the file were empty");
-  return false;
 }
 
 void tCheckedFile::checkLines(tFindings& findings) const {
-  if (!exists_ || !checkEncoding(findings)) return;
+  if (!exists_) return;
+  checkEncoding(findings);
   tLineCheck check(*this, findings);
   for (const tSourceLine& line : lines_) {
     if (findings.isFull()) return;

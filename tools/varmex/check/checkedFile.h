@@ -6,6 +6,7 @@
 #include "corpxiTools/iniFile.h"
 #include "tools/varmex/check/findings.h"
 #include "tools/varmex/check/refusals.h"
+#include "tools/varmex/text/encoding.h"
 
 namespace tool {
 
@@ -17,7 +18,7 @@ struct tReading {
   std::optional<Value> value;
   const char* id = nullptr;  // of the finding
   std::string message;
-  std::string refusal;  // the library's words
+  tRefusedAnswer refusal;
 
   explicit operator bool() const { return value.has_value(); }
   const Value& operator*() const { return *value; }
@@ -58,6 +59,10 @@ class tCheckedFile {
   tPosition at(const std::string& section, const std::string& item,
                const tPosition& otherwise) const;
 
+  // Whether the library reads nothing of it, for its encoding. It is checked as it is once it was
+  // saved as UTF-8.
+  bool isMisread() const { return encoding_.has_value(); }
+
   // What the reader refuses, passes over, drops or merges on its way through the lines.
   void checkLines(tFindings& findings) const;
 
@@ -67,7 +72,7 @@ class tCheckedFile {
  private:
   void load();
   void takeLines();
-  bool checkEncoding(tFindings& findings) const;
+  void checkEncoding(tFindings& findings) const;
   std::uint32_t editorLine(std::uint32_t readerLine) const;
   template <class Value, class Read>
   tReading<Value> readAs(const char* id, const char* complaint, const std::string& section,
@@ -77,9 +82,8 @@ class tCheckedFile {
   std::string path_;
   bool exists_;
   std::string bytes_;  // of the lines, cut as the library cuts them
-  bool looksLikeUtf16_ = false;
+  std::optional<tWideEncoding> encoding_;
   varmex::tIniFile ini_;
-  std::string refusal_;  // of the whole file
   std::vector<tSourceLine> lines_;
   std::map<std::pair<std::string, std::string>, std::uint32_t> valueless_;  // to the line
 };

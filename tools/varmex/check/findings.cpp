@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 namespace tool {
 
@@ -39,21 +40,27 @@ tQuestion aboutBridge(std::uint32_t chassis, std::uint32_t bridge, const std::st
 }
 
 void tFindings::addRefused(const char* id, const tPosition& position, const std::string& message,
-                           const tQuestion& question, const std::string& refusal) {
+                           const tQuestion& question, const tRefusedAnswer& refusal) {
   alsoRefused(question, refusal);
-  add(tSeverity::wrong, id, position, message, question.text + " fails with " + refusal);
+  add({id, tSeverity::wrong, position, message, question.text + " fails: " + refusal.told(), "",
+       question.text, refusal.words});
 }
 
 void tFindings::add(tSeverity severity, const char* id, const tPosition& position,
                     const std::string& message, const std::string& answer) {
-  if (isFull()) return;
-  const std::string place = position.file + ':' + std::to_string(position.line);
-  if (!known_.insert(place + '\n' + position.item + '\n' + id + '\n' + message).second) return;
-  list_.push_back({id, severity, position, message, answer, {}});
+  add({id, severity, position, message, answer});
 }
 
-void tFindings::alsoRefused(const tQuestion& question, const std::string& refusal) {
-  refusals_.insert(refusalKey(question.chassis, refusal));
+void tFindings::add(tFinding finding) {
+  if (isFull()) return;
+  const tPosition& position = finding.position;
+  const std::string place = position.file + ':' + std::to_string(position.line);
+  const std::string key = place + '\n' + position.item + '\n' + finding.id + '\n' + finding.message;
+  if (known_.insert(key).second) list_.push_back(std::move(finding));
+}
+
+void tFindings::alsoRefused(const tQuestion& question, const tRefusedAnswer& refusal) {
+  refusals_.insert(refusalKey(question.chassis, refusal.words));
 }
 
 bool tFindings::explain(const std::optional<std::uint32_t>& chassis,

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/varmex/check/refusals.h"
+
 namespace tool {
 
 // A place in the description.
@@ -28,8 +30,10 @@ struct tFinding {
   tSeverity severity;
   tPosition position;
   std::string message;
-  std::string answer;  // what the library answers because of it
-  std::string source;  // the text of the line
+  std::string answer;         // what the library answers because of it
+  std::string source = {};    // the text of the line
+  std::string question = {};  // what it refuses, if anything
+  std::string refusal = {};   // in these words (varmex::Error::what)
 };
 
 // Something that the library can be asked, in words. Of what belongs to no chassis, the session is
@@ -50,16 +54,16 @@ class tFindings {
  public:
   static constexpr std::size_t kMost = 1000;
 
-  // The library refuses the question in these words (varmex::Error::what) because of it.
+  // The library refuses the question with that because of it.
   void addRefused(const char* id, const tPosition& position, const std::string& message,
-                  const tQuestion& question, const std::string& refusal);
+                  const tQuestion& question, const tRefusedAnswer& refusal);
 
   // The library does not refuse anything.
   void add(tSeverity severity, const char* id, const tPosition& position,
            const std::string& message, const std::string& answer);
 
   // The library refuses this, too, because of a finding that is there already.
-  void alsoRefused(const tQuestion& question, const std::string& refusal);
+  void alsoRefused(const tQuestion& question, const tRefusedAnswer& refusal);
 
   // Whether a finding tells why the library refuses something about that chassis in these words.
   bool explain(const std::optional<std::uint32_t>& chassis, const std::string& refusal) const;
@@ -70,6 +74,8 @@ class tFindings {
   std::vector<tFinding> sorted() const;
 
  private:
+  void add(tFinding finding);
+
   std::vector<tFinding> list_;
   std::set<std::string> known_;
   std::set<std::string> refusals_;

@@ -50,7 +50,7 @@ class tAsker {
     try {
       answer();
     } catch (const varmex::Error& error) {
-      if (!meansAbsence(error.code())) take(question, error.what());
+      if (!meansAbsence(error.code())) take(question, answerOf(error));
     } catch (const std::out_of_range& error) {
       take(question, outOfRange());
     }
@@ -83,7 +83,7 @@ class tAsker {
     varmex::Status status;
     varmex_getU32Attribute(chassis.handle(), varmex_u32_IsTriggerManagerNative, status);
     if (status.code() != varmex_errorInformationConflict) return;
-    take(aboutChassis(chassis_.number, "IsTriggerManagerNative"), status.error().what());
+    take(aboutChassis(chassis_.number, "IsTriggerManagerNative"), answerOf(status.error()));
   }
 
   void askSlot(const varmex::Slot& slot) {
@@ -102,8 +102,9 @@ class tAsker {
     }
   }
 
-  void take(const tQuestion& question, const std::string& refusal) {
-    if (rules_.findings.explain(chassis_.number, refusal) || isOrdinary(refusal)) return;
+  void take(const tQuestion& question, const tRefusedAnswer& refusal) {
+    if (rules_.findings.explain(chassis_.number, refusal.words)) return;
+    if (isOrdinary(refusal.words)) return;
     const std::string& section = section_.empty() ? chassis_.section : section_;
     const tCheckedFile* const file = rules_.firstWith(section);
     rules_.findings.addRefused("unexplained-failure", (file ? *file : rules_.classic).at(section),
@@ -115,16 +116,18 @@ class tAsker {
   // Nothing that is there is at fault: something that may be absent is.
   bool isOrdinary(const std::string& refusal) const {
     for (const char* item : kOptionalItems) {
-      if (refusal == itemNotFound(section_, item) && !isBlank(item)) return true;
+      if (!refusal.ends_with(item + std::string(" not found"))) continue;
+      if (refusal == itemNotFound(section_, item).words && !isBlank(item)) return true;
     }
     for (const char* item : {"TriggerManager", "TriggerBusList"}) {
-      if (refusal == notAvailable({{"itemName", item}, {"sectionName_", chassis_.section}})) {
+      if (refusal == notAvailable({{"itemName", item}, {"sectionName_", chassis_.section}}).words) {
         return true;
       }
     }
-    return refusal == notAvailable({{"message", "There is no device occupying this slot"}}) ||
+    return refusal == notAvailable({{"message", "There is no device occupying this slot"}}).words ||
            refusal ==
-               notAvailable({{"attribute", std::to_string(varmex_str_ChassisDescriptionFile)}});
+               notAvailable({{"attribute", std::to_string(varmex_str_ChassisDescriptionFile)}})
+                   .words;
   }
 
   // A number item without a number counts as absent, and yet is a fault.
@@ -149,7 +152,7 @@ void checkFailure(tRules& rules, const varmex::Error& failure) {
   const tCheckedFile& file = rules.classic.exists() ? rules.classic : rules.express;
   rules.findings.addRefused("session-fails", file.at(""),
                             "the session does not open: " + withShownPaths(sentenceFor(failure)),
-                            aboutSession(), failure.what());
+                            aboutSession(), answerOf(failure));
 }
 
 }  // namespace tool

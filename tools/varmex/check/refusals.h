@@ -2,28 +2,41 @@
 #define TOOLS_VARMEX_CHECK_REFUSALS_H
 
 #include <cstdint>
-#include <initializer_list>
 #include <string>
 #include <utility>
+#include <vector>
+
+#include "varmex/varmex.hpp"
 
 namespace tool {
 
-// The library's words for what it refuses, as varmex::Error has them. They are made here and not
-// asked for, so that each finding tells what it leads to by itself, whatever else is wrong and
-// whether or not a session opens.
+// What it tells of the occasion.
+using tDetails = std::vector<std::pair<const char*, std::string>>;
 
-using tDetails = std::initializer_list<std::pair<const char*, std::string>>;
+// What the library says no with. It is made here and not asked for, so that each finding tells what
+// it leads to by itself, whatever else is wrong and whether or not a session opens.
+struct tRefusedAnswer {
+  std::string words;  // as varmex::Error has them
+  std::string constant;
+  std::int32_t code;  // 0 for an exception that is none of the library's
+  tDetails details = {};
+  std::string json = {};  // of an answer that was asked for, in the place of the details
 
-std::string notAvailable(tDetails details);
-std::string conflict(tDetails details);
-std::string unknownItem(tDetails details);
-std::string softwareFault(tDetails details);
-std::string noTriggerManagerLibrary();
-std::string outOfRange();  // not a code but the exception of a destination line 8
+  // For people: a sentence, then constant and code.
+  std::string told() const;
+};
+
+tRefusedAnswer notAvailable(const tDetails& details);
+tRefusedAnswer conflict(const tDetails& details);
+tRefusedAnswer unknownItem(const tDetails& details);
+tRefusedAnswer softwareFault(const tDetails& details);
+tRefusedAnswer noTriggerManagerLibrary();
+tRefusedAnswer outOfRange();  // not a code but the exception of a destination line 8
+tRefusedAnswer answerOf(const varmex::Error& error);
 
 // Of an item that isn't there, and of whatever else the reader of the files says.
-std::string itemNotFound(const std::string& section, const std::string& item);
-std::string readerRefusal(const std::string& message);
+tRefusedAnswer itemNotFound(const std::string& section, const std::string& item);
+tRefusedAnswer readerRefusal(const std::string& message);
 
 }  // namespace tool
 

@@ -1,5 +1,7 @@
 #include "tools/varmex/check/rules.h"
 
+#include <algorithm>
+
 namespace tool {
 
 const tCheckedFile* tRules::firstWith(const std::string& section) const {
@@ -32,6 +34,8 @@ std::optional<tNumbers> tRules::takeList(const tCheckedFile& file, const std::st
   if (!reading) {
     refuse(reading, otherwise ? file.at(section, item, *otherwise) : file.at(section, item),
            question);
+    // "SlotList" leads from [Chassis1] to [Chassis1Slot2].
+    if (file.hasItem(section, item)) mayBeUsed.insert(section + item.substr(0, item.rfind("List")));
     return std::nullopt;
   }
   std::set<std::uint32_t> once;
@@ -45,6 +49,11 @@ std::optional<tNumbers> tRules::takeList(const tCheckedFile& file, const std::st
     }
   }
   return list;
+}
+
+bool tRules::mayUse(const std::string& section) const {
+  return std::any_of(mayBeUsed.begin(), mayBeUsed.end(),
+                     [&](const std::string& name) { return section.starts_with(name); });
 }
 
 bool tRules::disagree(const std::string& section, const std::string& item) const {
@@ -68,7 +77,7 @@ void tRules::doubtDisagreement(const std::string& section, const std::string& it
 void checkUnused(tRules& rules) {
   for (const tCheckedFile* file : {&rules.classic, &rules.express}) {
     for (const std::string& section : file->sections()) {
-      if (rules.used.contains(section)) continue;
+      if (rules.used.contains(section) || rules.mayUse(section)) continue;
       rules.doubt("unreferenced-section", file->at(section), "nothing refers to the section",
                   "as without the section, unless it is asked for by its number");
     }

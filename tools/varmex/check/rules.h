@@ -49,6 +49,9 @@ class tRules {
                                    const std::optional<tQuestion>& question,
                                    const std::optional<tPosition>& otherwise = std::nullopt);
 
+  // Whether a list that can't be read may lead to the section.
+  bool mayUse(const std::string& section) const;
+
   // Both files have the item and do not agree.
   bool disagree(const std::string& section, const std::string& item) const;
   void doubtDisagreement(const std::string& section, const std::string& item);
@@ -57,7 +60,8 @@ class tRules {
   const tCheckedFile& classic;
   const tCheckedFile& express;
   tFindings& findings;
-  std::set<std::string> used;  // sections that something refers to
+  std::set<std::string> used;       // sections that something refers to
+  std::set<std::string> mayBeUsed;  // beginnings of the names that a list has which can't be read
 };
 
 // A chassis that a list or a section names.

@@ -32,6 +32,7 @@ struct tWalk {
       if (const tJson reply = work(); !reply.is_null()) step["reply"] = reply;
     } catch (const varmex::Error& error) {
       step["code"] = error.code();
+      step["sentence"] = toldFailure(error).sentence;
       step["status"] = tJson::parse(error.json(), nullptr, false);
       if (!failure) failure = error;
     }
@@ -43,8 +44,9 @@ void show(const tJson& steps) {
   for (const tJson& step : steps) {
     std::cout << std::left << std::setw(11) << step.value("step", "");
     if (step.value("code", 0) != 0) {
-      std::cout << "error " << step.value("code", 0) << ' '
-                << step["status"].value("error_constant", "unnamed");
+      const tJson& status = step["status"];
+      std::cout << failureText(status.is_object() ? status.value("error_constant", "") : "",
+                               step.value("code", 0), step.value("sentence", ""));
     } else {
       std::cout << (step.contains("reply") ? step["reply"].dump() : "done");
     }

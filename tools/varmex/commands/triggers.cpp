@@ -1,6 +1,5 @@
 #include "tools/varmex/commands/list.h"
 
-#include <algorithm>
 #include <iostream>
 
 #include "tools/varmex/describe/describe.h"
@@ -74,29 +73,8 @@ void showStars(const tJson& document) {
   }
 }
 
-// "bridge 1, line 0: reason" of each, where one reason stands once: "bridge 1, line 0 and 7 more".
-void tellUnread(const tJson& unread) {
-  struct tFault {
-    std::string place;
-    std::string reason;
-    std::size_t more;
-  };
-  std::vector<tFault> faults;
-  for (const tJson& sentence : unread) {
-    const auto text = sentence.get<std::string>();
-    const std::string reason = text.substr(text.find(": "));
-    const auto known = std::find_if(faults.begin(), faults.end(),
-                                    [&](const tFault& one) { return one.reason == reason; });
-    if (known != faults.end()) {
-      ++known->more;
-    } else {
-      faults.push_back({text.substr(0, text.size() - reason.size()), reason, 0});
-    }
-  }
-  for (const tFault& fault : faults) {
-    const std::string others = fault.more > 0 ? " and " + std::to_string(fault.more) + " more" : "";
-    tellFailure(std::runtime_error(fault.place + others + fault.reason));
-  }
+void tellUnread(const tFaults& faults) {
+  for (const tFault& fault : faults) tellFailure(std::runtime_error(lineOf(fault)));
   if (faults.empty()) return;
   std::cerr << faults.size() << (faults.size() == 1 ? " fault" : " faults")
             << " may hide ways. Run \"varmex check\" to see what to mend.\n";
@@ -117,7 +95,7 @@ class tTriggers : public tCommand {
 
   tExitStatus run() override {
     const varmex::Session session = installation_.open();
-    const tJson document =
+    const auto [document, unread] =
         describeTriggers(session, openSlot(session, from_), openSlot(session, to_),
                          isAllAsked_ ? varmex::WaysWanted::all : varmex::WaysWanted::shortest);
     if (asJson_) {
@@ -128,7 +106,6 @@ class tTriggers : public tCommand {
       showWays(document);
       showStars(document);
     }
-    const tJson& unread = document["unread"];
     tellUnread(unread);
     const bool isFound = !document["ways"].empty() || !document["stars"].empty();
     if (!isFound) tellFailure(std::runtime_error(document["reason"]));

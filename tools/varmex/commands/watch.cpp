@@ -8,6 +8,7 @@
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/compare.h"
 #include "tools/varmex/describe/describe.h"
+#include "tools/varmex/describe/fields.h"
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/describe/reason.h"
 #include "tools/varmex/text/columns.h"
@@ -91,10 +92,9 @@ class tWatch : public tCommand {
       const tReason reason = reasonOf(failure);
       const std::string text = failureText(reason.constant, reason.code, reason.sentence);
       if (text != trouble_) {
-        tell("The description can't be read: " + text, {{"event", "unreadable"},
-                                                        {"code", reason.code},
-                                                        {"constant", reason.constant},
-                                                        {"detail", reason.detail}});
+        tJson event = {{"event", "unreadable"}};
+        event.update(jsonOf(reason));
+        tell(visible(joined({"The description can't be read:", text, reason.remedy}, " ")), event);
       }
       trouble_ = text;
       // What is there later is news, all of it, to who has seen nothing yet.

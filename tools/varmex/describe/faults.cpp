@@ -1,5 +1,6 @@
 #include "tools/varmex/describe/faults.h"
 
+#include <algorithm>
 #include <map>
 
 #include "tools/varmex/describe/fields.h"
@@ -71,14 +72,22 @@ void markFaults(tJson& description) {
   });
 }
 
-std::vector<tFault> faultsOf(const tJson& part) {
-  std::vector<tFault> faults;
-  std::map<std::string, std::size_t> places;
+void addFault(tFaults& faults, const std::string& mark, const std::string& where,
+              const std::string& reason) {
+  const auto known = std::find_if(faults.begin(), faults.end(), [&](const tFault& fault) {
+    return fault.mark == mark && fault.reason == reason;
+  });
+  if (known == faults.end()) {
+    faults.push_back({mark, where, 1, reason});
+  } else {
+    ++known->answers;
+  }
+}
+
+tFaults faultsOf(const tJson& part) {
+  tFaults faults;
   visitFailures(part, [&](const tJson& item, const std::string& about, const tJson& failure) {
-    const std::string mark = failure["mark"].get<std::string>();
-    const auto [place, isNew] = places.try_emplace(mark, faults.size());
-    if (isNew) faults.push_back({mark, whereOf(item, about), 0, sentenceOf(failure)});
-    ++faults[place->second].answers;
+    addFault(faults, failure["mark"].get<std::string>(), whereOf(item, about), sentenceOf(failure));
   });
   return faults;
 }
@@ -93,10 +102,11 @@ std::string markOf(const tJson& item, const char* name) {
 std::string lineOf(const tFault& fault) {
   const std::string more =
       fault.answers > 1 ? " and " + std::to_string(fault.answers - 1) + " more" : "";
-  return fault.mark + "  " + fault.where + more + ": " + shortened(fault.reason);
+  return (fault.mark.empty() ? "" : fault.mark + "  ") + fault.where + more + ": " +
+         shortened(fault.reason);
 }
 
-std::string summaryOf(const std::vector<tFault>& faults) {
+std::string summaryOf(const tFaults& faults) {
   if (faults.empty()) return {};
   std::size_t answers = 0;
   for (const tFault& fault : faults) answers += fault.answers;
@@ -106,7 +116,7 @@ std::string summaryOf(const std::vector<tFault>& faults) {
 }
 
 void showFaults(const tJson& description, std::ostream& out) {
-  const std::vector<tFault> faults = faultsOf(description);
+  const tFaults faults = faultsOf(description);
   if (faults.empty()) return;
   out << '\n';
   for (std::size_t n = 0; n < faults.size() && n < kMostShown; ++n)

@@ -1,15 +1,20 @@
 #include "tools/varmex/describe/reason.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
+#include <utility>
 
+#include "tools/varmex/describe/absence.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
 
 tReason reasonOf(const varmex::Error& error) {
-  return {error.code(), error.constant(), withShownPaths(error.detail()),
-          withShownPaths(sentenceFor(error))};
+  tToldFailure told = toldFailure(error);
+  return {error.code(), error.constant(), withShownPaths(error.detail()), std::move(told.sentence),
+          std::move(told.remedy)};
 }
 
 tReason reasonOf(const std::exception& exception) {
@@ -18,10 +23,9 @@ tReason reasonOf(const std::exception& exception) {
   }
   // The one exception of another kind that answers end with.
   if (dynamic_cast<const std::out_of_range*>(&exception)) {
-    return {0, "std::out_of_range", exception.what(),
-            "The line map names the destination line 8, and lines are 0 to 7."};
+    return {0, "std::out_of_range", exception.what(), kLine8Sentence, ""};
   }
-  return {0, kNoConstant, exception.what(), exception.what()};
+  return {0, kNoConstant, exception.what(), exception.what(), ""};
 }
 
 tJson jsonOf(const tReason& reason) {
@@ -31,20 +35,14 @@ tJson jsonOf(const tReason& reason) {
           {"sentence", reason.sentence}};
 }
 
-// The code for "not available" stands both for an item that is not there and for one that can't be
-// read; the text tells them apart.
 bool isAbsence(varmex::Status& status, const tAttribute& attribute) {
   if (!varmex::meansNothing(status.code())) return false;
   if (status.code() != varmex_errorInformationNotAvailable) return true;
-  const std::string_view json = varmex_statusText(status);
-  // A slot type that nobody knows is a fault of the type, once, not of all that depends on it.
-  if (json.find("\"bad_slot_type\"") != std::string_view::npos) {
-    return attribute.isText || attribute.number != varmex_u32_SlotType;
-  }
-  // A bridge names a line map that is not there.
-  if (json.find("\"mappingSection_\"") != std::string_view::npos) return false;
-  const bool isReaders = json.find("\"wrappedMessage\"") != std::string_view::npos;
-  return !isReaders || json.find(" not found\"") != std::string_view::npos;
+  const std::string_view text = varmex_statusText(status);
+  const auto* const row =
+      std::find_if(std::begin(kAbsenceRows), std::end(kAbsenceRows),
+                   [text](const tAbsenceRow& each) { return text.find(each.text) != text.npos; });
+  return row->isAbsence != (std::string_view(row->otherwise) == attribute.name);
 }
 
 }  // namespace tool

@@ -17,6 +17,7 @@ struct tReason {
   std::string constant;  // that of the code, or the exception's type
   std::string detail;
   std::string sentence;  // for people
+  std::string remedy;    // what to do about it; may be empty
 };
 
 tReason reasonOf(const varmex::Error& error);

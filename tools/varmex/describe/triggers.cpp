@@ -5,6 +5,7 @@
 #include "tools/varmex/describe/lines.h"
 #include "tools/varmex/describe/listing.h"
 #include "tools/varmex/describe/reason.h"
+#include "tools/varmex/text/failures.h"
 
 namespace tool {
 
@@ -75,32 +76,49 @@ tJson jsonOf(const tEnd& end) {
 
 using tBridges = std::vector<varmex::BridgeMap>;
 
+// What can't be read, in the order in which it was to be.
+class tUnread {
+ public:
+  // `part` goes on behind the bridge's number.
+  void add(std::uint32_t bridge, const std::string& part, const std::exception& failure) {
+    const tReason reason = reasonOf(failure);
+    const std::string where = "bridge " + std::to_string(bridge) + part;
+    const std::string text = failureText(reason.constant, reason.code, reason.sentence);
+    sentences_.push_back(where + ": " + text);
+    addFault(faults_, "", where, text);
+  }
+
+  const tJson& sentences() const { return sentences_; }
+  const tFaults& faults() const { return faults_; }
+
+ private:
+  tJson sentences_ = tJson::array();
+  tFaults faults_;
+};
+
 // A bridge with what can be read of it: a line that can't leads nowhere, and `unread` tells of it.
 template <class Read>
-void addBridge(std::uint32_t number, Read read, tBridges& bridges, tJson& unread) {
-  const auto tell = [&](const std::string& part, const std::exception& failure) {
-    unread.push_back("bridge " + std::to_string(number) + part + ": " + reasonOf(failure).sentence);
-  };
+void addBridge(std::uint32_t number, Read read, tBridges& bridges, tUnread& unread) {
   varmex::BridgeMap map;
   map.bridge = number;
   try {
     map.sourceBus = read(varmex_u32_BridgeSourceTriggerBus);
     map.destinationBus = read(varmex_u32_BridgeDestinationTriggerBus);
   } catch (const std::exception& failure) {
-    return tell("", failure);
+    return unread.add(number, "", failure);
   }
   for (std::uint32_t line = 0; line < 8; ++line) {
     try {
       map.lines[line] = read(varmex_u32_BridgeLineMapping0 + line);
     } catch (const std::exception& failure) {
-      tell(", line " + std::to_string(line), failure);
+      unread.add(number, ", line " + std::to_string(line), failure);
     }
   }
   bridges.push_back(map);
 }
 
 // Where the library's list fails as a whole, each for itself.
-tBridges readBridges(const varmex::Session& session, std::uint32_t chassis, tJson& unread) {
+tBridges readBridges(const varmex::Session& session, std::uint32_t chassis, tUnread& unread) {
   tBridges bridges;
   try {
     for (const auto& bridge : session.chassis(chassis).triggerBridges()) {
@@ -120,7 +138,7 @@ tBridges readBridges(const varmex::Session& session, std::uint32_t chassis, tJso
       };
       addBridge(number, read, bridges, unread);
     } catch (const std::exception& failure) {
-      unread.push_back("bridge " + std::to_string(number) + ": " + reasonOf(failure).sentence);
+      unread.add(number, "", failure);
     }
   }
   return bridges;
@@ -146,11 +164,11 @@ std::string lineMapText(const tJson& lines) {
   return joined(parts, " ");
 }
 
-tJson describeTriggers(const varmex::Session& session, const varmex::Slot& from,
-                       const varmex::Slot& to, varmex::WaysWanted wanted) {
+tTriggerAnswer describeTriggers(const varmex::Session& session, const varmex::Slot& from,
+                                const varmex::Slot& to, varmex::WaysWanted wanted) {
   const tEnd ends[] = {endOf(from), endOf(to)};
   const auto& [source, destination] = ends;
-  tJson unread = tJson::array();
+  tUnread unread;
   varmex::TriggerWays ways;
   std::string reason;
   if (source.chassis != destination.chassis) {
@@ -178,8 +196,8 @@ tJson describeTriggers(const varmex::Session& session, const varmex::Slot& from,
     }
   }
   if (!reason.empty()) document["reason"] = reason;
-  document["unread"] = std::move(unread);
-  return document;
+  document["unread"] = unread.sentences();
+  return {std::move(document), unread.faults()};
 }
 
 }  // namespace tool

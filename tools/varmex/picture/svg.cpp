@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/varmex/text/utf8.h"
+
 namespace tool {
 
 namespace {
@@ -57,25 +59,6 @@ tCodePoints codePointsOf(std::string_view bytes) {
     points.push_back(isAccepted(point) ? point : kReplacement);
   }
   return points;
-}
-
-void appendUtf8(std::string& text, char32_t point) {
-  const auto append = [&text](char32_t byte) { text += static_cast<char>(byte); };
-  if (point < 0x80) {
-    append(point);
-  } else if (point < 0x800) {
-    append(0xC0 | point >> 6);
-    append(0x80 | (point & 0x3F));
-  } else if (point < 0x10000) {
-    append(0xE0 | point >> 12);
-    append(0x80 | (point >> 6 & 0x3F));
-    append(0x80 | (point & 0x3F));
-  } else {
-    append(0xF0 | point >> 18);
-    append(0x80 | (point >> 12 & 0x3F));
-    append(0x80 | (point >> 6 & 0x3F));
-    append(0x80 | (point & 0x3F));
-  }
 }
 
 std::string xmlOf(const tCodePoints& points) {

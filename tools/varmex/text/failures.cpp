@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <map>
+#include <optional>
 
 #include "corpxiTools/fileSystem/fileStatus.h"
 #include "corpxiTools/fileSystem/folders.h"
@@ -10,16 +12,25 @@
 #include "ostrel/quarks/status.h"
 #include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/files.h"
+#include "tools/varmex/text/itemPlaces.h"
 #include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
 
 namespace {
 
+// An item of the description that a sentence is about.
+struct tFaultyItem {
+  tItemFault fault;
+  std::string section;
+  std::string item;
+};
+
 // What happened and what to do about it.
 struct tSentence {
   std::string what;
   std::string remedy;
+  std::optional<tFaultyItem> about = std::nullopt;
 };
 
 using tFields = std::map<std::string, std::string>;
@@ -50,6 +61,7 @@ constexpr const char* kNoFiles =
     "A resource manager writes it. VARMEX_FSROOT names another root to look at, and "
     "\"varmex make FOLDER express:18\" writes a simulated installation into one.";
 constexpr const char* kNoMemory = "There is not enough memory.";
+constexpr const char* kRefusedEncoding = "An exception occurred in tIniFile";
 
 constexpr tWords kWords[] = {
     {varmex_errorUnknownItem, "slotNum",
@@ -111,12 +123,34 @@ struct tReaderWords {
   const char* between;  // the two names
   const char* end;
   const char* what;
+  tItemFault fault;
 };
 
 constexpr tReaderWords kReaderWords[] = {
-    {" item: ", " not found", "Section [{1}] has no {2}."},
-    {" item ", " is invalid", "{2} in section [{1}] is no number."},
-    {" item ", " is invalid.", "{2} in section [{1}] is no list of numbers."},
+    {" item: ", " not found", "Section [{1}] has no {2}.", tItemFault::missing},
+    {" item ", " is invalid", "{2} in section [{1}] is no number.", tItemFault::noNumber},
+    {" item ", " is invalid.", "{2} in section [{1}] is no list of numbers.", tItemFault::noList},
+};
+
+// The names that the headers have for codes of which the library's texts tell none, or another.
+struct tCodeName {
+  std::int32_t code;
+  const char* name;
+};
+
+constexpr tCodeName kCodeNames[] = {
+    {varmex_errorLockTimeout, "varmex_errorLockTimeout"},
+    {varmex_pxiSystemDescriptionInaccessible, "varmex_pxiSystemDescriptionInaccessible"},
+    {varmex_errorLibraryNotAvailable, "varmex_errorLibraryNotAvailable"},
+    {varmex_fileStatusFault, "varmex_fileStatusFault"},
+    {varmex_fileAccessDenied, "varmex_fileAccessDenied"},
+    {ostrelerr_memoryFull, "ostrelerr_memoryFull"},
+    {ostrelerr_invalidParameter, "ostrelerr_invalidParameter"},
+    {telmar_ra_errorReplyNotDelivered, "telmar_ra_errorReplyNotDelivered"},
+    {telmar_ra_errorInvalidArgument, "telmar_ra_errorInvalidArgument"},
+    {telmar_ra_errorRoutingFault, "telmar_ra_errorRoutingFault"},
+    {telmar_ra_errorResourcesInUse, "telmar_ra_errorResourcesInUse"},
+    {telmar_ra_errorFeatureUnsupported, "telmar_ra_errorFeatureUnsupported"},
 };
 
 std::string filled(const char* words, const tFields& fields) {
@@ -137,7 +171,11 @@ std::string filled(const char* words, const tFields& fields) {
 // A sentence that ends with one full stop.
 std::string ended(std::string text) { return text.ends_with('.') ? text : text + '.'; }
 
-std::string readerSentence(const std::string& message) {
+tSentence readerSentence(const std::string& message) {
+  if (message == kRefusedEncoding) {
+    return {"A file of the description is in UTF-16 or UTF-32, which the library does not read.",
+            "Save it as UTF-8."};
+  }
   constexpr std::string_view kSection = "ection ";
   const std::size_t begin = message.find(kSection);
   for (const tReaderWords& words : kReaderWords) {
@@ -148,10 +186,12 @@ std::string readerSentence(const std::string& message) {
     const std::size_t second = between + std::string_view(words.between).size();
     const std::size_t end = message.size() - std::string_view(words.end).size();
     if (first > between || second > end) continue;
-    return filled(words.what, {{"1", message.substr(first, between - first)},
-                               {"2", message.substr(second, end - second)}});
+    const std::string section = message.substr(first, between - first);
+    const std::string item = message.substr(second, end - second);
+    return {filled(words.what, {{"1", section}, {"2", item}}), kCheck,
+            tFaultyItem{words.fault, section, item}};
   }
-  return ended(message);
+  return {ended(message), kCheck};
 }
 
 // The system refused something; most often the folder of the description is not there.
@@ -183,11 +223,15 @@ tSentence sentenceOf(const varmex::Error& error) {
     if (*words.key != '\0' && !fields.contains(words.key)) continue;
     fields["configuration"] = configurationPath();
     fields["denied"] = deniedPaths();
-    return {filled(words.what, fields), filled(words.remedy, fields)};
+    tSentence sentence{filled(words.what, fields), filled(words.remedy, fields)};
+    if (error.code() == varmex_errorInformationConflict && fields.contains("itemName")) {
+      sentence.about = {tItemFault::differs, fields["sectionName_"], fields["itemName"]};
+    }
+    return sentence;
   }
   // Where the library has a message, it is one for people.
   if (const auto message = fields.find("wrappedMessage"); message != fields.end()) {
-    return {readerSentence(message->second), kCheck};
+    return readerSentence(message->second);
   }
   if (const auto message = fields.find("message"); message != fields.end()) {
     return {ended(message->second), kCheck};
@@ -195,8 +239,26 @@ tSentence sentenceOf(const varmex::Error& error) {
   return {error.detail().empty() ? "The library refused." : ended(error.detail()), kCheck};
 }
 
+// The same with file and line, where the library's words do not tell them.
+tSentence placedSentenceOf(const varmex::Error& error) {
+  tSentence sentence = sentenceOf(error);
+  if (const auto& about = sentence.about) {
+    const std::string places = placesOf(about->fault, about->section, about->item);
+    if (!places.empty()) sentence.what.back() = ':';
+    if (!places.empty()) sentence.what += ' ' + places + '.';
+  } else if (error.json().find(kRefusedEncoding) != std::string::npos) {
+    const std::string refused = refusedFiles();
+    if (!refused.empty()) sentence.what = refused + ", which the library does not read.";
+  }
+  return sentence;
+}
+
 // An exception that is none of the library's has no code.
-std::string nameOf(const std::string& constant, std::int32_t code) {
+std::string nameOf(std::string constant, std::int32_t code) {
+  const auto* const named =
+      std::find_if(std::begin(kCodeNames), std::end(kCodeNames),
+                   [code](const tCodeName& each) { return each.code == code; });
+  if (named != std::end(kCodeNames)) constant = named->name;
   const std::string number = code == 0 ? "" : std::to_string(code);
   return '(' + constant + (constant.empty() || number.empty() ? "" : " ") + number + ')';
 }
@@ -204,7 +266,7 @@ std::string nameOf(const std::string& constant, std::int32_t code) {
 std::string told(const std::string& text) { return visible(withShownPaths(text)); }
 
 void tell(const char* severity, const varmex::Error& error) {
-  const tSentence sentence = sentenceOf(error);
+  const tSentence sentence = placedSentenceOf(error);
   std::cerr << "varmex: " << severity << told(sentence.what) << ' '
             << nameOf(visible(error.constant()), error.code()) << '\n';
   if (!sentence.remedy.empty()) std::cerr << "  " << told(sentence.remedy) << '\n';
@@ -227,6 +289,11 @@ void tellFailure(const std::exception& failure) {
 void tellWarning(const varmex::Error& warning) { tell("warning: ", warning); }
 
 std::string sentenceFor(const varmex::Error& error) { return sentenceOf(error).what; }
+
+tToldFailure toldFailure(const varmex::Error& error) {
+  const tSentence sentence = placedSentenceOf(error);
+  return {withShownPaths(sentence.what), withShownPaths(sentence.remedy)};
+}
 
 std::string failureText(const std::string& constant, std::int32_t code,
                         const std::string& sentence) {

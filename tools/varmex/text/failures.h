@@ -22,11 +22,22 @@ class tNoDescription : public std::runtime_error {
 // Why there is nothing to show of what is named, "chassis", in lines of its own.
 std::string noneText(const std::string& what);
 
-// What happened, as a sentence for people.
+// What happened, as a sentence for people, by the library's words alone.
 std::string sentenceFor(const varmex::Error& error);
 
 // In the place of a constant, for what is none of the library's.
 inline constexpr const char* kNoConstant = "std::exception";
+
+// The same with file, line and text of the item that is at fault, and what to do about it.
+struct tToldFailure {
+  std::string sentence;
+  std::string remedy;
+};
+tToldFailure toldFailure(const varmex::Error& error);
+
+// Of the one exception that is none of the library's own.
+inline constexpr const char* kLine8Sentence =
+    "The line map names the destination line 8, and lines are 0 to 7.";
 
 // One failure in a line: such a sentence, then its constant and code if the library has one.
 std::string failureText(const std::string& constant, std::int32_t code,

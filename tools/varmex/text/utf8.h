@@ -1,6 +1,8 @@
 #ifndef TOOLS_VARMEX_TEXT_UTF8_H
 #define TOOLS_VARMEX_TEXT_UTF8_H
 
+#include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace tool {
@@ -27,6 +29,15 @@ inline bool isUtf8(std::string_view text) {
     n += tail + 1;
   }
   return true;
+}
+
+// Adds a character; U+FFFD in the place of half a pair of surrogates and of what is none.
+inline void appendUtf8(std::string& text, std::uint32_t point) {
+  if (point > 0x10FFFF || (point >= 0xD800 && point < 0xE000)) point = 0xFFFD;
+  const int tail = point < 0x80 ? 0 : point < 0x800 ? 1 : point < 0x10000 ? 2 : 3;
+  const std::uint32_t lead = tail == 0 ? 0 : 0xFF00U >> (tail + 1) & 0xFFU;
+  text += static_cast<char>(lead | point >> 6 * tail);
+  for (int n = tail - 1; n >= 0; --n) text += static_cast<char>(0x80 | (point >> 6 * n & 0x3F));
 }
 
 }  // namespace tool

@@ -1,0 +1,28 @@
+#ifndef TOOLS_VARMEX_DESCRIBE_ABSENCE_H
+#define TOOLS_VARMEX_DESCRIBE_ABSENCE_H
+
+namespace tool {
+
+// The code for "not available" stands both for what is not there and for what can't be read; the
+// library's text tells them apart. The first row counts whose text it holds. The Python package is
+// made with the same rows (bindings/python/make_constants.py).
+struct tAbsenceRow {
+  const char* text;
+  bool isAbsence;
+  const char* otherwise;  // the attribute of which the contrary holds
+};
+
+inline constexpr tAbsenceRow kAbsenceRows[] = {
+    // A slot type that nobody knows is a fault of the type, once, not of all that depends on it.
+    {"\"bad_slot_type\"", true, "SlotType"},
+    // A bridge names a line map that is not there.
+    {"\"mappingSection_\"", false, ""},
+    // The reader's words, and whatever else they are.
+    {" not found\"", true, ""},
+    {"\"wrappedMessage\"", false, ""},
+    {"", true, ""},
+};
+
+}  // namespace tool
+
+#endif
