@@ -496,7 +496,7 @@ def testDiff(chassis, different):
         sample.run("save", saved)
         for edits, options, wanted in different:
             with Root(chassis) as root:
-                exchange(root, edits)
+                root.exchange(edits)
                 told = sample.run("diff", saved, root.folder, *options)
                 check(told.stdout.splitlines()[:-1] == wanted and told.returncode == bool(wanted), f"diff {edits[:1]} {options}: {told}")
                 check(root.run("diff", saved, *options).stdout == told.stdout, f"diff {edits[:1]} with the machine")
