@@ -91,8 +91,9 @@ class Browser:
             chain = chain.key_down(key) if key == Keys.SHIFT else chain.send_keys(key)
         chain.key_up(Keys.SHIFT).perform()
 
-    def point(self, element):
-        ActionChains(self.driver).move_to_element(element).perform()
+    def point(self, *elements):
+        for element in elements:
+            ActionChains(self.driver).move_to_element(element).perform()
 
     def click(self, *elements):
         for element in elements:
@@ -178,7 +179,7 @@ def test_choosing(browser, page):
     browser.open(page)
     for keys, title, *lit, told in CLICKED:
         browser.click(*(browser.group(1, key) for key in keys))
-        browser.point(browser.one("h1"))
+        browser.point(*map(browser.one, ("[data-key='slot 1']", "svg.drawing .legend", "h1")))
         details = browser.text("#details").replace("\n", " ")
         equal([one for one in [f"× {title}", *told] if one not in details], [], f"details of {keys}: {details}")
         equal([browser.lit(kind) for kind in ("bus", "bridge", "slot")], lit, f"buses, bridges and slots lit by {keys}")
@@ -192,6 +193,9 @@ def test_choosing(browser, page):
         browser.click(browser.one("#details a[href='#1/9']"))
         equal((browser.script("return location.hash"), browser.script(FOCUSED)), ("#1/9", "slot 9"), "a link in the details")
         browser.script("document.activeElement.blur()")
+    browser.click(browser.one("#details summary"))
+    browser.point(browser.one("h1"))
+    check(browser.all("#details details[open]"), "attributes that stay open")
 
 
 # What is changed in the sample, the finding that this makes, what of the picture it stands at, and what is told of that.
@@ -257,8 +261,7 @@ def test_keyboard(browser, page):
     equal(len(browser.all("svg [tabindex='0']")), 3, "stops of Tab in the pictures")
     nodes = browser.command("Accessibility.getFullAXTree")["nodes"]
     given = [(node["role"]["value"], node.get("name", {}).get("value", "")) for node in nodes if not node["ignored"]]
-    equal([one for one in GIVEN if one not in given], [], "what a screen reader lacks")
-    equal(given.count(("button", "")), 0, "buttons without a name")
+    equal(([one for one in GIVEN if one not in given], given.count(("button", ""))), ([], 0), "what a screen reader lacks")
     for keys, focused, told in KEYS:
         browser.press(*keys)
         equal(browser.script(FOCUSED), focused, f"focus after the keys to {focused}")
@@ -279,8 +282,7 @@ def test_table(browser, page):
     check(search == 0 and 0 < table < 100, f"tops of search and table: {search}, {table}")
     browser.look(picture="modules")
     heads = {head.text.strip(" ▲▼"): head for head in browser.all("#modules thead button")}
-    places = [cell.text for cell in browser.all("#modules tbody td:first-child")]
-    equal((len(places), places[8:10]), (22, ["1/11", "1/12"]), "rows of the table")
+    equal([cell.text for cell in browser.all("#modules tbody td:first-child")][8:10], ["1/11", "1/12"], "rows of the table")
     heads["Alias"].click()
     aliases = [cell.text for cell in browser.all("#modules td:nth-child(2)") if cell.text]
     equal(aliases, sorted(aliases), "sorted by alias")
@@ -311,13 +313,12 @@ def test_saved(browser, page, root=TOP / "samples"):
     browser.open(page)
     for arguments in (["check"], ["list", "--json"]):
         equal(run(root, *arguments).stdout, run("/nowhere", *arguments, "--from", page).stdout, f"{arguments} of {page}")
-    files = json.loads(browser.script("return document.getElementById('saved-installation').textContent"))["files"]
-    equal(sorted(files), ["etc/pxi/pxiesys.ini", "etc/pxi/pxisys.ini", "var/lib/PXISA/configuration.ini"], "files in a page")
+    saved = json.loads(browser.script("return document.getElementById('saved-installation').textContent"))
+    equal(len(saved["files"]), 3, "files in a page")
     equal(run(root, "diff", page).returncode, 0, f"difference to {page}")
 
 
-HOSTILE = ("</script><script>document.title='run'</script><!--<script>\"'><img src=x onerror=document.title='run'>"
-           "</title></style></svg>&lt;]]>")
+HOSTILE = """</script><script>document.title='run'</script><!--<script>"'><img src=x onerror=document.title='run'></title></style></svg>&lt;]]>"""
 
 
 def poison(_, text):
@@ -333,9 +334,8 @@ def test_hostile(browser, _):
     title = browser.driver.title
     for keys in ("dmm", "script"):
         browser.one("#search").send_keys(keys, Keys.ENTER)
-    browser.open(page, "#1/2")
     browser.point(browser.group(1, "slot 7"))
-    browser.open(page, "#modules")
+    browser.click(browser.one("a[href='#modules']"))
     browser.wait(lambda: browser.all("#modules tbody tr"))
     ran = (browser.driver.title, "run" in title, len(browser.all("img")), len(browser.all("script:not([type])")))
     equal(ran, (title, False, 0, 1), "nothing ran")

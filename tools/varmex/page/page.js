@@ -109,6 +109,7 @@
 
   const chosen = [];
   let lit = [];
+  let isPassing = false; // what is shown: it is only pointed at, or has the focus
 
   const lightKeys = (rack, keys) => {
     rack.picture.classList.add("focused");
@@ -253,6 +254,7 @@
   const show = (target) => {
     const shown = target ? [target] : chosen;
     light(shown);
+    isPassing = Boolean(target);
     const parts = shown.flatMap((one) => answer(told, one));
     if (shown.length === 2) parts.unshift(linesBetween(shown));
     details.replaceChildren(...(parts.length ? [close, ...parts] : help));
@@ -318,15 +320,13 @@
   });
   details.addEventListener("click", (event) => { if (event.target === close) chooseNothing(); });
 
-  // Pointer or focus go elsewhere than to a picture or to the details: what is chosen is shown again.
+  // When pointer or focus leave the picture, and are not on the way to what is told, the choice is shown.
   const leave = ({ type, target, relatedTarget: next }) => {
-    if (next?.closest?.("svg.drawing, #details") || (type === "focusout" && !next)) return;
-    if (target.closest("[data-key], #details")) show(null);
+    const place = next?.closest?.(chosen.length ? "svg.drawing" : "svg.drawing, #details");
+    if (!isPassing || place || (type === "focusout" && !next)) return;
+    if (target.closest?.("svg.drawing, #details")) show(null);
   };
-  for (const part of [main, details]) {
-    part.addEventListener("pointerout", leave);
-    part.addEventListener("focusout", leave);
-  }
+  for (const type of ["pointerout", "focusout"]) document.addEventListener(type, leave);
 
   // One stop of the Tab key for each picture; arrows go on from there.
   const kSteps = "[data-key^=slot],[data-key^=bus],[data-key^=bridge],g.line";
