@@ -8,7 +8,7 @@ namespace {
 
 std::atomic<long> countdown{0};  // at 1 the next allocation fails, at 0 none does
 
-thread_local bool isCounted = false;
+std::atomic<bool> isCounted{false};
 
 bool mustFail() {
   if (!isCounted || countdown.load() <= 0) return false;

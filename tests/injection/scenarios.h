@@ -41,8 +41,8 @@ class tScenarios : public tModel {
   // An installation that the scenarios are about.
   void SetUp() override;
 
-  // Runs the scenario with its n-th call failing, for n from 1 on until there are no more. Whatever
-  // it answers then must suit `isGood`; afterwards it works as ever.
+  // Runs the scenario with its n-th call failing, for n from 1 on. Whatever it answers then must
+  // suit `isGood`. When there are no more calls to fail it works as ever.
   void inject(const tScenario& scenario, const std::function<void(long)>& arm,
               const std::function<bool()>& disarm,
               const std::function<bool(const std::string& answer, const std::string& undisturbed,

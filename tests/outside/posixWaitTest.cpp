@@ -298,35 +298,6 @@ TEST_F(tPosixWait, limitsOnDescriptorsAreFaults) {
   EXPECT_EQ(openDescriptors(), before);
 }
 
-// The limits of one user, which a namespace of its own has for itself.
-TEST_F(tPosixWait, limitsOnWatchesAreFaults) {
-  struct tLimit {
-    const char* name;
-    const char* value;
-    int code;
-  };
-  for (const tLimit& limit : {tLimit{"max_inotify_instances", "0\n", EMFILE},
-                              tLimit{"max_inotify_watches", "2\n", ENOSPC}}) {
-    inChild([&] {
-      const bool isAlone = unshare(CLONE_NEWUSER) == 0;
-      const auto set = [&](const char* value) {
-        std::ofstream file(std::string("/proc/sys/user/") + limit.name);
-        return static_cast<bool>((file << value).flush());
-      };
-      if (!isAlone || !set(limit.value)) {
-        std::puts("no right to limit watches: not tested");
-        return;
-      }
-      describe(kOneChassis, "");
-      expectFault(wait(kLongWait), limit.code);
-      varmex_cancelWaitForInvalidation(session_.get());
-      EXPECT_TRUE(set("1000\n"));
-      EXPECT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
-      EXPECT_EQ(waitDuring([this] { machine_.writePxieSys("x"); }), varmex_waitChanged);
-    });
-  }
-}
-
 // Of all inotify instances of the process.
 std::size_t watchesInUse() {
   std::size_t count = 0;
