@@ -21,6 +21,10 @@ class ItemVisitor {
   // A refusal ends the walk and is its answer.
   virtual tResult<> visit(const Item& item) = 0;
 
+  // Where in its section the slot that was walked last names its devices: the next one mostly names
+  // them there, too.
+  std::size_t namesPlace = 0;
+
  protected:
   ~ItemVisitor() = default;
 };

@@ -87,11 +87,13 @@ tResult<> Slot::acceptVisitor(ItemVisitor& visitor) const {
   if (!keepsDevices && !place_.sections.classic) return kDone;
   std::vector<tDeviceAddress> addresses;
   Device::tRecord device{{place_.chassis, place_.slot, 0}, {}, &description};
-  const char* const names =
-      description.pxieSys.findValueText(place_.sections.express, "AddressInfo");
+  const tIniItem* const names =
+      place_.sections.express ? description.pxieSys.findItem(*place_.sections.express,
+                                                             "AddressInfo", visitor.namesPlace)
+                              : nullptr;
   if (names) {
     if (!keepsDevices) return kDone;
-    parseResourceNames(names, addresses);
+    parseResourceNames(names->value, addresses);
     device.place.isExpress = 1;
   } else if (place_.sections.classic) {
     tFunctionWalk walk(description.pxiSys);
