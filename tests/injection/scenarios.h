@@ -14,10 +14,10 @@ namespace test {
 using tScenario = std::function<std::string(tStatus&)>;
 
 // A call of the library, in which allocations may fail.
-template <class Result, class... Parameters, class... Arguments>
-Result call(Result (*function)(Parameters...), Arguments&&... arguments) {
+template <class Result, class... Parameters>
+Result call(Result (*function)(Parameters...), std::type_identity_t<Parameters>... arguments) {
   const tCountedAllocations counted;
-  return function(std::forward<Arguments>(arguments)...);
+  return function(arguments...);
 }
 
 std::string openAll(std::uint32_t flags, tStatus& status);
