@@ -330,8 +330,8 @@
 
   // One stop of the Tab key for each picture; arrows go on from there.
   const kSteps = "[data-key^=slot],[data-key^=bus],[data-key^=bridge],g.line";
-  const stepsOf = (rack) => [...rack.picture.querySelectorAll(kSteps)]
-    .filter((group) => group === rack.groups(group.dataset.key)[0]);
+  const stepsOf = (rack, seen = new Set()) => [...rack.picture.querySelectorAll(kSteps)]
+    .filter(({ dataset: { key } }) => !seen.has(key) && seen.add(key));
 
   const moveTabStop = (rack, group) => {
     rack.picture.querySelector("[tabindex='0']")?.setAttribute("tabindex", "-1");
