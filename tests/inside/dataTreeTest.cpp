@@ -156,8 +156,11 @@ TEST_F(tDataTree, hasTwoViews) {
               expected);
   }
   // Other keys have one view.
-  for (const char* root : {"HKEY_USERS", "HKEY_LOCAL_MACHINE"})
-    EXPECT_TRUE(open("reg32://"s + root));
+  machine_.setRegistryText("SYSTEM\\VarmexTest", "v", "one");
+  const auto other = open("reg32://HKEY_LOCAL_MACHINE\\SYSTEM\\VarmexTest");
+  EXPECT_EQ(other->getAttribute("v", *status_).text, "one");
+  EXPECT_FALSE(open("reg32://HKEY_USERS\\VarmexTest"));
+  varmex_releaseStatus(status_);
   machine_.setRegistryText("SOFTWARE\\OneView", "v", "64");
   EXPECT_FALSE(open("reg32://" + software)->getChild("OneView", *status_));
 }

@@ -48,6 +48,7 @@ TEST_F(tChassis, findsItsDescriptionFile) {
        {std::array<std::string, 3>{"folder", "x.ini", "folder" + slash + "x.ini"},
         {"folder" + slash, "x.ini", "folder" + slash + "x.ini"},
         {"", "x.ini", "x.ini"},
+        {"folder", "\"\"", "folder"},
         {most, "x", most + slash + "x"},
         {most + "dd", "x.ini", "<null>"}}) {
     machine_.setRegistryText(key, "ChassisDescriptionFilePath", folder);
