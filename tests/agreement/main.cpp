@@ -118,7 +118,7 @@ class tCase {
 
   static std::string placeOf(const tool::tFinding& finding) {
     return finding.position.file + ':' + std::to_string(finding.position.line) + ' ' +
-           finding.position.item;
+           finding.position.item + " " + finding.message;
   }
 
   bool isExplainedElsewhere(const std::string& words, const std::string& place) const {
