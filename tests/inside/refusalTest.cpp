@@ -50,7 +50,7 @@ class tCallersRecord {
 
 // The kinds of text that a refusal alone tells apart.
 void describeNames(tRefusal& refusal) {
-  refusal.text("literal", "of the program").name("name", tShortName("Chassis", 7U));
+  refusal.text("literal", tLiteral("of the program")).name("name", tShortName("Chassis", 7U));
 }
 void describeNames(tFailureText& text) {
   text.text("literal", "of the program");
