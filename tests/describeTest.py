@@ -623,6 +623,9 @@ def testSave():
         equal(errors_of(document, schema_of("saved.schema.json")), [], "a saved file against its schema")
         check(base64.b64decode(document["files"][E_PATH]["base64"]) == root.file(E).read_bytes(), E)
         check("".join(document["files"][I_PATH]) == root.file(I).read_bytes().decode(), I)
+        root.edit(I, r"\Z", "\x01" * 12000000)
+        large = root.run("save")
+        check(large.returncode == 1 and not large.stdout and "64 MB" in large.stderr, f"save of too much: {large.stderr}")
         check(len(document["registry"]) == 6 and document["platform"] == ("windows" if ON_WINDOWS else "linux"), f"{document['registry']}")
 
 

@@ -1,4 +1,5 @@
-#include <iostream>
+#include <stdexcept>
+#include <string>
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/installation.h"
@@ -25,7 +26,9 @@ class tSave : public tCommand {
     installation_.enter();
     tSavedInstallation saved = take();
     saved.version = VARMEX_VERSION;
-    save(textOf(saved), file_);
+    const std::string text = textOf(saved);
+    checkReadable(text);
+    save(text, file_);
     return kDone;
   }
 
@@ -33,6 +36,16 @@ class tSave : public tCommand {
   static tSavedInstallation take() {
     const tLockNotice notice;
     return takeInstallation();
+  }
+
+  // What is beyond the bounds of the format would be refused when it is needed.
+  static void checkReadable(const std::string& text) {
+    try {
+      readSaved(text);
+    } catch (const std::runtime_error& error) {
+      throw std::runtime_error(
+          std::string("what was saved of this installation could not be read: ") + error.what());
+    }
   }
 
   tInstallation installation_;
