@@ -158,6 +158,10 @@ def test_search(browser, page):
     check("GENERATOR" in browser.text("#details"), "details of what was found")
     search.send_keys(" nothing of it")
     equal(browser.text("#hits"), "Nothing fits.", "search for nothing")
+    # A chassis that can't be opened is found by its number; an address that leads nowhere does no harm.
+    browser.open(report(changed("apart", lambda name, text: text.replace("ORX-1820", name, 1)), status=1), "#%")
+    browser.one("#search").send_keys("1", Keys.ENTER)
+    equal(browser.script("return location.hash"), "#1", "Enter after the number of a chassis")
 
 
 # What is clicked, what the details begin with, the buses, bridges and slots that are lit, and what is told.
@@ -340,6 +344,8 @@ def test_hostile(browser, _):
     ran = (browser.driver.title, "run" in title, len(browser.all("img")), len(browser.all("script:not([type])")))
     equal(ran, (title, False, 0, 1), "nothing ran")
     check(HOSTILE[:40] in browser.text("#modules"), "the text as it stands")
+    overhang = "const view = arguments[0]; return view.scrollWidth - view.clientWidth"
+    equal(browser.script(overhang, browser.one("#modules .view")), 0, "long names beyond the table's place")
     # The policy holds for what comes into the page in any other way, too.
     browser.is_quiet("a hostile description")
     browser.script("const element = document.createElement('script'); element.textContent = 'document.title = 1';"

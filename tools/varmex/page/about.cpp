@@ -213,7 +213,7 @@ tJson aboutModules(const tJson& modules, tPciNotation notation) {
       cells.push_back(textOf(module, *column, notation));
     }
     about["rows"].push_back(
-        {{"place", textOf(module, "place")}, {"cells", cells}, {"find", searchTextOf(module)}});
+        {{"place", cells.front()}, {"cells", cells}, {"find", searchTextOf(module)}});
   }
   return about;
 }

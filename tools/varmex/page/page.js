@@ -435,7 +435,7 @@
     group.focus({ preventScroll: true });
     group.scrollIntoView({ block: "nearest", inline: "center" });
   };
-  const goToHash = () => goTo(decodeURIComponent(location.hash.slice(1)));
+  const goToHash = () => goTo(location.hash.slice(1).replace(/%2f/i, "/"));
   window.addEventListener("hashchange", goToHash);
 
   // Also to a place where the address bar is already.
@@ -459,10 +459,10 @@
   const order = { column: 0, direction: 1 };
 
   // Lists break behind a comma, and names nowhere unless they are long.
-  const cellParts = (cell) => cell.split(/(?<=,)/).flatMap((part) =>
-    [/^\S{1,40}$/.test(part) ? make("span", { class: "whole" }, part) : part, make("wbr")]);
+  const cellParts = (cell) => cell.split(/(?<=,)/).flatMap((part) => [make("wbr"),
+    make("span", { class: /\S{41}/.test(part) ? "long" : /\s/.test(part) ? "" : "whole" }, part)]);
   const moduleRow = ({ place, cells }) => make("tr", {}, ...cells.map((cell, n) => make("td", {},
-    ...(n === 0 && place ? [make("a", { href: `#${place}` }, place)] : cellParts(cell)))));
+    ...(n === 0 ? [make("a", { href: `#${place}` }, place)] : cellParts(cell)))));
 
   const fillTable = () => {
     if (moduleTable.tHead) return;
