@@ -502,13 +502,13 @@ def testDiff(chassis, different):
                 check(len(document["changes"]) == len(wanted), f"diff --json {edits[:1]}")
         with Root() as root:
             for edit, arguments, said in (
-                    ((E, '18"', '18,19"'), [root.folder], "No differences in what can be read"),
-                    ((E, r"^ChassisList =[^\n]*", "ChassisList = 1,,2"), [saved, root.folder], f"{root.folder} can't be read"),
+                    ((E, '18"', '18,19"'), [root.folder, root.folder], "No differences in what can be read"),
+                    ((E, r"^ChassisList =[^\n]*", "ChassisList = 1,,2"), [saved, root.folder], f"{root.folder}/{E_PATH}, line"),
                     (None, [f"{place}/none", saved], "can't read"), (None, [saved, f"{place}/none"], "can't read"),
                     (None, [saved, place], "no description"), (None, [saved, "--ignore", "x"], "no such kind")):
                 if edit:
                     root.edit(*edit)
-                run = root.run("diff", *arguments)
+                run = sample.run("diff", *arguments)
                 check(run.returncode == 2 and said in run.stdout + run.stderr, f"diff {arguments}: {run}")
 
 

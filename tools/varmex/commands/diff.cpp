@@ -49,11 +49,26 @@ void warnOfFaults(const tSide& side, const std::string& path) {
             << " of " << nameOf(path) << "; \"varmex check\" tells what to mend\n";
 }
 
+// Thrown for a side that can't be read, when that has been told.
+struct tTold {};
+
+// What fails tells which of the two it was, and is told while the files are at hand in which the
+// item at fault is looked up.
+tJson describeSide(const std::string& path) {
+  try {
+    return describeNow();
+  } catch (const varmex::Error& failure) {
+    std::cerr << "varmex: " << nameOf(path) << " can't be read:\n";
+    tellFailure(failure);
+    throw tTold();
+  }
+}
+
 // Without a path, this machine's own.
 tSide readSide(const std::string& path) {
-  if (path.empty()) return {describeNow(), {{"host", hostName()}}};
+  if (path.empty()) return {describeSide(path), {{"host", hostName()}}};
   const tSource source(path);
-  tSide side = {describeNow(), {{"from", path}}};
+  tSide side = {describeSide(path), {{"from", path}}};
   if (const tSavedInstallation* const saved = source.saved()) {
     side.origin["host"] = saved->host;
     side.origin["taken"] = saved->taken;
@@ -61,17 +76,11 @@ tSide readSide(const std::string& path) {
   return side;
 }
 
-// What fails tells which of the two it was.
 tSide read(const std::string& path) {
-  try {
-    tSide side = readSide(path);
-    warnOfFaults(side, path);
-    side.origin["failureCount"] = faultsOf(side);
-    return side;
-  } catch (const varmex::Error&) {
-    std::cerr << "varmex: " << nameOf(path) << " can't be read:\n";
-    throw;
-  }
+  tSide side = readSide(path);
+  warnOfFaults(side, path);
+  side.origin["failureCount"] = faultsOf(side);
+  return side;
 }
 
 void show(const std::vector<tChange>& changes, bool isWhole, tPciNotation notation) {
@@ -132,6 +141,8 @@ class tDiff : public tCommand {
       // What hides answers on both sides may hide a difference.
       if (changes.empty()) return isWhole ? kDone : kBadUsage;
       return kFailed;
+    } catch (const tTold&) {
+      return kBadUsage;
     } catch (const std::exception& failure) {
       tellFailure(failure);
       return kBadUsage;
