@@ -459,8 +459,8 @@
   const order = { column: 0, direction: 1 };
 
   // Lists break behind a comma, and names nowhere unless they are long.
-  const cellParts = (cell) => cell.split(/(?<=,)/).flatMap((part) => [make("wbr"),
-    make("span", { class: /\S{41}/.test(part) ? "long" : /\s/.test(part) ? "" : "whole" }, part)]);
+  const cellParts = (cell) => cell.split(/(?<=,)/).flatMap((one) =>
+    [make("span", { class: /\S{41}/.test(one) ? "long" : /\s/.test(one) ? "" : "whole" }, one), make("wbr")]);
   const moduleRow = ({ place, cells }) => make("tr", {}, ...cells.map((cell, n) => make("td", {},
     ...(n === 0 ? [make("a", { href: `#${place}` }, place)] : cellParts(cell)))));
 
