@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds Debian's packages and the library alone (the preset linux) twice: in build/, where what has not
-# changed of the packages stays, and from nothing in folders of other names, at another time, with another time zone
-# and umask, the library outside of its sources. Each pair must be the same, byte for byte.
+# Builds Debian's packages and the library alone (the preset linux) twice, from nothing: in build/reproducible,
+# and in folders of other names, at another time, with another time zone and umask, the library outside of
+# its sources. Each pair must be the same, byte for byte.
 source "$(dirname "$0")/common.sh"
 install "${build_tools[@]}" debhelper dh-python dpkg-dev
 export CCACHE_DISABLE=1 # what one build left would be the other's
@@ -14,9 +14,9 @@ same() {
   if cmp "$1" "$2"; then echo "same: $(basename "$1")"; else result=1; fi
 }
 
-scripts/packages.sh
-rm -rf build/reproducible # of other objects than a cache's
-build_in build/reproducible linux -DVARMEX_TESTS=OFF varmex
+rm -rf build/reproducible
+scripts/packages.sh build/reproducible/packages
+build_in build/reproducible/library linux -DVARMEX_TESTS=OFF varmex
 again=$work/again/elsewhere
 (
   umask 077
@@ -26,6 +26,6 @@ again=$work/again/elsewhere
   cmake -S "$again/varmex" --preset linux -B "$work/library" -DVARMEX_TESTS=OFF >/dev/null
   cmake --build "$work/library" --target varmex -- --quiet
 )
-for package in build/packages/*.deb; do same "$package" "$again/$(basename "$package")"; done
-same build/reproducible/lib/libvarmex.so.19 "$work/library/lib/libvarmex.so.19"
+for package in build/reproducible/packages/*.deb; do same "$package" "$again/$(basename "$package")"; done
+same build/reproducible/library/lib/libvarmex.so.19 "$work/library/lib/libvarmex.so.19"
 exit "$result"
