@@ -28,6 +28,8 @@ file(RELATIVE_PATH varmex_pc_prefix
 configure_file(cmake/varmex.pc.in varmex.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/varmex.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+install(FILES docs/varmex.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/varmex
+  COMPONENT development)
 if(WIN32)
   install(FILES $<TARGET_FILE:varmex>.debug DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library)
   install(FILES ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/varmex.lib ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/varmex.def
@@ -37,8 +39,6 @@ else()
   install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development
     PATTERN varmex.1 EXCLUDE PATTERN varmex.schema.json EXCLUDE)
   install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
-  install(FILES docs/varmex.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/varmex
-    COMPONENT development)
   install(FILES docs/varmex.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
   install(FILES docs/varmex.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/varmex COMPONENT tool)
   set(completions tools/varmex/completions)

@@ -135,6 +135,12 @@ listInWine() {
   return "$result"
 }
 
+# The files for Microsoft's linker are those of what ships.
+takenInByMinGW() {
+  CMAKE_TOOLCHAIN_FILE=$here/cmake/mingw.cmake takenIn mingw "add_subdirectory($here varmex)" &&
+    ! grep -q 'varmex\.def' "$work/mingw/build/build.ninja"
+}
+
 testWindows() {
   rm -f "$work"/listDevices*
   try 'the zip' cpack --config "$1/CPackConfig.cmake" -B "$work/packages"
@@ -143,6 +149,7 @@ testWindows() {
   try 'CMake and the zip' withCMake "$work" -Dvarmex_DIR="$(echo "$work"/zip/*/lib/cmake/varmex)" \
     -DCMAKE_TOOLCHAIN_FILE="$here/cmake/mingw.cmake" -DCMAKE_EXE_LINKER_FLAGS=-static
   try 'built with the zip' listInWine
+  try 'add_subdirectory' takenInByMinGW
 }
 
 for build in "$@"; do

@@ -22,8 +22,21 @@ client() {
 wrapper() {
   local std
   std=$(echo /usr/lib/gcc/x86_64-w64-mingw32/*-posix/include/c++)
-  compile clang++-14 -std=c++20 -fcxx-exceptions -fsyntax-only -nostdinc++ -isystem "$std" \
+  compile clang++-14 -std=c++17 -fcxx-exceptions -fsyntax-only -nostdinc++ -isystem "$std" \
     -isystem "$std/x86_64-w64-mingw32" "$here/tests/msvc/wrapper.cpp"
+}
+
+# So does everything else that is exported or called back, or the linker would look for other names.
+convention() {
+  {
+    printf '#include <%s>\n' stddef.h varmex/telmar_ra_varmex.h varmex/varmex.h
+    echo 'static void*(__cdecl* const reallocate)(void*, size_t) = (telmar_ra_ReallocFunc)0;'
+    echo 'const void* const all[] = {(const void*)&reallocate,'
+    sed 's/.*/(const void*)\&&,/' "$here/tests/exports.txt"
+    echo '0};'
+  } >"$work/all.c"
+  compile clang-14 -Xclang -fdefault-calling-conv=vectorcall -c "$work/all.c" -o "$work/all.obj" &&
+    lld-link-14 /dll /noentry /out:"$work/all.dll" "$work/all.obj" "$build/lib/varmex.lib"
 }
 
 link() {
@@ -50,6 +63,7 @@ runs() {
 try 'the C header' client
 try 'the C++ header' wrapper
 try 'the import library' link
+try 'the calling convention' convention
 sample=$here/samples/etc/pxi
 try 'the sample' runs "$sample/pxisys.ini" "$sample/pxiesys.ini" 'chassis 3: .*' 'code 0'
 printf '%s\n' '[System]' ChassisList=1 '[Chassis1]' Vendor=V Model=M TriggerBridgeList=2 SlotList=2 \

@@ -13,6 +13,7 @@
 #include <vector>
 
 #define _MSC_VER 1929
+#include <varmex/triggers.hpp>
 #include <varmex/varmex.hpp>
 
 static_assert(sizeof(tStatusRecord) == 24);
