@@ -129,6 +129,10 @@ checked() {
   expect "$1" "$2" "$3"
   rm -r "$VARMEX_FSROOT"
 }
+# What must be there and is missing is told like what can't be read.
+checked 1 'slot 2/1, TriggerBusNumber .*Section \[Chassis2TriggerBus1\] has no SlotList' show pxiesys.ini '/^\[Chassis2TriggerBus1/,/^\[Chassis2S/{/^SlotList/d}'
+checked 1 '^  1 +bus !1  bus 2 ' show pxisys.ini '/^\[Chassis1TriggerBridge1\]/,/^\[Chassis1T.*2/{/^Source/d}'
+checked 1 '^  2 +!1 unknown ' show pxiesys.ini '/^\[Chassis1Slot2\]/,/^\[Chassis1Slot3/{/^SlotType/d}'
 VARMEX_FSROOT=$here/samples
 expect 0 '^No findings\.$' check
 expect 0 '^\[\]$' check --json
@@ -139,6 +143,7 @@ finds 'disagree on Model in section \[Chassis1\]\. \(varmex' pxiesys.ini '9s/ORX
 finds 'duplicate-address: .Chassis1Slot3. AddressInfo' pxiesys.ini 's/PXI0::7-0/PXI0::5-0/g'
 finds 'unknown-slot-type: .Chassis1Slot10. SlotType' pxiesys.ini '218s/Timing/Time/'
 finds 'slot-without-bus: .Chassis1Slot11.$' pxiesys.ini 's/"7,8,9,10,11,12"/"7,8,9,10,12"/'
+finds '^1 finding\.$' pxiesys.ini 's/"7,8,9,10,11,12"/"7,,9,10,11,12"/'
 finds 'slot-on-two-buses: .Chassis1TriggerBus2. SlotList' pxiesys.ini 's/"7,8,9,/"6,7,8,9,/'
 finds 'bridge-to-missing-bus: .Chassis1TriggerBridge1. DestinationTriggerBus' pxisys.ini '27s/=.*/= 9/'
 finds 'line-map-out-of-range: .Chassis1LineMappingSpec1. PXI_TRIG3' pxisys.ini '49s/=.*/= "9"/'

@@ -62,7 +62,7 @@ class tBridgeCheck {
   std::optional<std::uint32_t> takeBus(const char* item, const char* attribute) {
     rules_.doubtDisagreement(section_, item);
     const auto bus = rules_.takeUnsigned(rules_.classic, section_, item, question(attribute));
-    if (bus && !chassis_.buses.contains(*bus)) {
+    if (bus && chassis_.areBusesKnown && !chassis_.buses.contains(*bus)) {
       rules_.doubt("bridge-to-missing-bus", rules_.classic.at(section_, item),
                    "the chassis has no trigger bus " + std::to_string(*bus),
                    question(attribute).text + ": " + std::to_string(*bus));

@@ -74,6 +74,7 @@ struct tChassisPlan {
   tNumbers classicSlots;                     // of each file's list, in its order
   tNumbers expressSlots;
   std::set<std::uint32_t> buses;  // that a list names
+  bool areBusesKnown = true;      // no list of them is unreadable
 
   std::string slotSection(std::uint32_t slot) const {
     return section + "Slot" + std::to_string(slot);

@@ -92,8 +92,14 @@ class tTriggerCheck {
     std::optional<tPosition> user;
     if (!users.empty()) user = file.at(chassis_.slotSection(*users.begin()));
     const auto buses = rules_.takeList(file, chassis_.section, kList, search.question(), user);
-    if (!buses) return;
-    for (const std::uint32_t bus : *buses) checkBus(file, bus, search);
+    if (!buses) {
+      chassis_.areBusesKnown &= !file.hasItem(chassis_.section, kList);
+      return;
+    }
+    bool isRead = true;
+    for (const std::uint32_t bus : *buses) isRead &= checkBus(file, bus, search);
+    // Where a bus can't be read, slots that nothing else names may be on it.
+    if (!isRead) return;
     for (const std::uint32_t slot : search.remaining()) {
       rules_.doubt("slot-without-bus", file.at(chassis_.slotSection(slot)),
                    chassis_.slotName(slot) + " is on no trigger bus of this file",
@@ -101,18 +107,21 @@ class tTriggerCheck {
     }
   }
 
-  void checkBus(const tCheckedFile& file, std::uint32_t bus, tSearch& search) {
+  // False when it can't be told which slots are on it.
+  bool checkBus(const tCheckedFile& file, std::uint32_t bus, tSearch& search) {
     const std::string name = "TriggerBus" + std::to_string(bus);
     const std::string section = chassis_.section + name;
     chassis_.buses.insert(bus);
     rules_.used.insert(section);
     if (!file.hasSection(section)) {
-      return missSection(file, "TriggerBusList", "bus " + std::to_string(bus), section);
+      missSection(file, "TriggerBusList", "bus " + std::to_string(bus), section);
+      return true;
     }
     const auto slots = rules_.takeList(file, section, "SlotList", search.question());
     for (const std::uint32_t slot : slots.value_or(tNumbers())) {
       search.claim(slot, name, file.at(section, "SlotList"));
     }
+    return slots.has_value();
   }
 
   // The numbers of a family's list; nothing where there is no such family.

@@ -15,8 +15,18 @@ struct tAbsenceRow {
 inline constexpr tAbsenceRow kAbsenceRows[] = {
     // A slot type that nobody knows is a fault of the type, once, not of all that depends on it.
     {"\"bad_slot_type\"", true, "SlotType"},
+    {" item: SlotType not found\"", true, "SlotType"},
     // A bridge names a line map that is not there.
     {"\"mappingSection_\"", false, ""},
+    // What a chassis, a bus, a bridge, a star trigger and a line map that are there must have.
+    {" item: TriggerBusList not found\"", false, ""},
+    {" item: SlotList not found\"", false, ""},
+    {" item: SourceTriggerBus not found\"", false, ""},
+    {" item: DestinationTriggerBus not found\"", false, ""},
+    {" item: LineMappingSpec not found\"", false, ""},
+    {" item: ControllerSlot not found\"", false, ""},
+    {" item: SystemTimingSlot not found\"", false, ""},
+    {" item: PXI_TRIG", false, ""},
     // The reader's words, and whatever else they are.
     {" not found\"", true, ""},
     {"\"wrappedMessage\"", false, ""},

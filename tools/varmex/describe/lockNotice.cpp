@@ -34,7 +34,8 @@ bool isLockedElsewhere() {
 // What the library waits for: the lock, or a file that is there and can't be opened.
 std::string obstacle() {
   if (isLockedElsewhere()) return "another program holds the lock on the description";
-  for (const std::string& path : {varmex::getPxiSysPath(), varmex::getPxieSysPath()}) {
+  for (const std::string& path :
+       {configurationPath(), varmex::getPxiSysPath(), varmex::getPxieSysPath()}) {
     const bool isThere = varmex::queryFileStatus(path.c_str()).code != varmex::kFileNotFound;
     if (isThere && !openFile(path)) return withShownPaths(path) + " can't be opened";
   }
