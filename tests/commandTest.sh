@@ -121,12 +121,13 @@ rm -r "$VARMEX_FSROOT"
 # finds PATTERN FILE SED-SCRIPT : what the check says of a sample with this change in a file.
 finds() { checked 1 "$1" check "${@:2}"; }
 passes() { checked 0 '^No findings\.$' check "$@"; }
-# checked STATUS PATTERN COMMAND FILE SED-SCRIPT
+# checked STATUS PATTERN WORDS FILE SED-SCRIPT
 checked() {
   VARMEX_FSROOT=$(mktemp -d)
   cp -r "$here"/samples/* "$VARMEX_FSROOT"
   sed -i "$5" "$VARMEX_FSROOT/etc/pxi/$4"
-  expect "$1" "$2" "$3"
+  # shellcheck disable=SC2086
+  expect "$1" "$2" $3
   rm -r "$VARMEX_FSROOT"
 }
 # What must be there and is missing is told like what can't be read.
@@ -197,6 +198,13 @@ finds 'bad-list: .PXI System. ChassisList' pxisys.ini 's/^\[System\]/[PXI System
 finds 'missing-section: .System. ChassisList' pxisys.ini '5s/=.*/= "1,3,9"/'
 finds 'missing-item: .Chassis9. ' pxisys.ini '$a [Chassis9]'
 finds 'answers: chassis 9, slots fails' pxisys.ini '$a [Chassis9]\nSlotList = x'
+# What hides a way, a star or terminals is told as such.
+checked 1 '^To +1/17: trigger bus can.t be read$' 'triggers DMM SUPPLY' pxiesys.ini '23s/=.*/= "7,,9"/'
+checked 1 'slot 3/3, StarTriggerNumber and [0-9]+ more: PXI_STAR0 in .* is no number' 'triggers 3/3 3/4' pxisys.ini '166s/=.*/= three/'
+checked 1 'terminals PXI_Trig: SlotList in .* -380757' 'terminals 13.0.0' pxiesys.ini '23s/=.*/= "7,,9"/'
+checked 1 'terminals PXI_Star: PXI_STAR0 in' 'terminals 81.14.0' pxisys.ini '166s/=.*/= three/'
+checked 0 '^From +1/9 on no trigger bus$' 'triggers DMM TIMING' pxiesys.ini '23s/=.*/= "7"/'
+checked 0 '^PXI_Star ' 'terminals 13.0.0' pxiesys.ini '23s/=.*/= "7"/'
 # What is doubtful alone, which no answer of the library shows, and what is right beside it.
 finds 'bridge-onto-itself: .Chassis1TriggerBridge1.$' pxisys.ini '27s/=.*/= 1/'
 finds 'files-disagree: .Chassis1TriggerBridge1. LineMappingSpec$' pxisys.ini '28s/=.*/= 2/'

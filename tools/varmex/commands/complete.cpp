@@ -116,8 +116,8 @@ tCandidates addresses(const tWords& words) {
 // Of the module whose address stands ahead.
 tCandidates terminals(const tWords& words) {
   tCandidates candidates;
-  for (const tJson& terminal :
-       listTerminals(tInstallation(), parseAddress(words[words.size() - 2]))) {
+  const auto list = listTerminals(tInstallation(), parseAddress(words[words.size() - 2]));
+  for (const tJson& terminal : list.terminals) {
     candidates.push_back({terminal.value("name", ""), terminal.value("busName", "")});
   }
   return candidates;

@@ -22,13 +22,14 @@ class tTerminals : public tCommand {
   }
 
   tExitStatus run() override {
-    const tJson terminals = listTerminals(installation_, parseAddress(address_));
+    const auto [terminals, unread] = listTerminals(installation_, parseAddress(address_));
     if (asJson_) {
       printJson(terminals);
     } else {
       show(terminals);
     }
-    return kDone;
+    tellFaults(unread, "terminals");
+    return unread.empty() ? kDone : kFailed;
   }
 
  private:

@@ -26,10 +26,10 @@ std::string chainText(const tJson& way) {
   return text;
 }
 
-std::string endText(const tJson& end) {
-  return joined({end["place"].get<std::string>(),
-                 end.contains("bus") ? "on trigger bus " + end["bus"].dump() : "on no trigger bus"},
-                " ");
+std::string endText(const tJson& end, bool isUnread) {
+  const std::string place = end["place"];
+  if (end.contains("bus")) return place + " on trigger bus " + end["bus"].dump();
+  return place + (isUnread ? ": trigger bus can't be read" : " on no trigger bus");
 }
 
 void showWays(const tJson& document) {
@@ -73,13 +73,6 @@ void showStars(const tJson& document) {
   }
 }
 
-void tellUnread(const tFaults& faults) {
-  for (const tFault& fault : faults) tellFailure(std::runtime_error(lineOf(fault)));
-  if (faults.empty()) return;
-  std::cerr << faults.size() << (faults.size() == 1 ? " fault" : " faults")
-            << " may hide ways. Run \"varmex check\" to see what to mend.\n";
-}
-
 class tTriggers : public tCommand {
  public:
   tTriggers() : tCommand("triggers", "Tell how a trigger gets from one slot to another") {}
@@ -95,18 +88,18 @@ class tTriggers : public tCommand {
 
   tExitStatus run() override {
     const varmex::Session session = installation_.open();
-    const auto [document, unread] =
+    const auto [document, unread, isFromUnread, isToUnread] =
         describeTriggers(session, openSlot(session, from_), openSlot(session, to_),
                          isAllAsked_ ? varmex::WaysWanted::all : varmex::WaysWanted::shortest);
     if (asJson_) {
       printJson(document);
     } else {
-      std::cout << "From  " << visible(endText(document["from"])) << "\nTo    "
-                << visible(endText(document["to"])) << '\n';
+      std::cout << "From  " << visible(endText(document["from"], isFromUnread)) << "\nTo    "
+                << visible(endText(document["to"], isToUnread)) << '\n';
       showWays(document);
       showStars(document);
     }
-    tellUnread(unread);
+    tellFaults(unread, "ways or stars");
     const bool isFound = !document["ways"].empty() || !document["stars"].empty();
     if (!isFound) tellFailure(std::runtime_error(document["reason"]));
     return isFound && unread.empty() ? kDone : kFailed;

@@ -1,6 +1,7 @@
 #include "tools/varmex/describe/faults.h"
 
 #include <algorithm>
+#include <iostream>
 #include <map>
 
 #include "tools/varmex/describe/fields.h"
@@ -104,6 +105,13 @@ std::string lineOf(const tFault& fault) {
       fault.answers > 1 ? " and " + std::to_string(fault.answers - 1) + " more" : "";
   return (fault.mark.empty() ? "" : fault.mark + "  ") + fault.where + more + ": " +
          shortened(fault.reason);
+}
+
+void tellFaults(const tFaults& faults, const std::string& hidden) {
+  for (const tFault& fault : faults) tellFailure(std::runtime_error(lineOf(fault)));
+  if (faults.empty()) return;
+  std::cerr << faults.size() << (faults.size() == 1 ? " fault" : " faults") << " may hide "
+            << hidden << ". Run \"varmex check\" to see what to mend.\n";
 }
 
 std::string summaryOf(const tFaults& faults) {

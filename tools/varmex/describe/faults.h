@@ -35,6 +35,9 @@ std::string markOf(const tJson& item, const char* name);
 // "!1  slot 1/19 and 2 more: ..." for one fault.
 std::string lineOf(const tFault& fault);
 
+// Tells each fault, and that they may hide what `hidden` names, on the standard error output.
+void tellFaults(const tFaults& faults, const std::string& hidden);
+
 // How many faults there are and what to do; empty without any.
 std::string summaryOf(const tFaults& faults);
 

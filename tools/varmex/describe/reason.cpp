@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string_view>
 #include <utility>
 
 #include "tools/varmex/describe/absence.h"
@@ -10,6 +9,19 @@
 #include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
+
+namespace {
+
+bool tellsAbsence(std::int32_t code, std::string_view text, std::string_view attribute) {
+  if (!varmex::meansNothing(code)) return false;
+  if (code != varmex_errorInformationNotAvailable) return true;
+  const auto* const row =
+      std::find_if(std::begin(kAbsenceRows), std::end(kAbsenceRows),
+                   [text](const tAbsenceRow& each) { return text.find(each.text) != text.npos; });
+  return row->isAbsence != (attribute == row->otherwise);
+}
+
+}  // namespace
 
 tReason reasonOf(const varmex::Error& error) {
   tToldFailure told = toldFailure(error);
@@ -36,13 +48,11 @@ tJson jsonOf(const tReason& reason) {
 }
 
 bool isAbsence(varmex::Status& status, const tAttribute& attribute) {
-  if (!varmex::meansNothing(status.code())) return false;
-  if (status.code() != varmex_errorInformationNotAvailable) return true;
-  const std::string_view text = varmex_statusText(status);
-  const auto* const row =
-      std::find_if(std::begin(kAbsenceRows), std::end(kAbsenceRows),
-                   [text](const tAbsenceRow& each) { return text.find(each.text) != text.npos; });
-  return row->isAbsence != (std::string_view(row->otherwise) == attribute.name);
+  return tellsAbsence(status.code(), varmex_statusText(status), attribute.name);
+}
+
+bool isAbsence(const varmex::Error& error, std::string_view attribute) {
+  return tellsAbsence(error.code(), error.json(), attribute);
 }
 
 }  // namespace tool

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <string>
+#include <string_view>
 
 #include "tools/varmex/describe/attributes.h"
 #include "tools/varmex/describe/json.h"
@@ -28,6 +29,9 @@ tJson jsonOf(const tReason& reason);
 // Of a query that failed: whether the description says nothing about the attribute, or the item is
 // of another kind; anything else is a fault.
 bool isAbsence(varmex::Status& status, const tAttribute& attribute);
+
+// The same of what was thrown; `attribute` names what was asked for, be it no attribute.
+bool isAbsence(const varmex::Error& error, std::string_view attribute);
 
 }  // namespace tool
 

@@ -1,5 +1,8 @@
 #include "tools/varmex/describe/terminals.h"
 
+#include "tools/varmex/describe/reason.h"
+#include "tools/varmex/text/failures.h"
+
 namespace tool {
 
 namespace {
@@ -30,19 +33,23 @@ tJson describeTerminal(const varmex::Terminal& terminal) {
 
 }  // namespace
 
-tJson listTerminals(const tInstallation& installation, const tPciAddress& address) {
-  tJson terminals = tJson::array();
+tTerminalList listTerminals(const tInstallation& installation, const tPciAddress& address) {
+  tTerminalList list{tJson::array(), {}};
   for (const tGroup& group : kGroups) {
     try {
       const RoutingSession session = installation.openLines(address, group.lines);
       for (const varmex::Terminal& terminal : session.terminals()) {
-        terminals.push_back(describeTerminal(terminal));
+        list.terminals.push_back(describeTerminal(terminal));
       }
     } catch (const varmex::Error& error) {
-      if (!varmex::meansNothing(error.code())) throw;  // else the slot has no lines of this group
+      if (!varmex::meansNothing(error.code())) throw;
+      if (isAbsence(error, group.prefix)) continue;  // the slot has no lines of this group
+      const tReason reason = reasonOf(error);
+      addFault(list.unread, "", std::string("terminals ") + group.prefix,
+               failureText(reason.constant, reason.code, reason.sentence));
     }
   }
-  return terminals;
+  return list;
 }
 
 varmex::RoutingSession::Lines linesOfTerminal(const std::string& terminal) {

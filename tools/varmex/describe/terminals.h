@@ -3,14 +3,19 @@
 
 #include <string>
 
+#include "tools/varmex/describe/faults.h"
 #include "tools/varmex/describe/installation.h"
 #include "tools/varmex/describe/json.h"
 
 namespace tool {
 
 // The terminals of the module at a PCI address, of every group of lines
-// that its slot has, as objects of their attributes.
-tJson listTerminals(const tInstallation& installation, const tPciAddress& address);
+// that its slot has, as objects of their attributes; and the groups that can't be read.
+struct tTerminalList {
+  tJson terminals;
+  tFaults unread;
+};
+tTerminalList listTerminals(const tInstallation& installation, const tPciAddress& address);
 
 // The group of lines that a terminal of this name belongs to. Throws CLI::ValidationError for a
 // name of no group.

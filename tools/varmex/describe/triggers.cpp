@@ -52,17 +52,8 @@ struct tEnd {
   std::uint32_t slot;
   std::optional<std::uint32_t> bus;
   std::string failure;
+  bool isUnread = false;
 };
-
-tEnd endOf(const varmex::Slot& slot) {
-  tEnd end{slot.chassisNumber(), slot.number(), std::nullopt, {}};
-  try {
-    end.bus = slot.triggerBusNumber();
-  } catch (const varmex::Error& error) {
-    end.failure = reasonOf(error).sentence;
-  }
-  return end;
-}
 
 std::string placeOf(const tEnd& end) {
   return std::to_string(end.chassis) + '/' + std::to_string(end.slot);
@@ -81,8 +72,11 @@ class tUnread {
  public:
   // `part` goes on behind the bridge's number.
   void add(std::uint32_t bridge, const std::string& part, const std::exception& failure) {
+    add("bridge " + std::to_string(bridge) + part, failure);
+  }
+
+  void add(const std::string& where, const std::exception& failure) {
     const tReason reason = reasonOf(failure);
-    const std::string where = "bridge " + std::to_string(bridge) + part;
     const std::string text = failureText(reason.constant, reason.code, reason.sentence);
     sentences_.push_back(where + ": " + text);
     addFault(faults_, "", where, text);
@@ -95,6 +89,60 @@ class tUnread {
   tJson sentences_ = tJson::array();
   tFaults faults_;
 };
+
+tEnd endOf(const varmex::Slot& slot, tUnread& unread) {
+  tEnd end{slot.chassisNumber(), slot.number(), std::nullopt, {}};
+  try {
+    end.bus = slot.triggerBusNumber();
+  } catch (const varmex::Error& error) {
+    end.isUnread = !isAbsence(error, "TriggerBusNumber");
+    end.failure = reasonOf(error).sentence;
+    if (end.isUnread) unread.add("slot " + placeOf(end) + ", TriggerBusNumber", error);
+  }
+  return end;
+}
+
+std::string noBusText(const tEnd& end) {
+  if (end.isUnread) return "the trigger bus of slot " + placeOf(end) + " can't be read";
+  return "slot " + placeOf(end) + " is on no trigger bus: " + end.failure;
+}
+
+// What star relations are made of.
+constexpr tAttribute kStarAttributes[] = {
+    {"StarTriggerNumber", varmex_u32_StarTriggerNumber, false, nullptr},
+    {"StarTriggerLine", varmex_u32_StarTriggerLine, false, nullptr},
+    {"StarTriggerControllerName", varmex_str_StarTriggerControllerName, true, nullptr},
+    {"DStarTriggerNumber", varmex_u32_DStarTriggerNumber, false, nullptr},
+    {"DStarTriggerSet", varmex_u32_DStarTriggerSet, false, nullptr},
+    {"DStarTriggerControllerName", varmex_str_DStarTriggerControllerName, true, nullptr}};
+
+void addUnreadStars(const varmex::Slot& slot, const tEnd& end, tUnread& unread) {
+  for (const tAttribute& attribute : kStarAttributes) {
+    varmex::Status status;
+    if (attribute.isText) {
+      varmex_getStringAttribute(slot.handle(), attribute.number, status);
+    } else {
+      varmex_getU32Attribute(slot.handle(), attribute.number, status);
+    }
+    if (status.code() < 0 && !isAbsence(status, attribute)) {
+      unread.add("slot " + placeOf(end) + ", " + attribute.name, status.error());
+    }
+  }
+}
+
+// The stars that both are on, as far as they can be read; `unread` tells of the rest.
+tJson readStars(const varmex::Slot& from, const varmex::Slot& to, const tEnd (&ends)[2],
+                tUnread& unread) {
+  tJson stars = tJson::array();
+  if (ends[0].chassis != ends[1].chassis) return stars;
+  addUnreadStars(from, ends[0], unread);
+  addUnreadStars(to, ends[1], unread);
+  try {
+    for (const auto& star : varmex::findStarRelations(from, to)) stars.push_back(jsonOf(star));
+  } catch (const varmex::Error&) {  // is among what was unread
+  }
+  return stars;
+}
 
 // A bridge with what can be read of it: a line that can't leads nowhere, and `unread` tells of it.
 template <class Read>
@@ -166,16 +214,17 @@ std::string lineMapText(const tJson& lines) {
 
 tTriggerAnswer describeTriggers(const varmex::Session& session, const varmex::Slot& from,
                                 const varmex::Slot& to, varmex::WaysWanted wanted) {
-  const tEnd ends[] = {endOf(from), endOf(to)};
-  const auto& [source, destination] = ends;
+  const bool isOneSlot = from.chassisNumber() == to.chassisNumber() && from.number() == to.number();
   tUnread unread;
+  const tEnd first = endOf(from, unread);
+  const tEnd ends[] = {first, isOneSlot ? first : endOf(to, unread)};
+  const auto& [source, destination] = ends;
   varmex::TriggerWays ways;
   std::string reason;
   if (source.chassis != destination.chassis) {
     reason = "the slots are in two chassis, between which no trigger line runs";
   } else if (!source.bus || !destination.bus) {
-    const tEnd& bad = source.bus ? destination : source;
-    reason = "slot " + placeOf(bad) + " is on no trigger bus: " + bad.failure;
+    reason = noBusText(source.bus ? destination : source);
   } else {
     tBridges bridges;
     if (*source.bus != *destination.bus) bridges = readBridges(session, source.chassis, unread);
@@ -190,14 +239,10 @@ tTriggerAnswer describeTriggers(const varmex::Session& session, const varmex::Sl
                     {"isComplete", ways.isComplete},   {"stars", tJson::array()}};
   for (const varmex::TriggerWay& way : ways.ways) document["ways"].push_back(jsonOf(way));
   // A slot's own line of a star trigger joins it to nothing but the controller.
-  if (document["from"] != document["to"]) {
-    for (const auto& star : varmex::findStarRelations(from, to)) {
-      document["stars"].push_back(jsonOf(star));
-    }
-  }
+  if (!isOneSlot) document["stars"] = readStars(from, to, ends, unread);
   if (!reason.empty()) document["reason"] = reason;
   document["unread"] = unread.sentences();
-  return {std::move(document), unread.faults()};
+  return {std::move(document), unread.faults(), source.isUnread, destination.isUnread};
 }
 
 }  // namespace tool

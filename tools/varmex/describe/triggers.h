@@ -11,7 +11,9 @@ namespace tool {
 // neither, and in "unread" a sentence for each part that can't be read and may hide a way.
 struct tTriggerAnswer {
   tJson document;
-  tFaults unread;  // what keeps these parts from being read
+  tFaults unread;     // what keeps these parts from being read
+  bool isFromUnread;  // whether the trigger bus of an end is among them
+  bool isToUnread;
 };
 tTriggerAnswer describeTriggers(const varmex::Session& session, const varmex::Slot& from,
                                 const varmex::Slot& to, varmex::WaysWanted wanted);
