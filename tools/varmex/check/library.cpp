@@ -37,7 +37,8 @@ class tAsker {
       askChassis(chassis);
       for (const auto& [number, namedBy] : chassis_.slots) {
         if (rules_.findings.isFull()) return;
-        ask(aboutSlot(chassis_.number, number), [&] { askSlot(chassis.slot(number)); });
+        ask(aboutSlot(chassis_.number, number),
+            [&, slot = number] { askSlot(chassis.slot(slot)); });
       }
       ask(aboutChassis(chassis_.number, "slots"), [&] { chassis.slots(); });
       ask(aboutChassis(chassis_.number, "trigger bridges"), [&] { askBridges(chassis); });
