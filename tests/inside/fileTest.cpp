@@ -7,7 +7,6 @@
 #include "halden/internal/FileLockImpl.h"
 #include "halden/tools/FileModificationTime.h"
 #include "halden/tools/widePath.h"
-#include "ostrel/quarks/numbers.h"
 #include "tests/support/status.h"
 #include "tests/support/testMachine.h"
 
@@ -19,22 +18,16 @@ using test::tExclusiveLock;
 using test::tStatus;
 using test::tTestMachine;
 
-struct tOpenFile {
-  explicit tOpenFile(const std::filesystem::path& path)
-      : stream(std::fopen(path.string().c_str(), "r")) {}
-  ~tOpenFile() { std::fclose(stream); }
-  tOpenFile(const tOpenFile&) = delete;
-  tOpenFile& operator=(const tOpenFile&) = delete;
-  std::FILE* stream;
-};
-
 TEST(FileLock, isSharedAndNeverWaits) {
   tTestMachine machine;
   machine.writeConfiguration();
-  const tOpenFile first(machine.configuration());
-  const tOpenFile second(machine.configuration());
-  halden::FileLockImpl one(first.stream);
-  halden::FileLockImpl two(second.stream);
+  const auto open = [&machine] {
+    return std::unique_ptr<std::FILE, int (*)(std::FILE*)>(
+        std::fopen(machine.configuration().string().c_str(), "r"), std::fclose);
+  };
+  const auto first = open(), second = open();
+  halden::FileLockImpl one(first.get());
+  halden::FileLockImpl two(second.get());
   {
     const tExclusiveLock lock(machine.configuration());
     EXPECT_FALSE(one.tryLockShared());
@@ -69,12 +62,10 @@ TEST(ModificationTime, tellsMissingFromUnreachable) {
       << "the status holds an error";
 }
 
-TEST(FileExists, answersForAMissingFile) {
+TEST(FileExists, honoursItsStatus) {
   tTestMachine machine;
-  std::int32_t status = 0;
-  EXPECT_FALSE(fileExists(machine.pxiSys().string(), status));
-  EXPECT_EQ(status, 0);
   machine.writePxiSys("x");
+  std::int32_t status = 0;
   EXPECT_TRUE(fileExists(machine.pxiSys().string(), status));
   status = -1;
   EXPECT_FALSE(fileExists(machine.pxiSys().string(), status));
@@ -85,16 +76,13 @@ TEST(FileExists, answersForAMissingFile) {
 }
 
 TEST(WidePath, takesBytesAsTheyCome) {
-  const std::pair<const char*, std::u16string> cases[] = {
-      {"", u""},
-      {"C:\\a", u"C:\\a"},
-      {"\xC3\xA4\xE2\x82\xAC", u"\u00E4\u20AC"},
-      {"\xF0\x9F\x98\x80!", u"\U0001F600!"},
-      {"\xC3"
-       "A",
-       {char16_t(0xC1)}},
-      {"\xFF\x80", {char16_t(0xFF), char16_t(0x80)}},
-      {"\xE2\x82", {char16_t(0x2080)}}};
+  const std::pair<const char*, std::u16string> cases[] = {{"", u""},
+                                                          {"C:\\a", u"C:\\a"},
+                                                          {"\xC3\xA4\xE2\x82\xAC", u"\u00E4\u20AC"},
+                                                          {"\xF0\x9F\x98\x80!", u"\U0001F600!"},
+                                                          {"\303A", u"\u00C1"},
+                                                          {"\xFF\x80", u"\u00FF\u0080"},
+                                                          {"\xE2\x82", u"\u2080"}};
   for (const auto& [path, expected] : cases) {
     tStatus status;
     std::u16string wide = u"before";

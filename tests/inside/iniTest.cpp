@@ -6,6 +6,7 @@
 #include <string>
 
 #include "corpxiTools/iniFile.h"
+#include "tests/support/texts.h"
 
 namespace varmex {
 
@@ -15,8 +16,11 @@ class tIni : public testing::Test {
  protected:
   void TearDown() override { std::filesystem::remove(path_); }
 
-  bool load(const std::string& text) {
+  void write(const std::string& text) const {
     std::ofstream(path_, std::ios::binary | std::ios::trunc) << text;
+  }
+  bool load(const std::string& text) {
+    write(text);
     return file_.read(path_.string());
   }
   // The value of item K in section S of a file.
@@ -33,13 +37,13 @@ class tIni : public testing::Test {
     const tIniItem* found = file_.store().findItem("S", item);
     return found ? found->line : 0;
   }
-  // What a reading makes of each text: its numbers, "!" for a value that it refuses as invalid.
+  // What a reading makes of texts between bars: numbers, "!" for a value that it refuses.
   template <class Value>
   std::string read(tResult<Value> (tIniFile::*get)(const tIniPlace&, tLiteral) const,
-                   std::initializer_list<const char*> texts) {
+                   const char* texts) {
     std::string answers;
-    for (const char* text : texts) {
-      load("[S]\nK=" + std::string(text) + '\n');
+    for (const std::string& text : test::split(texts, "|")) {
+      load("[S]\nK=" + text + '\n');
       const tResult<Value> result = (file_.*get)(file_.placeOf(tShortName("S")), tLiteral("K"));
       if (!result) {
         const bool isList = std::is_same_v<Value, tNumbers>;
@@ -67,29 +71,27 @@ class tIni : public testing::Test {
 TEST_F(tIni, readsATextThatIsOrIsNotAsExpected) {
   ASSERT_TRUE(tContentDigester::isReady());
   constexpr std::size_t kShare = 64 * 1024;
-  for (const std::size_t size :
-       {std::size_t{1}, std::size_t{127}, std::size_t{128}, std::size_t{129}, std::size_t{4095},
-        std::size_t{4096}, std::size_t{4097}, kShare - 1, kShare, kShare + 1, 2 * kShare,
-        std::size_t{150'000}}) {
+  constexpr std::size_t kSizes[] = {1,    127,        128,    129,        4095,       4096,
+                                    4097, kShare - 1, kShare, kShare + 1, 2 * kShare, 150'000};
+  tIniText read;
+  for (const std::size_t size : kSizes) {
+    const auto expectRead = [&](const std::string& text, const tContentDigest* expected, bool is) {
+      write(text);
+      ASSERT_TRUE(readIniText(path_.string(), read, tLooked::no, expected));
+      EXPECT_EQ(expected && read.is(*expected), is) << size;
+      EXPECT_EQ(read.bytes(), is ? "" : text) << size;
+    };
     std::string text(size, 'x');
     for (std::size_t n = 0; n < size; n += 7) text[n] = static_cast<char>('a' + n % 26);
-    std::ofstream(path_, std::ios::binary | std::ios::trunc) << text;
-    tIniText read;
-    ASSERT_TRUE(readIniText(path_.string(), read, tLooked::no, nullptr));
-    EXPECT_EQ(read.bytes(), text) << size;
+    expectRead(text, nullptr, false);
     const tContentDigest digest = read.digest();
-    ASSERT_TRUE(readIniText(path_.string(), read, tLooked::no, &digest));
-    EXPECT_TRUE(read.is(digest)) << size;
-    EXPECT_TRUE(read.bytes().empty()) << size;
-    for (const std::size_t place : {std::size_t{0}, std::size_t{63}, std::size_t{64},
-                                    std::size_t{4096}, kShare - 1, kShare, size - 1}) {
+    expectRead(text, &digest, true);
+    const std::size_t places[] = {0, 63, 64, 4096, kShare - 1, kShare, size - 1};
+    for (const std::size_t place : places) {
       if (place >= size) continue;
       std::string other = text;
       other[place] = static_cast<char>(other[place] ^ 1);
-      std::ofstream(path_, std::ios::binary | std::ios::trunc) << other;
-      ASSERT_TRUE(readIniText(path_.string(), read, tLooked::no, &digest));
-      EXPECT_FALSE(read.is(digest)) << size << ", " << place;
-      EXPECT_EQ(read.bytes(), other) << size << ", " << place;
+      expectRead(other, &digest, false);
     }
   }
 }
@@ -234,18 +236,6 @@ TEST_F(tIni, mergesWhatHalvingReaches) {
   EXPECT_EQ(file_.store().findSection("S")->count, 4U);
 }
 
-TEST_F(tIni, keepsSectionsThatAreTakenUpAgain) {
-  std::string text;
-  for (int round = 0; round < 50; ++round) {
-    text += "[A]\nx" + std::to_string(round) + "=1\n[S]\nK" + std::to_string(round) + "=2\n";
-  }
-  EXPECT_EQ(value(text, "K49"), "2");
-  EXPECT_EQ(file_.store().findSection("S")->count, 50U);
-  for (int round = 0; round < 50; ++round) {
-    EXPECT_TRUE(file_.hasItem(file_.findSection("A"), "x" + std::to_string(round))) << round;
-  }
-}
-
 TEST_F(tIni, joinsPieces) {
   EXPECT_EQ(value("[S]\nK Line2=x\nK Line1=a\nK Line007=b\nOther Line0=c\nK2 Line01=d\n"), "abc");
   EXPECT_TRUE(has("K Line2"));
@@ -257,34 +247,33 @@ TEST_F(tIni, joinsPieces) {
   }
 }
 
-TEST_F(tIni, findsAllOfALargeSection) {
-  std::string text = "[S]\n";
-  for (int n = 0; n < 200; ++n)
-    text += "K" + std::to_string(n * 7 % 200) + "=" + std::to_string(n) + "\n";
-  ASSERT_TRUE(load(text));
+TEST_F(tIni, findsAllOfLargeSectionsThatAreTakenUpAgain) {
+  std::string text;
   for (int n = 0; n < 200; ++n) {
-    EXPECT_EQ(textOf("S", "K" + std::to_string(n * 7 % 200)), std::to_string(n));
+    const std::string number = std::to_string(n * 7 % 200);
+    text += "[A]\nx" + number + "=1\n[S]\nK" + number + "=" + std::to_string(n) + "\n";
   }
-  EXPECT_FALSE(has("K200"));
-  EXPECT_FALSE(has("A"));
+  ASSERT_TRUE(load(text));
+  EXPECT_EQ(file_.store().findSection("S")->count, 200U);
+  for (int n = 0; n < 200; ++n) {
+    const std::string number = std::to_string(n * 7 % 200);
+    EXPECT_EQ(textOf("S", "K" + number), std::to_string(n));
+    EXPECT_TRUE(file_.hasItem(file_.findSection("A"), "x" + number)) << n;
+  }
+  EXPECT_FALSE(has("K200") || has("A"));
 }
 
 TEST_F(tIni, numbers) {
   EXPECT_EQ(read(&tIniFile::getNumber,
-                 {"12", " +7 ", "-0", "\" 5\t\"", "2147483647", "-2147483648", "000000000000012"}),
-            "12|7|0|5|2147483647|-2147483648|12");
-  EXPECT_EQ(read(&tIniFile::getNumber, {"12abc", "0x10", "+ 5", "+", "1 2", "--1", "2147483648",
-                                        "-2147483649", "99999999999999999999"}),
-            "!|!|!|!|!|!|!|!|!");
+                 "12| +7 |-0|\" 5\t\"|2147483647|-2147483648|000000000000012|12abc|0x10|+ 5|+|1 2|"
+                 "--1|2147483648|-2147483649|99999999999999999999"),
+            "12|7|0|5|2147483647|-2147483648|12|!|!|!|!|!|!|!|!|!");
   EXPECT_EQ(read(&tIniFile::getUnsigned,
-                 {"0x1F", "0Xaf9", "017", "-1", "4294967295", "\" +9\"", "-4294967295"}),
-            "31|2809|15|4294967295|4294967295|9|1");
-  EXPECT_EQ(read(&tIniFile::getUnsigned,
-                 {"\"\"", "0x", "09", "1x", "\"1 \"", "4294967296", "x", "0xg", "0x1G", "0x/"}),
-            "!|!|!|!|!|!|!|!|!|!");
-  EXPECT_EQ(read(&tIniFile::getNumberList, {"1 , 2", "1x,2", "0x10", "-1,+2", "12abc", "\"\""}),
-            "1 2 |1 2 |0 |4294967295 2 |12 |");
-  EXPECT_EQ(read(&tIniFile::getNumberList, {"1,,3", "1,2,", ",1", "x", "\" \""}), "!|!|!|!|!");
+                 R"(0x1F|0Xaf9|017|-1|4294967295|" +9"|-4294967295|""|0x|09|1x|"1 "|4294967296|x|)"
+                 "0xg|0x1G|0x/"),
+            "31|2809|15|4294967295|4294967295|9|1|!|!|!|!|!|!|!|!|!|!");
+  EXPECT_EQ(read(&tIniFile::getNumberList, R"(1 , 2|1x,2|0x10|-1,+2|12abc|""|1,,3|1,2,|,1|x|" ")"),
+            "1 2 |1 2 |0 |4294967295 2 |12 ||!|!|!|!|!");
   load("[S]\nK=\"  \"\n");
   EXPECT_EQ(*file_.getString(file_.placeOf(tShortName("S")), "K"), "  ");
   EXPECT_EQ(file_.getString(file_.placeOf(tShortName("S")), "L").refusal().message(),
@@ -296,17 +285,15 @@ TEST_F(tIni, numbers) {
 // Names that differ in the upper bits of certain bytes alone, which weak hashes make nothing of.
 TEST_F(tIni, findsSectionsWhateverTheirNames) {
   std::vector<std::string> names;
-  for (unsigned bits = 0; bits < 4096; ++bits) {
-    std::string name(12 * 16, 'a');
-    for (unsigned group = 0; group < 12; ++group) {
-      if (!(bits >> group & 1)) continue;
-      for (const unsigned byte : {7U, 11U, 15U}) name[16 * group + byte] = '\xE1';
-    }
-    names.push_back(name);
-  }
   std::string text;
-  for (std::size_t n = 0; n < names.size(); ++n) {
-    text += '[' + names[n] + "]\nK=" + std::to_string(n) + '\n';
+  for (unsigned bits = 0; bits < 4096; ++bits) {
+    std::string& name = names.emplace_back(12 * 16, 'a');
+    for (unsigned group = 0; group < 12; ++group) {
+      for (const unsigned byte : {7U, 11U, 15U}) {
+        if (bits >> group & 1) name[16 * group + byte] = '\xE1';
+      }
+    }
+    text += '[' + name + "]\nK=" + std::to_string(bits) + '\n';
   }
   load(text);
   for (std::size_t n = 0; n < names.size(); ++n) {

@@ -1,12 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <nlohmann/json.hpp>
 #include <string>
 
 #include "ostrel/quarks/jsonScanner.h"
 #include "ostrel/quarks/jsonWriter.h"
 #include "ostrel/quarks/status.h"
+#include "tests/support/texts.h"
 
 namespace varmex {
 
@@ -36,11 +35,9 @@ TEST(JsonWriter, addsAtEitherEnd) {
   cursor = jsonAddObject(cursor, "e");
   jsonAddRaw(cursor - 1, "f", "[1]");
   jsonAddU32(object.front(), "z", 1);
-  EXPECT_EQ(
-      object.text(),
-      "{\"z\":1, "
-      "\"a\":\"x\\b\\t\\n\\f\\ry\\\"\\\\\\u001f\\u007f\xC3\xA4\",\"b\":-2147483648,4294967295,"
-      "\"d\\n\":18446744073709551615,\"e\":{\"f\":[1]}}");
+  EXPECT_EQ(object.text(),
+            R"({"z":1, "a":"x\b\t\n\f\ry\"\\\u001f\u007fä","b":-2147483648,4294967295,)"
+            R"("d\n":18446744073709551615,"e":{"f":[1]}})");
   EXPECT_EQ(object.last(), 'J');
   tBuffer array("[]", 64);
   jsonAddU32(jsonAddU32(array.front(), nullptr, 1), nullptr, 2);
@@ -76,47 +73,23 @@ TEST(JsonWriter, doublesAStatusText) {
 }
 
 TEST(JsonScanner, acceptsJsonAndLaxNumbers) {
-  for (const char* text :
-       {"{}", " [ ] ", "{\"a\" : [1,-2.5e+3,true , false,null,\"\\u00e4\\/\\b\"]}\n", "[[[{}]]]",
-        "[-]", "[1.]", "[007]", "[1e+]", "[1E2,\t1e-\r]", "[\"\\uFF00\xFF\x7F\"]"}) {
-    const char* end = jsonFindEnd(text);
+  const std::string texts =
+      R"({}| [ ] |{"a" : [1,-2.5e+3,true , false,null,"\u00e4\/\b"]}|[[[{}]]])"
+      "|[-]|[1.]|[007]|[1e+]|[1E2,\t1e-\r]|[\"\\uFF00\xFF\x7F\"]\n";
+  for (const std::string& text : test::split(texts, "|")) {
+    const char* end = jsonFindEnd(text.c_str());
     ASSERT_NE(end, nullptr) << text;
     EXPECT_TRUE(*end == '}' || *end == ']') << text;
   }
 }
 
 TEST(JsonScanner, rejectsTheRest) {
-  for (const char* text : {"",
-                           "1",
-                           "{",
-                           "[",
-                           "[1,]",
-                           "{\"a\":1,}",
-                           "{\"a\"}",
-                           "{\"a\":}",
-                           "{a:1}",
-                           "[1 2]",
-                           "[}",
-                           "{]",
-                           "[\"\\x\"]",
-                           "[\"\\u12g4\"]",
-                           "[\"\\",
-                           "[\"a",
-                           "[\"\n\"]",
-                           "[1ex]",
-                           "[+1]",
-                           "[.5]",
-                           "[tru]",
-                           "[]]",
-                           "[] x",
-                           "{\"a\":1 \"b\":2}",
-                           "{,}",
-                           "[,]",
-                           "[\"\\u00f\"]",
-                           "[\"\\u00:0\"]",
-                           "[\"\\u00G0\"]",
-                           "[\"\\u00`0\"]"}) {
-    EXPECT_EQ(jsonFindEnd(text), nullptr) << text;
+  const std::string texts =
+      R"(|1|{|[|[1,]|{"a":1,}|{"a"}|{"a":}|{a:1}|[1 2]|[}|{]|[1ex]|[+1]|[.5]|[tru]|[]]|[] x)"
+      R"(|{"a":1 "b":2}|{,}|[,]|["\x"]|["\u12g4"]|["\|["a|["\u00f"]|["\u00:0"]|["\u00G0"])"
+      "|[\"\\u00`0\"]|[\"\n\"]";
+  for (const std::string& text : test::split(texts, "|")) {
+    EXPECT_EQ(jsonFindEnd(text.c_str()), nullptr) << text;
   }
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "corpxiTools/fileSystem/posix/registryText.h"
+#include "tests/support/texts.h"
 
 namespace varmex {
 
@@ -105,31 +106,12 @@ TEST(RegistryText, readsEntries) {
 }
 
 TEST(RegistryText, passesOverWhatItCannotRead) {
-  const char* const lines[] = {"'n'",
-                               "n='x'",
-                               "'n'=x",
-                               "'n'=",
-                               "'n'=dword:12345678a",
-                               "'n'=dword:",
-                               "'n'=dword: ;1",
-                               "'n'=dword:g",
-                               "'n'=dword",
-                               "'n'=hex",
-                               "'n'=hex:1g",
-                               "'n'=hex:001",
-                               "'n'=hex:1,,2",
-                               "'n'=hex(7:00",
-                               "'n'=hex():00",
-                               "'n'=hex(123456789):00",
-                               "'n'='x'y",
-                               "'n'='x\\'",
-                               "'n='x",
-                               "'n'='open",
-                               "'n'=hex:01,\\",
-                               "'n'=hex:01,\\\n",
-                               "'n'=hex:01,\\\n;02",
-                               "'n'=hex:01,\\\n  zz,"};
-  for (const char* line : lines) {
+  const std::string lines =
+      "'n'|n='x'|'n'=x|'n'=|'n'='x'y|'n'='x\\'|'n='x|'n'='open|'n'=dword:12345678a|'n'=dword:|"
+      "'n'=dword: ;1|'n'=dword:g|'n'=dword|'n'=hex|'n'=hex:1g|'n'=hex:001|'n'=hex:1,,2|"
+      "'n'=hex(7:00|'n'=hex():00|'n'=hex(123456789):00|'n'=hex:01,\\|'n'=hex:01,\\\n|"
+      "'n'=hex:01,\\\n;02|'n'=hex:01,\\\n  zz,";
+  for (const std::string& line : test::split(lines, "|")) {
     const std::string text = written(line);
     EXPECT_EQ(valuesOf(kHead + kHeader + text), "") << line;
     EXPECT_EQ(valuesOf(kHead + kHeader + text + "\r\n\"z\"=\"1\""), "z(1)1") << line;

@@ -1,3 +1,5 @@
+// Status records, and what writes them.
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -5,6 +7,7 @@
 #include <string>
 
 #include "ostrel/quarks/failure.h"
+#include "ostrel/quarks/refusal.h"
 #include "ostrel/quarks/synchronization.h"
 #include "ostrel/quarks/throwingStatus.h"
 #include "ostrel/quarks/trace.h"
@@ -13,22 +16,43 @@ namespace varmex {
 
 namespace {
 
+constexpr tErrorCode kCode{-7, "constant"};
+constexpr tSourcePosition kPosition{"a file", 12, "part"};
+
 bool otherReallocate(tStatusRecord* record, std::uint32_t capacity) {
   return varmex_reallocateStatus(record, capacity);
 }
 
+std::uint32_t largestBuffer;  // that a caller's policy gives
+
+// As many bytes as it is asked for, up to a bound.
+bool exactReallocate(tStatusRecord* record, std::uint32_t capacity) {
+  if (capacity > largestBuffer) return false;
+  char* const text = capacity > 0 ? static_cast<char*>(std::malloc(capacity)) : nullptr;
+  if (text) varmex_formatStatusText(text, capacity, record->text ? record->text : "{}");
+  std::free(record->text);
+  record->text = text;
+  record->capacity = capacity;
+  return true;
+}
+
 class tOwned {
  public:
-  explicit tOwned(std::int32_t code = 0, const char* text = nullptr) {
-    record.code = code;
+  explicit tOwned(std::int32_t code = 0, const char* text = nullptr,
+                  bool (*reallocate)(tStatusRecord*, std::uint32_t) = statusReallocate)
+      : record{code, 0, reallocate, nullptr} {
     if (text) statusSetText(record, text);
   }
   ~tOwned() { statusReleaseText(record); }
   tOwned(const tOwned&) = delete;
   tOwned& operator=(const tOwned&) = delete;
-  std::string text() const { return record.text ? record.text : ""; }
 
-  tStatusRecord record = makeStatus();
+  std::string text() const { return record.text ? record.text : "-"; }
+  std::string state() const {
+    return std::to_string(record.code) + ' ' + text() + ' ' + std::to_string(record.capacity);
+  }
+
+  tStatusRecord record;
 };
 
 TEST(Status, mergesByRule) {
@@ -37,32 +61,26 @@ TEST(Status, mergesByRule) {
     bool replaced;
   } cases[] = {{0, 0, false}, {0, 5, true},   {0, -5, true},  {5, 0, false},  {5, 6, false},
                {5, -6, true}, {-5, 0, false}, {-5, 6, false}, {-5, -6, false}};
+  const std::string before = R"({"t":1})", after = R"({"s":1})";
   for (const auto& [current, incoming, replaced] : cases) {
-    tOwned target(current, "{\"t\":1}");
-    tOwned source(incoming, "{\"s\":1}");
-    EXPECT_EQ(statusMerge(target.record, source.record), replaced);
-    EXPECT_EQ(target.record.code, replaced ? incoming : current);
-    EXPECT_EQ(target.text(), replaced ? "{\"s\":1}" : "{\"t\":1}");
-    EXPECT_EQ(source.text(), replaced ? "" : "{\"s\":1}") << "a text that merges moves";
-    EXPECT_EQ(source.record.code, incoming);
+    for (const auto reallocate : {statusReallocate, otherReallocate}) {
+      tOwned target(current, before.c_str(), reallocate);
+      tOwned source(incoming, after.c_str());
+      EXPECT_EQ(statusMerge(target.record, source.record), replaced);
+      EXPECT_EQ(target.record.code, replaced ? incoming : current);
+      EXPECT_EQ(target.text(), replaced ? after : before);
+      EXPECT_EQ(source.text(), replaced && reallocate == statusReallocate ? "-" : after)
+          << "a text that merges moves, between records of one policy";
+      EXPECT_EQ(source.record.code, incoming);
+    }
   }
-}
-
-TEST(Status, copiesTheTextBetweenPolicies) {
-  tOwned source(-1, "{\"s\":1}");
-  tOwned target;
-  target.record.reallocate = otherReallocate;
-  EXPECT_TRUE(statusMerge(target.record, source.record));
-  EXPECT_EQ(target.text(), "{\"s\":1}");
-  EXPECT_EQ(source.text(), "{\"s\":1}");
 }
 
 TEST(Status, bufferSizes) {
   tOwned owned;
   EXPECT_FALSE(statusReallocate(&owned.record, 0x80000000));
   EXPECT_TRUE(statusReallocate(&owned.record, 513));
-  EXPECT_EQ(owned.record.capacity, 1024U);
-  EXPECT_EQ(owned.text(), "{}");
+  EXPECT_EQ(owned.state(), "0 {} 1024");
   EXPECT_TRUE(statusReallocate(&owned.record, 4));
   EXPECT_EQ(owned.record.capacity, 1024U);
   char small[4] = "ab";
@@ -72,102 +90,71 @@ TEST(Status, bufferSizes) {
   EXPECT_EQ(small[3], 'J');
 }
 
-TEST(FixedStatus, keepsBothEndsOfALongFileName) {
-  const std::string head(49, 'a');
-  const std::string tail(49, 'b');
-  tFixedStatus fixed;
-  fixedStatusSet(fixed, -7, "component-name", (head + std::string(22, 'x') + tail).c_str(), 12);
-  EXPECT_STREQ(fixed.file, (head + ".." + tail).c_str());
-  EXPECT_STREQ(fixed.component, "component");
-  fixedStatusSet(fixed, -8, "late", "late", 1);
-  EXPECT_EQ(fixed.code, -7);
-  tOwned owned;
-  EXPECT_TRUE(statusFromFixed(fixed, owned.record));
-  EXPECT_EQ(owned.record.code, -7);
-  EXPECT_EQ(owned.text(),
-            "{\"file\":\"" + head + ".." + tail + "\",\"line\":12,\"component\":\"component\"}");
-  const std::string hundred(100, 'c');
-  tFixedStatus exact;
-  fixedStatusSet(exact, 3, "", hundred.c_str(), 1);
-  EXPECT_EQ(exact.file, hundred);
-}
-
 // Of others, too, who fill in part of it, or no end of a text.
 TEST(FixedStatus, tellsWhatItHas) {
-  const std::string hundred(100, 'f');
+  const std::string head(49, 'a'), tail(49, 'b'), hundred(100, 'f');
+  const std::string longName = head + "xxx" + tail;
   const struct {
     std::int32_t code;
     const char* component;
     const char* file;
     std::int32_t before;
     std::string text;
+    std::uint32_t size = kFixedStatusSize;
   } cases[] = {
-      {0, "c", "f", 0, "{}"},
+      {0, "c", "f", 0, "-"},
       {-7, "", "f", 0, R"({"file":"f","line":1})"},
       {-7, "c", "", 0, R"({"component":"c"})"},
-      {-7, "", "", 0, "{}"},
+      {-7, "", "", 0, "-"},
       {-7, "c", "f", -1, R"({"b":1})"},
       {-7, "\"", hundred.c_str(), 1, R"({"file":")" + hundred + R"(","line":1,"component":"\""})"},
+      {-7, "component-name", longName.c_str(), 0,
+       R"({"file":")" + head + ".." + tail + R"(","line":1,"component":"component"})"},
+      {-7, "c", "f", 2, "{}", 8},
   };
-  for (const auto& [code, component, file, before, text] : cases) {
+  for (const auto& [code, component, file, before, text, size] : cases) {
     tFixedStatus fixed;
+    fixed.size = size;
     fixedStatusSet(fixed, code, component, file, 1);
+    fixedStatusSet(fixed, code, "late", "late", 2);
+    EXPECT_TRUE(size == kFixedStatusSize || *fixed.file == '\0');
     tOwned owned(before, before == 0 ? nullptr : R"({"b":1})");
     EXPECT_TRUE(statusFromFixed(fixed, owned.record));
-    EXPECT_EQ(owned.text().empty() ? "{}" : owned.text(), text);
+    EXPECT_EQ(owned.text(), text);
+    EXPECT_EQ(owned.record.code, before < 0 ? before : code);
   }
 }
 
-TEST(FixedStatus, smallRecordsCarryTheCode) {
-  tFixedStatus fixed;
-  fixed.size = 8;
-  fixedStatusSet(fixed, -7, "c", "f", 12);
-  EXPECT_STREQ(fixed.file, "");
-  tOwned owned(2, "{\"w\":1}");
-  EXPECT_TRUE(statusFromFixed(fixed, owned.record));
-  EXPECT_EQ(owned.text(), "{}");
-  EXPECT_EQ(owned.record.code, -7);
-}
-
 template <class Status>
-std::string thrownBy(void (*report)(Status&), std::int32_t& code) {
+std::string thrownBy(void (*report)(Status&)) {
   try {
     tThrowingStatus<Status> guard;
     report(guard);
   } catch (const corerr::Exception& exception) {
-    code = exception.record().code;
     EXPECT_STREQ(static_cast<const std::exception&>(exception).what(),
                  static_cast<const corerr::ExceptionBase&>(exception).what());
-    return exception.what();
+    return std::to_string(exception.record().code) + ' ' + exception.what();
   }
-  code = 0;
   return "nothing";
 }
 
 TEST(ThrowingStatus, throwsWhatItHolds) {
-  std::int32_t code = 0;
-  EXPECT_EQ(thrownBy<tStatusRecord>(
-                [](tStatusRecord& status) {
-                  status.code = -3;
-                  statusSetText(status, "{\"a\":1}");
-                },
-                code),
-            "{\"a\":1}");
-  EXPECT_EQ(code, -3);
-  EXPECT_EQ(thrownBy<tFixedStatus>(
-                [](tFixedStatus& status) { fixedStatusSet(status, -4, "c", "f", 2); }, code),
-            "{\"file\":\"f\",\"line\":2,\"component\":\"c\"}");
-  EXPECT_EQ(code, -4);
-  EXPECT_EQ(thrownBy<std::int32_t>([](std::int32_t& status) { status = -5; }, code), "");
-  EXPECT_EQ(code, -5);
-  EXPECT_EQ(thrownBy<std::int32_t>([](std::int32_t& status) { status = 5; }, code), "nothing");
+  const auto fillsRecord = [](tStatusRecord& status) {
+    status.code = -3;
+    statusSetText(status, R"({"a":1})");
+  };
+  EXPECT_EQ(thrownBy<tStatusRecord>(fillsRecord), R"(-3 {"a":1})");
+  EXPECT_EQ(thrownBy<tFixedStatus>([](auto& status) { fixedStatusSet(status, -4, "c", "f", 2); }),
+            R"(-4 {"file":"f","line":2,"component":"c"})");
+  EXPECT_EQ(thrownBy<std::int32_t>([](auto& status) { status = -5; }), "-5 ");
+  EXPECT_EQ(thrownBy<std::int32_t>([](auto& status) { status = 5; }), "nothing");
 }
 
 TEST(ThrowingStatus, yieldsToAFailureThatTravels) {
   const auto work = [] {
     tThrowingStatus<tStatusRecord> guard;
-    statusSetText(guard, "{\"lost\":1}");
-    static_cast<tStatusRecord&>(guard).code = -3;
+    statusSetText(guard, R"({"lost":1})");
+    guard.get()->code = -3;
     throw std::runtime_error("first");
   };
   EXPECT_THROW(work(), std::runtime_error);
@@ -177,17 +164,17 @@ TEST(ThrowingStatus, yieldsToAFailureThatTravels) {
 TEST(ThrowingStatus, throwsInsideAnUnwindingHost) {
   struct tHost {
     ~tHost() {
-      thrownBy<std::int32_t>([](std::int32_t& status) { status = -5; }, code);
+      thrown = thrownBy<std::int32_t>([](auto& status) { status = -5; });
     }
-    std::int32_t& code;
+    std::string& thrown;
   };
-  std::int32_t code = 0;
-  try {
-    const tHost host{code};
-    throw 1;
-  } catch (int) {
-  }
-  EXPECT_EQ(code, -5);
+  std::string thrown;
+  const auto unwind = [&] {
+    const tHost host{thrown};
+    throw std::runtime_error("first");
+  };
+  EXPECT_THROW(unwind(), std::runtime_error);
+  EXPECT_EQ(thrown, "-5 ");
 }
 
 TEST(CriticalSection, isRecursiveAndHonoursItsStatus) {
@@ -202,26 +189,85 @@ TEST(CriticalSection, isRecursiveAndHonoursItsStatus) {
   EXPECT_FALSE(tCriticalSection(status).isInitialized());
 }
 
+// Where the debug output is this program's own it can be read.
 TEST(Trace, cutsLongTexts) {
-  class tRecorder : public iTraceDestination {
-   public:
-    void write(const char* format, std::va_list arguments) override {
-      char text[64];
-      std::vsnprintf(text, sizeof text, format, arguments);
-      written = text;
-    }
-    std::string written;
-  };
-  tRecorder recorder;
-  tTrace trace(recorder);
-  trace("%d lines of %s", 3, "text");
-  EXPECT_EQ(recorder.written, "3 lines of text");
   tConsoleTraceDestination console;
+  tTrace trace(console);
   testing::internal::CaptureStderr();
-  tTrace toConsole(console);
-  toConsole("%s", std::string(600, 'x').c_str());
+  trace("%d%s", 3, std::string(600, 'x').c_str());
   const std::string shown = testing::internal::GetCapturedStderr();
-  EXPECT_TRUE(shown.empty() || shown == std::string(511, 'x')) << shown;
+  EXPECT_TRUE(shown.empty() || shown == '3' + std::string(510, 'x')) << shown;
+}
+
+// The kinds of text that a refusal alone tells apart.
+void describeNames(tRefusal& refusal) {
+  refusal.text("literal", tLiteral("of the program")).name("name", tShortName("Chassis", 7U));
+}
+void describeNames(tFailureText& text) {
+  text.text("literal", "of the program");
+  text.text("name", "Chassis7");
+}
+
+void describe(auto& detail, const std::string& value) {
+  detail.open("first");
+  detail.text("value", value.c_str());
+  detail.i32("least", -2147483647 - 1);
+  describeNames(detail);
+  detail.close();
+  detail.u32("most", 4294967295U);
+  detail.open("last");
+}
+
+// A refusal leaves every record as an exception with the same detail does, which writes its text
+// key by key and merges it, and a direct one as writing into the record does.
+TEST(Refusal, leavesRecordsAsExceptionsDo) {
+  for (const std::string& value :
+       {std::string(), std::string("plain"), std::string("quo\"te \\ \x01 \xC3\xA4"),
+        std::string(280, 'x'), std::string(330, 'x'), std::string(200, '\n'),
+        std::string(3000, 'x')}) {
+    tRefusal refusal(kCode, kPosition);
+    describe(refusal, value);
+    tRefusal direct = refusal;
+    direct.direct();
+    for (const auto reallocate : {otherReallocate, exactReallocate}) {
+      for (const char* const before : {static_cast<const char*>(nullptr), R"({"w":1})"}) {
+        for (const std::uint32_t bound : {0U, 4U, 60U, 200U, 1000000U}) {
+          largestBuffer = bound;
+          const auto stateAfter = [&](const auto& report) {
+            tOwned caller(before ? 5 : 0, before, reallocate);
+            report(caller.record);
+            return caller.state();
+          };
+          const auto writes = [&](tStatusRecord& record) {
+            tFailureText text(record, kCode, kPosition);
+            describe(text, value);
+          };
+          const auto throws = [&](tStatusRecord& record) {
+            tOwned own;
+            writes(own.record);
+            statusMerge(record, own.record);
+          };
+          EXPECT_EQ(stateAfter([&](auto& record) { refusal.reportTo(record); }),
+                    stateAfter(throws));
+          EXPECT_EQ(stateAfter([&](auto& record) { direct.reportTo(record); }), stateAfter(writes));
+        }
+      }
+    }
+  }
+}
+
+TEST(Refusal, keepsAnErrorAndItsText) {
+  tOwned caller(-5, R"({"e":1})");
+  tRefusal(kCode, kPosition).reportTo(caller.record);
+  EXPECT_EQ(caller.state(), R"(-5 {"e":1} 512)");
+}
+
+TEST(ShortName, cutsOffWhatFindsNoRoom) {
+  EXPECT_EQ(tShortName("Chassis", 4294967295U).add("Slot").add(0U).view(),
+            "Chassis4294967295Slot0");
+  const std::string most(tShortName::kCapacity, 'x');
+  EXPECT_EQ(tShortName(most + "y").add("z").view(), most);
+  EXPECT_EQ(tShortName(most.substr(2)).add(123U).view(), most.substr(2));
 }
 
 }  // namespace

@@ -46,21 +46,19 @@ TEST(FileExists, answersByTheSystemsError) {
     std::string path;
     DWORD injected;
     std::int32_t expected;
-  } cases[] = {
-      {folder + "\\none", 0, 0},
-      {folder + "\\none\\none", 0, 0},
-      {"Q:\\none", 0, 0},
-      {folder + "\\a|b", 0, -52005},
-      {folder + "\\a\"b", 0, -52005},
-      {folder, ERROR_FILE_NOT_FOUND, 0},
-      {folder, ERROR_PATH_NOT_FOUND, 0},
-      {folder, ERROR_ACCESS_DENIED, -50207},
-      {folder, ERROR_INVALID_PARAMETER, -52005},
-      {folder, ERROR_INVALID_NAME, -52005},
-      {folder, ERROR_NOT_READY, -50202},
-      {folder, ERROR_SHARING_VIOLATION, -50202},
-      {folder, ERROR_BAD_NETPATH, -50202},
-  };
+  } cases[] = {{folder + "\\none", 0, 0},
+               {folder + "\\none\\none", 0, 0},
+               {"Q:\\none", 0, 0},
+               {folder + "\\a|b", 0, -52005},
+               {folder + "\\a\"b", 0, -52005},
+               {folder, ERROR_FILE_NOT_FOUND, 0},
+               {folder, ERROR_PATH_NOT_FOUND, 0},
+               {folder, ERROR_ACCESS_DENIED, -50207},
+               {folder, ERROR_INVALID_PARAMETER, -52005},
+               {folder, ERROR_INVALID_NAME, -52005},
+               {folder, ERROR_NOT_READY, -50202},
+               {folder, ERROR_SHARING_VIOLATION, -50202},
+               {folder, ERROR_BAD_NETPATH, -50202}};
   for (const auto& [path, injected, expected] : cases) {
     std::int32_t status = 0;
     injectedError = injected;

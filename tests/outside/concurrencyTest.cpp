@@ -1,9 +1,9 @@
 #include <atomic>
 #include <cstdlib>
-#include <thread>
 
 #include "tests/support/model.h"
 #include "tests/support/serviceLibrary.h"
+#include "tests/support/threads.h"
 
 namespace test {
 
@@ -15,12 +15,6 @@ using tConcurrency = tModel;
 int rounds() {
   const char* const text = std::getenv("VARMEX_TEST_ROUNDS");
   return text ? std::atoi(text) : 400;
-}
-
-void runInThreads(int count, const std::function<void(int)>& work) {
-  std::vector<std::thread> threads;
-  for (int n = 0; n < count; ++n) threads.emplace_back(work, n);
-  for (std::thread& thread : threads) thread.join();
 }
 
 // A writer rewrites both files under the exclusive lock. They carry one number: a reader that sees
@@ -162,35 +156,6 @@ TEST_F(tConcurrency, threadsReadARegistryThatChanges) {
     }
     done = true;
   });
-}
-
-// A tree some hundreds of levels deep, in sections whose names grow with each.
-std::string deepTree(std::size_t size) {
-  std::string text =
-      "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSlotList=2\n"
-      "[Chassis1Slot2]\nPCISlotPath=a,b\nFunctionList=0\n";
-  std::string section = "Chassis1Slot2";
-  std::uint32_t bus = 0;
-  while (text.size() < size) {
-    section += "Function0";
-    text += "[" + section + "]\nPCIBusNumber=" + std::to_string(bus++) +
-            "\nPCIDeviceNumber=0\nDeviceList=0\n";
-    section += "Device0";
-    text += "[" + section + "]\nFunctionList=0\n";
-  }
-  return text;
-}
-
-TEST_F(tConcurrency, aSmallStackSufficesForADeepTree) {
-  machine_.writePxiSys(deepTree(1 << 20));
-  std::uint64_t devices = 0;
-  runWithStack(256 * 1024, [&] {
-    session_.reset(varmex_openPXISession(0, status_));
-    const tContainer list = container(session_, varmex_container_Devices);
-    devices = varmex_ItemIterator_end(list.get(), status_);
-  });
-  EXPECT_EQ(status_.code(), 0) << status_.text();
-  EXPECT_GT(devices, 200U);
 }
 
 }  // namespace

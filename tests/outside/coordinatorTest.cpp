@@ -6,10 +6,10 @@
 #include <nlohmann/json.hpp>
 #include <random>
 #include <set>
-#include <thread>
 
 #include "tests/support/model.h"
 #include "tests/support/routing.h"
+#include "tests/support/threads.h"
 
 namespace test {
 
@@ -75,7 +75,7 @@ class tClient {
 
   void open() {
     tStatus status;
-    session_.reset(telmar_ra_varmex_createSession(device_.name.c_str(), std::realloc, status));
+    session_ = openRouting(device_.name, status);
     ASSERT_TRUE(session_) << status.text();
   }
 
@@ -93,12 +93,9 @@ class tClient {
 
   void calculateAndReserve(int terminal, const std::string& token) {
     tStatus status;
-    tText reply;
-    const std::string name = "PXI_Trig" + std::to_string(terminal);
-    telmar_ra_varmex_calculateRoute(session_.get(), seed(name, token).c_str(),
-                                    ("[\"" + name + "\"]").c_str(), nullptr, &reply.text, status);
+    const auto routes = nlohmann::json::parse(
+        route(session_, "PXI_Trig" + std::to_string(terminal), token, status));
     ASSERT_EQ(status.code(), 0) << status.text();
-    const auto routes = nlohmann::json::parse(reply.text);
     ASSERT_EQ(routes.size(), device_.ownership.mayTake(terminal, token) ? 1U : 0U);
     if (!routes.empty()) routes_.push_back({routes[0]["ticket"], terminal, token, false});
     if (routes_.empty()) return;
@@ -150,37 +147,23 @@ using tConcurrencyOfRouting = tModel;
 // One session that several threads use, and others on its device.
 TEST_F(tConcurrencyOfRouting, threadsShareASession) {
   describe("", kRoutingDescription);
-  const auto open = [this] {
-    return tRoutingSession(telmar_ra_varmex_createSession("5.0.0:1 shared", std::realloc, status_));
-  };
-  const tRoutingSession shared = open();
-  const tRoutingSession other = open();
-  std::vector<std::thread> threads;
-  for (int number = 0; number < 4; ++number) {
-    threads.emplace_back([&, number] {
-      telmar_ra_Session* const session = number == 3 ? other.get() : shared.get();
-      for (int round = 0; round < 500; ++round) {
-        tStatus status;
-        tText reply;
-        const std::string name = "PXI_Trig" + std::to_string(round % 8);
-        telmar_ra_varmex_calculateRoute(session, seed(name, std::to_string(number % 2)).c_str(),
-                                        ("[\"" + name + "\"]").c_str(), nullptr, &reply.text,
-                                        status);
-        const auto routes = nlohmann::json::parse(reply.text);
-        if (routes.empty()) continue;
-        const std::uint32_t ticket = routes[0]["ticket"];
-        telmar_ra_varmex_reserveRoute(session, ticket, nullptr, status);
-        telmar_ra_varmex_destroyRoute(session, ticket);
-        EXPECT_TRUE(status.code() == 0 || status.code() == telmar_ra_errorResourcesInUse);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  // All is given back: any token may take any line.
-  tText reply;
-  telmar_ra_varmex_calculateRoute(other.get(), seed("PXI_Trig3", "fresh").c_str(),
-                                  "[\"PXI_Trig3\"]", nullptr, &reply.text, status_);
-  EXPECT_NE(std::string(reply.text), "[]");
+  const tRoutingSession shared = openRouting("5.0.0:1 shared", status_);
+  const tRoutingSession other = openRouting("5.0.0:1 shared", status_);
+  runInThreads(4, [&](int number) {
+    const tRoutingSession& session = number == 3 ? other : shared;
+    for (int round = 0; round < 500; ++round) {
+      tStatus status;
+      const std::string name = "PXI_Trig" + std::to_string(round % 8);
+      const auto routes =
+          nlohmann::json::parse(route(session, name, std::to_string(number % 2), status));
+      if (routes.empty()) continue;
+      const std::uint32_t ticket = routes[0]["ticket"];
+      telmar_ra_varmex_reserveRoute(session.get(), ticket, nullptr, status);
+      telmar_ra_varmex_destroyRoute(session.get(), ticket);
+      EXPECT_TRUE(status.code() == 0 || status.code() == telmar_ra_errorResourcesInUse);
+    }
+  });
+  EXPECT_NE(route(other, "PXI_Trig3", "fresh", status_), "[]") << "all is given back";
 }
 
 }  // namespace

@@ -14,14 +14,16 @@
 //     containing 2                    goes on with the item that contains it; "copy": with a copy
 //
 // A failure is "! WORD DETAIL", WORD without varmex_error: DETAIL is what "varmex_debug" holds, in
-// quotes a wrapped message, behind a plus all that follows the head keys. Lines that begin with six
-// blanks continue the one ahead.
+// quotes a wrapped message, behind a plus all that follows the head keys; "throws TEXT" is a
+// std::out_of_range. Lines that begin with six blanks continue the one ahead.
 
 #include <cstdio>
 #include <map>
 #include <sstream>
+#include <stdexcept>
 
 #include "tests/support/model.h"
+#include "tests/support/texts.h"
 #include "tools/varmex/text/embedded.h"
 
 namespace tool {
@@ -66,19 +68,6 @@ const std::map<std::string, std::uint32_t>& interfaceNumbers() {
     }
   }
   return numbers;
-}
-
-// What stands ahead of a separator and behind it; all of a text without one is ahead.
-std::pair<std::string, std::string> cut(const std::string& text, const std::string& separator) {
-  const std::size_t at = text.find(separator);
-  if (at == std::string::npos) return {text, ""};
-  return {text.substr(0, at), text.substr(at + separator.size())};
-}
-
-std::vector<std::string> split(std::string text, const std::string& separator) {
-  std::vector<std::string> parts;
-  while (!text.empty()) std::tie(parts.emplace_back(), text) = cut(text, separator);
-  return parts;
 }
 
 std::string expectedOf(const std::string& answer) {
@@ -157,7 +146,7 @@ class tModelCases : public tModel, public testing::WithParamInterface<tCase> {
     }
   }
 
-  std::string answerTo(const std::string& name) {
+  std::string answerTo(const std::string& name) try {
     const auto& known = interfaceNumbers();
     const auto [list, columns] = cut(name, " by ");
     const auto number = [&] { return static_cast<std::uint32_t>(std::stoul(name.substr(1))); };
@@ -176,7 +165,9 @@ class tModelCases : public tModel, public testing::WithParamInterface<tCase> {
       answer =
           std::to_string(this->number(item_, name[0] == 'u' ? number() : known.at("u32_" + name)));
     }
-    return status_.code() == 0 ? answer : takeFailure();
+    return orFailure(answer);
+  } catch (const std::out_of_range& exception) {
+    return takeFailure() + "throws " + exception.what();
   }
 
   std::map<std::string, std::string> files_;

@@ -1,33 +1,12 @@
 // Of the model what no table of cases tells: see modelCasesTest.cpp for the rest.
 
 #include <array>
-#include <stdexcept>
 
 #include "tests/support/model.h"
 
 namespace test {
 
 namespace {
-
-using tBridge = tModel;
-
-// Clients that catch it exist.
-TEST_F(tBridge, aLineOnTheBoundIsAnException) {
-  describe(kClassicChassis + std::string("[Chassis1Slot2]\nPCISlotPath=a,b\nLineMappingSpec=1\n") +
-               "[System]\nChassisList=1\n[Chassis1]\nSlotList=\"\"\nTriggerBridgeList=2\n"
-               "[Chassis1TriggerBridge2]\nLineMappingSpec=1\n"
-               "[Chassis1LineMappingSpec1]\nPXI_TRIG6=8\n",
-           "");
-  const auto bridges = items(session_, varmex_container_TriggerBridges);
-  ASSERT_EQ(bridges.size(), 1U) << status_.text();
-  try {
-    number(bridges[0], varmex_u32_BridgeLineMapping6);
-    FAIL();
-  } catch (const std::out_of_range& exception) {
-    EXPECT_STREQ(exception.what(), "invalid bitset<N> position");
-  }
-  EXPECT_EQ(status_.code(), 0);
-}
 
 using tChassis = tModel;
 
@@ -164,18 +143,26 @@ TEST_F(tDevices, areFoundAmongMany) {
   }
 }
 
-// Each level names its one section twice: walked as often as named, it would take for ever.
-TEST_F(tDevices, aListThatRepeatsItselfCostsItsLength) {
-  std::string text = "[System]\nChassisList=1,1\n[Chassis1]\nSlotList=2,2\n[Chassis1Slot2]\n";
+// Each level names its one section twice: walked as often as named, it would take for ever. There
+// are some hundreds, in sections whose names grow with each.
+TEST_F(tDevices, ofADeepTreeThatRepeatsItselfFitASmallStack) {
+  std::string text =
+      "[System]\nChassisList=1,1\n[Chassis1]\nVendor=V\nModel=M\nSlotList=2,2\n"
+      "[Chassis1Slot2]\nPCISlotPath=a,b\n";
   std::string section = "Chassis1Slot2";
-  for (int level = 0; level < 60; ++level) {
+  std::size_t levels = 0;
+  while (text.size() < 1 << 20) {
     section += "Function1";
-    text += "FunctionList=1,1\n[" + section + "]\nPCIBusNumber=" + std::to_string(level) +
-            "\nPCIDeviceNumber=1\nDeviceList=" + (level < 59 ? "2,2\n" : "\"\"\n");
+    text += "FunctionList=1,1\n[" + section + "]\nPCIBusNumber=" + std::to_string(levels++) +
+            "\nPCIDeviceNumber=1\nDeviceList=2,2\n";
     section += "Device2";
     text += "[" + section + "]\n";
   }
-  describe(text, "");
+  EXPECT_GT(levels, 200U);
+  runWithStack(256 * 1024, [&] {
+    describe(text + "FunctionList=\"\"\n", "");
+    EXPECT_EQ(items(session_, varmex_container_Devices).size(), levels);
+  });
   EXPECT_EQ(number(device(59, 1, 0), varmex_u32_SlotNumber), 2U) << status_.text();
 }
 

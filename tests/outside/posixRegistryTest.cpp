@@ -40,11 +40,7 @@ class tRegistryMoment : public tWaiting {
                                "PXITrigUseStableBusNameFormat", 1);
   }
 
-  tRoutingSession open(const char* device) {
-    tRoutingSession session(telmar_ra_varmex_createSession(device, std::realloc, status_));
-    EXPECT_TRUE(session) << status_.text();
-    return session;
-  }
+  tRoutingSession open(const char* device) { return openRouting(device, status_); }
 
   const char* busName(const tRoutingSession& session) {
     const tIterator first(telmar_ra_varmex_getAllTerminals(session.get(), status_));
@@ -99,9 +95,7 @@ TEST_F(tRegistryMoment, aForkWhileADeviceIsMadeLeavesAChildThatMakesOthers) {
   std::thread maker;
   {
     const tExclusiveLock delay(machine_.configuration());
-    maker = std::thread([] {
-      tRoutingSession(telmar_ra_varmex_createSession("5.0.0:1 amid", std::realloc, nullptr));
-    });
+    maker = std::thread([] { openRouting("5.0.0:1 amid", nullptr); });
     settle();
     inChild([&] {
       const auto root = machine_.folder() / "child";
@@ -129,10 +123,7 @@ void* deliverLate(void* existing, std::size_t size) {
 // A thread of the parent is lost amid a calculation on a session that holds a terminal.
 TEST_F(tRegistryMoment, aForkAmidACalculationLeavesASessionThatBeginsAnew) {
   const auto calculate = [](const tRoutingSession& session, const char* token) {
-    tText reply;
-    telmar_ra_varmex_calculateRoute(session.get(), seed("PXI_Trig5", token).c_str(),
-                                    R"(["PXI_Trig5"])", nullptr, &reply.text, nullptr);
-    return std::string(reply.text ? reply.text : "");
+    return route(session, "PXI_Trig5", token, nullptr);
   };
   const tRoutingSession other = open("5.0.0:1 forked");
   const tRoutingSession session(

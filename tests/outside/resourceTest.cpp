@@ -1,8 +1,6 @@
 // What the library takes of its host, and what it leaves alone at the host's end.
 
-#include <algorithm>
 #include <atomic>
-#include <cstdint>
 #include <thread>
 
 #include "tests/support/routing.h"
@@ -15,24 +13,14 @@ namespace {
 class tResources : public tWaiting {
  protected:
   void SetUp() override { describe("; classic\n", kRoutingDescription); }
-
-  static std::string repeated(const std::string& entry, std::size_t count) {
-    std::string list = "[";
-    for (std::size_t n = 0; n < count; ++n) list += entry + ',';
-    list.back() = ']';
-    return list;
-  }
 };
 
 TEST_F(tResources, aRoutingSessionThatNeverRoutesCostsLittle) {
   constexpr std::size_t kCount = 1000;
   std::vector<tRoutingSession> sessions(kCount + 1);
-  const auto open = [this] {
-    return tRoutingSession(telmar_ra_varmex_createSession("5.0.0:7 idle", std::realloc, status_));
-  };
-  sessions[kCount] = open();
+  sessions[kCount] = openRouting("5.0.0:7 idle", status_);
   const std::ptrdiff_t before = memoryInUse();
-  for (std::size_t n = 0; n < kCount; ++n) sessions[n] = open();
+  for (std::size_t n = 0; n < kCount; ++n) sessions[n] = openRouting("5.0.0:7 idle", status_);
   EXPECT_LT((memoryInUse() - before) / static_cast<std::ptrdiff_t>(kCount), 1024);
 }
 
@@ -41,9 +29,7 @@ TEST_F(tResources, aLargeCalculationIsGivenBack) {
   const std::string one = R"({"terminal":"PXI_Trig5","cost":0,"constraints":{}})";
   const std::string seeds = repeated(one, kCount);
   const std::string destinations = repeated("\"PXI_Trig4\"", kCount);
-  const auto lastSeed = [&seeds](const std::string& content) {
-    return seeds.substr(0, seeds.size() - 1) + ",{" + content + "}]";
-  };
+  const std::string allButEnd = seeds.substr(0, seeds.size() - 1);
   const struct {
     const char* what;
     std::string seeds;
@@ -52,21 +38,16 @@ TEST_F(tResources, aLargeCalculationIsGivenBack) {
   } cases[] = {
       {"small", '[' + one + ']', "[\"PXI_Trig5\"]", true},
       {"large", seeds, destinations, true},
-      {"an unknown seed at the end", lastSeed(R"("terminal":"none","cost":0,"constraints":{})"),
-       destinations, false},
-      {"a bad seed at the end", lastSeed(R"("terminal":"PXI_Trig5")"), destinations, false},
+      {"an unknown seed at the end",
+       allButEnd + R"(,{"terminal":"none","cost":0,"constraints":{}}])", destinations, false},
+      {"a bad seed at the end", allButEnd + R"(,{"terminal":"PXI_Trig5"}])", destinations, false},
   };
-  const tRoutingSession session(
-      telmar_ra_varmex_createSession("5.0.0:7 large", std::realloc, status_));
+  const tRoutingSession session = openRouting("5.0.0:7 large", status_);
   std::ptrdiff_t before = 0;
   for (const auto& [what, seedsJson, destinationsJson, isGood] : cases) {
-    {
-      tStatus status;
-      tText reply;
-      telmar_ra_varmex_calculateRoute(session.get(), seedsJson.c_str(), destinationsJson.c_str(),
-                                      nullptr, &reply.text, status);
-      EXPECT_EQ(status.code() == 0, isGood) << what << ": " << status.text();
-    }
+    calculate(session, seedsJson, destinationsJson, status_);
+    EXPECT_EQ(status_.code() == 0, isGood) << what << ": " << status_.text();
+    varmex_releaseStatus(status_);
     if (before == 0) before = memoryInUse();
     EXPECT_LT(memoryInUse() - before, 8192) << what;
   }
@@ -74,12 +55,13 @@ TEST_F(tResources, aLargeCalculationIsGivenBack) {
 
 using tConcurrencyOfExit = tResources;
 
-// Threads that query, read the registry, wait and route go on while the process ends.
+// Threads that query, read the registry, wait and route go on while the process ends, and see a
+// change of the description on its way out.
 TEST_F(tConcurrencyOfExit, endsAmidThreads) {
   constexpr int kExitStatus = 7;
   machine_.setRegistryNumber("SOFTWARE\\X", "n", 1);
   for (int round = 0; round < 3; ++round) {
-    const auto end = [] {
+    const auto end = [this] {
       std::thread([] {
         std::this_thread::sleep_for(std::chrono::minutes(2));
         std::_Exit(1);
@@ -103,14 +85,12 @@ TEST_F(tConcurrencyOfExit, endsAmidThreads) {
       go([](varmex_Item*) {
         static std::atomic<int> count{0};
         const std::string name = "5.0.0:7 exit " + std::to_string(++count);
-        const tRoutingSession session(
-            telmar_ra_varmex_createSession(name.c_str(), std::realloc, nullptr));
-        tText reply;
-        telmar_ra_varmex_calculateRoute(session.get(), seed("PXI_Trig5", "a").c_str(),
-                                        "[\"PXI_Trig5\"]", nullptr, &reply.text, nullptr);
+        const tRoutingSession session = openRouting(name, nullptr);
+        if (session) route(session, "PXI_Trig5", "a", nullptr);
       });
       std::this_thread::sleep_for(std::chrono::milliseconds(60));
       endLate();
+      machine_.writePxieSys(kRoutingDescription + std::string("; more\n"));
       std::exit(kExitStatus);
     };
     EXPECT_EXIT(end(), testing::ExitedWithCode(kExitStatus), "") << round;

@@ -14,10 +14,7 @@ class tRouting : public tModel {
     describe("", kRoutingDescription);
     ASSERT_TRUE(session_) << status_.text();
   }
-  tRoutingSession open(const std::string& name) {
-    return tRoutingSession(
-        telmar_ra_varmex_createSession(uniqueName(name).c_str(), std::realloc, status_));
-  }
+  tRoutingSession open(const std::string& name) { return openRouting(uniqueName(name), status_); }
   // Devices live as long as the process, by their whole name: a test's own text behind the fourth
   // number, which is passed over, gives it devices of its own.
   static std::string uniqueName(const std::string& name) {
@@ -26,16 +23,11 @@ class tRouting : public tModel {
   }
   std::string calculate(const tRoutingSession& session, const std::string& seeds,
                         const std::string& destinations) {
-    tText reply;
-    EXPECT_EQ(telmar_ra_varmex_calculateRoute(session.get(), seeds.c_str(), destinations.c_str(),
-                                              nullptr, &reply.text, status_),
-              0);
-    return reply.text ? reply.text : "<null>";
+    return test::calculate(session, seeds, destinations, status_);
   }
-  // Of one seed for a terminal that is the destination, too.
   std::string route(const tRoutingSession& session, const std::string& terminal,
                     const std::string& token = "") {
-    return calculate(session, seed(terminal, token), "[\"" + terminal + "\"]");
+    return test::route(session, terminal, token, status_);
   }
   // The list of conflicts, or "".
   std::string reserve(const tRoutingSession& session, std::uint32_t ticket) {
@@ -66,48 +58,41 @@ TEST_F(tRouting, listsTerminals) {
   ASSERT_TRUE(session) << status_.text();
   EXPECT_EQ(telmar_ra_varmex_getAPIVersion(), 3U);
   const tIterator iterator(telmar_ra_varmex_getAllTerminals(session.get(), status_));
-  const auto text = [&](const char* name) {
-    return telmar_ra_varmex_TerminalIterator_getStringAttribute(iterator.get(), name, status_);
-  };
-  const auto number = [&](const char* name) {
-    return telmar_ra_varmex_TerminalIterator_getU32Attribute(iterator.get(), name, status_);
-  };
-  const auto flag = [&](const char* name) {
-    return telmar_ra_varmex_TerminalIterator_getBoolAttribute(iterator.get(), name, status_);
-  };
-  std::string terminals;
-  for (; !telmar_ra_varmex_TerminalIterator_isEnd(iterator.get());
-       telmar_ra_varmex_TerminalIterator_next(iterator.get(), status_)) {
-    for (const char* name : {"name", "busType", "busName"})
-      terminals += std::string(text(name)) + ' ';
-    terminals += std::to_string(number("busLine")) + '\n';
-    EXPECT_TRUE(flag("isExternal"));
-    EXPECT_FALSE(flag("isOwned"));
-    // Of another type, or of none.
-    for (const char* name : {"isOwned", "busLine", "none", static_cast<const char*>(nullptr)}) {
-      EXPECT_EQ(text(name), nullptr);
+  // What it answers to each name, whichever type that is of, or of none.
+  const auto answers = [&] {
+    std::string all;
+    for (const char* name : {"name", "busType", "busName", "busLine", "isExternal", "isOwned",
+                             "none", static_cast<const char*>(nullptr)}) {
+      const char* const text =
+          telmar_ra_varmex_TerminalIterator_getStringAttribute(iterator.get(), name, status_);
+      all += text ? text : "-";
+      for (const std::uint32_t number :
+           {telmar_ra_varmex_TerminalIterator_getU32Attribute(iterator.get(), name, status_),
+            telmar_ra_varmex_TerminalIterator_getBoolAttribute(iterator.get(), name, status_) + 0U})
+        all += ' ' + std::to_string(number);
+      all += '|';
     }
-    EXPECT_EQ(number("name"), 0U);
-    EXPECT_FALSE(flag("name"));
-  }
-  std::string expected;
+    return all;
+  };
+  const auto expectNext = [&](const std::string& name, const char* type, const char* bus,
+                              int line) {
+    EXPECT_EQ(answers(), name + " 0 0|" + type + " 0 0|" + bus + " 0 0|- " + std::to_string(line) +
+                             " 0|- 0 1|- 0 0|- 0 0|- 0 0|");
+    EXPECT_FALSE(telmar_ra_varmex_TerminalIterator_isEnd(iterator.get()));
+    telmar_ra_varmex_TerminalIterator_next(iterator.get(), status_);
+  };
   for (int line = 0; line < 8; ++line) {
-    const std::string digit = std::to_string(line);
-    expected += "PXI_Trig" + digit + " PXI_Trig PXIChassis1TriggerBus1 " + digit + "\n";
+    expectNext("PXI_Trig" + std::to_string(line), "PXI_Trig", "PXIChassis1TriggerBus1", line);
   }
-  expected += "PXI_Star PXI_Star PXIeChassis(S, V, M)/StarTrigger1Line0 0\n";
-  const char* const letters[] = {"A", "B", "C"};
+  expectNext("PXI_Star", "PXI_Star", "PXIeChassis(S, V, M)/StarTrigger1Line0", 0);
   for (int line = 0; line < 3; ++line) {
-    expected += std::string("PXIe_DStar") + letters[line] +
-                " PXIe_DStar PXIeChassis(S, V, M)/DStarTrigger1Set0 " + std::to_string(line) + "\n";
+    expectNext(std::string("PXIe_DStar") + "ABC"[line], "PXIe_DStar",
+               "PXIeChassis(S, V, M)/DStarTrigger1Set0", line);
   }
-  EXPECT_EQ(terminals, expected);
   // At the end nothing is answered, and moving on changes nothing.
   telmar_ra_varmex_TerminalIterator_next(iterator.get(), status_);
   EXPECT_TRUE(telmar_ra_varmex_TerminalIterator_isEnd(iterator.get()));
-  EXPECT_EQ(text("name"), nullptr);
-  EXPECT_EQ(number("busLine"), 0U);
-  EXPECT_FALSE(flag("isExternal"));
+  EXPECT_EQ(answers(), "- 0 0|- 0 0|- 0 0|- 0 0|- 0 0|- 0 0|- 0 0|- 0 0|");
   EXPECT_EQ(status_.code(), 0);
   const std::string unsupported = failure(-52002, "nOSTRELS100::tStatus::kFeatureUnsupported");
   telmar_ra_varmex_TerminalIterator_resetTerminal(iterator.get(), nullptr, status_);
@@ -215,13 +200,12 @@ TEST_F(tRouting, rejectsMalformedLists) {
   EXPECT_EQ(takeFailure(), noRoute());
 }
 
-TEST_F(tRouting, holdsTerminalsByToken) {
+// For who holds what see coordinatorTest.cpp.
+TEST_F(tRouting, tellsWhichRoutesAreInTheWay) {
   const tRoutingSession one = open("5.0.0:1");
   const tRoutingSession two = open("5.0.0:1");
   calculate(one, seed("PXI_Trig1", "a"), "[\"PXI_Trig1\",\"PXI_Trig1\"]");
-  route(one, "PXI_Trig1", "b");
-  route(two, "PXI_Trig1", "b");
-  route(two, "PXI_Trig1", "a");
+  for (const tRoutingSession* session : {&one, &two}) route(*session, "PXI_Trig1", "b");
   const std::string identity = std::to_string(reinterpret_cast<std::uintptr_t>(one.get()));
   const auto expectReserved = [&](const tRoutingSession& session, std::uint32_t ticket,
                                   const std::string& failure, const std::string& conflicts = "") {
@@ -229,33 +213,13 @@ TEST_F(tRouting, holdsTerminalsByToken) {
     EXPECT_EQ(takeFailure(), failure);
   };
   expectReserved(one, 1, "");
-  expectReserved(one, 1, "");
   expectReserved(one, 2, "");  // the same token joins
   expectReserved(one, 3, inUse(), R"([{"sessionId":)" + identity + R"(,"ticket":1}])");
   expectReserved(two, 1, inUse());  // no list for another session's terminal
   telmar_ra_varmex_reserveRoute(one.get(), 3, nullptr, status_);
   EXPECT_EQ(takeFailure(), inUse());
-  expectReserved(two, 2, "");
-  EXPECT_EQ(route(two, "PXI_Trig1"), "[]") << "held";
   telmar_ra_varmex_destroyRoute(one.get(), 1);
-  telmar_ra_varmex_unreserveRoute(one.get(), 2);
-  telmar_ra_varmex_unreserveRoute(one.get(), 2);
-  EXPECT_EQ(route(one, "PXI_Trig1", "b"), "[]") << "two holds it";
-  telmar_ra_varmex_unreserveRoute(two.get(), 2);
-  expectReserved(two, 1, "");
-  expectReserved(one, 1, noRoute());  // destroyed
-}
-
-TEST_F(tRouting, aDeadSessionKeepsItsTerminals) {
-  tRoutingSession dead = open("5.0.0:1");
-  route(dead, "PXI_Trig1", "a");
-  reserve(dead, 1);
-  dead.reset();
-  const tRoutingSession session = open("5.0.0:1");
-  EXPECT_EQ(route(session, "PXI_Trig1", "b"), "[]");
-  EXPECT_NE(route(session, "PXI_Trig1", "a"), "[]");
-  reserve(session, 1);
-  EXPECT_EQ(takeFailure(), "");
+  expectReserved(one, 1, noRoute());
 }
 
 TEST_F(tRouting, otherOperations) {
@@ -299,10 +263,8 @@ TEST_F(tRouting, asksForWholeBuffers) {
   tText text;
   telmar_ra_varmex_getHandledConstraints(session.get(), &text.text, status_);
   const std::string seeds = seed("PXI_Trig5");
-  for (const char* destinations : {"[]", "[\"PXI_Trig5\",\"PXI_Trig5\",\"PXI_Trig5\"]"}) {
-    telmar_ra_varmex_calculateRoute(session.get(), seeds.c_str(), destinations, nullptr, &text.text,
-                                    status_);
-  }
+  calculate(session, seeds, "[]");
+  calculate(session, seeds, repeated("\"PXI_Trig5\"", 3));
   telmar_ra_varmex_getRouteTerminalPath(session.get(), 1, &text.text, status_);
   EXPECT_EQ(askedSizes, (std::vector<std::size_t>{3, 256, 512, 256}));
   for (const auto function : {refuse, static_cast<telmar_ra_ReallocFunc>(nullptr)}) {
@@ -315,12 +277,6 @@ TEST_F(tRouting, asksForWholeBuffers) {
     EXPECT_EQ(out, nullptr);
     EXPECT_FALSE(isThere(other, 1)) << "no route of that call exists";
   }
-}
-
-std::string repeated(const std::string& element, int times) {
-  std::string list = "[";
-  for (int n = 0; n < times; ++n) list += (n ? "," : "") + element;
-  return list + "]";
 }
 
 TEST_F(tRouting, hasTicketsFor1024Routes) {

@@ -29,44 +29,35 @@ TEST_F(tSession, refusesWhatItCannotDo) {
   ASSERT_TRUE(item) << status_.text();
   const tDeviceAddress address{0, 1, 2, 0};
   const tDeviceAddress reserved{1, 0, 0, 0};
-  const struct {
-    std::function<const void*()> call;
-    std::string failure;
-  } cases[] = {
-      {[&] { return varmex_openChassisByNumber(item.get(), 4, status_); }, invalidHandle()},
-      {[&] { return varmex_openSlotByNumber(session_.get(), 1, status_); },
-       failure(-380752, "varmex_errorInvalidHandle",
-               inDebug(R"({"msg":"Handle is not a chassis handle."})"))},
-      // The arguments are looked at ahead of the handle.
-      {[&] { return varmex_openDeviceByAddr(nullptr, &reserved, status_); },
-       invalidParameter(R"({"msg":"reserved parameter must be set to 0"})")},
-      {[&] { return varmex_openDeviceByAddr(nullptr, nullptr, status_); },
-       invalidParameter(R"({"msg":"parameter addr is NULL"})")},
-      {[&] { return varmex_ItemIterator_nextItem(nullptr, nullptr, status_); },
-       invalidParameter(R"({"message":"ItemIterator pointer cannot be null!"})")},
-      {[&] { return varmex_openChassisByNumber(nullptr, 1, status_); }, invalidHandle()},
-      {[&] { return varmex_openSlotByNumber(nullptr, 1, status_); }, invalidHandle()},
-      {[&] { return varmex_openDeviceByAddr(nullptr, &address, status_); }, invalidHandle()},
-      {[&] { return varmex_openContainingItem(nullptr, 1, status_); }, invalidHandle()},
-      {[&] { return varmex_duplicate(nullptr, status_); }, invalidHandle()},
-      {[&] { return varmex_getItemContainer(nullptr, 1, status_); }, invalidHandle()},
-      {[&] { return varmex_duplicateItemContainer(nullptr, status_); }, invalidHandle()},
-      {[&] { return varmex_getStringAttribute(nullptr, 0, status_); }, invalidHandle()},
-  };
-  for (const auto& [call, failure] : cases) {
-    EXPECT_FALSE(call());
+  const auto expectRefused = [this](const std::string& failure, auto function, auto... arguments) {
+    EXPECT_FALSE(function(arguments..., status_));
     EXPECT_EQ(takeFailure(), failure);
-  }
+  };
+  const std::string none = invalidHandle();
+  expectRefused(none, varmex_openChassisByNumber, item.get(), 4U);
+  expectRefused(failure(-380752, "varmex_errorInvalidHandle",
+                        inDebug(R"({"msg":"Handle is not a chassis handle."})")),
+                varmex_openSlotByNumber, session_.get(), 1U);
+  // The arguments are looked at ahead of the handle.
+  expectRefused(invalidParameter(R"({"msg":"reserved parameter must be set to 0"})"),
+                varmex_openDeviceByAddr, nullptr, &reserved);
+  expectRefused(invalidParameter(R"({"msg":"parameter addr is NULL"})"), varmex_openDeviceByAddr,
+                nullptr, nullptr);
+  expectRefused(invalidParameter(R"({"message":"ItemIterator pointer cannot be null!"})"),
+                varmex_ItemIterator_nextItem, nullptr, nullptr);
   varmex_ItemIterator position = 0;
-  const std::function<std::uint32_t()> numbers[] = {
-      [&] { return varmex_getU32Attribute(nullptr, 0, status_); },
-      [&] { return varmex_ItemIterator_begin(nullptr, status_); },
-      [&] { return varmex_ItemIterator_end(nullptr, status_); },
-      [&] { return varmex_ItemIterator_nextItem(nullptr, &position, status_) ? 1U : 0U; }};
-  for (const auto& call : numbers) {
-    EXPECT_EQ(call(), 0U);
-    EXPECT_EQ(takeFailure(), invalidHandle());
-  }
+  expectRefused(none, varmex_openChassisByNumber, nullptr, 1U);
+  expectRefused(none, varmex_openSlotByNumber, nullptr, 1U);
+  expectRefused(none, varmex_openDeviceByAddr, nullptr, &address);
+  expectRefused(none, varmex_openContainingItem, nullptr, 1U);
+  expectRefused(none, varmex_duplicate, nullptr);
+  expectRefused(none, varmex_getItemContainer, nullptr, 1U);
+  expectRefused(none, varmex_duplicateItemContainer, nullptr);
+  expectRefused(none, varmex_getStringAttribute, nullptr, 0U);
+  expectRefused(none, varmex_getU32Attribute, nullptr, 0U);
+  expectRefused(none, varmex_ItemIterator_begin, nullptr);
+  expectRefused(none, varmex_ItemIterator_end, nullptr);
+  expectRefused(none, varmex_ItemIterator_nextItem, nullptr, &position);
   varmex_close(nullptr);
   varmex_destroyItemContainer(nullptr);
 }

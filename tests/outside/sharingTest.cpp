@@ -1,21 +1,12 @@
 #include "tests/support/sharing.h"
 
-#include <thread>
+#include "tests/support/threads.h"
 
 namespace test {
 
 namespace {
 
 using tSharingThreads = tSharing;
-
-TEST_F(tSharing, theSameBytesAreInMemoryOnce) {
-  write("one");
-  const tItem first = open();
-  write("one");
-  const tItem second = open();
-  EXPECT_EQ(busName(first), busName(second));
-  EXPECT_STREQ(busName(second), "one");
-}
 
 TEST_F(tSharing, timesStayTheSessionsOwn) {
   write("one");
@@ -24,7 +15,7 @@ TEST_F(tSharing, timesStayTheSessionsOwn) {
   write("one");
   std::filesystem::last_write_time(machine_.pxieSys(), before + std::chrono::seconds(5));
   const tItem second = open();
-  EXPECT_EQ(busName(first), busName(second));
+  EXPECT_EQ(busName(first), busName(second)) << "the same bytes are in memory once";
   EXPECT_EQ(number(first, varmex_u32_SessionIsCurrent), 0U);
   EXPECT_EQ(number(second, varmex_u32_SessionIsCurrent), 1U);
 }
@@ -85,18 +76,14 @@ TEST_F(tSharing, anyNumberOfDescriptionsAreKeptApart) {
 // Descriptions come and go while others look for them.
 TEST_F(tSharingThreads, openAndCloseAtOnce) {
   write("one");
-  std::vector<std::thread> threads;
-  for (int n = 0; n < 4; ++n) {
-    threads.emplace_back([] {
-      for (int round = 0; round < 200; ++round) {
-        const tItem first = open();
-        const tItem second = open();
-        EXPECT_STREQ(busName(first), "one");
-        EXPECT_STREQ(busName(second), "one");
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  runInThreads(4, [](int) {
+    for (int round = 0; round < 200; ++round) {
+      const tItem first = open();
+      const tItem second = open();
+      EXPECT_STREQ(busName(first), "one");
+      EXPECT_STREQ(busName(second), "one");
+    }
+  });
   const tItem first = open();
   EXPECT_EQ(busName(first), busName(open()));
 }

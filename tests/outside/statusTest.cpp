@@ -12,66 +12,39 @@ namespace {
 using tStatusRules = tModel;
 
 bool refuseRoom(tStatusRecord*, std::uint32_t) { return false; }
-
-// Managers of a caller's own. Each gives exactly what it says, so that whoever goes beyond is seen.
-bool provide(tStatusRecord* record, std::uint32_t capacity, std::uint32_t size) {
-  if (capacity == 0) {
-    std::free(record->text);
-    record->text = nullptr;
-    record->capacity = 0;
-    return true;
-  }
-  char* const buffer = static_cast<char*>(std::malloc(size ? size : 1));
-  std::memset(buffer, 'x', size);
-  if (record->text) std::memcpy(buffer, record->text, std::min(size, record->capacity));
-  std::free(record->text);
-  record->text = buffer;
-  record->capacity = size;
-  return true;
-}
-
-bool provideExactly(tStatusRecord* record, std::uint32_t capacity) {
-  return provide(record, capacity, capacity);
-}
-
-template <std::uint32_t Size>
-bool provideAlways(tStatusRecord* record, std::uint32_t capacity) {
-  return provide(record, capacity, Size);
-}
-
-// Hands out a buffer with `text` in it from the second request on.
-template <const char* Text>
-bool provideWithText(tStatusRecord* record, std::uint32_t capacity) {
-  const bool isFirst = record->text == nullptr;
-  provide(record, capacity, capacity);
-  if (!isFirst && record->text) std::strncpy(record->text, Text, capacity);
-  return true;
-}
-
-constexpr char kOther[] = "[1]";
-constexpr char kNoJson[] = "no";
-constexpr char kEndless[] =
-    "this text is longer than most of the buffers that are asked for at first";
-
-bool provideGarbageAndRefuse(tStatusRecord* record, std::uint32_t capacity) {
-  provide(record, capacity, capacity);
-  if (record->text) std::memset(record->text, 'y', capacity);
-  return capacity == 0;
-}
-
-bool provideNothing(tStatusRecord* record, std::uint32_t capacity) {
-  provide(record, 0, 0);
-  record->capacity = capacity;
-  return true;
-}
-
 bool claimRoom(tStatusRecord*, std::uint32_t) { return true; }
 
-bool startWithGarbage(tStatusRecord* record, std::uint32_t capacity) {
-  if (record->text) return provideExactly(record, capacity);
-  provide(record, capacity, capacity ? 300 : 0);
-  if (record->text) std::strcpy(record->text, "from before");
-  return true;
+constexpr std::uint32_t kAsAsked = ~0U;
+constexpr const char* kEndless =
+    "this text is longer than most of the buffers that are asked for at first";
+
+// What a manager of a caller's own does.
+struct tManner {
+  const char* what;
+  std::uint32_t size = kAsAsked;  // of each buffer
+  bool isComplete = false;        // whether the whole of a failure finds room
+  const char* first = nullptr;    // what stands in its first buffer
+  const char* later = nullptr;    // what stands in others in the place of the text
+  bool refuses = false;
+  bool providesNull = false;
+};
+const tManner* manner;
+
+// Gives exactly what it says, so that whoever goes beyond is seen.
+bool provide(tStatusRecord* record, std::uint32_t capacity) {
+  const std::uint32_t size = manner->size == kAsAsked ? capacity : manner->size;
+  char* buffer = nullptr;
+  if (capacity > 0 && !manner->providesNull) {
+    buffer = static_cast<char*>(std::malloc(size ? size : 1));
+    std::memset(buffer, 'x', size);
+    if (record->text) std::memcpy(buffer, record->text, std::min(size, record->capacity));
+    const char* const text = record->text ? manner->later : manner->first;
+    if (text) std::strncpy(buffer, text, size);
+  }
+  std::free(record->text);
+  record->text = buffer;
+  record->capacity = capacity > 0 ? size : 0;
+  return capacity == 0 || !manner->refuses;
 }
 
 TEST_F(tStatusRules, anErrorStopsEveryCall) {
@@ -120,32 +93,28 @@ TEST_F(tStatusRules, recordsWithoutRoomCarryTheCode) {
 
 TEST_F(tStatusRules, whateverAManagerDoesTheRecordHasItsForm) {
   machine_.writePxiSys("[System]\n");
-  const struct {
-    const char* what;
-    bool (*reallocate)(tStatusRecord*, std::uint32_t);
-    bool isComplete;
-  } cases[] = {
-      {"exact", provideExactly, true},
-      {"large", provideAlways<300>, true},
-      {"garbage at first", startWithGarbage, true},
-      {"nothing", provideAlways<0>, false},
-      {"one byte", provideAlways<1>, false},
-      {"too small for a text", provideAlways<3>, false},
-      {"too small", provideAlways<40>, false},
-      {"another text", provideWithText<kOther>, false},
-      {"no JSON", provideWithText<kNoJson>, false},
-      {"without an end", provideWithText<kEndless>, false},
-      {"garbage", provideGarbageAndRefuse, false},
-      {"null", provideNothing, false},
-  };
-  for (const auto& [what, reallocate, isComplete] : cases) {
-    tStatusRecord record{0, 0, reallocate, nullptr};
+  const tManner manners[] = {
+      {.what = "exact", .isComplete = true},
+      {.what = "large", .size = 300, .isComplete = true},
+      {.what = "garbage at first", .size = 300, .isComplete = true, .first = "from before"},
+      {.what = "nothing", .size = 0},
+      {.what = "one byte", .size = 1},
+      {.what = "too small for a text", .size = 3},
+      {.what = "too small", .size = 40},
+      {.what = "another text", .later = "[1]"},
+      {.what = "no JSON", .later = "no"},
+      {.what = "without an end", .later = kEndless},
+      {.what = "garbage", .first = kEndless, .refuses = true},
+      {.what = "null", .providesNull = true}};
+  for (const tManner& each : manners) {
+    manner = &each;
+    tStatusRecord record{0, 0, provide, nullptr};
     EXPECT_EQ(varmex_openPXISession(0, &record), nullptr);
-    EXPECT_EQ(record.code, -380757) << what;
-    EXPECT_TRUE(record.capacity == 0 || std::memchr(record.text, 0, record.capacity)) << what;
+    EXPECT_EQ(record.code, -380757) << each.what;
+    EXPECT_TRUE(record.capacity == 0 || std::memchr(record.text, 0, record.capacity)) << each.what;
     const auto json = nlohmann::json::parse(varmex_statusText(&record), nullptr, false);
-    EXPECT_EQ(json.contains("varmex_debug"), isComplete) << what;
-    EXPECT_TRUE(record.capacity < 4 || record.text[record.capacity - 1] == 'J') << what;
+    EXPECT_EQ(json.contains("varmex_debug"), each.isComplete) << each.what;
+    EXPECT_TRUE(record.capacity < 4 || record.text[record.capacity - 1] == 'J') << each.what;
     varmex_releaseStatus(&record);
   }
 }

@@ -2,6 +2,7 @@
 #include <atomic>
 #include <random>
 
+#include "tests/support/threads.h"
 #include "tests/support/wait.h"
 
 namespace test {
@@ -104,24 +105,20 @@ TEST_F(tConcurrencyOfWaits, threadsSeeOneChangeAndOneCancel) {
   for (const bool cancels : {false, true}) {
     for (int round = 0; round < 6; ++round) {
       describe(kOneChassis, "");
-      varmex_WaitResult results[4] = {};
-      std::vector<std::thread> waiters;
-      for (varmex_WaitResult& result : results) {
-        waiters.emplace_back([this, &result] {
+      runInThreads(5, [&](int thread) {
+        if (thread > 0) {
           tStatus status;
-          result = varmex_waitForSessionInvalidation(session_.get(), 20000, status);
-        });
-      }
-      std::this_thread::sleep_for(round % 2 ? 20ms : 0ms);
-      if (cancels) {
-        varmex_cancelWaitForInvalidation(session_.get());
-      } else {
-        machine_.writePxieSys("[A]\nB=1\n");
-      }
-      for (std::thread& waiter : waiters) waiter.join();
-      for (const varmex_WaitResult result : results) {
-        EXPECT_EQ(result, cancels ? varmex_waitCancelled : varmex_waitChanged);
-      }
+          EXPECT_EQ(varmex_waitForSessionInvalidation(session_.get(), 20000, status),
+                    cancels ? varmex_waitCancelled : varmex_waitChanged);
+          return;
+        }
+        std::this_thread::sleep_for(round % 2 ? 20ms : 0ms);
+        if (cancels) {
+          varmex_cancelWaitForInvalidation(session_.get());
+        } else {
+          machine_.writePxieSys("[A]\nB=1\n");
+        }
+      });
     }
   }
 }
@@ -132,57 +129,45 @@ TEST_F(tConcurrencyOfWaits, noChangeIsMissed) {
   machine_.writeConfiguration();
   machine_.writePxiSys(kOneChassis);
   const auto end = tClock::now() + 1500ms;
-  std::thread writer([&] {
-    std::mt19937 random(1);
-    for (int round = 0; tClock::now() < end; ++round) {
-      {
-        const tExclusiveLock lock(machine_.configuration());
-        const std::string text = kOneChassis + std::string(";") + std::to_string(round) + "\n";
-        if (round % 2) {
-          machine_.writePxiSys(text);
-        } else {
-          machine_.write(machine_.folder() / "new", text);
-          // A reader that asks about the file holds it for a moment on some systems.
-          std::error_code busy;
-          do {
-            std::filesystem::rename(machine_.folder() / "new", machine_.pxiSys(), busy);
-          } while (busy);
-        }
-      }
-      std::this_thread::sleep_for(std::chrono::milliseconds(random() % 20));
-    }
-  });
-  std::vector<std::thread> waiters;
-  std::atomic<int> seen{0};
-  for (unsigned number = 0; number < 3; ++number) {
-    waiters.emplace_back([&, number] {
-      while (tClock::now() < end) {
-        tStatus status;
-        const tItem session(varmex_openPXISession(0, status));
-        ASSERT_TRUE(session) << status.text();
-        std::thread canceller;
-        if (number == 0) {
-          canceller = std::thread([&] { varmex_cancelWaitForInvalidation(session.get()); });
-        }
-        const auto result = varmex_waitForSessionInvalidation(session.get(), 10000, status);
-        EXPECT_TRUE(result == varmex_waitChanged || tClock::now() > end ||
-                    (number == 0 && result == varmex_waitCancelled))
-            << result << ' ' << status.text();
-        if (result == varmex_waitChanged) ++seen;
-        if (canceller.joinable()) canceller.join();
-      }
-    });
-  }
-  // The last sessions wait for one more change.
-  writer.join();
-  {
+  const auto rewrite = [this](int round, const std::string& text) {
     const tExclusiveLock lock(machine_.configuration());
+    if (round % 2) return machine_.writePxiSys(text);
+    const auto fresh = machine_.folder() / "new";
+    replace(fresh, text);
+    // A reader that asks about the file holds it for a moment on some systems.
     std::error_code busy;
     do {
-      std::filesystem::remove(machine_.pxiSys(), busy);
+      if (text.empty()) {
+        std::filesystem::remove(machine_.pxiSys(), busy);
+      } else {
+        std::filesystem::rename(fresh, machine_.pxiSys(), busy);
+      }
     } while (busy);
-  }
-  for (std::thread& waiter : waiters) waiter.join();
+  };
+  std::atomic<int> seen{0};
+  runInThreads(4, [&](int thread) {
+    std::mt19937 random(1);
+    for (int round = 0; thread == 0 && tClock::now() < end; ++round) {
+      rewrite(round, kOneChassis + (';' + std::to_string(round)));
+      std::this_thread::sleep_for(std::chrono::milliseconds(random() % 20));
+    }
+    // The last sessions wait for one more change.
+    if (thread == 0) rewrite(0, "");
+    while (thread > 0 && tClock::now() < end) {
+      tStatus status;
+      const tItem session(varmex_openPXISession(0, status));
+      ASSERT_TRUE(session) << status.text();
+      std::jthread canceller;
+      if (thread == 1) {
+        canceller = std::jthread([&] { varmex_cancelWaitForInvalidation(session.get()); });
+      }
+      const auto result = varmex_waitForSessionInvalidation(session.get(), 10000, status);
+      EXPECT_TRUE(result == varmex_waitChanged || tClock::now() > end ||
+                  (thread == 1 && result == varmex_waitCancelled))
+          << result << ' ' << status.text();
+      if (result == varmex_waitChanged) ++seen;
+    }
+  });
   EXPECT_GT(seen, 5);
 }
 

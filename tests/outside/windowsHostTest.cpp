@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include <atomic>
 #include <filesystem>
 #include <ostream>
 #include <thread>
@@ -90,51 +91,34 @@ class tLoadedLibrary {
   decltype(varmex_close)* close_ = nullptr;
 };
 
-// The system's own, which makes nothing later: those of the compiler's library take handles when
-// they are contended, and can sleep for ever.
-class tTurn {
- public:
-  tTurn() : event_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
-  ~tTurn() { CloseHandle(event_); }
-  tTurn(const tTurn&) = delete;
-  tTurn& operator=(const tTurn&) = delete;
-
-  void give() { SetEvent(event_); }
-  void await() { WaitForSingleObject(event_, INFINITE); }
-
- private:
-  HANDLE event_;
-};
-
-// A thread that outlives the library, again and again.
+// A thread that outlives the library, again and again. It takes turns with its owner without what
+// makes something later: the locks of the compiler's library take handles when they are contended.
 class tLastingThread {
  public:
-  ~tLastingThread() {
-    library_ = nullptr;
-    turn_.give();
-    thread_.join();
-  }
+  ~tLastingThread() { turn_ = tTurn::end; }
 
   std::int32_t fail(const tLoadedLibrary& library) {
     library_ = &library;
-    turn_.give();
-    done_.await();
+    turn_ = tTurn::thread;
+    while (turn_ == tTurn::thread) Sleep(0);
     return code_;
   }
 
  private:
+  enum class tTurn { owner, thread, end };
+
   void run() {
-    for (turn_.await(); library_; turn_.await()) {
+    for (; turn_ != tTurn::end; Sleep(0)) {
+      if (turn_ != tTurn::thread) continue;
       code_ = library_->fail();
-      done_.give();
+      turn_ = tTurn::owner;
     }
   }
 
   const tLoadedLibrary* library_ = nullptr;
   std::int32_t code_ = 0;
-  tTurn turn_;
-  tTurn done_;
-  std::thread thread_{[this] { run(); }};
+  std::atomic<tTurn> turn_{tTurn::owner};
+  std::jthread thread_{[this] { run(); }};
 };
 
 TEST(WindowsHost, canLoadAndFreeTheLibraryForEver) {

@@ -87,6 +87,11 @@ class tModel : public testing::Test {
     return all;
   }
 
+  // An answer, or the failure that took its place.
+  std::string orFailure(const std::string& answer) {
+    return status_.code() == 0 ? answer : takeFailure();
+  }
+
   // What the record holds that all calls share, in the form of the functions below.
   std::string takeFailure() { return test::takeFailure(status_); }
 

@@ -1,6 +1,8 @@
 #ifndef TESTS_SUPPORT_ROUTING_H
 #define TESTS_SUPPORT_ROUTING_H
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -40,10 +42,38 @@ inline constexpr const char* kRoutingDescription =
     "[Chassis1Slot3]\nSlotType=PXIeSystemTimingSlot\nAddressInfo=PXI0::6-0.0::INSTR\n"
     "[Chassis1Slot4]\nSlotType=PXIePeripheralSlot\nAddressInfo=PXI0::7-0.0::INSTR\n";
 
+// A session whose replies come from realloc.
+inline tRoutingSession openRouting(const std::string& device, tStatusRecord* status) {
+  return tRoutingSession(telmar_ra_varmex_createSession(device.c_str(), std::realloc, status));
+}
+
+// The reply of a calculation, "<null>" without one.
+inline std::string calculate(const tRoutingSession& session, const std::string& seeds,
+                             const std::string& destinations, tStatusRecord* status) {
+  tText reply;
+  EXPECT_EQ(telmar_ra_varmex_calculateRoute(session.get(), seeds.c_str(), destinations.c_str(),
+                                            nullptr, &reply.text, status),
+            0);
+  return reply.text ? reply.text : "<null>";
+}
+
+inline std::string repeated(const std::string& entry, std::size_t count) {
+  std::string list = "[";
+  for (std::size_t n = 0; n < count; ++n) list += entry + ',';
+  list.back() = ']';
+  return list;
+}
+
 // A seed list of one.
 inline std::string seed(const std::string& terminal, const std::string& token = "") {
   return R"([{"terminal":")" + terminal + R"(","cost":0,"constraints":{})" +
          (token.empty() ? "" : R"(,"srcDeviceToken":")" + token + '"') + "}]";
+}
+
+// The reply to one seed for a terminal that is the destination, too.
+inline std::string route(const tRoutingSession& session, const std::string& terminal,
+                         const std::string& token, tStatusRecord* status) {
+  return calculate(session, seed(terminal, token), "[\"" + terminal + "\"]", status);
 }
 
 }  // namespace test
