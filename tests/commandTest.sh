@@ -67,6 +67,13 @@ expect 1 '^varmex: there is no module "x"$' explain x
 expect 2 'there is no x here, but ChassisNumber, ' explain 1/9 x
 expect 2 'neither 2 nor 2/5' explain 1/bridge/x
 # A full device, a narrow output, colours, a lock that another program holds.
+unplain=$(for verb in '' show find list draw report check triggers explain terminals route watch save diff make; do
+  # shellcheck disable=SC2086
+  COLUMNS=80 "${varmex[@]}" $verb --help | tr -d '\r'
+done | grep -E '^.{81}|TEXT|FLOAT|UINT|[A-Z][a-z]+: -' || true)
+is '' "$unplain" 'help in plain words, in 80 columns'
+expect 2 '^--timeout: "nan" is no number of seconds from 0 to 4000000$' watch --timeout nan
+expect 2 '^chassis: "x" is no number of a chassis' draw x -o -
 for words in show --version 'show --help'; do
   # shellcheck disable=SC2086
   "${varmex[@]}" $words >/dev/full 2>/dev/null
@@ -223,7 +230,7 @@ mkdir "$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 expect 2 "can't read" check
 rm -r "$VARMEX_FSROOT"
 VARMEX_FSROOT=$(mktemp -d)
-expect 0 '' make "$VARMEX_FSROOT" {express,classic}:{2..18}:{0,3,18}
+expect 0 '' make "$VARMEX_FSROOT" {express,classic}:{2..18}{,:0,:2}
 expect 0 '^No findings\.$' check
 for kind in express classic; do
   rm -r "$VARMEX_FSROOT"
@@ -239,7 +246,21 @@ expect 0 '^  2 .* PXI3Slot2 ' show 3
 expect 0 '^  4 +PXI-1 +-' show 3
 expect 0 '^  18 +PXI-1 +- +3 ' show 4
 expect 1 'already' make "$VARMEX_FSROOT" express
-for wrong in express:1 express:19 espresso express:x2 classic:8: express:8x0 express:8x256 express:8x2y; do expect 2 'CHASSIS' make "$VARMEX_FSROOT/new" "$wrong"; done
+while IFS='|' read -r wrong why; do
+  expect 2 "^CHASSIS: .*: $why" make "$VARMEX_FSROOT/new" express:18x200 "$wrong"
+done <<'END'
+express:1|SLOTS is 2 to 18, not 1$
+express:19|SLOTS is 2 to 18, not 19$
+express:8:9|MODULES is 0 to 8, not 9$
+express:8x0|COUNT is 1 to 255, not 0$
+express:8x99999999999|COUNT is 1 to 255, not 9
+express:8x56|the installation has 256 chassis with it, and 255 at most$
+espresso|not KIND
+express:x2|not KIND
+classic:8:|not KIND
+express:8x2y|not KIND
+END
+expect 2 '^--pci-fault: no module is left' make "$VARMEX_FSROOT/new" classic:8 --pci-fault narrow
 rm -r "$VARMEX_FSROOT"
 
 finish

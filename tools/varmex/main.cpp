@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "tools/varmex/commands/list.h"
+#include "tools/varmex/help.h"
 #include "tools/varmex/text/commandLine.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/streams.h"
@@ -37,9 +38,11 @@ tExitStatus endParsing(const CLI::App& app, const CLI::ParseError& error) {
 int main(int count, char** arguments) {
   const tStreams streams;
   CLI::App app(
-      "Shows what a PXI or PXI Express installation holds, how its trigger lines run, and\n"
-      "what is wrong with its description.",
+      "Shows what a PXI or PXI Express installation holds, how its trigger lines run, and what is "
+      "wrong with its description.",
       "varmex");
+  app.formatter(std::make_shared<tHelp>());
+  app.set_help_flag("-h,--help", "Print this help and end");
   app.set_version_flag("--version", "varmex " VARMEX_VERSION, "Print the version and end");
   app.require_subcommand(1);
   app.allow_windows_style_options(false);  // "/folder" is a path on every system

@@ -22,11 +22,17 @@ class tDraw : public tCommand {
   tDraw() : tCommand("draw", "Draw the chassis from the front") {}
 
   void addOptions(CLI::App& line) override {
-    line.add_option("chassis", chassis_, "Number of the chassis to draw; all without");
+    line.add_option("chassis", chassis_, "Number of the chassis to draw; all without")
+        ->check([](const std::string& text) {
+          std::uint32_t number = 0;
+          const bool isNumber = CLI::detail::lexical_cast(text, number);
+          return isNumber ? "" : '"' + text + "\" is no number of a chassis, such as 2";
+        });
     line.add_option(
             "-o,--output", output_,
             "The file: .svg, or .png or .pdf where rsvg-convert is installed, .pdf with a page "
             "for each chassis; - is SVG on the standard output")
+        ->type_name("FILE")
         ->required();
     addPciOption(line, notation_);
     installation_.addFrom(line);

@@ -147,12 +147,14 @@ class tList : public tCommand {
     CLI::Option* const csv = line.add_flag("--csv", asCsv_, "Print comma-separated values");
     line.add_flag("--jsonl", asJsonLines_, "Print a JSON object a line")->excludes(csv);
     line.add_option("--columns", keys_, "Names of columns between commas: " + columnNames())
+        ->type_name("NAMES")
         ->delimiter(',');
     addPciOption(line, notation_);
     line.add_option(
             "--from", from_,
             "Read a file that varmex save made, all such files (*.json) in a folder, or the "
             "installation below a folder (Linux); may be given many times")
+        ->type_name("FILE|FOLDER")
         ->expected(1)
         ->take_all();
   }

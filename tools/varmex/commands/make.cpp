@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <charconv>
 #include <fstream>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 
 #include "tools/synthetic/installation.h"
 #include "tools/synthetic/pciTree.h"
@@ -13,44 +15,99 @@ namespace tool {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& chassis) {
-  throw std::invalid_argument("not KIND[:SLOTS[:MODULES]][xCOUNT]: " + chassis);
-}
+struct tRange {
+  const char* name;
+  std::size_t first;
+  std::size_t last;
+};
 
-// Takes the number behind `mark` off the front of `rest`; `otherwise` where there is no such mark.
-std::uint32_t takeNumber(std::string& rest, char mark, std::uint32_t otherwise) {
-  if (rest.empty() || rest.front() != mark) return otherwise;
-  std::uint32_t number = 0;
-  const char* const end = rest.data() + rest.size();
-  const auto [stop, error] = std::from_chars(rest.data() + 1, end, number);
-  if (error != std::errc()) refuse(rest);
-  rest.erase(0, static_cast<std::size_t>(stop - rest.data()));
-  return number;
-}
+// Takes one chassis of the command line apart, from its front.
+class tChassisText {
+ public:
+  explicit tChassisText(const std::string& text) : text_(text), rest_(text) {}
+
+  [[noreturn]] void refuse(const std::string& why) const {
+    throw CLI::ValidationError("CHASSIS", text_ + ": " + why);
+  }
+
+  bool take(std::string_view word) {
+    if (!rest_.starts_with(word)) return false;
+    rest_.remove_prefix(word.size());
+    return true;
+  }
+
+  // The number behind `mark`, if that is there.
+  std::optional<std::uint32_t> take(char mark, const tRange& range) {
+    if (!take({&mark, 1})) return std::nullopt;
+    const std::string_view digits =
+        rest_.substr(0, std::min(rest_.find_first_not_of("0123456789"), rest_.size()));
+    if (digits.empty()) refuseForm();
+    rest_.remove_prefix(digits.size());
+    std::uint32_t number = 0;
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (result.ec != std::errc() || number < range.first || number > range.last) {
+      refuse(range.name + (" is " + std::to_string(range.first)) + " to " +
+             std::to_string(range.last) + ", not " + std::string(digits));
+    }
+    return number;
+  }
+
+  [[noreturn]] void refuseForm() const {
+    refuse("not KIND[:SLOTS[:MODULES]][xCOUNT] with express or classic as KIND");
+  }
+
+  void end() const {
+    if (!rest_.empty()) refuseForm();
+  }
+
+ private:
+  std::string text_;
+  std::string_view rest_;
+};
 
 void appendPlans(const std::string& chassis, std::vector<synthetic::tPlan>& plans) {
-  const bool isExpress = chassis.starts_with("express");
-  if (!isExpress && !chassis.starts_with("classic")) refuse(chassis);
-  std::string rest = chassis.substr(std::string("express").size());
+  tChassisText text(chassis);
   synthetic::tPlan plan;
-  plan.kind = isExpress ? synthetic::tChassisKind::express : synthetic::tChassisKind::classic;
-  plan.slots = takeNumber(rest, ':', plan.slots);
-  plan.modules = takeNumber(rest, ':', plan.modules);
-  const std::uint32_t count = takeNumber(rest, 'x', 1);
-  if (!rest.empty()) refuse(chassis);
-  if (count > synthetic::kMostChassis) refuse(chassis);
+  if (text.take("classic")) {
+    plan.kind = synthetic::tChassisKind::classic;
+  } else if (!text.take("express")) {
+    text.refuseForm();
+  }
+  if (const auto slots =
+          text.take(':', {"SLOTS", synthetic::kFewestSlots, synthetic::kMostSlots})) {
+    plan.slots = *slots;
+    plan.modules = text.take(':', {"MODULES", 0, plan.slots}).value_or(plan.modules);
+  }
+  const std::size_t room = synthetic::kMostChassis - plans.size();
+  const std::uint32_t count = text.take('x', {"COUNT", 1, synthetic::kMostChassis}).value_or(1);
+  text.end();
+  if (count > room) {
+    text.refuse("the installation has " + std::to_string(plans.size() + count) +
+                " chassis with it, and " + std::to_string(synthetic::kMostChassis) + " at most");
+  }
   plans.insert(plans.end(), count, plan);
 }
 
+// What `make` answers; tells the argument at fault for what it refuses.
+template <class Make>
+auto makeFor(const char* argument, Make make) {
+  try {
+    return make();
+  } catch (const std::invalid_argument& error) {
+    throw CLI::ValidationError(argument, error.what());
+  }
+}
+
 // Writes the description below `folder`, where a session finds it when VARMEX_FSROOT names the
-// folder. Throws std::invalid_argument for a text of another form in `chassis`, and
-// std::runtime_error when a file can't be written or the folder holds a description already. With
-// faults, be it none, writes the PCI tree of the machine as well.
+// folder. Throws CLI::ValidationError for what can't be made, and std::runtime_error when a file
+// can't be written or the folder holds a description already. With faults, be it none, writes the
+// PCI tree of the machine as well.
 void makeInstallation(const std::string& folder, const std::vector<std::string>& chassis,
                       const std::optional<std::vector<std::string>>& pciFaults) {
   std::vector<synthetic::tPlan> plans;
   for (const std::string& text : chassis) appendPlans(text, plans);
-  const synthetic::tTexts texts = synthetic::makeInstallation(plans);
+  const synthetic::tTexts texts =
+      makeFor("CHASSIS", [&] { return synthetic::makeInstallation(plans); });
   const std::string description = folder + "/etc/pxi";
   const std::string pxiSys = description + "/pxisys.ini";
   const std::string pxieSys = description + "/pxiesys.ini";
@@ -59,7 +116,9 @@ void makeInstallation(const std::string& folder, const std::vector<std::string>&
   }
   const std::string lock = folder + "/var/lib/PXISA";
   if (pciFaults) {
-    synthetic::writePciTree(texts.functions, *pciFaults, folder + "/sys/bus/pci/devices");
+    makeFor(pciFaults->empty() ? "--pci" : "--pci-fault", [&] {
+      synthetic::writePciTree(texts.functions, *pciFaults, folder + "/sys/bus/pci/devices");
+    });
   }
   makeFolder(description);
   makeFolder(lock);
@@ -76,9 +135,10 @@ class tMake : public tCommand {
     line.add_option("folder", folder_,
                     "Where to write it; VARMEX_FSROOT=FOLDER varmex show reads it")
         ->required();
-    line.add_option(
-            "chassis", chassis_,
-            "express or classic, then :SLOTS, :MODULES and xCOUNT if wanted: express:18:7x2")
+    line.add_option("chassis", chassis_,
+                    "express or classic, then :SLOTS (2 to 18), :MODULES (so many at most) and "
+                    "xCOUNT (1 to "
+                    "255) if wanted: express:18:7x2")
         ->required();
     line.add_flag("--pci", hasPci_, "Write the machine's PCI tree, too, for varmex check --live");
     line.add_option("--pci-fault", pciFaults_,
@@ -92,13 +152,9 @@ class tMake : public tCommand {
   }
 
   tExitStatus run() override {
-    try {
-      const bool hasPci = hasPci_ || !pciFaults_.empty();
-      makeInstallation(folder_, chassis_, hasPci ? std::optional(pciFaults_) : std::nullopt);
-      return kDone;
-    } catch (const std::invalid_argument& error) {
-      throw CLI::ValidationError("CHASSIS", error.what());
-    }
+    const bool hasPci = hasPci_ || !pciFaults_.empty();
+    makeInstallation(folder_, chassis_, hasPci ? std::optional(pciFaults_) : std::nullopt);
+    return kDone;
   }
 
  private:

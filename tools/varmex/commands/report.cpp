@@ -25,8 +25,8 @@ class tReportCommand : public tCommand {
 
   void addOptions(CLI::App& line) override {
     line.add_option("-o,--output", output_,
-                    "The file, which ends with .html; - is the standard output")
-        ->capture_default_str();
+                    "The file, which ends with .html; the standard output for - and without it")
+        ->type_name("FILE");
     addPciOption(line, notation_);
     installation_.addFrom(line);
   }

@@ -67,7 +67,7 @@ class tRoute : public tCommand {
     line.add_option("terminal", terminal_,
                     "Name of the trigger line, such as PXI_Trig0; varmex terminals lists them")
         ->required();
-    line.add_option("--token", token_, "Name to hold the line under");
+    line.add_option("--token", token_, "Name to hold the line under")->type_name("NAME");
     line.add_flag("--json", asJson_, "Print JSON");
     installation_.addFrom(line);
   }

@@ -17,8 +17,8 @@ class tSave : public tCommand {
 
   void addOptions(CLI::App& line) override {
     line.add_option("file", file_,
-                    "The file, which other commands read with --from; - is the standard output")
-        ->capture_default_str();
+                    "The file, which other commands read with --from; the standard output for - "
+                    "and without it");
     installation_.addFrom(line, tFrom::folders);
   }
 

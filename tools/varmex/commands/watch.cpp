@@ -47,6 +47,13 @@ std::string localTimeForPrograms() {
          twoDigits(minutes % 60);
 }
 
+// Empty for a number that the option takes.
+std::string complaintAboutSeconds(const std::string& text) {
+  double seconds = 0;
+  if (CLI::detail::lexical_cast(text, seconds) && seconds >= 0 && seconds <= 4e6) return {};
+  return '"' + text + "\" is no number of seconds from 0 to 4000000";
+}
+
 class tWatch : public tCommand {
  public:
   tWatch()
@@ -55,8 +62,9 @@ class tWatch : public tCommand {
 
   void addOptions(CLI::App& line) override {
     line.add_flag("--once", once_, "End after the first change");
-    line.add_option("--timeout", seconds_, "End after so many seconds")
-        ->check(CLI::Range(0.0, 4e6));
+    line.add_option("--timeout", seconds_, "End after so many seconds, 4000000 at most")
+        ->type_name("SECONDS")
+        ->check(complaintAboutSeconds);
     line.add_flag("--json", asJson_, "Print JSON, one object a line");
     addPciOption(line, notation_);
     installation_.addFrom(line, tFrom::folders);

@@ -11,11 +11,12 @@ tInstallation::tInstallation() = default;
 tInstallation::~tInstallation() = default;
 
 void tInstallation::addFrom(CLI::App& line, tFrom what) {
+  const bool isFolder = what == tFrom::folders;
   line.add_option("--from", from_,
-                  what == tFrom::folders
-                      ? "Read the installation below this folder (Linux)"
-                      : "Read a file that varmex save made, - for one from the standard input, or "
-                        "the installation below a folder (Linux)");
+                  isFolder ? "Read the installation below this folder (Linux)"
+                           : "Read a file that varmex save made, - for one from the standard "
+                             "input, or the installation below a folder (Linux)")
+      ->type_name(isFolder ? "FOLDER" : "FILE|FOLDER");
   accepted_ = what;
 }
 
