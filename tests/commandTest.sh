@@ -102,7 +102,8 @@ $pxi/pxisys.ini|2|can't read .*pxisys.ini|check
 $pxi|1|You have no right to look at .*pxisys.ini|show
 $pxi|2|can't look at .*pxisys.ini|check
 $lock|1|You have no right to look at .*configuration.ini|show
-$lock|1|session does not open: You have no right to look at .*configuration.ini|check
+$lock|1|^configuration.ini: wrong: session-fails$|check
+$lock|1|^    .*no right to look at .*configuration.ini. Grant the right to read it|check
 END
   exec 9>>"$lock/configuration.ini"
   flock 9
@@ -210,6 +211,18 @@ checked 1 '^To +1/17: trigger bus can.t be read$' 'triggers DMM SUPPLY' pxiesys.
 checked 1 'slot 3/3, StarTriggerNumber and [0-9]+ more: PXI_STAR0 in .* is no number' 'triggers 3/3 3/4' pxisys.ini '166s/=.*/= three/'
 checked 1 'terminals PXI_Trig: SlotList in .* -380757' 'terminals 13.0.0' pxiesys.ini '23s/=.*/= "7,,9"/'
 checked 1 'terminals PXI_Star: PXI_STAR0 in' 'terminals 81.14.0' pxisys.ini '166s/=.*/= three/'
+# What the library's words do not place is told with file and line.
+bus='/^.Chassis3Slot2]/,/^Local/s/^PCISlotPathRootBus.*'
+for words in 'show 3' show 'list'; do
+  checked 1 'slot 2 is no decimal number, .* alone: "0x50" in .*pxisys\.ini, line 181\. .* -380765\)$' "$words" pxisys.ini "$bus/PCISlotPathRootBus = 0x50/"
+done
+checked 1 'no valid slot path, .* known: "300" in .*pxisys\.ini, line 181\. ' 'show 3' pxisys.ini "$bus/PCISlotPathRootBus = 300/"
+checked 1 'no valid slot path, .* known: "9" in .*pxisys\.ini, line 180\. ' 'show 3' pxisys.ini '180s/=.*/= 9/'
+checked 1 '^!2  slot 1/10, SlotType: "Odd" is no type of slot: .*pxiesys\.ini, line 218\. ' show pxiesys.ini '202s/=.*/= Odd/;218s/=.*/= Odd/'
+checked 1 'PXI_TRIG3 .* line -1, .* to 7: "0,-1" in .*pxisys\.ini, line 49\. ' show pxisys.ini '49s/=.*/= "0,-1"/'
+checked 1 'and 1 more: .* destination line 8, .* to 7: "8" in .*pxisys\.ini, line 59\. ' show pxisys.ini '59s/=.*/= 8/;49s/=.*/= 9/'
+checked 1 '^1 fault hides 2 answers\. ' show pxisys.ini '49s/=.*/= 8/'
+checked 1 'bridge 1, line 3 and 1 more: .*pxisys\.ini, line 49\. ' 'triggers 1/2 1/9' pxisys.ini '49s/=.*/= 8/'
 checked 0 '^From +1/9 on no trigger bus$' 'triggers DMM TIMING' pxiesys.ini '23s/=.*/= "7"/'
 checked 0 '^PXI_Star ' 'terminals 13.0.0' pxiesys.ini '23s/=.*/= "7"/'
 # What is doubtful alone, which no answer of the library shows, and what is right beside it.

@@ -205,10 +205,10 @@ def test_choosing(browser, page):
 # What is changed in the sample, the finding that this makes, what of the picture it stands at, and what is told of that.
 FINDINGS = [
     ("pxiesys.ini", '"7,8,9,', '"6,7,8,9,', "slot-on-two-buses", "bus-2 slot-6", "is on TriggerBus1 already"),
-    ("pxiesys.ini", "PXIeSystemTimingSlot", "PXIeTimer", "unknown-slot-type", "slot-10", '"PXIeTimer" is no type of slot. ('),
+    ("pxiesys.ini", "PXIeSystemTimingSlot", "PXIeTimer", "unknown-slot-type", "slot-10", '"PXIeTimer" is no type of slot: '),
     ("pxiesys.ini", "TimingSlot = 10", "TimingSlot = x", "bad-number", "star-1", "Controller: none that can be read. SystemTimingSlot in"),
     ("pxiesys.ini", "TimingSet3 = 5", "TimingSet3 = six", "bad-number", "dstar-1", '"six" is no decimal number'),
-    ("pxisys.ini", '"6,7"', '"6,9"', "line-map-out-of-range", "bridge-3 bridge-4", "names line 9, and lines are 0 to 7. ("),
+    ("pxisys.ini", '"6,7"', '"6,9"', "line-map-out-of-range", "bridge-3 bridge-4", "names line 9, and lines are 0 to 7: "),
     ("pxisys.ini", "nTriggerBus = 1", "nTriggerBus = x", "bad-number", "bridge-2", "DestinationTriggerBus in section [Chassis1TriggerBridge2] is"),
     ("pxisys.ini", "nTriggerBus = 2", "nTriggerBus = 9", "bridge-to-missing-bus", "bridge-1", "from bus 1 to bus 9")]
 UNREAD = ["to 1/10 (bus 2) no line gets over", "Bridge 2 can't be read in full, which may hide ways: DestinationTriggerBus",

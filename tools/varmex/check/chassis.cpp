@@ -1,18 +1,12 @@
 // What a chassis says of itself, and what it takes to open it.
 
-#include <algorithm>
-#include <limits>
-
 #include "tools/varmex/check/rules.h"
+#include "tools/varmex/text/slotPaths.h"
 #include "varmex/varmex.h"
 
 namespace tool {
 
 namespace {
-
-constexpr const char* kPath = "PCISlotPath";
-constexpr const char* kRootBus = "PCISlotPathRootBus";
-constexpr std::uint32_t kLastBus = 0xFF;
 
 tRefusedAnswer disagreeRefusal(const std::string& section, const char* item) {
   return conflict({{"itemName", item}, {"sectionName_", section}});
@@ -32,22 +26,6 @@ void checkName(tRules& rules, const tChassisPlan& chassis, const char* item) {
                             notAvailable({{"itemName", item}, {"sectionName_", section}}));
 }
 
-// Decimal digits behind an optional sign, which negates modulo 2^32; unlike elsewhere, where the
-// same item is a number in base 0.
-std::optional<std::uint32_t> readRootBus(const std::string& text) {
-  constexpr std::uint64_t kMost = std::numeric_limits<std::uint32_t>::max();
-  const std::string digits = text.substr(text.starts_with('+') || text.starts_with('-') ? 1 : 0);
-  if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos) {
-    return std::nullopt;
-  }
-  std::uint64_t number = 0;
-  for (const char digit : digits) {
-    number = 10 * number + static_cast<std::uint64_t>(digit - '0');
-    if (number > kMost) return std::nullopt;
-  }
-  return static_cast<std::uint32_t>(text.starts_with('-') ? 0 - number : number);
-}
-
 // A chassis of pxisys.ini alone is known by the path to its second slot.
 void checkSlotPath(tRules& rules, const tChassisPlan& chassis) {
   const std::string section = chassis.slotSection(2);
@@ -60,25 +38,26 @@ void checkSlotPath(tRules& rules, const tChassisPlan& chassis) {
     rules.findings.addRefused(id, file.at(section, item, file.at(chassis.section)), message,
                               question, refusal);
   };
-  const auto path = file.text(section, kPath);
+  const auto path = file.text(section, kSlotPathItem);
   if (!path) {
-    refuse("missing-item", kPath,
-           std::string(kPath) + " of slot 2 is missing, by which a chassis of pxisys.ini is known",
-           itemNotFound(section, kPath));
-  } else if (path->find(',') == std::string::npos) {
-    refuse("bad-slot-path", kPath, '"' + *path + "\" is no path: it has no comma", invalid);
+    refuse("missing-item", kSlotPathItem,
+           std::string(kSlotPathItem) +
+               " of slot 2 is missing, by which a chassis of pxisys.ini is known",
+           itemNotFound(section, kSlotPathItem));
+  } else if (!isSlotPath(*path)) {
+    refuse("bad-slot-path", kSlotPathItem, '"' + *path + "\" is no path: it has no comma", invalid);
   }
-  const std::string root = file.text(section, kRootBus).value_or("0");
-  const auto bus = readRootBus(root);
+  const std::string root = file.text(section, kRootBusItem).value_or("0");
+  const auto bus = rootBusOf(root);
   if (!bus) {
-    refuse("bad-number", kRootBus,
+    refuse("bad-number", kRootBusItem,
            '"' + root + "\" is no decimal number, which the root bus of slot 2 must be here",
            softwareFault({{"wrappedMessage",
                            "bad lexical cast: source type value could not be interpreted as "
                            "target"}}));
-  } else if (*bus > kLastBus) {
-    refuse("bad-slot-path", kRootBus, "bus " + root + " is beyond " + std::to_string(kLastBus),
-           invalid);
+  } else if (*bus > kLastRootBus) {
+    refuse("bad-slot-path", kRootBusItem,
+           "bus " + root + " is beyond " + std::to_string(kLastRootBus), invalid);
   }
 }
 

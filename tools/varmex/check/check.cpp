@@ -6,11 +6,14 @@
 #include "tools/varmex/check/live.h"
 #include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/failures.h"
+#include "tools/varmex/text/table.h"
 #include "tools/varmex/text/terminal.h"
 
 namespace tool {
 
 namespace {
+
+constexpr const char* kMargin = "    ";
 
 void checkFiles(tRules& rules, tPlan& plan) {
   rules.classic.checkLines(rules.findings);
@@ -28,23 +31,16 @@ void checkFiles(tRules& rules, tPlan& plan) {
   if (plan.isWhole) checkUnused(rules);
 }
 
-void showParagraph(const std::string& text, std::ostream& out) {
-  const std::string margin(4, ' ');
-  const std::size_t columns = outputColumns().value_or(std::string::npos);
-  const std::size_t room = columns > 2 * margin.size() ? columns - margin.size() : columns;
-  for (const std::string& line : wrapped(visible(text), room)) out << margin << line << '\n';
-}
-
 // The description's own texts may hold anything.
 void showFinding(const tFinding& finding, std::ostream& out) {
   const tPosition& position = finding.position;
-  out << position.file << ':' << position.line << ": "
-      << coloured(severityName(finding.severity), tColour::bad) << ": " << finding.id;
+  out << textOf(position) << ": " << coloured(severityName(finding.severity), tColour::bad) << ": "
+      << finding.id;
   if (!position.section.empty()) out << ": [" << visible(position.section) << ']';
   if (!position.item.empty()) out << ' ' << visible(position.item);
   out << '\n' << showExcerpt(position.line, finding.source);
-  showParagraph(finding.message, out);
-  showParagraph("varmex answers: " + finding.answer, out);
+  showParagraph(kMargin, visible(finding.message), out);
+  showParagraph(kMargin, visible("varmex answers: " + finding.answer), out);
 }
 
 }  // namespace

@@ -230,7 +230,7 @@ tReading<tNumbers> tCheckedFile::list(const std::string& section, const std::str
 }
 
 tPosition tCheckedFile::at(const std::string& section, const std::string& item) const {
-  return at(section, item, {name_, 1, "", ""});
+  return at(section, item, {name_, 0, "", ""});
 }
 
 tPosition tCheckedFile::at(const std::string& section, const std::string& item,

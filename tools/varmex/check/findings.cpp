@@ -19,6 +19,10 @@ std::string refusalKey(const std::optional<std::uint32_t>& chassis, const std::s
 
 }  // namespace
 
+std::string textOf(const tPosition& position) {
+  return position.line == 0 ? position.file : position.file + ':' + std::to_string(position.line);
+}
+
 const char* severityName(tSeverity severity) {
   return severity == tSeverity::wrong ? "wrong" : "doubtful";
 }
@@ -54,8 +58,8 @@ void tFindings::add(tSeverity severity, const char* id, const tPosition& positio
 void tFindings::add(tFinding finding) {
   if (isFull()) return;
   const tPosition& position = finding.position;
-  const std::string place = position.file + ':' + std::to_string(position.line);
-  const std::string key = place + '\n' + position.item + '\n' + finding.id + '\n' + finding.message;
+  const std::string key =
+      textOf(position) + '\n' + position.item + '\n' + finding.id + '\n' + finding.message;
   if (known_.insert(key).second) list_.push_back(std::move(finding));
 }
 

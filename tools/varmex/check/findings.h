@@ -14,10 +14,13 @@ namespace tool {
 // A place in the description.
 struct tPosition {
   std::string file;
-  std::uint32_t line = 0;  // as an editor counts, from 1
+  std::uint32_t line = 0;  // as an editor counts, from 1; 0 where it is no line's
   std::string section;
   std::string item;
 };
+
+// "pxisys.ini:68", or the file alone.
+std::string textOf(const tPosition& position);
 
 // Wrong: the library refuses something because of it, or gives an answer that is no true one.
 // Doubtful: it answers, but maybe not what the writer meant.

@@ -3,7 +3,7 @@
 #include <iterator>
 
 #include "tools/varmex/text/failures.h"
-#include "tools/varmex/text/shownPaths.h"
+#include "tools/varmex/text/files.h"
 
 namespace tool {
 
@@ -142,6 +142,19 @@ class tAsker {
   std::string section_;  // of the slot that is being asked
 };
 
+// The item at fault, else the file. The rules have read the description, so that where the library
+// names no file it is the one whose lock a session takes.
+tPosition positionOf(const tRules& rules, const varmex::Error& failure) {
+  if (const auto item = faultyItemOf(failure)) {
+    const tCheckedFile* const file = rules.firstWith(item->section);
+    if (file) return file->at(item->section, item->item);
+  }
+  for (const auto& [key, value] : varmex::detail::flattenJson(failure.json())) {
+    if (key == "path") return {filePath(value).filename().string(), 0, "", ""};
+  }
+  return {"configuration.ini", 0, "", ""};
+}
+
 }  // namespace
 
 void checkAnswers(tRules& rules, const tPlan& plan, const varmex::Session& session) {
@@ -150,10 +163,13 @@ void checkAnswers(tRules& rules, const tPlan& plan, const varmex::Session& sessi
 
 void checkFailure(tRules& rules, const varmex::Error& failure) {
   if (rules.findings.explain(std::nullopt, failure.what())) return;
-  const tCheckedFile& file = rules.classic.exists() ? rules.classic : rules.express;
-  rules.findings.addRefused("session-fails", file.at(""),
-                            "the session does not open: " + withShownPaths(sentenceFor(failure)),
-                            aboutSession(), answerOf(failure));
+  const tToldFailure told = toldFailure(failure);
+  const tPosition position = positionOf(rules, failure);
+  const bool isItems = !position.section.empty();
+  rules.findings.addRefused(
+      "session-fails", position,
+      "the session does not open: " + told.sentence + (isItems ? "" : ' ' + told.remedy),
+      aboutSession(), answerOf(failure));
 }
 
 }  // namespace tool

@@ -65,6 +65,7 @@ void checkRegistry(tRules& rules, const tPlan& plan) {
   if (path.empty() || !std::filesystem::exists(path)) return;
   bool isUnicode = true;
   std::string reason;
+  std::uint32_t line = 0;
   if (!std::filesystem::is_regular_file(path)) {
     reason = "it is no regular file";
   } else if (std::ifstream file(path, std::ios::binary); !file) {
@@ -72,9 +73,11 @@ void checkRegistry(tRules& rules, const tPlan& plan) {
   } else {
     const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     reason = reasonNotRead(bytes, isUnicode);
+    line = 1;
   }
   if (!reason.empty()) {
-    rules.findings.add(tSeverity::wrong, "registry-not-read", {"registry.reg", 1, "", ""}, reason,
+    rules.findings.add(tSeverity::wrong, "registry-not-read", {"registry.reg", line, "", ""},
+                       reason,
                        "as without a registry: no trigger manager has a library, and no relative "
                        "description file is found");
   } else if (isUnicode) {

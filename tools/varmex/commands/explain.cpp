@@ -56,6 +56,19 @@ tSubjects slotAndModule(const varmex::Session& session, std::uint32_t chassis, s
   return subjects;
 }
 
+tAsked askedOf(const observed::tPlace& place) {
+  if (const auto* const chassis = std::get_if<observed::tChassisNumber>(&place)) {
+    return {chassis->chassis};
+  }
+  if (const auto* const slot = std::get_if<observed::tSlotNumber>(&place)) {
+    return {slot->chassis, slot->slot};
+  }
+  if (const auto* const bridge = std::get_if<observed::tBridgeNumber>(&place)) {
+    return {bridge->chassis, std::nullopt, bridge->bridge};
+  }
+  return {};
+}
+
 // As show --json names what belongs to no item of the description.
 constexpr const char* kMachine = "machine";
 
@@ -212,13 +225,15 @@ class tExplain : public tCommand {
       const observed::tItem item(subject.place, readings, *static_cast<tStatusRecord*>(status));
       document["opening"]["readings"] = listOf(readings);
       if (status.code() < 0) {
-        document["opening"]["failure"] = jsonOf(reasonOf(status.error()));
+        document["opening"]["failure"] = jsonOf(reasonOf(status.error(), askedOf(subject.place)));
         return document;
       }
       if (std::holds_alternative<tDeviceAddress>(subject.place)) {
         document["opening"]["section"] = sectionOf(item);
       }
-      document["attributes"].push_back(answerOf(item, attribute));
+      tAsked asked = askedOf(subject.place);
+      asked.line = lineOf(attribute.number);
+      document["attributes"].push_back(answerOf(item, attribute, asked));
     }
     return document;
   }
@@ -235,7 +250,8 @@ class tExplain : public tCommand {
     return "Chassis" + number(varmex_u32_ChassisNumber) + "Slot" + number(varmex_u32_SlotNumber);
   }
 
-  tJson answerOf(const observed::tItem& item, const tAttribute& attribute) const {
+  tJson answerOf(const observed::tItem& item, const tAttribute& attribute,
+                 const tAsked& asked) const {
     tJson answer = {{"name", attribute.name}};
     observed::tReadings readings;
     varmex::Status status;
@@ -245,7 +261,7 @@ class tExplain : public tCommand {
       status.check();
       std::visit([&](const auto& is) { answer["value"] = shown(is); }, *value);
     } catch (const std::exception& failure) {
-      answer["failure"] = jsonOf(reasonOf(failure));
+      answer["failure"] = jsonOf(reasonOf(failure, asked));
     }
     answer["readings"] = listOf(readings);
     return answer;
@@ -278,9 +294,10 @@ class tExplain : public tCommand {
       if (&item != &items.front()) std::cout << '\n';
       showOpening(item);
       for (const tJson& answer : item["attributes"]) {
-        std::cout << '\n'
-                  << answer["name"].get<std::string>() << (answer.contains("value") ? " = " : ": ")
-                  << visible(answerText(answer)) << '\n';
+        std::cout << '\n';
+        const char* const is = answer.contains("value") ? " = " : ": ";
+        const std::string name = answer["name"];
+        showParagraph("", visible(name + is + answerText(answer)), std::cout);
         showReadings(answer["readings"]);
         if (answer["readings"].empty()) std::cout << "  Nothing was read beyond the opening.\n";
       }
@@ -291,7 +308,9 @@ class tExplain : public tCommand {
     const tJson& opening = item["opening"];
     const std::string name = item["item"];
     std::cout << "Opening " << name << '\n';
-    if (opening.contains("failure")) std::cout << visible(answerText(opening)) << '\n';
+    if (opening.contains("failure")) {
+      showParagraph("", visible(answerText(opening)), std::cout);
+    }
     if (opening.contains("section")) {
       showMap(opening["readings"], opening["section"]);
     } else {

@@ -96,7 +96,7 @@ class tDescriber {
           tellChassis(*attempt.item, nullptr);
         } else {
           tellUnopened({{"ChassisNumber", attempt.number}}, {"Slots", "TriggerBridges"},
-                       reasonOf(*attempt.error));
+                       reasonOf(*attempt.error, {attempt.number}));
         }
       }
     });
@@ -136,7 +136,7 @@ class tDescriber {
         tellSlot(*attempt.item);
       } else {
         tellUnopened({{"ChassisNumber", number}, {"SlotNumber", attempt.number}}, {"Devices"},
-                     reasonOf(*attempt.error));
+                     reasonOf(*attempt.error, {number, attempt.number}));
       }
     }
     return isListed;
@@ -177,8 +177,12 @@ class tDescriber {
     tNotes failures;
     sink_.beginObject(nullptr);
     for (const tAttribute& attribute : kBridgeAttributes) {
-      tryTo(attribute.name, failures,
-            [&] { sink_.number(attribute.name, listing().numberOf(*bridge, attribute.number)); });
+      try {
+        sink_.number(attribute.name, listing().numberOf(*bridge, attribute.number));
+      } catch (const std::exception& failure) {
+        const tAsked asked{chassis, std::nullopt, number, lineOf(attribute.number)};
+        failures.emplace_back(attribute.name, reasonOf(failure, asked));
+      }
     }
     endItem(failures);
   }
@@ -206,7 +210,11 @@ class tDescriber {
                       tNotes& failures) {
     absent_.clear();
     for (const tAttribute& attribute : attributes) {
-      tryTo(attribute.name, failures, [&] { tellAttribute(item, attribute, failures); });
+      try {
+        tellAttribute(item, attribute, failures);
+      } catch (const std::exception& failure) {
+        addTo(failures, item, attribute, failure);
+      }
     }
     tellNotes("absent", absent_, sink_);
   }
@@ -221,10 +229,15 @@ class tDescriber {
       if (status.code() >= 0) return sink_.number(attribute.name, number);
     }
     if (!isAbsence(status, attribute)) {
-      failures.emplace_back(attribute.name, reasonOf(status.error()));
+      addTo(failures, item, attribute, status.error());
     } else if (isWhyAsked_) {
-      absent_.emplace_back(attribute.name, reasonOf(status.error()));
+      addTo(absent_, item, attribute, status.error());
     }
+  }
+
+  static void addTo(tNotes& notes, const varmex::ItemBase& item, const tAttribute& attribute,
+                    const std::exception& failure) {
+    notes.emplace_back(attribute.name, reasonOf(failure, askedOf(item, attribute.number)));
   }
 
   // What a session answers are paths and its version.

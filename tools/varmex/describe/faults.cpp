@@ -5,7 +5,9 @@
 #include <map>
 
 #include "tools/varmex/describe/fields.h"
+#include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/failures.h"
+#include "tools/varmex/text/table.h"
 
 namespace tool {
 
@@ -60,16 +62,21 @@ std::string sentenceOf(const tJson& failure) {
                      failure["sentence"].get<std::string>());
 }
 
+std::string headOf(const tFault& fault) { return fault.mark.empty() ? "" : fault.mark + "  "; }
+
+std::string wordsOf(const tFault& fault) {
+  const std::string more =
+      fault.answers > 1 ? " and " + std::to_string(fault.answers - 1) + " more" : "";
+  return fault.where + more + ": " + shortened(fault.reason);
+}
+
 }  // namespace
 
 void markFaults(tJson& description) {
   std::map<std::string, std::string> marks;
-  visitFailures(description, [&](const tJson& item, const std::string& about, tJson& failure) {
-    std::string reason = sentenceOf(failure);
-    // An exception of another kind doesn't say where it comes from.
-    if (failure["code"] == 0) reason += whereOf(item, about);
-    failure["mark"] =
-        marks.try_emplace(reason, '!' + std::to_string(marks.size() + 1)).first->second;
+  visitFailures(description, [&](const tJson&, const std::string&, tJson& failure) {
+    const std::string mark = '!' + std::to_string(marks.size() + 1);
+    failure["mark"] = marks.try_emplace(sentenceOf(failure), mark).first->second;
   });
 }
 
@@ -100,12 +107,7 @@ std::string markOf(const tJson& item, const char* name) {
   return failure == failures->end() ? "" : failure->value("mark", "!");
 }
 
-std::string lineOf(const tFault& fault) {
-  const std::string more =
-      fault.answers > 1 ? " and " + std::to_string(fault.answers - 1) + " more" : "";
-  return (fault.mark.empty() ? "" : fault.mark + "  ") + fault.where + more + ": " +
-         shortened(fault.reason);
-}
+std::string lineOf(const tFault& fault) { return headOf(fault) + wordsOf(fault); }
 
 void tellFaults(const tFaults& faults, const std::string& hidden) {
   for (const tFault& fault : faults) tellFailure(std::runtime_error(lineOf(fault)));
@@ -127,12 +129,13 @@ void showFaults(const tJson& description, std::ostream& out) {
   const tFaults faults = faultsOf(description);
   if (faults.empty()) return;
   out << '\n';
-  for (std::size_t n = 0; n < faults.size() && n < kMostShown; ++n)
-    out << lineOf(faults[n]) << '\n';
+  for (std::size_t n = 0; n < faults.size() && n < kMostShown; ++n) {
+    showParagraph(headOf(faults[n]), visible(wordsOf(faults[n])), out);
+  }
   if (faults.size() > kMostShown) {
     out << "and " << faults.size() - kMostShown << " more faults\n";
   }
-  out << summaryOf(faults) << '\n';
+  showParagraph("", summaryOf(faults), out);
 }
 
 }  // namespace tool

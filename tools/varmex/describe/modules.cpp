@@ -39,7 +39,7 @@ class tModuleDescriber {
       modules.push_back({{"chassis", chassis.number}});
       addFailure(modules.back(), "opening", reason);
     };
-    if (chassis.error) return addUnopened(reasonOf(*chassis.error));
+    if (chassis.error) return addUnopened(reasonOf(*chassis.error, {chassis.number}));
     try {
       const auto numbers = [&](const varmex::Error&) { return listing().slots(chassis.number); };
       for (const auto& attempt : chassis.item->eachModule(numbers)) add(attempt, modules);
@@ -54,7 +54,8 @@ class tModuleDescriber {
                                      std::to_string(attempt.slotNumber.value_or(0))},
                        {"chassis", attempt.chassisNumber},
                        {"slot", attempt.slotNumber.value_or(0)}});
-    addFailure(modules.back(), "opening", reasonOf(*attempt.error));
+    addFailure(modules.back(), "opening",
+               reasonOf(*attempt.error, {attempt.chassisNumber, attempt.slotNumber}));
   }
 
   tJson describe(const varmex::Module& module) {
@@ -98,7 +99,7 @@ class tModuleDescriber {
     varmex::Status status;
     varmex_getU32Attribute(item.handle(), attribute, status);
     if (status.code() < 0 && !isAbsence(status, {key, attribute, false, nullptr})) {
-      addFailure(json, key, reasonOf(status.error()));
+      addFailure(json, key, reasonOf(status.error(), askedOf(item, attribute)));
     }
   }
 

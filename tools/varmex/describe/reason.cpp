@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "tools/varmex/describe/absence.h"
-#include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/shownPaths.h"
 
 namespace tool {
@@ -23,21 +22,39 @@ bool tellsAbsence(std::int32_t code, std::string_view text, std::string_view att
 
 }  // namespace
 
-tReason reasonOf(const varmex::Error& error) {
-  tToldFailure told = toldFailure(error);
+tReason reasonOf(const varmex::Error& error, const tAsked& asked) {
+  tToldFailure told = toldFailure(error, asked);
   return {error.code(), error.constant(), withShownPaths(error.detail()), std::move(told.sentence),
           std::move(told.remedy)};
 }
 
-tReason reasonOf(const std::exception& exception) {
+tReason reasonOf(const std::exception& exception, const tAsked& asked) {
   if (const auto* const error = dynamic_cast<const varmex::Error*>(&exception)) {
-    return reasonOf(*error);
+    return reasonOf(*error, asked);
   }
   // The one exception of another kind that answers end with.
   if (dynamic_cast<const std::out_of_range*>(&exception)) {
-    return {0, "std::out_of_range", exception.what(), kLine8Sentence, ""};
+    tToldFailure told = toldLine8(asked);
+    return {0, "std::out_of_range", exception.what(), std::move(told.sentence),
+            std::move(told.remedy)};
   }
   return {0, kNoConstant, exception.what(), exception.what(), ""};
+}
+
+tAsked askedOf(const varmex::ItemBase& item, std::uint32_t attribute) {
+  const auto number = [&](std::uint32_t which) {
+    varmex::Status status;
+    const std::uint32_t value = varmex_getU32Attribute(item.handle(), which, status);
+    return status.code() < 0 ? std::nullopt : std::optional(value);
+  };
+  return {number(varmex_u32_ChassisNumber), number(varmex_u32_SlotNumber),
+          number(varmex_u32_BridgeNumber), lineOf(attribute)};
+}
+
+std::optional<std::uint32_t> lineOf(std::uint32_t attribute) {
+  constexpr std::uint32_t kFirst = varmex_u32_BridgeLineMapping0;
+  const bool isLine = attribute >= kFirst && attribute <= varmex_u32_BridgeLineMapping7;
+  return isLine ? std::optional(attribute - kFirst) : std::nullopt;
 }
 
 tJson jsonOf(const tReason& reason) {

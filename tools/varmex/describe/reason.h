@@ -8,6 +8,7 @@
 
 #include "tools/varmex/describe/attributes.h"
 #include "tools/varmex/describe/json.h"
+#include "tools/varmex/text/failures.h"
 #include "varmex/varmex.hpp"
 
 namespace tool {
@@ -21,8 +22,15 @@ struct tReason {
   std::string remedy;    // what to do about it; may be empty
 };
 
-tReason reasonOf(const varmex::Error& error);
-tReason reasonOf(const std::exception& exception);
+// `asked` is what was asked for, as far as that is known.
+tReason reasonOf(const varmex::Error& error, const tAsked& asked = {});
+tReason reasonOf(const std::exception& exception, const tAsked& asked = {});
+
+// An item with an attribute of it.
+tAsked askedOf(const varmex::ItemBase& item, std::uint32_t attribute);
+
+// The trigger line that an attribute of a bridge is about, if it is about one.
+std::optional<std::uint32_t> lineOf(std::uint32_t attribute);
 
 tJson jsonOf(const tReason& reason);
 

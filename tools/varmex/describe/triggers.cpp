@@ -70,13 +70,8 @@ using tBridges = std::vector<varmex::BridgeMap>;
 // What can't be read, in the order in which it was to be.
 class tUnread {
  public:
-  // `part` goes on behind the bridge's number.
-  void add(std::uint32_t bridge, const std::string& part, const std::exception& failure) {
-    add("bridge " + std::to_string(bridge) + part, failure);
-  }
-
-  void add(const std::string& where, const std::exception& failure) {
-    const tReason reason = reasonOf(failure);
+  void add(const std::string& where, const std::exception& failure, const tAsked& asked) {
+    const tReason reason = reasonOf(failure, asked);
     const std::string text = failureText(reason.constant, reason.code, reason.sentence);
     sentences_.push_back(where + ": " + text);
     addFault(faults_, "", where, text);
@@ -97,7 +92,9 @@ tEnd endOf(const varmex::Slot& slot, tUnread& unread) {
   } catch (const varmex::Error& error) {
     end.isUnread = !isAbsence(error, "TriggerBusNumber");
     end.failure = reasonOf(error).sentence;
-    if (end.isUnread) unread.add("slot " + placeOf(end) + ", TriggerBusNumber", error);
+    if (end.isUnread) {
+      unread.add("slot " + placeOf(end) + ", TriggerBusNumber", error, {end.chassis, end.slot});
+    }
   }
   return end;
 }
@@ -125,7 +122,8 @@ void addUnreadStars(const varmex::Slot& slot, const tEnd& end, tUnread& unread) 
       varmex_getU32Attribute(slot.handle(), attribute.number, status);
     }
     if (status.code() < 0 && !isAbsence(status, attribute)) {
-      unread.add("slot " + placeOf(end) + ", " + attribute.name, status.error());
+      unread.add("slot " + placeOf(end) + ", " + attribute.name, status.error(),
+                 {end.chassis, end.slot});
     }
   }
 }
@@ -144,22 +142,26 @@ tJson readStars(const varmex::Slot& from, const varmex::Slot& to, const tEnd (&e
   return stars;
 }
 
+std::string nameOf(const tAsked& bridge) { return "bridge " + std::to_string(*bridge.bridge); }
+
 // A bridge with what can be read of it: a line that can't leads nowhere, and `unread` tells of it.
 template <class Read>
-void addBridge(std::uint32_t number, Read read, tBridges& bridges, tUnread& unread) {
+void addBridge(const tAsked& bridge, Read read, tBridges& bridges, tUnread& unread) {
   varmex::BridgeMap map;
-  map.bridge = number;
+  map.bridge = *bridge.bridge;
   try {
     map.sourceBus = read(varmex_u32_BridgeSourceTriggerBus);
     map.destinationBus = read(varmex_u32_BridgeDestinationTriggerBus);
   } catch (const std::exception& failure) {
-    return unread.add(number, "", failure);
+    return unread.add(nameOf(bridge), failure, bridge);
   }
   for (std::uint32_t line = 0; line < 8; ++line) {
     try {
       map.lines[line] = read(varmex_u32_BridgeLineMapping0 + line);
     } catch (const std::exception& failure) {
-      unread.add(number, ", line " + std::to_string(line), failure);
+      tAsked asked = bridge;
+      asked.line = line;
+      unread.add(nameOf(bridge) + ", line " + std::to_string(line), failure, asked);
     }
   }
   bridges.push_back(map);
@@ -171,7 +173,7 @@ tBridges readBridges(const varmex::Session& session, std::uint32_t chassis, tUnr
   try {
     for (const auto& bridge : session.chassis(chassis).triggerBridges()) {
       const auto read = [&](std::uint32_t attribute) { return bridge.u32(attribute); };
-      addBridge(bridge.number(), read, bridges, unread);
+      addBridge({chassis, std::nullopt, bridge.number()}, read, bridges, unread);
     }
     return bridges;
   } catch (const varmex::Error&) {
@@ -179,14 +181,15 @@ tBridges readBridges(const varmex::Session& session, std::uint32_t chassis, tUnr
   }
   const tListing listing(session);
   for (const std::uint32_t number : listing.bridges(chassis)) {
+    const tAsked asked{chassis, std::nullopt, number};
     try {
       const auto bridge = listing.openBridge(chassis, number);
       const auto read = [&](std::uint32_t attribute) {
         return listing.numberOf(bridge, attribute);
       };
-      addBridge(number, read, bridges, unread);
+      addBridge(asked, read, bridges, unread);
     } catch (const std::exception& failure) {
-      unread.add(number, "", failure);
+      unread.add(nameOf(asked), failure, asked);
     }
   }
   return bridges;

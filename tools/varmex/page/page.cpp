@@ -176,8 +176,7 @@ class tPageWriter {
       item += "<a href=\"#" + slot + "\">" + slot + "</a> ";
     }
     item += xmlText(finding.message) + " <span>" + xmlText(finding.answer) + "</span>";
-    item += " <code>" + xmlText(finding.id) + ", " + xmlText(position.file) + ':' +
-            std::to_string(position.line) + "</code>";
+    item += " <code>" + xmlText(finding.id) + ", " + xmlText(textOf(position)) + "</code>";
     if (!finding.source.empty()) item += "<pre>" + xmlText(finding.source) + "</pre>";
     return item + "</li>\n";
   }

@@ -4,7 +4,7 @@
 #include <iostream>
 #include <iterator>
 #include <map>
-#include <optional>
+#include <vector>
 
 #include "corpxiTools/fileSystem/fileStatus.h"
 #include "corpxiTools/fileSystem/folders.h"
@@ -12,25 +12,18 @@
 #include "ostrel/quarks/status.h"
 #include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/files.h"
-#include "tools/varmex/text/itemPlaces.h"
 #include "tools/varmex/text/shownPaths.h"
+#include "tools/varmex/text/slotPaths.h"
 
 namespace tool {
 
 namespace {
 
-// An item of the description that a sentence is about.
-struct tFaultyItem {
-  tItemFault fault;
-  std::string section;
-  std::string item;
-};
-
-// What happened and what to do about it.
+// What happened, what to do about it, and the items of the description that may be at fault.
 struct tSentence {
   std::string what;
   std::string remedy;
-  std::optional<tFaultyItem> about = std::nullopt;
+  std::vector<tFaultyItem> about = {};
 };
 
 using tFields = std::map<std::string, std::string>;
@@ -44,12 +37,14 @@ tFields fieldsOf(const varmex::Error& error) {
 }
 
 // What the library says no with, in words. Of the rows with an error's code the first one counts
-// whose key its text has; names in braces stand for what that has under them.
+// whose key its text has; names in braces stand for what that has under them, in the section of the
+// item at fault for what was asked.
 struct tWords {
   std::int32_t code;
   const char* key;  // empty for any
   const char* what;
   const char* remedy;
+  std::vector<tFaultyItem> about = {};
 };
 
 constexpr const char* kLook = "\"varmex show\" lists what there is.";
@@ -63,7 +58,7 @@ constexpr const char* kNoFiles =
 constexpr const char* kNoMemory = "There is not enough memory.";
 constexpr const char* kRefusedEncoding = "An exception occurred in tIniFile";
 
-constexpr tWords kWords[] = {
+const tWords kWords[] = {
     {varmex_errorUnknownItem, "slotNum",
      "Chassis {chassisNum} has no slot {slotNum}: neither file has a section "
      "[Chassis{chassisNum}Slot{slotNum}].",
@@ -80,18 +75,39 @@ constexpr tWords kWords[] = {
      "Slots {existingChassis}/{existingSlot} and {chassis}/{slot} both claim the device "
      "{bus}.{dev}.",
      kCheck},
-    {varmex_errorInformationConflict, "destinationLine",
-     "{attribute} of the line map names line {destinationLine}, and lines are 0 to 7.", kCheck},
-    {varmex_errorInformationConflict, "sectionName_",
-     "The two files disagree on {itemName} in section [{sectionName_}].", kCheck},
+    {varmex_errorInformationConflict,
+     "destinationLine",
+     "{attribute} of the line map names line {destinationLine}, and lines are 0 to 7.",
+     kCheck,
+     {{tItemFault::noLine, "{mapSection}", "{attribute}", "{destinationLine}"}}},
+    {varmex_errorInformationConflict,
+     "sectionName_",
+     "The two files disagree on {itemName} in section [{sectionName_}].",
+     kCheck,
+     {{tItemFault::differs, "{sectionName_}", "{itemName}"}}},
     {varmex_errorInformationConflict, "tmIdentifier", "The trigger manager's name is empty.",
      kCheck},
     {varmex_errorInformationNotAvailable, "mappingSection_",
      "Neither file has the line map [{mappingSection_}].", kCheck},
     {varmex_errorInformationNotAvailable, "sectionName_",
      "Neither file has {itemName} in section [{sectionName_}].", kCheck},
-    {varmex_errorInformationNotAvailable, "bad_slot_type",
-     "\"{bad_slot_type}\" is no type of slot.", kCheck},
+    {varmex_errorInformationNotAvailable,
+     "bad_slot_type",
+     "\"{bad_slot_type}\" is no type of slot.",
+     kCheck,
+     {{tItemFault::noSlotType, "{slotSection}", "SlotType", "{bad_slot_type}"}}},
+    {varmex_errorInformationConflict,
+     "message",
+     "Slot 2 has no valid slot path, by which a chassis of pxisys.ini alone is known.",
+     kCheck,
+     {{tItemFault::noSlotPath, "{slot2Section}", kRootBusItem},
+      {tItemFault::noSlotPath, "{slot2Section}", kSlotPathItem}}},
+    {varmex_softwareFault,
+     "badCast",
+     "PCISlotPathRootBus of slot 2 is no decimal number, which it must be in a chassis of "
+     "pxisys.ini alone.",
+     kCheck,
+     {{tItemFault::noRootBus, "{slot2Section}", kRootBusItem}}},
     {varmex_softwareFault, "wrappedMessage", "The library met with a fault: {wrappedMessage}.",
      kCheck},
     {varmex_errorLockTimeout, "", "Another program kept {configuration} locked for 10 seconds.",
@@ -153,7 +169,7 @@ constexpr tCodeName kCodeNames[] = {
     {telmar_ra_errorFeatureUnsupported, "telmar_ra_errorFeatureUnsupported"},
 };
 
-std::string filled(const char* words, const tFields& fields) {
+std::string filled(std::string_view words, const tFields& fields) {
   std::string text;
   for (std::string_view rest = words; !rest.empty();) {
     const std::size_t open = std::min(rest.find('{'), rest.size());
@@ -188,8 +204,8 @@ tSentence readerSentence(const std::string& message) {
     if (first > between || second > end) continue;
     const std::string section = message.substr(first, between - first);
     const std::string item = message.substr(second, end - second);
-    return {filled(words.what, {{"1", section}, {"2", item}}), kCheck,
-            tFaultyItem{words.fault, section, item}};
+    return {
+        filled(words.what, {{"1", section}, {"2", item}}), kCheck, {{words.fault, section, item}}};
   }
   return {ended(message), kCheck};
 }
@@ -215,24 +231,44 @@ std::string deniedPaths() {
   return denied.empty() ? paths[0] + ", " + paths[1] + " or " + paths[2] : denied;
 }
 
-tSentence sentenceOf(const varmex::Error& error) {
+std::string numberIn(const std::optional<std::uint32_t>& number) {
+  return number ? std::to_string(*number) : "#";
+}
+
+// What places are made of, beside what the library's text has.
+void addSections(const tAsked& asked, tFields& fields) {
+  const std::string chassis = "Chassis" + numberIn(asked.chassis);
+  fields["slotSection"] = chassis + "Slot" + numberIn(asked.slot);
+  fields["slot2Section"] = chassis + "Slot2";
+  fields["mapSection"] = asked.chassis && asked.bridge ? mapSectionOf(*asked.chassis, *asked.bridge)
+                                                       : chassis + "LineMappingSpec#";
+}
+
+tFaultyItem filled(const tFaultyItem& item, const tFields& fields) {
+  return {item.fault, filled(item.section, fields), filled(item.item, fields),
+          filled(item.value, fields)};
+}
+
+tSentence sentenceOf(const varmex::Error& error, const tAsked& asked) {
   tFields fields = fieldsOf(error);
   if (error.code() == ostrelerr_osFault) return systemFault(fields);
+  const auto wrapped = fields.find("wrappedMessage");
+  // The library casts root buses and nothing else.
+  if (wrapped != fields.end() && wrapped->second.starts_with("bad lexical cast")) {
+    fields["badCast"];
+  }
   for (const tWords& words : kWords) {
     if (words.code != error.code()) continue;
     if (*words.key != '\0' && !fields.contains(words.key)) continue;
     fields["configuration"] = configurationPath();
     fields["denied"] = deniedPaths();
     tSentence sentence{filled(words.what, fields), filled(words.remedy, fields)};
-    if (error.code() == varmex_errorInformationConflict && fields.contains("itemName")) {
-      sentence.about = {tItemFault::differs, fields["sectionName_"], fields["itemName"]};
-    }
+    if (!words.about.empty()) addSections(asked, fields);
+    for (const tFaultyItem& item : words.about) sentence.about.push_back(filled(item, fields));
     return sentence;
   }
   // Where the library has a message, it is one for people.
-  if (const auto message = fields.find("wrappedMessage"); message != fields.end()) {
-    return readerSentence(message->second);
-  }
+  if (wrapped != fields.end()) return readerSentence(wrapped->second);
   if (const auto message = fields.find("message"); message != fields.end()) {
     return {ended(message->second), kCheck};
   }
@@ -240,17 +276,27 @@ tSentence sentenceOf(const varmex::Error& error) {
 }
 
 // The same with file and line, where the library's words do not tell them.
-tSentence placedSentenceOf(const varmex::Error& error) {
-  tSentence sentence = sentenceOf(error);
-  if (const auto& about = sentence.about) {
-    const std::string places = placesOf(about->fault, about->section, about->item);
-    if (!places.empty()) sentence.what.back() = ':';
-    if (!places.empty()) sentence.what += ' ' + places + '.';
-  } else if (error.json().find(kRefusedEncoding) != std::string::npos) {
-    const std::string refused = refusedFiles();
-    if (!refused.empty()) sentence.what = refused + ", which the library does not read.";
+tSentence placed(tSentence sentence) {
+  std::string places;
+  for (const tFaultyItem& item : sentence.about) {
+    if (places.empty()) places = placesOf(item);
   }
+  if (!places.empty()) sentence.what.back() = ':';
+  if (!places.empty()) sentence.what += ' ' + places + '.';
   return sentence;
+}
+
+tSentence placedSentenceOf(const varmex::Error& error, const tAsked& asked) {
+  tSentence sentence = sentenceOf(error, asked);
+  if (!sentence.about.empty()) return placed(sentence);
+  if (error.json().find(kRefusedEncoding) == std::string::npos) return sentence;
+  const std::string refused = refusedFiles();
+  if (!refused.empty()) sentence.what = refused + ", which the library does not read.";
+  return sentence;
+}
+
+tToldFailure shown(const tSentence& sentence) {
+  return {withShownPaths(sentence.what), withShownPaths(sentence.remedy)};
 }
 
 // An exception that is none of the library's has no code.
@@ -266,7 +312,7 @@ std::string nameOf(std::string constant, std::int32_t code) {
 std::string told(const std::string& text) { return visible(withShownPaths(text)); }
 
 void tell(const char* severity, const varmex::Error& error) {
-  const tSentence sentence = placedSentenceOf(error);
+  const tSentence sentence = placedSentenceOf(error, {});
   std::cerr << "varmex: " << severity << told(sentence.what) << ' '
             << nameOf(visible(error.constant()), error.code()) << '\n';
   if (!sentence.remedy.empty()) std::cerr << "  " << told(sentence.remedy) << '\n';
@@ -288,11 +334,24 @@ void tellFailure(const std::exception& failure) {
 
 void tellWarning(const varmex::Error& warning) { tell("warning: ", warning); }
 
-std::string sentenceFor(const varmex::Error& error) { return sentenceOf(error).what; }
+std::string sentenceFor(const varmex::Error& error) { return sentenceOf(error, {}).what; }
 
-tToldFailure toldFailure(const varmex::Error& error) {
-  const tSentence sentence = placedSentenceOf(error);
-  return {withShownPaths(sentence.what), withShownPaths(sentence.remedy)};
+std::optional<tFaultyItem> faultyItemOf(const varmex::Error& error) {
+  const auto about = sentenceOf(error, {}).about;
+  return about.empty() ? std::nullopt : std::optional(about.front());
+}
+
+tToldFailure toldFailure(const varmex::Error& error, const tAsked& asked) {
+  return shown(placedSentenceOf(error, asked));
+}
+
+tToldFailure toldLine8(const tAsked& asked) {
+  tSentence sentence{kLine8Sentence, kCheck};
+  if (asked.chassis && asked.bridge && asked.line) {
+    sentence.about = {{tItemFault::noLine, mapSectionOf(*asked.chassis, *asked.bridge),
+                       "PXI_TRIG" + std::to_string(*asked.line), "8"}};
+  }
+  return shown(placed(sentence));
 }
 
 std::string failureText(const std::string& constant, std::int32_t code,

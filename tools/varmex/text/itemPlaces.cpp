@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <vector>
 
 #include "corpxiTools/fileSystem/utils.h"
 #include "corpxiTools/iniFile.h"
@@ -10,12 +11,14 @@
 #include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/encoding.h"
 #include "tools/varmex/text/files.h"
+#include "tools/varmex/text/slotPaths.h"
 
 namespace tool {
 
 namespace {
 
 constexpr std::size_t kLongestValue = 60;  // in columns
+constexpr std::size_t kMostPlaces = 3;     // that are told
 
 // A file of the description. It is read at the first need, and again when it has changed.
 class tDescriptionFile {
@@ -52,8 +55,18 @@ bool isBlank(std::string_view text) {
   return std::all_of(text.begin(), text.end(), varmex::isWhiteSpace);
 }
 
-bool hasFault(tItemFault fault, const varmex::tIniSection& section, const varmex::tIniItem& item) {
-  switch (fault) {
+bool hasLine(const varmex::tIniSection& section, const varmex::tIniItem& item,
+             const std::string& line) {
+  const auto numbers = varmex::tIniFile::numbersOf(section, item);
+  if (!numbers) return false;
+  return std::any_of(numbers->begin(), numbers->end(), [&](std::uint32_t number) {
+    return std::to_string(static_cast<std::int32_t>(number)) == line;
+  });
+}
+
+bool hasFault(const tFaultyItem& faulty, const varmex::tIniSection& section,
+              const varmex::tIniItem& item) {
+  switch (faulty.fault) {
     case tItemFault::missing: return isBlank(item.value);
     // Which of the two readers the library takes depends on the item.
     case tItemFault::noNumber:
@@ -61,8 +74,41 @@ bool hasFault(tItemFault fault, const varmex::tIniSection& section, const varmex
              !varmex::tIniFile::unsignedOf(section, item);
     case tItemFault::noList: return !varmex::tIniFile::numbersOf(section, item);
     case tItemFault::differs: return true;
+    case tItemFault::noRootBus: return !rootBusOf(item.value);
+    case tItemFault::noSlotPath:
+      return faulty.item == kSlotPathItem ? !isSlotPath(item.value)
+                                          : rootBusOf(item.value).value_or(0) > kLastRootBus;
+    case tItemFault::noSlotType: return item.value == faulty.value;
+    case tItemFault::noLine: return hasLine(section, item, faulty.value);
   }
   return false;
+}
+
+// Whether it is the name of that section, or one of those that it stands for.
+bool isMeant(std::string_view name, std::string_view pattern) {
+  while (!pattern.empty()) {
+    const bool isNumber = pattern.front() == '#';
+    std::size_t length = 1;
+    if (isNumber) length = std::min(name.find_first_not_of("0123456789"), name.size());
+    if (length == 0 || name.empty() || (!isNumber && name.front() != pattern.front())) return false;
+    name.remove_prefix(length);
+    pattern.remove_prefix(1);
+  }
+  return name.empty();
+}
+
+using tSections = std::vector<const varmex::tIniSection*>;
+
+tSections sectionsOf(const varmex::tIniFile& file, const std::string& name) {
+  tSections sections;
+  if (name.find('#') == name.npos) {
+    if (const varmex::tIniSection* const one = file.findSection(name)) sections.push_back(one);
+    return sections;
+  }
+  for (const varmex::tIniSection& section : file.store().sections()) {
+    if (isMeant(section.nameView(), name)) sections.push_back(&section);
+  }
+  return sections;
 }
 
 std::string quoted(std::string_view value) {
@@ -70,33 +116,80 @@ std::string quoted(std::string_view value) {
   return '"' + std::string(value.substr(0, end)) + (end < value.size() ? "...\"" : "\"");
 }
 
-// Of one file; empty where it does not have that fault.
-std::string placeIn(const varmex::tIniFile& file, const std::string& path, tItemFault fault,
-                    const std::string& section, const std::string& item) {
-  const varmex::tIniSection* const place = file.findSection(section);
-  if (!place) return {};
-  const varmex::tIniItem* const found = file.findItem(place, item);
-  if (found && !hasFault(fault, *place, *found)) return {};
-  if (!found && fault != tItemFault::missing) return {};
-  return (found ? quoted(found->value) + " in " : "") + path + ", line " +
-         std::to_string(found ? found->line : place->line);
+// Of one section; empty where it does not have that fault.
+std::string placeIn(const varmex::tIniFile& file, const std::string& path,
+                    const varmex::tIniSection& section, const tFaultyItem& faulty) {
+  const varmex::tIniItem* const found = file.findItem(&section, faulty.item);
+  if (found && !hasFault(faulty, section, *found)) return {};
+  if (!found && faulty.fault != tItemFault::missing) return {};
+  const bool isTold = faulty.fault == tItemFault::noSlotType;  // by the sentence itself
+  return (found && !isTold ? quoted(found->value) + " in " : "") + path + ", line " +
+         std::to_string(found ? found->line : section.line);
+}
+
+// The two files, as far as they can be read.
+struct tFiles {
+  std::string paths[2];
+  const varmex::tIniFile* files[2];
+
+  // Whether the library does not read the item there, whatever that file says.
+  bool isUnread(int n, tItemFault fault, std::string_view section) const {
+    const bool isPath = fault == tItemFault::noRootBus || fault == tItemFault::noSlotPath;
+    const varmex::tIniFile* const other = files[1 - n];
+    if (isPath) {
+      return n == 1 || (other && other->hasSection(section.substr(0, section.find("Slot"))));
+    }
+    if (fault == tItemFault::noSlotType) return n == 0;
+    return fault == tItemFault::noLine && n == 1 && other && other->hasSection(section);
+  }
+};
+
+tFiles openFiles() {
+  static tDescriptionFile files[2];
+  tFiles both{{varmex::getPxiSysPath(), varmex::getPxieSysPath()}, {}};
+  for (const int n : {0, 1}) both.files[n] = files[n].at(both.paths[n]);
+  return both;
+}
+
+std::string joined(const std::vector<std::string>& places) {
+  std::string text;
+  for (std::size_t n = 0; n < places.size() && n < kMostPlaces; ++n) {
+    text += (n == 0 ? "" : ", and ") + places[n];
+  }
+  if (places.size() <= kMostPlaces) return text;
+  return text + ", and " + std::to_string(places.size() - kMostPlaces) + " more";
 }
 
 }  // namespace
 
-std::string placesOf(tItemFault fault, const std::string& section, const std::string& item) {
-  static tDescriptionFile files[2];
-  const std::string paths[] = {varmex::getPxiSysPath(), varmex::getPxieSysPath()};
-  std::string places;
+std::string placesOf(const tFaultyItem& faulty) {
+  const tFiles both = openFiles();
+  std::vector<std::string> places;
   std::string without;
   for (const int n : {0, 1}) {
-    const varmex::tIniFile* const file = files[n].at(paths[n]);
+    const varmex::tIniFile* const file = both.files[n];
     if (!file) continue;
-    const std::string place = placeIn(*file, paths[n], fault, section, item);
-    if (!place.empty()) places += (places.empty() ? "" : ", and ") + place;
-    if (!file->hasSection(section)) without = paths[n] + " has no such section";
+    const tSections sections = sectionsOf(*file, faulty.section);
+    for (const varmex::tIniSection* const section : sections) {
+      if (both.isUnread(n, faulty.fault, section->nameView())) continue;
+      const std::string place = placeIn(*file, both.paths[n], *section, faulty);
+      if (!place.empty()) places.push_back(place);
+    }
+    if (sections.empty()) without = both.paths[n] + " has no such section";
   }
-  return places.empty() && fault == tItemFault::missing ? without : places;
+  return places.empty() && faulty.fault == tItemFault::missing ? without : joined(places);
+}
+
+std::string mapSectionOf(std::uint32_t chassis, std::uint32_t bridge) {
+  const std::string section = "Chassis" + std::to_string(chassis);
+  const tFiles both = openFiles();
+  const varmex::tIniSection* const place =
+      both.files[0] ? both.files[0]->findSection(section + "TriggerBridge" + std::to_string(bridge))
+                    : nullptr;
+  const varmex::tIniItem* const map =
+      place ? both.files[0]->findItem(place, "LineMappingSpec") : nullptr;
+  const auto number = map ? varmex::tIniFile::unsignedOf(*place, *map) : 0;
+  return section + "LineMappingSpec" + (map && number ? std::to_string(*number) : "#");
 }
 
 std::string refusedFiles() {

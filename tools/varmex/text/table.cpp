@@ -139,4 +139,14 @@ void showLine(const char* name, const std::string& value, std::ostream& out) {
   }
 }
 
+void showParagraph(const std::string& head, const std::string& text, std::ostream& out) {
+  const std::size_t margin = columnsOf(head);
+  const std::size_t columns = outputColumns().value_or(std::string::npos);
+  std::string label = head;
+  for (const std::string& line : wrapped(text, columns > 2 * margin ? columns - margin : columns)) {
+    out << label << line << '\n';
+    label.assign(margin, ' ');
+  }
+}
+
 }  // namespace tool

@@ -22,6 +22,10 @@ void showTable(const tRow& titles, const std::vector<tRow>& rows, std::ostream& 
 // itself where the output is narrow.
 void showLine(const char* name, const std::string& value, std::ostream& out);
 
+// A head and the text behind it, which goes on below itself where the output is narrow. Both are
+// visible texts.
+void showParagraph(const std::string& head, const std::string& text, std::ostream& out);
+
 }  // namespace tool
 
 #endif
