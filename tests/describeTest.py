@@ -174,6 +174,9 @@ def testDocuments():
         why = root.show("1/10", "--why")["Chassis"][0]["Slots"][0]["absent"]
         check(why["StarTriggerLine"]["constant"] == "varmex_errorStarController", "the reason")
         root.ask("route", "route", "5.0.0", "PXI_Trig9")
+        root.edit(E, r"^PXI_STAR0 =[^\n]*", "PXI_STAR0 = x")
+        run, terminals = root.ask("terminals", "terminals", "5.0.0")
+        check(run.returncode == 1 and [*terminals[-1]["failures"]] == ["PXI_Star"], f"terminals with a fault: {terminals[-1]}")
         root.edit(E, r"ORX", "O")
         check(root.ask("findings", "check")[0].returncode == 1, "check of a broken one")
         root.edit(E, r"^ChassisList =[^\n]*", "ChassisList = x")

@@ -22,14 +22,16 @@ class tTerminals : public tCommand {
   }
 
   tExitStatus run() override {
-    const auto [terminals, unread] = listTerminals(installation_, parseAddress(address_));
+    const tTerminalList list = listTerminals(installation_, parseAddress(address_));
     if (asJson_) {
-      printJson(terminals);
+      tJson document = list.terminals;
+      if (!list.failures.empty()) document.push_back({{"failures", list.failures}});
+      printJson(document);
     } else {
-      show(terminals);
+      show(list.terminals);
     }
-    tellFaults(unread, "terminals");
-    return unread.empty() ? kDone : kFailed;
+    tellFaults(list.unread, "terminals");
+    return list.unread.empty() ? kDone : kFailed;
   }
 
  private:

@@ -34,7 +34,7 @@ tJson describeTerminal(const varmex::Terminal& terminal) {
 }  // namespace
 
 tTerminalList listTerminals(const tInstallation& installation, const tPciAddress& address) {
-  tTerminalList list{tJson::array(), {}};
+  tTerminalList list;
   for (const tGroup& group : kGroups) {
     try {
       const RoutingSession session = installation.openLines(address, group.lines);
@@ -45,6 +45,7 @@ tTerminalList listTerminals(const tInstallation& installation, const tPciAddress
       if (!varmex::meansNothing(error.code())) throw;
       if (isAbsence(error, group.prefix)) continue;  // the slot has no lines of this group
       const tReason reason = reasonOf(error);
+      list.failures[group.prefix] = jsonOf(reason);
       addFault(list.unread, "", std::string("terminals ") + group.prefix,
                failureText(reason.constant, reason.code, reason.sentence));
     }

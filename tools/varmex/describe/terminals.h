@@ -9,11 +9,13 @@
 
 namespace tool {
 
-// The terminals of the module at a PCI address, of every group of lines
-// that its slot has, as objects of their attributes; and the groups that can't be read.
+// The terminals of the module at a PCI address, of every group of lines that its slot has, as
+// objects of their attributes; and the groups that can't be read, by the names that theirs begin
+// with, for programs and for people.
 struct tTerminalList {
-  tJson terminals;
-  tFaults unread;
+  tJson terminals = tJson::array();
+  tJson failures = tJson::object();
+  tFaults unread = {};
 };
 tTerminalList listTerminals(const tInstallation& installation, const tPciAddress& address);
 
