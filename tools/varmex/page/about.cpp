@@ -193,6 +193,8 @@ tJson aboutChassis(const tJson& chassis, tPciNotation notation) {
     slot["told"] = toldOf(slot, notation);
     slot["faults"] = faultLinesOf(slot);
     slot["unread"] = unreadOfSlot(slot);
+    const bool isBusUnread = !(markOf(slot, "opening") + markOf(slot, "TriggerBusNumber")).empty();
+    if (isBusUnread) slot["noBus"] = "is on a trigger bus that can't be read";
   }
   for (tJson& bridge : about["TriggerBridges"]) {
     bridge["told"] = bridgeWordsOf(bridge);

@@ -216,7 +216,7 @@
 
   const busSentences = (rack, ends) => {
     const alone = ends.find((slot) => slot.TriggerBusNumber === undefined);
-    if (alone) return [`Slot ${rack.number}/${alone.SlotNumber} is on no trigger bus.`];
+    if (alone) return [`Slot ${rack.number}/${alone.SlotNumber} ${alone.noBus ?? "is on no trigger bus"}.`];
     const [a, b] = ends.map((slot) => slot.TriggerBusNumber);
     if (a === b) return [`Both are on trigger bus ${a}, and share its lines 0-7.`];
     const ways = waysBetween(chosen);
