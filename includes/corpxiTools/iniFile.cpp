@@ -123,7 +123,7 @@ bool isLoaded(int result) {
 
 bool readIniText(const std::string& path, tIniText& text, tLooked looked,
                  const tContentDigest* expected) {
-  return isLoaded(text.read(path.c_str(), looked, expected));
+  return isLoaded(text.read(path.c_str(), looked, expected, tDigested::yes));
 }
 
 bool tIniFile::read(const std::string& path) { return isLoaded(store_.load(path.c_str())); }

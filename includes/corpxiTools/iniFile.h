@@ -57,7 +57,7 @@ class tIniFile {
 
   // The same, at less cost for a section that stands just behind an earlier one, if there is one.
   const tIniSection* findSectionBehind(const tIniSection* earlier, std::string_view section) const {
-    const tIniSection* found = earlier ? store_.lookBehind(*earlier, section, "") : nullptr;
+    const tIniSection* found = earlier ? store_.lookBehind(*earlier, section) : nullptr;
     if (!found) found = store_.findSection(section);
     observeSection(*this, section, found);
     return found;

@@ -30,18 +30,17 @@ inline char* skipIniSpace(char* begin, const char* end) {
   return begin;
 }
 
-inline char* trimIniEnd(const char* begin, char* end) {
-  while (end > begin && isIniSpace(end[-1])) --end;
+// Of a text that begins with something else.
+inline char* trimIniEnd(char* end) {
+  while (isIniSpace(end[-1])) --end;
   return end;
 }
 
 inline tIniLineContent parseIniHeader(char* begin, char* end) {
   begin = skipIniSpace(begin, end);
   void* const bracket = std::memchr(begin, ']', static_cast<std::size_t>(end - begin));
-  if (!bracket) return {tIniLineKind::unreadable};
-  end = trimIniEnd(begin, static_cast<char*>(bracket));
-  if (begin == end) return {tIniLineKind::unreadable};
-  return {tIniLineKind::header, begin, end};
+  if (!bracket || bracket == begin) return {tIniLineKind::unreadable};
+  return {tIniLineKind::header, begin, trimIniEnd(static_cast<char*>(bracket))};
 }
 
 // A blank line is unreadable, and so is an item without a value.
@@ -50,12 +49,10 @@ inline tIniLineContent parseIniLine(const tIniLine& line) {
   if (begin == line.end) return {tIniLineKind::unreadable};
   if (*begin == ';') return {tIniLineKind::comment};
   if (*begin == '[') return parseIniHeader(begin + 1, line.end);
-  if (!line.equals) return {tIniLineKind::unreadable};
-  char* const nameEnd = trimIniEnd(begin, line.equals);
+  if (!line.equals || line.equals == begin) return {tIniLineKind::unreadable};
   char* const value = skipIniSpace(line.equals + 1, line.end);
-  char* const valueEnd = trimIniEnd(value, line.end);
-  if (begin == nameEnd || value == valueEnd) return {tIniLineKind::unreadable};
-  return {tIniLineKind::item, begin, nameEnd, value, valueEnd};
+  if (value == line.end) return {tIniLineKind::unreadable};
+  return {tIniLineKind::item, begin, trimIniEnd(line.equals), value, trimIniEnd(line.end)};
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000

@@ -62,8 +62,9 @@ class tIniStore {
 
   const tIniSection* findSection(std::string_view name) const;
 
-  // The section whose name is made of these two parts, if it stands just behind an earlier one and
-  // no other has its name.
+  // The section of that name, or of the name that is made of the two parts, if it stands just
+  // behind an earlier one and no other has its name.
+  const tIniSection* lookBehind(const tIniSection& earlier, std::string_view name) const;
   const tIniSection* lookBehind(const tIniSection& earlier, std::string_view head,
                                 std::string_view tail) const;
 
@@ -93,6 +94,8 @@ class tIniStore {
   };
 
   void clear();
+  template <class IsWanted>
+  const tIniSection* searchBehind(const tIniSection& earlier, IsWanted isWanted) const;
   std::size_t findPlace(std::string_view name, std::uint32_t hash) const;
 
   std::unique_ptr<char[]> text_;

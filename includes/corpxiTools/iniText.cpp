@@ -26,11 +26,12 @@ tIniText::tIniText(std::string_view bytes) {
   content_.size = bytes.copy(content_.bytes.get(), bytes.size());
 }
 
-int tIniText::read(const char* path, tLooked looked, const tContentDigest* expected) {
+int tIniText::read(const char* path, tLooked looked, const tContentDigest* expected,
+                   tDigested digested) {
   clear();
   int result = kIniOutOfMemory;
   try {
-    result = readFile(path, looked, expected);
+    result = readFile(path, looked, expected, digested);
   } catch (const std::bad_alloc&) {
   }
   if (result >= 0 && hasUnsupportedMark(bytes())) result = kIniUnsupportedEncoding;
@@ -38,17 +39,24 @@ int tIniText::read(const char* path, tLooked looked, const tContentDigest* expec
   return result;
 }
 
-int tIniText::readFile(const char* path, tLooked looked, const tContentDigest* expected) {
+int tIniText::readFile(const char* path, tLooked looked, const tContentDigest* expected,
+                       tDigested digested) {
   tInputFile file(path, looked);
   if (!file.isOpen()) return kIniNotOpened;
   if (!expected || expected->size == 0 || file.sizeAtOpen() != expected->size)
-    return readBytes(file);
+    return readBytes(file, digested);
   const int result = compare(file, *expected);
-  return result < 0 || isExpected_ ? result : readFile(path, tLooked::no, nullptr);
+  return result < 0 || isExpected_ ? result : readFile(path, tLooked::no, nullptr, digested);
 }
 
-int tIniText::readBytes(tInputFile& file) {
-  return readWholeFile(file, tIniLineReader::kPadding, content_) ? kIniLoaded : kIniReadFailed;
+int tIniText::readBytes(tInputFile& file, tDigested digested) {
+  const bool isDigested = digested == tDigested::yes && tContentDigester::isReady();
+  tContentDigester digester;
+  if (!readWholeFile(file, tIniLineReader::kPadding, content_, isDigested ? &digester : nullptr)) {
+    return kIniReadFailed;
+  }
+  if (isDigested) digest_ = digester.digest();
+  return kIniLoaded;
 }
 
 int tIniText::compare(tInputFile& file, const tContentDigest& expected) {
@@ -67,15 +75,20 @@ int tIniText::compare(tInputFile& file, const tContentDigest& expected) {
 }
 
 tContentDigest tIniText::digest() const {
+  if (digest_) return *digest_;
   tContentDigester digester;
   digester.add(bytes());
   return digester.digest();
 }
 
-tFileBytes tIniText::takeBytes() { return std::exchange(content_, {}); }
+tFileBytes tIniText::takeBytes() {
+  digest_.reset();
+  return std::exchange(content_, {});
+}
 
 void tIniText::clear() {
   content_ = {};
+  digest_.reset();
   isExpected_ = false;
 }
 

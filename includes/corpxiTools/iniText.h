@@ -1,6 +1,7 @@
 #ifndef CORPXITOOLS_INITEXT_H
 #define CORPXITOOLS_INITEXT_H
 
+#include <optional>
 #include <string_view>
 
 #include "corpxiTools/fileSystem/fileBytes.h"
@@ -17,6 +18,9 @@ enum tIniResult : int {
   kIniReadFailed = -5002,
 };
 
+// Whether a text is to know its digest from being read, for less than working it out later.
+enum class tDigested : bool { no, yes };
+
 // The bytes of a description file as they stand on the disk.
 class tIniText {
  public:
@@ -27,8 +31,8 @@ class tIniText {
   // Replaces the content by that of the file; on failure nothing is left. A file whose digest is as
   // expected, if anything is, is read once and not kept. One of the same size and another digest is
   // read again.
-  int read(const char* path, tLooked looked = tLooked::no,
-           const tContentDigest* expected = nullptr);
+  int read(const char* path, tLooked looked = tLooked::no, const tContentDigest* expected = nullptr,
+           tDigested digested = tDigested::no);
 
   // Whether the content is the expected one. It has no bytes then, as has one that was never read.
   bool is(const tContentDigest& expected) const {
@@ -44,12 +48,14 @@ class tIniText {
   tFileBytes takeBytes();
 
  private:
-  int readFile(const char* path, tLooked looked, const tContentDigest* expected);
-  int readBytes(tInputFile& file);
+  int readFile(const char* path, tLooked looked, const tContentDigest* expected,
+               tDigested digested);
+  int readBytes(tInputFile& file, tDigested digested);
   int compare(tInputFile& file, const tContentDigest& expected);
   void clear();
 
   tFileBytes content_;
+  std::optional<tContentDigest> digest_;  // of the content, if it is known
   bool isExpected_ = false;
 };
 

@@ -65,6 +65,12 @@ class tNameReader {
   }
 
   bool number(std::uint32_t& value) {
+    value = static_cast<std::uint32_t>(*text_ - '0');
+    const bool isOneDigit = value < 10 && !isDigit(text_[1]);
+    if (isOneDigit) {
+      ++text_;
+      return true;
+    }
     const tSignedText number = readSigned(text_);
     if (!number.end) return false;
     if (!isDigit(*text_) && std::find(text_, number.end, '+') != number.end) return false;

@@ -70,9 +70,23 @@ class tIni : public testing::Test {
 // Around the share in which a file goes into its digest, and the blocks of it.
 TEST_F(tIni, readsATextThatIsOrIsNotAsExpected) {
   ASSERT_TRUE(tContentDigester::isReady());
-  constexpr std::size_t kShare = 64 * 1024;
-  constexpr std::size_t kSizes[] = {1,    127,        128,    129,        4095,       4096,
-                                    4097, kShare - 1, kShare, kShare + 1, 2 * kShare, 150'000};
+  constexpr std::size_t kShare = 64 * 1024;  // to compare, four of them to read
+  constexpr std::size_t kSizes[] = {1,
+                                    127,
+                                    128,
+                                    129,
+                                    4095,
+                                    4096,
+                                    4097,
+                                    kShare - 1,
+                                    kShare,
+                                    kShare + 1,
+                                    2 * kShare,
+                                    150'000,
+                                    4 * kShare - 1,
+                                    4 * kShare,
+                                    4 * kShare + 1,
+                                    8 * kShare};
   tIniText read;
   for (const std::size_t size : kSizes) {
     const auto expectRead = [&](const std::string& text, const tContentDigest* expected, bool is) {
@@ -85,6 +99,7 @@ TEST_F(tIni, readsATextThatIsOrIsNotAsExpected) {
     for (std::size_t n = 0; n < size; n += 7) text[n] = static_cast<char>('a' + n % 26);
     expectRead(text, nullptr, false);
     const tContentDigest digest = read.digest();
+    EXPECT_EQ(digest, tIniText(text).digest()) << size;
     expectRead(text, &digest, true);
     const std::size_t places[] = {0, 63, 64, 4096, kShare - 1, kShare, size - 1};
     for (const std::size_t place : places) {

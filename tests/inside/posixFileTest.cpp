@@ -76,7 +76,11 @@ TEST(InputFile, isNotInherited) {
 std::string contentOf(const std::filesystem::path& path) {
   tInputFile file(path.c_str());
   tFileBytes content;
-  if (!file.isOpen() || !readWholeFile(file, 3, content)) return "failed";
+  tContentDigester digester;
+  if (!file.isOpen() || !readWholeFile(file, 3, content, &digester)) return "failed";
+  tContentDigester once;
+  once.add({content.bytes.get(), content.size});
+  EXPECT_EQ(digester.digest(), once.digest());
   EXPECT_EQ(std::string(content.bytes.get() + content.size, 3), std::string(3, '\0'));
   return {content.bytes.get(), content.size};
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 namespace varmex::inline nCORPXITOOLS000 {
 
@@ -10,6 +11,7 @@ namespace {
 
 constexpr std::uint64_t kFirstGuess = 4096;
 constexpr std::uint64_t kMostUntold = std::uint64_t{16} << 20;
+constexpr std::size_t kShare = 64 * tContentDigester::kBlock;  // stays in the processor's cache
 
 void enlarge(tFileBytes& content, std::size_t capacity) {
   auto larger = std::make_unique_for_overwrite<char[]>(capacity);
@@ -17,19 +19,42 @@ void enlarge(tFileBytes& content, std::size_t capacity) {
   content.bytes = std::move(larger);
 }
 
+std::string_view textOf(const tFileBytes& content) { return {content.bytes.get(), content.size}; }
+
+// As the file's own read does.
+std::int64_t readShares(tInputFile& file, char* buffer, std::size_t size,
+                        tContentDigester& digester) {
+  std::size_t total = 0;
+  std::int64_t count = 0;
+  do {
+    const std::size_t share = std::min(kShare, size - total);
+    count = file.read(buffer + total, share);
+    if (count < 0) return count;
+    digester.add({buffer + total, static_cast<std::size_t>(count)});
+    total += static_cast<std::size_t>(count);
+  } while (count == static_cast<std::int64_t>(kShare) && total < size);
+  return static_cast<std::int64_t>(total);
+}
+
 }  // namespace
 
-bool readWholeFile(tInputFile& file, std::size_t padding, tFileBytes& content) {
+bool readWholeFile(tInputFile& file, std::size_t padding, tFileBytes& content,
+                   tContentDigester* digester) {
   content.size = 0;
   // One byte more than there is, so that the end is seen without another allocation.
   const std::uint64_t told = file.sizeAtOpen();
   std::uint64_t capacity = (told > 0 ? told : kFirstGuess) + 1;
   while (true) {
     enlarge(content, capacity + padding);
+    char* const behind = content.bytes.get() + content.size;
+    const std::size_t room = capacity - content.size;
+    const bool isFirst = content.size == 0;
     const std::int64_t count =
-        file.read(content.bytes.get() + content.size, capacity - content.size);
+        digester && isFirst ? readShares(file, behind, room, *digester) : file.read(behind, room);
     if (count < 0) return false;
     content.size += static_cast<std::size_t>(count);
+    // What grew behind its last share is no longer that of the digest.
+    if (digester && !isFirst) (*digester = {}).add(textOf(content));
     if (content.size < capacity) break;
     const std::uint64_t most = std::max(file.size(), kMostUntold) + 1;
     if (capacity >= most) {

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "corpxiTools/fileSystem/inputFile.h"
+#include "ostrel/quarks/contentDigest.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
 
@@ -15,8 +16,10 @@ struct tFileBytes {
 
 // Reads a file that was opened just now, to its end, wherever that is by then. Takes no more memory
 // than twice the file's size and the padding; a file that does not tell its size may have 16 MB.
-// False, with `errno` set, when it can't be read. Throws std::bad_alloc.
-bool readWholeFile(tInputFile& file, std::size_t padding, tFileBytes& content);
+// False, with `errno` set, when it can't be read. Throws std::bad_alloc. A new digester, if one is
+// given, gets the content share by share, while the processor has it at hand.
+bool readWholeFile(tInputFile& file, std::size_t padding, tFileBytes& content,
+                   tContentDigester* digester = nullptr);
 
 }  // namespace varmex::inline nCORPXITOOLS000
 

@@ -72,7 +72,7 @@ std::string showExcerpt(std::uint32_t number, std::string_view line) {
     marks.blanksTo(content.name);
     marks.arrowTo(content.nameEnd);
   } else {
-    marks.arrowTo(varmex::trimIniEnd(first, end));
+    marks.arrowTo(varmex::trimIniEnd(end));
   }
   const std::string margin = "  " + std::to_string(number) + " | ";
   const std::size_t least = margin.size() + 2 * kMore.size();
