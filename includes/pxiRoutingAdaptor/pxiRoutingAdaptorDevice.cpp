@@ -74,7 +74,10 @@ void pxiRoutingAdaptorDevice::releaseTerminal(const pxiRoutingAdaptorSession* se
   const tOwnersLock held(*this);
   TerminalRecord& record = terminals_[terminal];
   const tChange change(changing_, record);
-  if (record.owners.erase(session) > 0 && record.owners.empty()) record.ownerToken.clear();
+  // A long token's memory is not kept.
+  if (record.owners.erase(session) > 0 && record.owners.empty()) {
+    std::string().swap(record.ownerToken);
+  }
 }
 
 void pxiRoutingAdaptorDevice::addBusTerminals(const std::string& busName,

@@ -82,6 +82,7 @@ varmex_Item* varmex_openDeviceByAddr(varmex_Item* session, const tDeviceAddress*
 // is also the one in which a thread can be cancelled, while it sleeps.
 varmex_WaitResult varmex_waitForSessionInvalidation(varmex_Item* session, uint32_t timeout,
                                                     tStatusRecord* status) {
+  const tCancellationInSleeps inSleeps;
   return callInsideBoundary(status, OSTREL_HERE, [=]() -> tResult<varmex_WaitResult> {
     const auto object = checkedSession(session);
     if (!object) return object.refusal();

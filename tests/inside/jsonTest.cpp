@@ -5,6 +5,7 @@
 #include "ostrel/quarks/jsonScanner.h"
 #include "ostrel/quarks/jsonWriter.h"
 #include "ostrel/quarks/status.h"
+#include "telmar/TelmarUtils.h"
 #include "tests/support/texts.h"
 
 namespace varmex {
@@ -25,6 +26,17 @@ class tBuffer {
  private:
   std::string bytes_;
 };
+
+TEST(Reply, takesTextsOfAnyLength) {
+  telmar::Reply reply;
+  std::string expected;
+  for (std::size_t size = 0; size < 60; ++size) {
+    const std::string text = telmar::quote(std::string(size, static_cast<char>('A' + size)));
+    reply.addText(text);
+    expected += (size > 0 ? "," : "") + text;
+  }
+  EXPECT_EQ(reply.text(), '[' + expected + ']');
+}
 
 TEST(JsonWriter, addsAtEitherEnd) {
   tBuffer object("{ }", 200);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "corpxiTools/fileSystem/posix/registryNames.h"
 #include "corpxiTools/fileSystem/posix/registryText.h"
 #include "tests/support/texts.h"
 
@@ -33,6 +34,7 @@ std::string valuesOf(const std::string& text, const char* path = "HKEY_LOCAL_MAC
   const auto registry = parse(text);
   const auto key = registry->findKey(path);
   if (!key) return "no key";
+  EXPECT_TRUE(sameRegistryName(registry->headerOf(path).substr(0, std::string(path).size()), path));
   std::string all;
   for (const tRegistryTextValue& value : key->values()) {
     EXPECT_EQ(key->find(value.name), &value) << value.name;

@@ -80,21 +80,29 @@ TEST_F(tCancellation, comesBehindTheFunction) {
 // Of a thread that asked to be cancelled at any point. Some systems leave out what such a thread
 // answers to the one that joins it.
 TEST_F(tCancellation, endsAnAsynchronousThreadWithTheFunction) {
-  bool isBehind = false;
-  bool isUnwound = false;
-  const auto note = [](bool* flag) { *flag = true; };
-  endsCancelled([&] {
-    const std::unique_ptr<bool, decltype(note)> unwinding(&isUnwound, note);
-    pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, nullptr);
-    tStatusRecord record{0, 0, nullptr, nullptr};
-    record.reallocate = [](tStatusRecord*, std::uint32_t) {
-      return pthread_cancel(pthread_self()), false;
-    };
-    varmex_getU32Attribute(nullptr, 0, &record);
-    isBehind = true;
-  });
-  EXPECT_TRUE(isUnwound);
-  EXPECT_FALSE(isBehind);
+  const auto wait = varmex_waitForSessionInvalidation;
+  for (const auto function : {varmex_getU32Attribute, wait}) {
+    static bool isWhole;
+    isWhole = false;
+    bool isBehind = false;
+    bool isUnwound = false;
+    const auto note = [](bool* flag) { *flag = true; };
+    endsCancelled([&] {
+      const std::unique_ptr<bool, decltype(note)> unwinding(&isUnwound, note);
+      pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, nullptr);
+      tStatusRecord record{0, 0, nullptr, nullptr};
+      record.reallocate = [](tStatusRecord*, std::uint32_t) {
+        pthread_cancel(pthread_self());
+        isWhole = true;
+        return false;
+      };
+      function(nullptr, 0, &record);
+      isBehind = true;
+    });
+    EXPECT_TRUE(isWhole);
+    EXPECT_TRUE(isUnwound);
+    EXPECT_FALSE(isBehind);
+  }
 }
 
 }  // namespace

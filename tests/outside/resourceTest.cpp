@@ -51,6 +51,12 @@ TEST_F(tResources, aLargeCalculationIsGivenBack) {
     if (before == 0) before = memoryInUse();
     EXPECT_LT(memoryInUse() - before, 8192) << what;
   }
+  constexpr std::uint32_t kTicket = 2;
+  EXPECT_NE(route(session, "PXI_Trig6", std::string(100'000, 't'), status_), "[]");
+  telmar_ra_varmex_reserveRoute(session.get(), kTicket, nullptr, status_);
+  telmar_ra_varmex_destroyRoute(session.get(), kTicket);
+  EXPECT_EQ(status_.code(), 0) << status_.text();
+  EXPECT_LT(memoryInUse() - before, 8192) << "a long token that was held";
 }
 
 using tConcurrencyOfExit = tResources;

@@ -27,6 +27,20 @@ class tCancellationOff {
   int before_ = 0;
 };
 
+// Lets a thread that may be cancelled at any point be so in the system's sleeps alone, until the
+// scope ends.
+class tCancellationInSleeps {
+ public:
+  tCancellationInSleeps();
+  tCancellationInSleeps(const tCancellationInSleeps&) = delete;
+  tCancellationInSleeps& operator=(const tCancellationInSleeps&) = delete;
+  // As above.
+  ~tCancellationInSleeps() noexcept(false);
+
+ private:
+  int before_ = 0;
+};
+
 }  // namespace varmex::inline nOSTRELS100
 
 #endif

@@ -14,4 +14,12 @@ tCancellationOff::tLifted::tLifted(const tCancellationOff& outer) {
 
 tCancellationOff::tLifted::~tLifted() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr); }
 
+tCancellationInSleeps::tCancellationInSleeps() {
+  pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &before_);
+}
+
+tCancellationInSleeps::~tCancellationInSleeps() noexcept(false) {
+  pthread_setcanceltype(before_, nullptr);
+}
+
 }  // namespace varmex::inline nOSTRELS100

@@ -7,5 +7,7 @@ tCancellationOff::tCancellationOff() = default;
 tCancellationOff::~tCancellationOff() noexcept(false) = default;
 tCancellationOff::tLifted::tLifted(const tCancellationOff&) {}
 tCancellationOff::tLifted::~tLifted() = default;
+tCancellationInSleeps::tCancellationInSleeps() = default;
+tCancellationInSleeps::~tCancellationInSleeps() noexcept(false) = default;
 
 }  // namespace varmex::inline nOSTRELS100
