@@ -21,10 +21,10 @@ const auto& oneOf(const List& list, tRandom& random) {
   return *std::next(std::begin(list), static_cast<std::ptrdiff_t>(below(std::size(list), random)));
 }
 
-tLines split(const std::string& text) {
+tLines split(const std::string& text, char separator) {
   tLines lines;
   std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  for (std::string line; std::getline(stream, line, separator);) lines.push_back(line);
   return lines;
 }
 
@@ -69,50 +69,13 @@ void insert(tLines& lines, std::size_t place, const tLines& more) {
   lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(place), more.begin(), more.end());
 }
 
-const char* const kValues[] = {"",
-                               "\"\"",
-                               "\" \"",
-                               "x",
-                               "-1",
-                               "0",
-                               "1",
-                               "2",
-                               "3",
-                               "0x2",
-                               "0x1F",
-                               "012",
-                               "08",
-                               "+ 5",
-                               "+3",
-                               "12abc",
-                               "\"8\"",
-                               "\"9\"",
-                               "\"0,8\"",
-                               "\"1,,2\"",
-                               "\"1,2,\"",
-                               "\"1,1\"",
-                               "\"1 ,2\"",
-                               "\"x,1\"",
-                               "99",
-                               "2147483648",
-                               "4294967295",
-                               "4294967296",
-                               "None",
-                               "none",
-                               "\"1,99\"",
-                               "\"-3\"",
-                               "300",
-                               "\"a\"",
-                               "\"a,b\"",
-                               "PXI-1Slot",
-                               "PXIeSystemSlot2Link",
-                               "PXIePeripheralSlot",
-                               "pxieperipheralslot",
-                               "PXI0::4-0.0::INSTR",
-                               "PXI4::0::1::INSTR",
-                               "PXI0::4-0::INSTR",
-                               "\"\\\"\"",
-                               "M\xFCller"};
+const tLines kValues = split(
+    R"(|""|" "|x|-1|0|1|2|3|0x2|0x1F|012|08|+ 5|+3|12abc|"8"|"9"|"0,8"|"1,,2"|"1,2,"|"1,1"|"1 ,2"|)"
+    R"("x,1"|99|2147483648|4294967295|4294967296|None|none|"1,99"|"-3"|300|"a"|"a,b"|PXI-1Slot|)"
+    R"(PXIeSystemSlot2Link|PXIePeripheralSlot|pxieperipheralslot|PXI0::4-0.0::INSTR|)"
+    R"(PXI4::0::1::INSTR|PXI0::4-0::INSTR|"\""|)"
+    "M\xFCller",
+    '|');
 
 std::string changedValue(const tLines& lines, const std::string& line, tRandom& random) {
   switch (below(4, random)) {
@@ -136,6 +99,7 @@ std::string changedValue(const tLines& lines, const std::string& line, tRandom& 
 
 // Names that stand for each other, and numbers in names.
 std::string renamed(std::string name, tRandom& random) {
+  if (name.empty()) return "Q";
   const std::size_t set = name.find("SystemTiming");
   if (set != std::string::npos && below(3, random) != 0) {
     const bool hasStar = set >= 4 && name.compare(set - 4, 4, "Star") == 0;
@@ -152,58 +116,41 @@ std::string renamed(std::string name, tRandom& random) {
   return name;
 }
 
-const char* const kGarbage[] = {"garbage",          "[Chassis1Slot2", "[]",         "=5",
-                                "; comment",        "Key =",          "[Chassis1]", "[Chassis7]",
-                                "[Chassis1Slot19]", "[Chassis07]"};
+const tLines kGarbage = split(
+    "garbage|[Chassis1Slot2|[]|=5|; comment|Key "
+    "=|[Chassis1]|[Chassis7]|[Chassis1Slot19]|[Chassis07]",
+    '|');
 
-tLines strangeSection(tRandom& random) {
-  static const tLines kSections[] = {
-      {"[Chassis1Slot19]", "SlotType = PXIePeripheralSlot", "PeripheralSlotLinkWidth1 = x"},
-      {"[Chassis1Slot20]", "SlotType = PXIe", "PCIBusNumber = 5"},
-      {"[Chassis1Slot19]", "PCISlotPathRootBus = 09", "FunctionList = x"},
-      {"[Chassis1Slot19]", "SlotType = PXIeSystemTimingSlot", "AddressInfo = PXI0::5",
-       "PeripheralModuleLinkWidthMax = z"},
-      {"[Chassis7]", "Vendor = V", "Model = M", "SerialNumber = S", "SlotList = 1",
-       "TriggerBusList = 1", "[Chassis7Slot1]", "SlotType = PXIeHybridSlot",
-       "AddressInfo = PXI0::250-31.0::INSTR", "PeripheralModuleLinkWidthMax = z"},
-      {"[Chassis8]", "Vendor = V", "Model = M", "TriggerManager = \"\"", "[Chassis8Slot2]",
-       "PCISlotPath = \"a,b\"", "PCISlotPathRootBus = +31", "LocalBusLeft = x"},
-      {"[Chassis8]", "Vendor = V", "Model = M", "[Chassis8Slot2]", "PCISlotPath = ab"},
-      {"[Chassis8]", "Vendor = V", "Model = M", "[Chassis8Slot2]", "PCISlotPath = \"a,b\"",
-       "PCISlotPathRootBus = 256"},
-      {"[Chassis8]", "Vendor = V", "Model = M", "SlotList = \"1,x\""},
-      {"[Chassis8]", "Vendor = V", "Model = M", "SerialNumber = 9", "SlotList = 1",
-       "TriggerBridgeList = 1", "[Chassis8Slot1]", "SlotType = PXIeSystemSlot2Link"},
-      // A set's controller is read for slots on its lines as well.
-      {"[Chassis7]", "Vendor = V", "Model = M", "SerialNumber = S", "SlotList = \"2,3\"",
-       "StarSystemTimingSetList = 1", "[Chassis7Slot2]", "SlotType = PXIeSystemTimingSlot",
-       "[Chassis7Slot3]", "SlotType = PXIePeripheralSlot", "[Chassis7StarSystemTimingSets1]",
-       "StarSystemTimingSet0 = 3", "StarSystemTimingSet1 = 2", "SystemTimingSlot = x"},
-      // Every slot has been found before the number that is none.
-      {"[Chassis7]",
-       "Vendor = V",
-       "Model = M",
-       "SerialNumber = S",
-       "SlotList = \"2,3\"",
-       "StarTriggerList = \"1,2\"",
-       "StarSystemTimingSetList = \"1,2\"",
-       "[Chassis7Slot2]",
-       "SlotType = PXIeSystemTimingSlot",
-       "[Chassis7Slot3]",
-       "SlotType = PXIePeripheralSlot",
-       "[Chassis7StarTrigger1]",
-       "PXI_STAR0 = 3",
-       "SystemTimingSlot = 2",
-       "[Chassis7StarTrigger2]",
-       "PXI_STAR0 = x",
-       "[Chassis7StarSystemTimingSets1]",
-       "StarSystemTimingSet0 = 3",
-       "SystemTimingSlot = 2",
-       "[Chassis7StarSystemTimingSets2]",
-       "StarSystemTimingSet0 = x"},
-  };
-  return oneOf(kSections, random);
-}
+const std::string kStrangeSections[] = {
+    "[Chassis1Slot19]|SlotType = PXIePeripheralSlot|PeripheralSlotLinkWidth1 = x",
+    "[Chassis1Slot20]|SlotType = PXIe|PCIBusNumber = 5",
+    "[Chassis1Slot19]|PCISlotPathRootBus = 09|FunctionList = x",
+    "[Chassis1Slot19]|SlotType = PXIeSystemTimingSlot|AddressInfo = PXI0::5|"
+    "PeripheralModuleLinkWidthMax = z",
+    "[Chassis7]|Vendor = V|Model = M|SerialNumber = S|SlotList = 1|TriggerBusList = 1|"
+    "[Chassis7Slot1]|SlotType = PXIeHybridSlot|AddressInfo = PXI0::250-31.0::INSTR|"
+    "PeripheralModuleLinkWidthMax = z",
+    "[Chassis8]|Vendor = V|Model = M|TriggerManager = \"\"|"
+    "[Chassis8Slot2]|PCISlotPath = \"a,b\"|PCISlotPathRootBus = +31|LocalBusLeft = x",
+    "[Chassis8]|Vendor = V|Model = M|[Chassis8Slot2]|PCISlotPath = ab",
+    "[Chassis8]|Vendor = V|Model = M|"
+    "[Chassis8Slot2]|PCISlotPath = \"a,b\"|PCISlotPathRootBus = 256",
+    "[Chassis8]|Vendor = V|Model = M|SlotList = \"1,x\"",
+    "[Chassis8]|Vendor = V|Model = M|SerialNumber = 9|SlotList = 1|TriggerBridgeList = 1|"
+    "[Chassis8Slot1]|SlotType = PXIeSystemSlot2Link",
+    // A set's controller is read for slots on its lines as well.
+    "[Chassis7]|Vendor = V|Model = M|SerialNumber = S|SlotList = \"2,3\"|"
+    "StarSystemTimingSetList = 1|[Chassis7Slot2]|SlotType = PXIeSystemTimingSlot|"
+    "[Chassis7Slot3]|SlotType = PXIePeripheralSlot|[Chassis7StarSystemTimingSets1]|"
+    "StarSystemTimingSet0 = 3|StarSystemTimingSet1 = 2|SystemTimingSlot = x",
+    // Every slot has been found before the number that is none.
+    "[Chassis7]|Vendor = V|Model = M|SerialNumber = S|SlotList = \"2,3\"|"
+    "StarTriggerList = \"1,2\"|StarSystemTimingSetList = \"1,2\"|"
+    "[Chassis7Slot2]|SlotType = PXIeSystemTimingSlot|[Chassis7Slot3]|SlotType = PXIePeripheralSlot|"
+    "[Chassis7StarTrigger1]|PXI_STAR0 = 3|SystemTimingSlot = 2|"
+    "[Chassis7StarTrigger2]|PXI_STAR0 = x|"
+    "[Chassis7StarSystemTimingSets1]|StarSystemTimingSet0 = 3|SystemTimingSlot = 2|"
+    "[Chassis7StarSystemTimingSets2]|StarSystemTimingSet0 = x"};
 
 // What a mutation may take apart: a file, an item of it and the header of a section of it.
 struct tTarget {
@@ -270,7 +217,7 @@ std::string addGarbage(const tTarget& target) {
 }
 
 std::string addSection(const tTarget& target) {
-  const tLines section = strangeSection(target.random);
+  const tLines section = split(oneOf(kStrangeSections, target.random), '|');
   insert(target.lines(), target.lines().size(), section);
   return "another " + section[0];
 }
@@ -348,7 +295,7 @@ tDescription makeRight(tRandom& random) {
     plan.modules = static_cast<std::uint32_t>(below(19, random));
   }
   const synthetic::tTexts texts = synthetic::makeInstallation(plans);
-  return {{split(texts.pxiSys), split(texts.pxieSys)}, {}, "\n"};
+  return {{split(texts.pxiSys, '\n'), split(texts.pxieSys, '\n')}, {}, "\n"};
 }
 
 std::string mutate(tDescription& description, tRandom& random) {

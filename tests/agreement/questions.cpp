@@ -1,9 +1,10 @@
 #include "tests/agreement/questions.h"
 
 #include <functional>
-#include <map>
 #include <sstream>
 #include <utility>
+
+#include "tools/varmex/describe/attributes.h"
 
 namespace agreement {
 
@@ -17,13 +18,6 @@ using varmex::Session;
 constexpr std::uint32_t kLastChassis = 9;
 constexpr std::uint32_t kLastSlot = 21;
 
-// Where the attribute numbers of each kind of item begin and end.
-using tRanges = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
-const tRanges kChassisRanges = {{4096, 4104}};
-const tRanges kSlotRanges = {{4096, 4096}, {8192, 8206}};
-const tRanges kDeviceRanges = {{4096, 4097}, {12288, 12294}};
-const tRanges kBridgeRanges = {{4096, 4096}, {16384, 16395}};
-
 std::string wordsOf(const std::function<void()>& ask) {
   try {
     ask();
@@ -32,6 +26,14 @@ std::string wordsOf(const std::function<void()>& ask) {
     return error.what();
   } catch (const std::out_of_range& error) {
     return std::string("the exception std::out_of_range: ") + error.what();
+  }
+}
+
+void askAttribute(const ItemBase& item, const tool::tAttribute& attribute) {
+  if (attribute.isText) {
+    item.text(attribute.number);
+  } else {
+    item.u32(attribute.number);
   }
 }
 
@@ -70,27 +72,22 @@ class tAsker {
     });
   }
 
-  void askAttributes(const std::string& about, const ItemBase& item, const tRanges& ranges) {
-    for (const auto& [first, last] : ranges) {
-      for (std::uint32_t number = first; number <= last; ++number) {
-        const std::string name = about + ", attribute " + std::to_string(number);
-        ask(name, [&] {
-          varmex::Status status;
-          varmex_getU32Attribute(item.handle(), number, status);
-          if (!isAbsence(status.code())) status.check();
-        });
-        ask(name, [&] {
-          varmex::Status status;
-          varmex_getStringAttribute(item.handle(), number, status);
-          if (!isAbsence(status.code())) status.check();
-        });
-      }
+  void askAttributes(const std::string& about, const ItemBase& item,
+                     const tool::tAttributes& attributes) {
+    for (const tool::tAttribute& attribute : attributes) {
+      ask(about + ", " + attribute.name, [&] {
+        try {
+          askAttribute(item, attribute);
+        } catch (const varmex::Error& error) {
+          if (!isAbsence(error.code())) throw;
+        }
+      });
     }
   }
 
   void askChassis(const Chassis& chassis) {
     const std::string number = std::to_string(chassis.number());
-    askAttributes("chassis " + number, chassis, kChassisRanges);
+    askAttributes("chassis " + number, chassis, tool::kChassisAttributes);
     for (std::uint32_t slot = 0; slot <= kLastSlot; ++slot) {
       const std::string name = "slot " + number + '/' + std::to_string(slot);
       askIfThere(name, [&] { askSlot(name, chassis.slot(slot)); });
@@ -99,55 +96,28 @@ class tAsker {
     ask("chassis " + number + ", trigger bridges", [&] {
       for (const varmex::TriggerBridge& bridge : chassis.triggerBridges()) {
         askAttributes("bridge " + number + '/' + std::to_string(bridge.number()), bridge,
-                      kBridgeRanges);
+                      tool::kBridgeAttributes);
       }
     });
   }
 
   void askSlot(const std::string& name, const varmex::Slot& slot) {
-    askAttributes(name, slot, kSlotRanges);
+    askAttributes(name, slot, tool::kSlotAttributes);
     ask(name + ", devices", [&] {
       for (const varmex::Device& device : slot.devices())
-        askAttributes(name + ", device", device, kDeviceRanges);
+        askAttributes(name + ", device", device, tool::kDeviceAttributes);
     });
   }
 
   std::vector<tRefusal> refusals_;
 };
 
-const std::map<std::string, std::uint32_t> kNumbers = {
-    {"SlotType", varmex_u32_SlotType},
-    {"PeripheralSlotLinkWidth1", varmex_u32_PeripheralSlotLinkWidth1},
-    {"PeripheralSlotLinkWidth2", varmex_u32_PeripheralSlotLinkWidth2},
-    {"SystemSlotLinkOrigin1", varmex_u32_SystemSlotLinkOrigin1},
-    {"SystemSlotLinkOrigin2", varmex_u32_SystemSlotLinkOrigin2},
-    {"PCISlotPathRootBus", varmex_u32_PCISlotPathRootBus},
-    {"OccupyingModuleSlot", varmex_u32_OccupyingModuleSlot},
-    {"TriggerBusNumber", varmex_u32_TriggerBusNumber},
-    {"StarTriggerNumber", varmex_u32_StarTriggerNumber},
-    {"DStarTriggerNumber", varmex_u32_DStarTriggerNumber},
-    {"PeripheralModuleLinkWidthMax", varmex_u32_PeripheralModuleLinkWidthMax},
-    {"PeripheralModuleLinkWidthNegotiated", varmex_u32_PeripheralModuleLinkWidthNegotiated},
-    {"BridgeSourceTriggerBus", varmex_u32_BridgeSourceTriggerBus},
-    {"BridgeDestinationTriggerBus", varmex_u32_BridgeDestinationTriggerBus},
-};
-
-const std::map<std::string, std::uint32_t> kTexts = {
-    {"ChassisTriggerManagerIdentifier", varmex_str_ChassisTriggerManagerIdentifier},
-    {"ChassisTriggerManagerLibrary", varmex_str_ChassisTriggerManagerLibrary},
-    {"ChassisDescriptionFile", varmex_str_ChassisDescriptionFile},
-    {"ChassisTriggerBusList", varmex_str_ChassisTriggerBusList},
-};
-
 void askAttribute(const ItemBase& item, const std::string& name) {
-  constexpr const char* kLine = "BridgeLineMapping";
-  if (name.empty()) return;
-  if (const auto text = kTexts.find(name); text != kTexts.end()) {
-    item.text(text->second);
-  } else if (name.starts_with(kLine)) {
-    item.u32(varmex_u32_BridgeLineMapping0 + static_cast<std::uint32_t>(name.back() - '0'));
-  } else {
-    item.u32(kNumbers.at(name));
+  for (const tool::tAttributes* const kind : {&tool::kChassisAttributes, &tool::kSlotAttributes,
+                                              &tool::kDeviceAttributes, &tool::kBridgeAttributes}) {
+    for (const tool::tAttribute& attribute : *kind) {
+      if (attribute.name == name) return askAttribute(item, attribute);
+    }
   }
 }
 
