@@ -5,23 +5,31 @@
 // Ends with status 1 at the first finding, and tells it with the seed.
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <mutex>
+#include <new>
 #include <random>
 #include <shared_mutex>
 #include <thread>
 #include <vector>
 
+#include "tests/support/posix/threadState.h"
 #include "tests/support/testMachine.h"
 #include "varmex/telmar_ra_varmex.h"
 #include "varmex/varmex.h"
@@ -38,7 +46,7 @@ constexpr const char* kDescription =
     "[Chassis1Slot2]\nSlotType=PXIeHybridSlot\nAddressInfo=PXI0::5-0.0::INSTR\n";
 
 constexpr varmex_WaitResult kUnfinished = 99;
-constexpr unsigned kHangSeconds = 120;
+constexpr std::chrono::seconds kHang = 120s;
 
 // The allocator of AddressSanitizer does not survive the fork of a process whose other threads
 // allocate; ThreadSanitizer does not let the child of a process with threads start one, and loses
@@ -63,6 +71,95 @@ unsigned seed = 0;
   std::fflush(nullptr);
   _exit(1);
 }
+
+// What a process is doing, told to the one that waits for its end. Its first thread tells.
+struct tDeeds {
+  std::atomic<const char*> current{"beginning"};
+  std::atomic<unsigned> begun{0};
+};
+thread_local tDeeds* deeds = nullptr;
+
+void begin(const char* deed) {
+  if (!deeds) return;
+  deeds->current = deed;
+  ++deeds->begun;
+}
+
+// For one that waits for a thread, and looks at it once a second. On a loaded machine a thread may
+// get no processor for minutes: only what it slept or worked counts.
+class tPatience {
+ public:
+  tPatience(pid_t process, pid_t thread)
+      : task_("/proc/" + std::to_string(process) + "/task/" + std::to_string(thread)) {}
+
+  // Whether it has been at the same deed for too long.
+  bool isOver(unsigned deed) {
+    const test::tThreadState state(task_);
+    if (deed != deed_) {
+      deed_ = deed;
+      slept_ = 0s;
+      worked_ = state.worked;
+    }
+    slept_ += state.isAsleep ? 1s : 0s;
+    return slept_ > kHang || state.worked - worked_ > kHang;
+  }
+  std::string told() const {
+    const auto worked = test::tThreadState(task_).worked - worked_;
+    return std::to_string(slept_.count()) + " s asleep and " +
+           std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(worked).count()) +
+           " ms at work";
+  }
+
+ private:
+  fs::path task_;
+  unsigned deed_ = 0;
+  std::chrono::seconds slept_{0};
+  std::chrono::nanoseconds worked_{0};
+};
+
+// A child that does something and ends. It doesn't outlive this process.
+class tChild {
+ public:
+  template <class Split, class Live>
+  tChild(Split split, Live live) {
+    void* const page =
+        mmap(nullptr, sizeof(tDeeds), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (page == MAP_FAILED) find("no memory");
+    deeds_ = new (page) tDeeds;
+    number_ = split();
+    if (number_ != 0) return;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    deeds = deeds_;
+    live();
+    _exit(0);
+  }
+  tChild(const tChild&) = delete;
+  tChild& operator=(const tChild&) = delete;
+  ~tChild() { munmap(deeds_, sizeof(tDeeds)); }
+
+  void expectEnd() const {
+    if (number_ < 0) return;
+    pollfd end{static_cast<int>(syscall(SYS_pidfd_open, number_, 0)), POLLIN, 0};
+    tPatience patience(number_, number_);
+    int status = 0;
+    while (waitpid(number_, &status, WNOHANG) == 0) {
+      if (poll(&end, 1, 1000) != 0) continue;
+      begin("waiting for a child");
+      if (patience.isOver(deeds_->begun)) find("hangs, " + patience.told());
+    }
+    close(end.fd);
+    if (status != 0) find("ended with " + std::to_string(status));
+  }
+
+ private:
+  [[noreturn]] void find(const std::string& what) const {
+    ::find("child " + std::to_string(number_) + ' ' + what + ", " + deeds_->current.load() + " (" +
+           std::to_string(deeds_->begun) + " deeds)");
+  }
+
+  tDeeds* deeds_;
+  pid_t number_;
+};
 
 class tRandom {
  public:
@@ -145,6 +242,7 @@ class tInstallation {
 class tSession {
  public:
   tSession() {
+    begin("opening");
     tStatusRecord status = varmex_makeStatus();
     handle_ = varmex_openPXISession(0, &status);
     if (!handle_) find(std::string("open: ") + varmex_statusText(&status));
@@ -152,20 +250,26 @@ class tSession {
   }
   tSession(const tSession&) = delete;
   tSession& operator=(const tSession&) = delete;
-  ~tSession() { varmex_close(handle_); }
+  ~tSession() {
+    begin("closing");
+    varmex_close(handle_);
+  }
 
   varmex_WaitResult wait(std::uint32_t timeoutMs) const {
+    begin("waiting");
     tStatusRecord status = varmex_makeStatus();
-    const auto start = std::chrono::steady_clock::now();
+    const auto starved = [] { return test::tThreadState("/proc/thread-self").starved; };
+    const auto start = std::chrono::steady_clock::now() - starved();
     const varmex_WaitResult result = varmex_waitForSessionInvalidation(handle_, timeoutMs, &status);
     if (result == varmex_waitFailed) find(std::string("wait: ") + varmex_statusText(&status));
     varmex_releaseStatus(&status);
-    const auto late =
-        std::chrono::steady_clock::now() - start - std::chrono::milliseconds(timeoutMs);
-    if (timeoutMs != 0xFFFFFFFF && late > std::chrono::seconds(kHangSeconds)) find("a late wait");
+    const auto took = std::chrono::steady_clock::now() - starved() - start;
+    const bool isLate = took > std::chrono::milliseconds(timeoutMs) + kHang;
+    if (timeoutMs != 0xFFFFFFFF && isLate) find("a late wait");
     return result;
   }
   void cancel() {
+    begin("cancelling");
     varmex_cancelWaitForInvalidation(handle_);
     isCancelled = true;
   }
@@ -183,10 +287,13 @@ class tWaiter {
   explicit tWaiter(const tSession& session) : session_(session) {
     const auto run = [](void* argument) -> void* {
       tWaiter& own = *static_cast<tWaiter*>(argument);
+      own.number_ = gettid();
+      own.number_.notify_one();
       own.result_ = varmex_waitForSessionInvalidation(own.session_.handle(), 0xFFFFFFFF, nullptr);
       return nullptr;
     };
     if (pthread_create(&thread_, nullptr, run, this) != 0) find("no thread");
+    number_.wait(0);
   }
   tWaiter(const tWaiter&) = delete;
   tWaiter& operator=(const tWaiter&) = delete;
@@ -198,11 +305,18 @@ class tWaiter {
   }
 
   void expectEnd() {
-    timespec end{};
-    clock_gettime(CLOCK_REALTIME, &end);
-    end.tv_sec += kHangSeconds;
     void* how = nullptr;
-    if (pthread_timedjoin_np(thread_, &how, &end) != 0) find("a wait that missed its end");
+    tPatience patience(getpid(), number_);
+    const auto isOver = [&] {
+      timespec end{};
+      clock_gettime(CLOCK_REALTIME, &end);
+      ++end.tv_sec;
+      return pthread_timedjoin_np(thread_, &how, &end) == 0;
+    };
+    while (!isOver()) {
+      begin("waiting for a thread");
+      if (patience.isOver(0)) find("a wait that missed its end: " + patience.told());
+    }
     if (isVictim_ && how == PTHREAD_CANCELED) return;
     // A cancel may come while the waiter looks at the files, and the change with it.
     if (result_ == varmex_waitChanged) return;
@@ -213,11 +327,13 @@ class tWaiter {
  private:
   const tSession& session_;
   pthread_t thread_{};
+  std::atomic<pid_t> number_{0};
   varmex_WaitResult result_ = kUnfinished;
   bool isVictim_ = false;
 };
 
 void walk(const tSession& session) {
+  begin("walking");
   tStatusRecord status = varmex_makeStatus();
   varmex_ItemContainer* const slots =
       varmex_getItemContainer(session.handle(), varmex_container_Slots, &status);
@@ -235,19 +351,11 @@ void walk(const tSession& session) {
 
 // What a forked child does with what it inherited and with what is its own.
 void liveAsChild(std::vector<std::unique_ptr<tSession>>& sessions, tRandom& random, int depth) {
-  alarm(kHangSeconds);
   if (random.below(3) == 0) closefrom(3);
   tSession& inherited = *sessions[random.below(static_cast<unsigned>(sessions.size()))];
   inherited.wait(random.below(20));
   if (depth < 2 && random.below(3) == 0) {
-    const pid_t child = fork();
-    if (child == 0) {
-      liveAsChild(sessions, random, depth + 1);
-      return;
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    if (status != 0) find("a grandchild that ended with " + std::to_string(status));
+    tChild(fork, [&] { liveAsChild(sessions, random, depth + 1); }).expectEnd();
   }
   inherited.cancel();
   if (inherited.wait(0xFFFFFFFF) != varmex_waitCancelled) find("a cancel without effect");
@@ -278,16 +386,17 @@ class tGuests {
     for (std::thread& thread : threads_) thread.join();
   }
 
+  // Negative where there was no moment for it.
   pid_t forkBeside() {
-    if (!kAllocatorSurvivesFork) {
-      const std::lock_guard<std::mutex> closed(door_);
-      const std::lock_guard<std::shared_mutex> alone(gate_);
-      // What a waiter was woken for, or a thread that begins, allocates, too.
-      std::this_thread::sleep_for(5ms);
-      test::awaitSleep();
-      return fork();
+    if (kAllocatorSurvivesFork) return fork();
+    const std::lock_guard<std::mutex> closed(door_);
+    const std::lock_guard<std::shared_mutex> alone(gate_);
+    // What a waiter was woken for, or a thread that begins, allocates, too.
+    for (int tries = 0; tries < 30; ++tries) {
+      begin("looking for a moment to fork");
+      if (test::awaitSleep()) return fork();
     }
-    return fork();
+    return -1;
   }
 
  private:
@@ -327,11 +436,7 @@ class tRound {
     }
     installation_.change();
     for (const auto& waiter : waiters_) waiter->expectEnd();
-    for (const pid_t child : children_) {
-      int status = 0;
-      waitpid(child, &status, 0);
-      if (status != 0) find("a child that ended with " + std::to_string(status));
-    }
+    for (const auto& child : children_) child->expectEnd();
   }
 
  private:
@@ -347,12 +452,9 @@ class tRound {
         waiters_[random_.below(static_cast<unsigned>(waiters_.size()))]->cancelThread();
         break;
       case 3: {
-        const pid_t child = guests_.forkBeside();
-        if (child == 0) {
-          liveAsChild(sessions_, random_, 0);
-          _exit(0);
-        }
-        children_.push_back(child);
+        children_.push_back(
+            std::make_unique<tChild>([this] { return guests_.forkBeside(); },
+                                     [this] { liveAsChild(sessions_, random_, 0); }));
         break;
       }
       case 4: {
@@ -372,7 +474,7 @@ class tRound {
   tRandom& random_;
   std::vector<std::unique_ptr<tSession>> sessions_;
   std::vector<std::unique_ptr<tWaiter>> waiters_;
-  std::vector<pid_t> children_;
+  std::vector<std::unique_ptr<tChild>> children_;
 };
 
 int openDescriptors() {
@@ -381,12 +483,8 @@ int openDescriptors() {
   return count;
 }
 
-}  // namespace
-
-int main(int count, char** arguments) {
-  if (count < 2) return 2;
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(std::atoi(arguments[1]));
-  seed = count > 2 ? static_cast<unsigned>(std::atoi(arguments[2])) : std::random_device()();
+void run(std::chrono::seconds duration) {
+  const auto end = std::chrono::steady_clock::now() + duration;
   tRandom random(seed);
   const test::tTestMachine machine;
   tInstallation installation(machine.folder().parent_path().parent_path() / "campaign");
@@ -400,5 +498,17 @@ int main(int count, char** arguments) {
   }
   if (openDescriptors() != before) find("descriptors that are left");
   std::printf("%u rounds, seed %u\n", rounds, seed);
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count < 2) return 2;
+  seed = count > 2 ? static_cast<unsigned>(std::atoi(arguments[2])) : std::random_device()();
+  const std::chrono::seconds duration(std::atoi(arguments[1]));
+  tChild(fork, [=] {
+    run(duration);
+    std::exit(0);  // by which a sanitizer looks for leaks
+  }).expectEnd();
   return 0;
 }

@@ -6,13 +6,15 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
+#include <map>
 #include <stdexcept>
 #include <thread>
+#include <utility>
+
+#include "tests/support/posix/threadState.h"
 
 namespace test {
 
@@ -74,18 +76,25 @@ tExclusiveLock::tExclusiveLock(const fs::path& path)
 
 tExclusiveLock::~tExclusiveLock() { close(state_->file); }
 
-void awaitSleep() {
-  const auto isAwake = [](const fs::directory_entry& task) {
-    if (task.path().filename() == std::to_string(gettid())) return false;
-    std::string text;
-    std::getline(std::ifstream(task.path() / "stat"), text);
-    return text.find(") S ") == std::string::npos;
-  };
-  for (int look = 0; look < 100; ++look) {
-    const fs::directory_iterator tasks("/proc/self/task");
-    if (std::none_of(begin(tasks), end(tasks), isAwake)) return;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+// A thread that was woken by one that sleeps again by now must not pass for asleep: all of them
+// have done nothing between two looks.
+bool awaitSleep() {
+  using tWork = std::map<fs::path, std::chrono::nanoseconds>;
+  tWork before;
+  for (int look = 0; look < 400; ++look) {
+    tWork work;
+    bool isQuiet = true;
+    for (const fs::directory_entry& task : fs::directory_iterator("/proc/self/task")) {
+      if (task.path().filename() == std::to_string(gettid())) continue;
+      const tThreadState state(task);
+      isQuiet = isQuiet && state.isAsleep;
+      work[task] = state.worked;
+    }
+    if (isQuiet && look > 0 && work == before) return true;
+    before = std::move(work);
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
+  return false;
 }
 
 void runWithStack(std::size_t bytes, const std::function<void()>& work) {

@@ -82,7 +82,10 @@ tExclusiveLock::~tExclusiveLock() {
   CloseHandle(state_->file);
 }
 
-void awaitSleep() { Sleep(100); }
+bool awaitSleep() {
+  Sleep(100);
+  return true;
+}
 
 void runWithStack(std::size_t bytes, const std::function<void()>& work) {
   const auto run = [](void* argument) -> DWORD {
