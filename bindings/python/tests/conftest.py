@@ -1,6 +1,7 @@
 """A root with the sample installation for each test, and programs of their own."""
 
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -19,6 +20,15 @@ def root(tmp_path, monkeypatch):
     shutil.copytree(PROJECT / "samples", folder)
     monkeypatch.setenv("VARMEX_FSROOT", str(folder))
     return folder
+
+
+def edit(root, pattern, text, *names):
+    """Replaces it wherever it stands in these files of the installation, which must hold it."""
+    for name in names or ("pxisys.ini",):
+        file = root / "etc/pxi" / name
+        edited = re.sub(pattern, text, file.read_bytes())
+        assert edited != file.read_bytes()
+        file.write_bytes(edited)
 
 
 def run_python(program, *arguments, **environment):

@@ -12,7 +12,7 @@ from pathlib import Path
 
 import pytest
 import varmex
-from conftest import PROJECT, run_python
+from conftest import PROJECT, edit, run_python
 from varmex import constants
 from varmex._line_8 import source_lines_in
 
@@ -41,13 +41,12 @@ def test_an_enumerator_that_is_not_understood_is_no_secret(text):
     assert run_python(program, text).startswith("refused")
 
 
-def test_library_is_looked_for():
-    missing = run_python("try:\n  import varmex\nexcept ImportError as error:\n  print(error)\n",
-                         VARMEX_LIBRARY="/nowhere/libvarmex.so.19")
-    assert "/nowhere/libvarmex.so.19 (VARMEX_LIBRARY)" in missing and "libvarmex19" in missing
-    other = run_python("try:\n  import varmex\nexcept ImportError as error:\n  print(error)\n",
-                       VARMEX_LIBRARY="libc.so.6")
-    assert "it lacks varmex_openPXISession" in other
+@pytest.mark.parametrize("library, said", [
+    ("/nowhere/libvarmex.so.19", r"/nowhere/libvarmex.so.19 \(VARMEX_LIBRARY\).* libvarmex19"),
+    ("libc.so.6", "it lacks varmex_openPXISession")])
+def test_library_is_looked_for(library, said):
+    program = "try:\n  import varmex\nexcept ImportError as error:\n  print(error)\n"
+    assert re.search(said, run_python(program, VARMEX_LIBRARY=library))
 
 
 # Place, property, value; None where the item has no such thing.
@@ -134,8 +133,7 @@ def test_help_tells_units():
 @pytest.mark.parametrize("length", [10, 9000])
 def test_a_failure_keeps_its_text_and_runs_no_python_within_the_library(root, length):
     """What a signal handler raises there is lost. A text without end can't do without."""
-    file = root / "etc/pxi/pxiesys.ini"
-    file.write_bytes(re.sub(rb"(SlotType *= *)[^\r\n]*", rb"\1" + b"N" * length, file.read_bytes()))
+    edit(root, rb"(SlotType *= *)[^\r\n]*", rb"\1" + b"N" * length, "pxiesys.ini")
     called = []
     with varmex.Session() as session:
         slot = session.chassis[1].slots[2]
@@ -153,9 +151,7 @@ def test_a_failure_keeps_its_text_and_runs_no_python_within_the_library(root, le
 
 
 def test_texts_come_through_as_they_are(root):
-    for name in ("pxisys.ini", "pxiesys.ini"):
-        file = root / "etc/pxi" / name
-        file.write_bytes(file.read_bytes().replace(b"ORX-1820", b"ORX-\xfc\xff"))
+    edit(root, b"ORX-1820", b"ORX-\xfc\xff", "pxisys.ini", "pxiesys.ini")
     with varmex.Session() as session:
         model = session.chassis[1].model
         assert model == "ORX-\udcfc\udcff" and model.encode("utf-8", "surrogateescape") == b"ORX-\xfc\xff"
@@ -175,8 +171,7 @@ LINE_8 = [
 @pytest.mark.parametrize("mapping, refused", LINE_8)
 def test_a_destination_line_8_does_not_end_the_process(root, mapping, refused):
     assert source_lines_in(mapping.encode()) == refused
-    file = root / "etc/pxi/pxisys.ini"
-    file.write_bytes(re.sub(rb"PXI_TRIG6 *= *[^\r\n]*", mapping.encode(), file.read_bytes()))
+    edit(root, rb"PXI_TRIG6 *= *[^\r\n]*", mapping.encode())
     with varmex.Session() as session:
         bridge = session.trigger_bridges[0]
         for line in range(8):
@@ -193,7 +188,7 @@ def test_a_destination_line_8_does_not_end_the_process(root, mapping, refused):
 def test_a_line_8_that_the_files_no_longer_have(root, asked_before):
     file = root / "etc/pxi/pxisys.ini"
     sound = file.read_bytes()
-    file.write_bytes(re.sub(rb"PXI_TRIG6 *= *[^\r\n]*", b"PXI_TRIG6 = 8", sound))
+    edit(root, rb"PXI_TRIG6 *= *[^\r\n]*", b"PXI_TRIG6 = 8")
     with varmex.Session() as session:
         bridge = session.trigger_bridges[0]
         if asked_before:
@@ -207,18 +202,15 @@ def test_a_line_8_that_the_files_no_longer_have(root, asked_before):
 
 
 def test_a_line_8_of_the_express_file_alone(root):
-    classic, express = root / "etc/pxi/pxisys.ini", root / "etc/pxi/pxiesys.ini"
-    for text in (classic, express):
-        text.write_bytes(text.read_bytes().replace(b"[Chassis1LineMappingSpec1]", b"[Elsewhere]"))
-    express.write_bytes(express.read_bytes() + b"\n[Chassis1LineMappingSpec1]\nPXI_TRIG6 = 8\n")
+    edit(root, rb"\[Chassis1LineMappingSpec1\]", b"[Elsewhere]")
+    edit(root, rb"\Z", b"\n[Chassis1LineMappingSpec1]\nPXI_TRIG6 = 8\n", "pxiesys.ini")
     with varmex.Session() as session:
         with pytest.raises(varmex.ConflictError, match="destination line 8"):
             session.trigger_bridges[0].line_mapping(6)
 
 
 def test_only_what_an_item_has_not_is_none(root):
-    file = root / "etc/pxi/pxisys.ini"
-    file.write_bytes(re.sub(rb"(TriggerManager *= *)[^\r\n]*", rb'\1"another"', file.read_bytes()))
+    edit(root, rb"(TriggerManager *= *)[^\r\n]*", rb'\1"another"')
     with varmex.Session(synchronize=True) as session:
         assert session.warning.constant == "varmex_warningFailedSync" and session.warning.code > 0
         with pytest.raises(varmex.ConflictError):
@@ -226,9 +218,7 @@ def test_only_what_an_item_has_not_is_none(root):
 
 
 def test_a_repr_tells_what_it_can(root):
-    for name in ("pxisys.ini", "pxiesys.ini"):
-        file = root / "etc/pxi" / name
-        file.write_bytes(file.read_bytes().replace(b"FunctionList", b"SomethingElse"))
+    edit(root, b"FunctionList", b"SomethingElse")
     with varmex.Session() as session:
         slot = session.chassis[1].slots[2]
         held = {slot}

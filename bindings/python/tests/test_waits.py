@@ -23,6 +23,13 @@ def touch(root):
     os.replace(changed, file)  # at once: what was opened in between would not be current
 
 
+async def expect_change(watch, root):
+    """One that comes while nobody waits is told as soon as somebody does."""
+    touch(root)
+    change = await asyncio.wait_for(watch.__anext__(), LIMIT)
+    assert change.session.is_current and not change.previous.is_current
+
+
 def in_thread(work):
     results = []
     thread = threading.Thread(target=lambda: results.append(work()))
@@ -79,6 +86,7 @@ def test_an_interrupt_ends_a_wait(root):
 def test_watch_tells_changes_and_leaves_no_thread(root):
     async def main():
         before = threading.active_count()
+        asyncio.get_running_loop().call_later(0.2, touch, root)
         seen = []
         async for change in varmex.watch():
             seen.append((change.previous.is_current, change.session.is_current))
@@ -89,17 +97,7 @@ def test_watch_tells_changes_and_leaves_no_thread(root):
         assert threading.active_count() == before
         return seen
 
-    async def with_change():
-        await asyncio.sleep(0.2)
-        touch(root)
-
-    async def both():
-        change = asyncio.create_task(with_change())
-        seen = await asyncio.wait_for(main(), LIMIT)
-        await change
-        return seen
-
-    assert asyncio.run(both())[0] == (False, True)
+    assert asyncio.run(asyncio.wait_for(main(), LIMIT))[0] == (False, True)
 
 
 def test_watch_is_cancelled_at_once_and_goes_on_after_it(root):
@@ -112,9 +110,7 @@ def test_watch_is_cancelled_at_once_and_goes_on_after_it(root):
             with pytest.raises(asyncio.CancelledError):
                 await task
         assert threading.active_count() == 1
-        touch(root)  # while nobody waits
-        change = await asyncio.wait_for(watch.__anext__(), LIMIT)
-        assert change.session.is_current and not change.previous.is_current
+        await expect_change(watch, root)
 
     asyncio.run(main())
 
@@ -155,8 +151,6 @@ def test_a_loop_goes_on_while_others_hold_the_lock(root, is_locked_before):
         with pytest.raises(asyncio.CancelledError):
             await task
         assert threading.active_count() == 1
-        touch(root)
-        change = await asyncio.wait_for(watch.__anext__(), LIMIT)
-        assert change.session.is_current and not change.previous.is_current
+        await expect_change(watch, root)
 
     asyncio.run(main())
