@@ -29,6 +29,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/posix/child.h"
 #include "tests/support/posix/threadState.h"
 #include "tests/support/testMachine.h"
 #include "varmex/telmar_ra_varmex.h"
@@ -124,7 +125,7 @@ class tChild {
   tChild(Split split, Live live) {
     void* const page =
         mmap(nullptr, sizeof(tDeeds), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (page == MAP_FAILED) find("no memory");
+    if (page == MAP_FAILED) ::find("no memory");
     deeds_ = new (page) tDeeds;
     number_ = split();
     if (number_ != 0) return;
@@ -477,18 +478,12 @@ class tRound {
   std::vector<std::unique_ptr<tChild>> children_;
 };
 
-int openDescriptors() {
-  int count = 0;
-  for (int number = 0; number < 1024; ++number) count += fcntl(number, F_GETFD) >= 0;
-  return count;
-}
-
 void run(std::chrono::seconds duration) {
   const auto end = std::chrono::steady_clock::now() + duration;
   tRandom random(seed);
   const test::tTestMachine machine;
   tInstallation installation(machine.folder().parent_path().parent_path() / "campaign");
-  const int before = openDescriptors();
+  const int before = test::openDescriptors();
   unsigned rounds = 0;
   {
     tGuests guests;
@@ -496,7 +491,7 @@ void run(std::chrono::seconds duration) {
       tRound(installation, guests, random).run();
     }
   }
-  if (openDescriptors() != before) find("descriptors that are left");
+  if (test::openDescriptors() != before) find("descriptors that are left");
   std::printf("%u rounds, seed %u\n", rounds, seed);
 }
 

@@ -57,8 +57,8 @@ class tExclusiveLock {
 // Runs `work` on a thread whose stack has `bytes` bytes, and waits for it.
 void runWithStack(std::size_t bytes, const std::function<void()>& work);
 
-// Until every other thread of the process sleeps, or two seconds. Whether they do, where that can be
-// known.
+// Until every other thread of the process sleeps, or two seconds. Whether they do, where that can
+// be known.
 bool awaitSleep();
 
 // Bytes in use of all heaps of the process. A sanitizer's memory is none of it.

@@ -1,6 +1,7 @@
 #include "tests/support/posix/systemCalls.h"
 
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -53,31 +54,32 @@ bool mustFail(const char* name, const char* path = "") {
 
 const std::vector<tSystemCall>& systemCalls() {
   // ENOENT is not among them, where it is an answer and no failure. The build reads the names here.
-  static const std::vector<tSystemCall> calls = {{"open", {EACCES, EMFILE, ENOMEM, EINTR, ELOOP}},
-                                                 {"fdopen", {ENOMEM}},
-                                                 {"read", {EIO, EINTR}},
-                                                 {"close", {EINTR, EIO}},
-                                                 {"fclose", {EIO}},
-                                                 {"fstat", {EIO, ENOMEM}},
-                                                 {"stat", {EACCES, EIO, ENOMEM, ELOOP}},
-                                                 {"lstat", {EACCES, EIO}},
-                                                 {"readlink", {EINVAL, EACCES}},
-                                                 {"flock", {EINTR, EWOULDBLOCK, ENOLCK}},
-                                                 {"inotify_init1", {EMFILE, ENOMEM}},
-                                                 {"inotify_add_watch", {ENOSPC, EACCES}},
-                                                 {"inotify_rm_watch", {EINVAL}},
-                                                 {"socketpair", {EMFILE}},
-                                                 {"poll", {EINTR, ENOMEM}},
-                                                 {"recv", {EINTR, ECONNRESET}},
-                                                 {"send", {EPIPE, EAGAIN}},
-                                                 {"nanosleep", {EINTR}},
-                                                 {"dlopen", {ENOMEM}},
-                                                 {"dlsym", {ENOENT}},
-                                                 {"dlclose", {EINVAL}},
-                                                 {"dlinfo", {EINVAL}},
-                                                 {"dladdr1", {EINVAL}},
-                                                 {"getrandom", {EINTR, ENOSYS}},
-                                                 {"syscall", {ENOSYS, EINTR}}};
+  static const std::vector<tSystemCall> calls = {
+      {"open", {EACCES, EMFILE, ENOMEM, EINTR, ELOOP}},
+      {"fdopen", {ENOMEM}},
+      {"read", {EIO, EINTR}},
+      {"close", {EINTR, EIO}},
+      {"fclose", {EIO}},
+      {"fstat", {EIO, ENOMEM}},
+      {"stat", {EACCES, EIO, ENOMEM, ELOOP}},
+      {"lstat", {EACCES, EIO}},
+      {"readlink", {EINVAL, EACCES}},
+      {"flock", {EINTR, EWOULDBLOCK, ENOLCK}, {ENOLCK}},
+      {"inotify_init1", {EMFILE, ENOMEM}, {EMFILE, ENOMEM}},
+      {"inotify_add_watch", {ENOSPC, EACCES}, {ENOSPC}},
+      {"inotify_rm_watch", {EINVAL}},
+      {"socketpair", {EMFILE}, {EMFILE}},
+      {"poll", {EINTR, ENOMEM}, {ENOMEM}},
+      {"recv", {EINTR, ECONNRESET}},
+      {"send", {EPIPE, EAGAIN}},
+      {"nanosleep", {EINTR}},
+      {"dlopen", {ENOMEM}},
+      {"dlsym", {ENOENT}},
+      {"dlclose", {EINVAL}},
+      {"dlinfo", {EINVAL}},
+      {"dladdr1", {EINVAL}},
+      {"getrandom", {EINTR, ENOSYS}},
+      {"syscall", {ENOSYS, EINTR}}};
   return calls;
 }
 
@@ -129,6 +131,12 @@ extern "C" int __wrap_fstat(int file, struct stat* status) {
   return isOnDisk && test::mustFail("fstat") ? -1 : result;
 }
 
+// Giving a lock back does not fail.
+extern "C" int __real_flock(int file, int operation);
+extern "C" int __wrap_flock(int file, int operation) {
+  return operation != LOCK_UN && test::mustFail("flock") ? -1 : __real_flock(file, operation);
+}
+
 extern "C" int __real_open(const char* path, int flags, mode_t mode);
 extern "C" int __wrap_open(const char* path, int flags, mode_t mode) {
   return test::mustFail("open", path) ? -1 : __real_open(path, flags, mode);
@@ -140,7 +148,6 @@ WRAP(ssize_t, read, (int file, void* bytes, std::size_t size), (file, bytes, siz
 WRAP(int, stat, (const char* path, struct stat* status), (path, status), -1)
 WRAP(int, lstat, (const char* path, struct stat* status), (path, status), -1)
 WRAP(ssize_t, readlink, (const char* path, char* text, std::size_t size), (path, text, size), -1)
-WRAP(int, flock, (int file, int operation), (file, operation), -1)
 WRAP(int, inotify_init1, (int flags), (flags), -1)
 WRAP(int, inotify_add_watch, (int file, const char* path, std::uint32_t mask), (file, path, mask), -1)
 WRAP(int, inotify_rm_watch, (int file, int watch), (file, watch), -1)

@@ -12,6 +12,7 @@ namespace test {
 struct tSystemCall {
   std::string name;
   std::vector<int> errors;
+  std::vector<int> told{};  // of these, what a caller is always told of
 };
 const std::vector<tSystemCall>& systemCalls();
 
