@@ -64,7 +64,7 @@ scripts/packages.sh
 start 'packages' tests/packageTest.sh build/packages
 
 build linux-asan varmex_tool varmex_outside_tests varmex_inside_tests varmex_injection_tests
-VARMEX_TEST_ROUNDS=500 suites linux-asan
+suites linux-asan
 start 'linux-asan: hostile' tests/hostileTest.sh build/linux-asan/bin/varmex
 
 build linux-tsan varmex_outside_tests
@@ -73,7 +73,7 @@ build linux-tsan varmex_outside_tests
 # which it tells of; a thousand threads; and children of threads that fork again.
 concurrent='tConcurrency*:*Threads*:tWait.*:tPosixWait.*:tHost.*:tCancellation.*:tResources.*'
 concurrent+=':tRegistryMoment.*:tSharingHost.*-tHost.cancelledW*:tHost.closes*:tHost.many*:tHost.aForked*'
-TSAN_OPTIONS="suppressions=$PWD/tests/tsan.supp die_after_fork=0" VARMEX_TEST_ROUNDS=300 \
+TSAN_OPTIONS="suppressions=$PWD/tests/tsan.supp die_after_fork=0" \
   start 'linux-tsan: outside' tests/sharded.sh 4 build/linux-tsan/bin/varmex_outside_tests \
   "--gtest_filter=$concurrent"
 
@@ -82,7 +82,6 @@ export WINEPREFIX=$PWD/build/windows/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscor
 begin 'setting up Wine'
 quietly wineboot -u
 quietly wineserver -w
-export VARMEX_TEST_ROUNDS=300
 # The longest first: nothing else would run beside it in the end.
 start 'windows: describe' tests/inWine.sh tests/describeTest.py tests/onWine.sh \
   build/windows/bin/varmex.exe

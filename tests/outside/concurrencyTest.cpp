@@ -1,7 +1,7 @@
 #include <atomic>
-#include <cstdlib>
 
 #include "tests/support/model.h"
+#include "tests/support/routing.h"
 #include "tests/support/serviceLibrary.h"
 #include "tests/support/threads.h"
 
@@ -10,45 +10,6 @@ namespace test {
 namespace {
 
 using tConcurrency = tModel;
-
-// How much a test does: the sanitizers and Wine are slower.
-int rounds() {
-  const char* const text = std::getenv("VARMEX_TEST_ROUNDS");
-  return text ? std::atoi(text) : 400;
-}
-
-// A writer rewrites both files under the exclusive lock. They carry one number: a reader that sees
-// two has read between the writes.
-TEST_F(tConcurrency, readersNeverSeeATornDescription) {
-  machine_.writeConfiguration();
-  std::atomic<bool> done{false};
-  std::atomic<int> read{0};
-  const auto rewrite = [this](int round) {
-    const std::string text =
-        "[System]\nChassisList=1\n[Chassis1]\nModel=M\nSlotList=\"\"\nVendor=V" +
-        std::to_string(round) + std::string(static_cast<std::size_t>(round % 7 * 1000), 'p') + '\n';
-    const tExclusiveLock lock(machine_.configuration());
-    machine_.writePxiSys(text);
-    machine_.writePxieSys(text + "SerialNumber=S\n");
-  };
-  runInThreads(3, [&](int thread) {
-    for (int round = 0; thread == 0 && round < rounds(); ++round) rewrite(round);
-    if (thread == 0) done = true;
-    while (!done) {
-      tStatus status;
-      const tItem session(varmex_openPXISession(0, status));
-      // On a busy machine the writer may keep a reader out for the whole of its patience.
-      if (status.code() == varmex_errorLockTimeout) continue;
-      ASSERT_TRUE(session) << status.text();
-      const tItem chassis(varmex_openChassisByNumber(session.get(), 1, status));
-      // Before the first write there is none.
-      if (status.code() == varmex_errorUnknownItem) continue;
-      ASSERT_TRUE(chassis) << status.text();
-      ++read;
-    }
-  });
-  EXPECT_GT(read, 0);
-}
 
 TEST_F(tConcurrency, oneChassisAskedForItsTriggerManager) {
   const tInstalledServiceLibrary service("full", "mode 1");
@@ -92,28 +53,19 @@ void readEverything(varmex_Item* session) {
   }
 }
 
-constexpr const char* kDescription =
-    "[System]\nChassisList=1\n"
-    "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=1,2,3\nTriggerBusList=1\n"
-    "StarTriggerList=1\nStarSystemTimingSetList=1\n"
-    "[Chassis1TriggerBus1]\nSlotList=1,2,3\n"
-    "[Chassis1StarTrigger1]\nPXI_STAR0=3\nSystemTimingSlot=2\n"
-    "[Chassis1StarSystemTimingSets1]\nStarSystemTimingSet0=3\nSystemTimingSlot=2\n"
-    "[Chassis1Slot1]\nSlotType=PXIeSystemSlot4Link\n"
-    "[Chassis1Slot2]\nSlotType=PXIeSystemTimingSlot\nAddressInfo=PXI0::5-0.0::INSTR\n"
-    "[Chassis1Slot3]\nSlotType=PXIeHybridSlot\nPeripheralModuleOccupiedSlotList=3\n";
-
 // Of a description of which nothing has been worked out: one item, one session, and sessions of
 // their own.
 TEST_F(tConcurrency, threadsAskWhatNobodyAskedBefore) {
   machine_.writeConfiguration();
   for (int round = 0; round < 30; ++round) {
-    describe("", kDescription + (';' + std::to_string(round)));
-    const tItem item = slot(1, 3);
+    describe("", kRoutingDescription + ("PeripheralModuleOccupiedSlotList=9\n[Chassis1Slot9]\nX=" +
+                                        std::to_string(round)));
+    const tItem item = slot(1, 2);
+    const tItem covered = slot(1, 9);
     std::vector<const char*> names(4);
     runInThreads(4, [&](int n) {
       tStatus status;
-      EXPECT_EQ(varmex_getU32Attribute(item.get(), varmex_u32_OccupyingModuleSlot, status), 3U);
+      EXPECT_EQ(varmex_getU32Attribute(covered.get(), varmex_u32_OccupyingModuleSlot, status), 4U);
       EXPECT_EQ(varmex_getU32Attribute(item.get(), varmex_u32_StarTriggerLine, status), 0U);
       EXPECT_EQ(varmex_getU32Attribute(item.get(), varmex_u32_DStarTriggerSet, status), 0U);
       names[static_cast<std::size_t>(n)] =
@@ -128,7 +80,7 @@ TEST_F(tConcurrency, threadsAskWhatNobodyAskedBefore) {
 }
 
 TEST_F(tConcurrency, threadsReadARegistryThatChanges) {
-  describe("", kDescription);
+  describe("", kRoutingDescription);
   std::atomic<bool> done{false};
   std::atomic<int> looks{0};
   const auto busName = [this] {

@@ -2,14 +2,12 @@
 //
 //   == a chassis                      begins a case
 //   pxisys: [Chassis1] | Vendor=V     lines of a file, between bars; $C and $E are the heads of
-//   chassis
-//                                     1. Behind a question they begin a new description
+//                                     chassis 1. Behind a question they begin a new description
+//   again                             the next question is to the same files, opened afresh
 //   chassis 1                         what is asked: session, chassis, slot 1/2, device 5.0.0 or
-//   the
-//                                     only bridge. With "! FAILURE" it can't be opened
+//                                     the only bridge. With "! FAILURE" it can't be opened
 //     ChassisVendor: V | u4097: 1     attributes by name, or by "u" or "s" and number, between
-//     bars;
-//                                     those with one answer between commas
+//                                     bars; those with one answer between commas
 //     Slots by SlotNumber SlotType: 2 8; 3 1
 //     containing 2                    goes on with the item that contains it; "copy": with a copy
 //
@@ -106,6 +104,8 @@ class tModelCases : public tModel, public testing::WithParamInterface<tCase> {
                         : each == "$E" ? kExpressChassis
                                        : each + '\n';
       }
+    } else if (line == "again") {
+      isAsked_ = false;
     } else {
       if (!std::exchange(isAsked_, true)) describe(files_["pxisys"], files_["pxiesys"]);
       const auto [place, failure] = cut(line, " ! ");

@@ -63,44 +63,6 @@ TEST_F(tSlot, busNamesFollowTheRegistry) {
   }
 }
 
-// What a walk would not have come to does not count, whichever slot asks first.
-TEST_F(tSlot, refusalsCountForSlotsThatNoMatchCameAheadOf) {
-  const struct {
-    std::uint32_t attribute;
-    const char* lines;
-    const char* message;
-  } cases[] = {
-      {varmex_u32_TriggerBusNumber,
-       "TriggerBusList=1,2,3\n[Chassis1TriggerBus1]\nSlotList=3\n[Chassis1TriggerBus2]\nX=1\n"
-       "[Chassis1TriggerBus3]\nSlotList=3,4\n",
-       "Section Chassis1TriggerBus2 item: SlotList not found"},
-      {varmex_u32_StarTriggerNumber,
-       "StarTriggerList=1\n[Chassis1StarTrigger1]\nPXI_STAR0=3\nPXI_STAR5=x\nPXI_STAR6=4\n"
-       "SystemTimingSlot=4\n",
-       "The value in section Chassis1StarTrigger1 item PXI_STAR5 is invalid"},
-      {varmex_u32_DStarTriggerNumber,
-       "StarSystemTimingSetList=1\n[Chassis1StarSystemTimingSet1]\nSystemTimingSet0=3\n"
-       "SystemTimingSet5=\" \"\nSystemTimingSet6=4\nStarSystemTimingSlot=4\n",
-       "Section Chassis1StarSystemTimingSet1 item: SystemTimingSet5 not found"},
-      {varmex_u32_OccupyingModuleSlot,
-       "SlotList=1,3,4\n[Chassis1Slot1]\nPeripheralModuleOccupiedSlotList=3\n"
-       "[Chassis1Slot3]\nPeripheralModuleOccupiedSlotList=3,\n"
-       "[Chassis1Slot4]\nPeripheralModuleOccupiedSlotList=4\n",
-       "The number list in section Chassis1Slot3 item PeripheralModuleOccupiedSlotList is "
-       "invalid."},
-  };
-  for (const auto& [attribute, lines, message] : cases) {
-    for (const bool refusedFirst : {true, false}) {
-      describe("", kExpressChassis + std::string(lines) +
-                       "[Chassis1Slot3]\nX=1\n[Chassis1Slot4]\nX=1\n");
-      for (const bool isRefused : {refusedFirst, !refusedFirst, refusedFirst}) {
-        EXPECT_EQ(number(slot(1, isRefused ? 4 : 3), attribute), isRefused ? 0U : 1U) << message;
-        EXPECT_EQ(takeFailure(), isRefused ? notFound(message) : "");
-      }
-    }
-  }
-}
-
 class tDevices : public tModel {
  protected:
   std::string addressInfo(const std::string& text) {

@@ -21,24 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class tPosixWait : public tWaiting {
- protected:
-  fs::path base() const { return machine_.folder().parent_path().parent_path(); }
-
-  // Rests on the system's error `code`.
-  void expectFault(varmex_WaitResult result, int code) {
-    EXPECT_EQ(result, varmex_waitFailed);
-    EXPECT_EQ(status_.code(), ostrelerr_osFault) << status_.text();
-    const auto json = nlohmann::json::parse(status_.text());
-    EXPECT_EQ(json["internal_error"]["api"], "posix");
-    EXPECT_EQ(json["internal_error"]["code"], code) << status_.text();
-    varmex_releaseStatus(status_);
-  }
-
-  // A session on a root that is a link to "one", beside a "twin" of the same time.
-  fs::path openSwitched();
-};
-
 // A busy machine may be late, but not always.
 constexpr std::chrono::milliseconds kAtOnce{100};
 constexpr int kMostAttempts = 20;
@@ -77,15 +59,35 @@ void fileIsLink(const fs::path& place) {
 }
 void rootIsFolder(const fs::path& place) { fs::rename(place / "one", place / "root"); }
 
-fs::path tPosixWait::openSwitched() {
-  const fs::path place = base() / "switched";
-  writeOf(1, place / "one" / kFile);
-  writeOf(1, place / "twin" / kFile);
-  rootIsLink(place);
-  setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
-  session_.reset(varmex_openPXISession(0, status_));
-  return place;
-}
+class tPosixWait : public tWaiting {
+ protected:
+  fs::path base() const { return machine_.folder().parent_path().parent_path(); }
+
+  // Rests on the system's error `code`.
+  void expectFault(varmex_WaitResult result, int code) {
+    EXPECT_EQ(result, varmex_waitFailed);
+    EXPECT_EQ(status_.code(), ostrelerr_osFault) << status_.text();
+    const auto json = nlohmann::json::parse(status_.text());
+    EXPECT_EQ(json["internal_error"]["api"], "posix");
+    EXPECT_EQ(json["internal_error"]["code"], code) << status_.text();
+    varmex_releaseStatus(status_);
+  }
+
+  void openIn(const fs::path& root) {
+    setenv("VARMEX_FSROOT", root.c_str(), 1);
+    session_.reset(varmex_openPXISession(0, status_));
+  }
+
+  // A session on a root that is a link to "one", beside a "twin" of the same time.
+  fs::path openSwitched() {
+    const fs::path place = base() / "switched";
+    writeOf(1, place / "one" / kFile);
+    writeOf(1, place / "twin" / kFile);
+    relink(place / "root", "one");
+    openIn(place / "root");
+    return place;
+  }
+};
 
 int nameless = -1;  // a file that is open until the end of the program
 
@@ -172,8 +174,7 @@ TEST_F(tPosixWait, seesAllThatDecidesWhatThePathsStandForAtOnce) {
       writeOf(1, place / "twin" / kFile);
       writeOf(2, place / "two" / kFile);
       prepare(place);
-      setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
-      session_.reset(varmex_openPXISession(0, status_));
+      openIn(place / "root");
       ASSERT_TRUE(session_) << name << ' ' << status_.text();
       // What a session waits for does not depend on where another would look.
       setenv("VARMEX_FSROOT", "/nonexistent", 1);
@@ -257,45 +258,27 @@ TEST_F(tPosixWait, aFolderThatGoesEndsTheWait) {
             varmex_waitCancelled);
 }
 
-// Lets the process open no file more than it has.
-class tFileLimit {
- public:
-  tFileLimit() {
-    getrlimit(RLIMIT_NOFILE, &before_);
-    const int next = dup(0);
-    close(next);
-    const rlimit limit{static_cast<rlim_t>(next), before_.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &limit);
-  }
-  ~tFileLimit() { setrlimit(RLIMIT_NOFILE, &before_); }
-  tFileLimit(const tFileLimit&) = delete;
-  tFileLimit& operator=(const tFileLimit&) = delete;
-
- private:
-  rlimit before_{};
-};
-
 TEST_F(tPosixWait, limitsOnDescriptorsAreFaults) {
-  describe(kOneChassis, "");
-  const int before = openDescriptors();
-  {
-    const tFileLimit limit;
-    expectFault(wait(0), EMFILE);
-    varmex_cancelWaitForInvalidation(session_.get());
-  }
-  // It needs four.
-  for (int spare = 1; spare < 4; ++spare) {
-    std::vector<int> reserve;
-    for (int n = 0; n < spare; ++n) reserve.push_back(dup(0));
-    const tFileLimit limit;
-    for (const int number : reserve) close(number);
-    expectFault(wait(0), EMFILE);
-  }
-  EXPECT_EQ(openDescriptors(), before) << "a watch that fails keeps nothing open";
-  EXPECT_EQ(wait(0), varmex_waitTimedOut) << "the cancel could not begin to watch";
-  EXPECT_EQ(openDescriptors(), before + 4);
-  session_.reset();
-  EXPECT_EQ(openDescriptors(), before);
+  inChild([this] {
+    describe(kOneChassis, "");
+    closefrom(3);
+    const auto allow = [](rlim_t count) {
+      const rlimit limit{3 + count, 1024};
+      setrlimit(RLIMIT_NOFILE, &limit);
+    };
+    // It needs four.
+    for (const rlim_t count : {0U, 1U, 2U, 3U}) {
+      allow(count);
+      expectFault(wait(0), EMFILE);
+      varmex_cancelWaitForInvalidation(session_.get());
+      EXPECT_EQ(openDescriptors(), 3) << "a watch that fails keeps nothing open";
+    }
+    allow(4);
+    EXPECT_EQ(wait(0), varmex_waitTimedOut) << "the cancel could not begin to watch";
+    EXPECT_EQ(openDescriptors(), 3 + 4);
+    session_.reset();
+    EXPECT_EQ(openDescriptors(), 3);
+  });
 }
 
 // Of all inotify instances of the process.

@@ -68,12 +68,6 @@ TEST_F(tSession, refusesTextsOfWideCharacters) {
   EXPECT_EQ(takeFailure(), notFound("An exception occurred in tIniFile"));
 }
 
-TEST_F(tSession, isASnapshot) {
-  describe(kOneChassis, "");
-  machine_.writePxiSys("");
-  EXPECT_EQ(text(chassis(4), varmex_str_ChassisVendor), "Acme, Inc.");
-}
-
 // On a file that can't be read, and on the lock: each takes ten seconds, here at once.
 TEST_F(tSession, givesUp) {
   std::filesystem::create_directories(machine_.pxiSys());
