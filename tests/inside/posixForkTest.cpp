@@ -1,6 +1,7 @@
 // What a child of a fork finds locked.
 
 #include <atomic>
+#include <semaphore>
 #include <thread>
 
 #include "ostrel/quarks/synchronization.h"
@@ -16,19 +17,16 @@ using test::inChild;
 // Runs `work` in a child while another thread of the parent holds what `hold` takes.
 template <class Hold>
 void inChildAmid(Hold hold, const std::function<void()>& work) {
-  std::atomic<bool> isHeld{false}, isDone{false};
-  std::thread holder([&] {
+  std::binary_semaphore isHeld{0}, isDone{0};
+  const std::jthread holder([&] {
     hold([&] {
-      isHeld = true;
-      isHeld.notify_one();
-      isDone.wait(false);
+      isHeld.release();
+      isDone.acquire();
     });
   });
-  isHeld.wait(false);
+  isHeld.acquire();
   inChild(work);
-  isDone = true;
-  isDone.notify_one();
-  holder.join();
+  isDone.release();
 }
 
 TEST(CriticalSection, isTheChilds) {

@@ -128,28 +128,29 @@ TEST_F(tDevices, ofADeepTreeThatRepeatsItselfFitASmallStack) {
   EXPECT_EQ(number(device(59, 1, 0), varmex_u32_SlotNumber), 2U) << status_.text();
 }
 
-class tContainers : public tModel {
- protected:
-  void SetUp() override {
-    describe("",
-             "[System]\nChassisList=1,2,3\n[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\n"
-             "SlotList=\"\"\n[Chassis2]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=\"\"\n"
-             "[Chassis3]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=\"\"\n");
-  }
-};
+using tContainers = tModel;
 
-TEST_F(tContainers, areWalkedByPosition) {
-  const tContainer list = container(session_, varmex_container_Chassis);
+TEST_F(tContainers, areWalkedByPositionAndOutlivedByTheirItems) {
+  describe("", kExpressChassis + std::string("SlotList=5,6,7\n[Chassis1Slot5]\nX=1\n"
+                                             "[Chassis1Slot6]\nX=1\n[Chassis1Slot7]\nX=1\n"));
+  tContainer original = container(chassis(1), varmex_container_Slots);
+  tContainer list(varmex_duplicateItemContainer(original.get(), status_));
+  original.reset();
   EXPECT_EQ(varmex_ItemIterator_begin(list.get(), status_), 0U);
   EXPECT_EQ(varmex_ItemIterator_end(list.get(), status_), 3U);
-  for (varmex_ItemIterator position : {varmex_ItemIterator{3}, ~varmex_ItemIterator{0}}) {
-    const varmex_ItemIterator before = position;
+  varmex_ItemIterator position = 1;
+  const tItem item(varmex_ItemIterator_nextItem(list.get(), &position, status_));
+  EXPECT_EQ(position, 2U);
+  for (const varmex_ItemIterator end : {varmex_ItemIterator{3}, ~varmex_ItemIterator{0}}) {
+    position = end;
     EXPECT_FALSE(varmex_ItemIterator_nextItem(list.get(), &position, status_));
     EXPECT_EQ(takeFailure(),
               failure(-380760, "varmex_errorIterationFailure",
                       inDebug(R"({"message":"attempted iteration past end of container"})")));
-    EXPECT_EQ(position, before);
+    EXPECT_EQ(position, end);
   }
+  list.reset();
+  EXPECT_EQ(number(item, varmex_u32_SlotNumber), 6U);
   EXPECT_FALSE(container(session_, 0xFFFFFFFF));
   EXPECT_EQ(takeFailure(), notApplicable(R"({"attr":4294967295})"));
 }
@@ -178,17 +179,6 @@ TEST_F(tContainers, listADeviceWhereItIsFirstMet) {
         listed(session_, varmex_container_Devices, {varmex_u32_DeviceBus, varmex_u32_SlotNumber}),
         expected + first);
   }
-}
-
-TEST_F(tContainers, outliveTheirCopiesAndAreOutlivedByItems) {
-  tContainer list = container(session_, varmex_container_Chassis);
-  tContainer copy(varmex_duplicateItemContainer(list.get(), status_));
-  list.reset();
-  varmex_ItemIterator position = 1;
-  const tItem item(varmex_ItemIterator_nextItem(copy.get(), &position, status_));
-  copy.reset();
-  EXPECT_EQ(number(item, varmex_u32_ChassisNumber), 2U);
-  EXPECT_EQ(position, 2U);
 }
 
 }  // namespace

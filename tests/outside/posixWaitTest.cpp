@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -256,29 +255,6 @@ TEST_F(tPosixWait, aFolderThatGoesEndsTheWait) {
   varmex_cancelWaitForInvalidation(other.get());
   EXPECT_EQ(varmex_waitForSessionInvalidation(other.get(), kLongWait, status_),
             varmex_waitCancelled);
-}
-
-TEST_F(tPosixWait, limitsOnDescriptorsAreFaults) {
-  inChild([this] {
-    describe(kOneChassis, "");
-    closefrom(3);
-    const auto allow = [](rlim_t count) {
-      const rlimit limit{3 + count, 1024};
-      setrlimit(RLIMIT_NOFILE, &limit);
-    };
-    // It needs four.
-    for (const rlim_t count : {0U, 1U, 2U, 3U}) {
-      allow(count);
-      expectFault(wait(0), EMFILE);
-      varmex_cancelWaitForInvalidation(session_.get());
-      EXPECT_EQ(openDescriptors(), 3) << "a watch that fails keeps nothing open";
-    }
-    allow(4);
-    EXPECT_EQ(wait(0), varmex_waitTimedOut) << "the cancel could not begin to watch";
-    EXPECT_EQ(openDescriptors(), 3 + 4);
-    session_.reset();
-    EXPECT_EQ(openDescriptors(), 3);
-  });
 }
 
 // Of all inotify instances of the process.

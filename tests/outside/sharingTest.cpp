@@ -39,19 +39,6 @@ TEST_F(tSharing, otherBytesAreReadAfresh) {
   EXPECT_EQ(status_.code(), 0) << status_.text();
 }
 
-TEST_F(tSharing, sessionsCloseInAnyOrder) {
-  write("one");
-  for (const std::size_t closedFirst : {0U, 1U, 2U}) {
-    std::vector<tItem> sessions;
-    for (int n = 0; n < 3; ++n) sessions.push_back(open());
-    sessions.erase(sessions.begin() + static_cast<std::ptrdiff_t>(closedFirst));
-    const tItem later = open();
-    EXPECT_EQ(busName(sessions[0]), busName(later));
-    sessions.clear();
-    EXPECT_STREQ(busName(later), "one");
-  }
-}
-
 // More descriptions at once than the library shares.
 TEST_F(tSharing, anyNumberOfDescriptionsAreKeptApart) {
   constexpr int kMany = 80;

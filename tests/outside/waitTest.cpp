@@ -41,16 +41,13 @@ TEST_F(tWait, runsOutOfTimeAmidNoise) {
       std::chrono::floor<std::chrono::seconds>(std::filesystem::last_write_time(machine_.pxiSys()));
   std::filesystem::last_write_time(machine_.pxiSys(), time);
   session_.reset(varmex_openPXISession(0, status_));
-  std::atomic<bool> isOver{false};
-  std::thread noise([&] {
+  const std::jthread noise([&](const std::stop_token& over) {
     const auto end = tClock::now() + 5s;
-    while (!isOver && tClock::now() < end)
+    while (!over.stop_requested() && tClock::now() < end)
       std::filesystem::last_write_time(machine_.pxiSys(), time);
-    if (!isOver) std::filesystem::remove(machine_.pxiSys());
+    if (!over.stop_requested()) std::filesystem::remove(machine_.pxiSys());
   });
   EXPECT_EQ(wait(200), varmex_waitTimedOut) << status_.text();
-  isOver = true;
-  noise.join();
 }
 
 TEST_F(tWait, seesEveryWayOfReplacingAFile) {
@@ -66,14 +63,12 @@ TEST_F(tWait, seesEveryWayOfReplacingAFile) {
         std::filesystem::last_write_time(machine_.pxiSys(),
                                          std::filesystem::file_time_type::clock::now() - 1h);
       }};
-  int way = 0;
-  for (const auto& change : ways) {
+  for (std::size_t way = 0; way < std::size(ways); ++way) {
     describe(kOneChassis, "");
     ASSERT_TRUE(session_) << status_.text();
-    EXPECT_EQ(waitDuring(change), varmex_waitChanged) << way << ' ' << status_.text();
+    EXPECT_EQ(waitDuring(ways[way]), varmex_waitChanged) << way << ' ' << status_.text();
     EXPECT_EQ(wait(0xFFFFFFFF), varmex_waitChanged) << way << ": it stays so";
     EXPECT_EQ(number(session_, varmex_u32_SessionIsCurrent), 0U) << way;
-    ++way;
   }
 }
 

@@ -1,8 +1,8 @@
 #include <algorithm>
-#include <map>
 #include <thread>
 
 #include "tests/support/model.h"
+#include "tests/support/texts.h"
 #include "varmex/triggers.hpp"
 
 namespace test {
@@ -222,27 +222,25 @@ TEST_F(tWrapper, tellsModules) {
       "PeripheralModuleLinkWidthNegotiated=2\n"
       "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=1,2,3,4,5";
   machine_.writePxieSys(express + ",8,9\n");
-  std::vector<std::string> texts;
+  std::string modules;
   for (const varmex::ModuleAttempt& attempt : varmex::Session().eachModule()) {
-    texts.push_back(attempt.module ? textOf(*attempt.module)
-                                   : std::to_string(attempt.chassisNumber) + '/' +
-                                         std::to_string(attempt.slotNumber.value_or(0)) + '!');
+    modules += attempt.module ? textOf(*attempt.module)
+                              : std::to_string(attempt.chassisNumber) + '/' +
+                                    std::to_string(attempt.slotNumber.value_or(0)) + '!';
+    modules += '\n';
   }
-  EXPECT_EQ(texts, (std::vector<std::string>{
-                       "1/1 PXI1Slot1 [|Host|S] 1",
-                       "1/2 PXI1Slot2 [W|Wide|S] 2 3 4 8.0.0 9.0.0 PXI0::9-0.0::INSTR "
-                       "PXI0::8-0.0::INSTR x x2/4!",
-                       "1/5 PXI1Slot5 [1/2|Both|S] 5 7.0.0 PXI0::7-0.0::INSTR",
-                       "1/6 PXI1Slot6 [|PXI1Slot6|S] 6 3.1.0", "1/8!", "2/0!"}));
+  EXPECT_EQ(modules,
+            "1/1 PXI1Slot1 [|Host|S] 1\n"
+            "1/2 PXI1Slot2 [W|Wide|S] 2 3 4 8.0.0 9.0.0 PXI0::9-0.0::INSTR PXI0::8-0.0::INSTR x "
+            "x2/4!\n"
+            "1/5 PXI1Slot5 [1/2|Both|S] 5 7.0.0 PXI0::7-0.0::INSTR\n"
+            "1/6 PXI1Slot6 [|PXI1Slot6|S] 6 3.1.0\n1/8!\n2/0!\n");
   const varmex::Session session;
   EXPECT_EQ(thrownBy([&] { session.modules(); }).code(), varmex_errorUnknownItem);
   EXPECT_EQ(thrownBy([&] { session.findModule("none"); }).code(), varmex_errorUnknownItem);
-  for (const auto& [name, place] : std::map<std::string, std::string>{{"w", "1/2"},
-                                                                      {"1/2", "1/5"},
-                                                                      {"1/1", "1/1"},
-                                                                      {"9.0.0", "1/2"},
-                                                                      {"pxi0::7-0.0::instr", "1/5"},
-                                                                      {"PXI1Slot6", "1/6"}}) {
+  const std::string places = "w=1/2|1/2=1/5|1/1=1/1|9.0.0=1/2|pxi0::7-0.0::instr=1/5|PXI1Slot6=1/6";
+  for (const std::string& each : split(places, "|")) {
+    const auto [name, place] = cut(each, "=");
     const auto found = session.findModule(name);
     EXPECT_EQ(found ? found->place() : "nothing", place) << name;
   }
