@@ -21,11 +21,6 @@ namespace {
 using test::tSystemCalls;
 using test::tTestMachine;
 
-struct tSpecialFile {
-  const char* what;
-  void (*make)(const char* path);
-};
-
 void makeSocket(const char* path) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -36,7 +31,7 @@ void makeSocket(const char* path) {
   close(socketOfTest);
 }
 
-constexpr tSpecialFile kSpecialFiles[] = {
+constexpr std::pair<const char*, void (*)(const char* path)> kSpecialFiles[] = {
     {"pipe", [](const char* path) { ASSERT_EQ(mkfifo(path, 0600), 0); }},
     {"folder", [](const char* path) { ASSERT_EQ(mkdir(path, 0700), 0); }},
     {"device", [](const char* path) { ASSERT_EQ(symlink("/dev/zero", path), 0); }},

@@ -108,31 +108,27 @@ TEST_F(tRegistryFile, isNeverOutOfDate) {
 TEST_F(tRegistryFile, thatCannotBeReadJustNowIsNotMissing) {
   const struct {
     const char* call;
-    int error;
-    std::uint32_t answer;
-  } cases[] = {{"stat", ENOENT, ENOENT},
-               {"stat", ENOTDIR, ENOENT},
-               {"open", EACCES, ENOENT},
-               {"stat", ELOOP, ENOENT},
-               {"stat", ENAMETOOLONG, ENOENT},
-               {"open", EPERM, ENOENT},
-               {"open", EMFILE, EMFILE},
-               {"open", ENFILE, ENFILE},
-               {"stat", EIO, EIO},
-               {"fstat", EIO, EIO},
-               {"read", EIO, EIO},
-               {"open", EAGAIN, EAGAIN}};
-  for (const auto& [call, error, answer] : cases) {
-    write(1);
-    const auto before = transientFailures.load();
-    for (const char* subkey : {"X", ""}) {
-      tSystemCalls calls;
-      calls.failures = {{call, error}};
-      const bool isRoot = *subkey == '\0';
-      EXPECT_EQ(open(subkey), isRoot && answer == ENOENT ? 0 : answer) << call << ' ' << error;
+    std::vector<int> errors;
+    bool isMissing;
+  } cases[] = {{"stat", {ENOENT, ENOTDIR, ELOOP, ENAMETOOLONG}, true},
+               {"open", {EACCES, EPERM}, true},
+               {"open", {EMFILE, ENFILE, EAGAIN}, false},
+               {"stat", {EIO}, false},
+               {"fstat", {EIO}, false},
+               {"read", {EIO}, false}};
+  for (const auto& [call, errors, isMissing] : cases) {
+    for (const int error : errors) {
+      write(1);
+      const auto before = transientFailures.load();
+      const auto answer = static_cast<std::uint32_t>(isMissing ? ENOENT : error);
+      for (const char* subkey : {"X", ""}) {
+        tSystemCalls calls;
+        calls.failures = {{call, error}};
+        EXPECT_EQ(open(subkey), isMissing && !*subkey ? 0 : answer) << call << ' ' << error;
+      }
+      EXPECT_EQ(transientFailures - before, isMissing ? 0U : 2U) << call << ' ' << error;
+      EXPECT_EQ(number(), 1);
     }
-    EXPECT_EQ(transientFailures - before, answer == ENOENT ? 0U : 2U) << call << ' ' << error;
-    EXPECT_EQ(number(), 1);
   }
   for (const char* call : {"stat", "open", "read"}) {
     tSystemCalls calls;

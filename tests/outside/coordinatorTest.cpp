@@ -50,17 +50,11 @@ class tClient {
   void step() {
     const int terminal = pick(8);
     const std::string token = std::string(1, static_cast<char>('a' + pick(3)));
-    switch (pick(8)) {
-      case 0:
-      case 1:
-      case 2: calculateAndReserve(terminal, token); break;
-      case 3:
-      case 4: releaseOne(&telmar_ra_varmex_unreserveRoute, false); break;
-      case 5:
-      case 6: releaseOne(&telmar_ra_varmex_destroyRoute, true); break;
-      default:
-        if (pick(40) == 0) die();
-    }
+    const int act = pick(8);
+    if (act < 3) return calculateAndReserve(terminal, token);
+    if (act < 5) return releaseOne(&telmar_ra_varmex_unreserveRoute, false);
+    if (act < 7) return releaseOne(&telmar_ra_varmex_destroyRoute, true);
+    if (pick(40) == 0) die();
   }
 
  private:

@@ -65,12 +65,11 @@ TEST_F(tRouting, listsTerminals) {
                              "none", static_cast<const char*>(nullptr)}) {
       const char* const text =
           telmar_ra_varmex_TerminalIterator_getStringAttribute(iterator.get(), name, status_);
-      all += text ? text : "-";
-      for (const std::uint32_t number :
-           {telmar_ra_varmex_TerminalIterator_getU32Attribute(iterator.get(), name, status_),
-            telmar_ra_varmex_TerminalIterator_getBoolAttribute(iterator.get(), name, status_) + 0U})
-        all += ' ' + std::to_string(number);
-      all += '|';
+      const std::uint32_t number =
+          telmar_ra_varmex_TerminalIterator_getU32Attribute(iterator.get(), name, status_);
+      const bool flag =
+          telmar_ra_varmex_TerminalIterator_getBoolAttribute(iterator.get(), name, status_);
+      all += std::string(text ? text : "-") + ' ' + std::to_string(number) + (flag ? " 1|" : " 0|");
     }
     return all;
   };
@@ -239,11 +238,7 @@ TEST_F(tRouting, otherOperations) {
   EXPECT_FALSE(isThere(session, 2));
   telmar_ra_varmex_getRouteTerminalPath(session.get(), 2, &text.text, status_);
   EXPECT_EQ(takeFailure(), noRoute());
-  for (const auto function :
-       {telmar_ra_varmex_destroyRoute, telmar_ra_varmex_unreserveRoute,
-        telmar_ra_varmex_unprogramRoute, telmar_ra_varmex_beginExceptionalRouteDestruction}) {
-    function(session.get(), 9);  // of no route
-  }
+  telmar_ra_varmex_unreserveRoute(session.get(), 2);
 }
 
 std::vector<std::size_t> askedSizes;

@@ -1,8 +1,8 @@
-#include <array>
 #include <regex>
 
 #include "tests/support/model.h"
 #include "tests/support/serviceLibrary.h"
+#include "tests/support/texts.h"
 
 namespace test {
 
@@ -31,26 +31,20 @@ class tTriggerManager : public tModel {
 
 TEST_F(tTriggerManager, libraryOfTheServicesTree) {
   const std::string managers = kManagers + std::string("\\");
-  for (const auto& [key, name, library] : {std::array{"Alone", "Library", "alone.dll"},
-                                           {"A\\B", "Library", "b.dll"},
-                                           {"A\\B\\C", "Library", "c.dll"},
-                                           {"Empty", "Library", ""},
-                                           {"Bare", "library", "wrong case"}}) {
-    machine_.setRegistryText(managers + key, name, library);
+  for (const std::string& each : split(R"(Alone=alone.dll|A\B=b.dll|A\B\C=c.dll)", "|")) {
+    const auto [manager, library] = cut(each, "=");
+    machine_.setRegistryText(managers + manager, "Library", library);
+    expectLibrary(managedBy(manager), library);
+  }
+  machine_.setRegistryText(managers + "Empty", "Library", "");
+  machine_.setRegistryText(managers + "Bare", "library", "wrong case");
+  for (const char* manager : {"Empty", "Bare", "Nowhere", "A\\Nowhere", "A"}) {
+    expectLibrary(managedBy(manager), noLibrary());
   }
   machine_.setRegistryNumber(managers + "Number", "Library", 5);
-  const std::pair<const char*, std::string> cases[] = {
-      {"Alone", "alone.dll"},
-      {"A\\B", "b.dll"},
-      {"A\\B\\C", "c.dll"},
-      {"Empty", noLibrary()},
-      {"Bare", noLibrary()},
-      {"Nowhere", noLibrary()},
-      {"A\\Nowhere", noLibrary()},
-      {"A", noLibrary()},
-      {"Number", noLibrary(R"({"valueType":1})")},
-      {"", notAvailable(R"({"itemName":"TriggerManager","sectionName_":"Chassis1"})")}};
-  for (const auto& [manager, library] : cases) expectLibrary(managedBy(manager), library);
+  expectLibrary(managedBy("Number"), noLibrary(R"({"valueType":1})"));
+  expectLibrary(managedBy(""),
+                notAvailable(R"({"itemName":"TriggerManager","sectionName_":"Chassis1"})"));
 }
 
 TEST_F(tTriggerManager, libraryIsKeptOnceFound) {

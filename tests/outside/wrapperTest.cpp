@@ -277,25 +277,20 @@ TEST(tTriggerWays, areShortestFirstAndCarryALine) {
                                                   bridge(6, 4, 4, {{0, 7}}),
                                                   bridge(7, 4, 5, {{7, 7}}),
                                                   bridge(8, 3, 1, {{2, 2}})};
-  struct tCase {
-    std::uint32_t from, to;
-    varmex::WaysWanted wanted;
-    std::size_t most;
-    const char* ways;
-  };
   const auto shortest = varmex::WaysWanted::shortest;
   const auto all = varmex::WaysWanted::all;
-  for (const tCase& each :
-       {tCase{1, 1, all, 9, " 0>1 1>2 2>4 3>8 4>16 5>32 6>64 7>128;"},
-        tCase{1, 3, shortest, 9, "3 5>32;"},                   // one bridge rather than two
-        tCase{1, 3, all, 9, "3 5>32;12 3>128;14 0>64;"},       // and the longer ones
-        tCase{1, 4, shortest, 9, "125 3>1;145 0>1;"},          // 3 then 5 carries no line
-        tCase{1, 4, shortest, 1, "125 3>1;..."},               //
-        tCase{1, 5, shortest, 9, "12567 3>128;14567 0>128;"},  // over bus 4 twice
-        tCase{4, 1, all, 9, ""}, tCase{3, 1, shortest, 9, "8 2>4;"}, tCase{9, 8, all, 9, ""}}) {
-    EXPECT_EQ(textOf(varmex::findTriggerWays(each.from, each.to, bridges, each.wanted, each.most)),
-              each.ways)
-        << each.from << " to " << each.to;
+  for (const auto& [from, to, wanted, most, ways] :
+       {std::tuple{1U, 1U, all, 9U, " 0>1 1>2 2>4 3>8 4>16 5>32 6>64 7>128;"},
+        {1U, 3U, shortest, 9U, "3 5>32;"},                   // one bridge rather than two
+        {1U, 3U, all, 9U, "3 5>32;12 3>128;14 0>64;"},       // and the longer ones
+        {1U, 4U, shortest, 9U, "125 3>1;145 0>1;"},          // 3 then 5 carries no line
+        {1U, 4U, shortest, 1U, "125 3>1;..."},               //
+        {1U, 5U, shortest, 9U, "12567 3>128;14567 0>128;"},  // over bus 4 twice
+        {4U, 1U, all, 9U, ""},
+        {3U, 1U, shortest, 9U, "8 2>4;"},
+        {9U, 8U, all, 9U, ""}}) {
+    EXPECT_EQ(textOf(varmex::findTriggerWays(from, to, bridges, wanted, most)), ways)
+        << from << " to " << to;
   }
   // So many that no one wants them all.
   std::vector<varmex::BridgeMap> many;
