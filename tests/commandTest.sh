@@ -241,6 +241,9 @@ expect 2 'VARMEX_FSROOT names another root' check
 mkdir -p "$VARMEX_FSROOT/etc/pxi"
 mkdir "$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 expect 2 "can't read" check
+checked 1 'StarTriggerNumber and [0-9]+ more: Section .* has no PXI_STAR7: "" in .*pxiesys\.ini, line 37\. ' show pxiesys.ini '37s/=.*/= ""/'
+checked 1 'DStarTriggerNumber and [0-9]+ more: Section .* has no StarSystemTimingSet7: "" in .*, line 56\. ' show pxiesys.ini '56s/=.*/= ""/'
+checked 1 'has no FunctionList: neither file has such a section\. ' show pxisys.ini '/^.Chassis3Slot4Function0Device8\]/d'
 rm -r "$VARMEX_FSROOT"
 VARMEX_FSROOT=$(mktemp -d)
 expect 0 '' make "$VARMEX_FSROOT" {express,classic}:{2..18}{,:0,:2}

@@ -18,14 +18,18 @@ inline constexpr tAbsenceRow kAbsenceRows[] = {
     {" item: SlotType not found\"", true, "SlotType"},
     // A bridge names a line map that is not there.
     {"\"mappingSection_\"", false, ""},
-    // What a chassis, a bus, a bridge, a star trigger and a line map that are there must have.
+    // What a chassis, a bus, a bridge, a star trigger and a line map that are there must have. A
+    // line of
+    // a star trigger is asked for where it stands alone, so that it has no value then.
     {" item: TriggerBusList not found\"", false, ""},
     {" item: SlotList not found\"", false, ""},
     {" item: SourceTriggerBus not found\"", false, ""},
     {" item: DestinationTriggerBus not found\"", false, ""},
     {" item: LineMappingSpec not found\"", false, ""},
     {" item: ControllerSlot not found\"", false, ""},
-    {" item: SystemTimingSlot not found\"", false, ""},
+    {" item: SystemTimingS", false, ""},
+    {" item: StarSystemTimingS", false, ""},
+    {" item: PXI_STAR", false, ""},
     {" item: PXI_TRIG", false, ""},
     // The reader's words, and whatever else they are.
     {" not found\"", true, ""},

@@ -175,7 +175,9 @@ std::string placesOf(const tFaultyItem& faulty) {
       const std::string place = placeIn(*file, both.paths[n], *section, faulty);
       if (!place.empty()) places.push_back(place);
     }
-    if (sections.empty()) without = both.paths[n] + " has no such section";
+    if (!sections.empty()) continue;
+    without = without.empty() ? both.paths[n] + " has no such section"
+                              : "neither file has such a section";
   }
   return places.empty() && faulty.fault == tItemFault::missing ? without : joined(places);
 }
