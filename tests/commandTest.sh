@@ -247,6 +247,7 @@ checked 1 'has no FunctionList: neither file has such a section\. ' show pxisys.
 rm -r "$VARMEX_FSROOT"
 VARMEX_FSROOT=$(mktemp -d)
 expect 0 '' make "$VARMEX_FSROOT" {express,classic}:{2..18}{,:0,:2}
+checked 0 '^PXI_Star .*Tess.x1Bmere' 'terminals 51.0.0' pxiesys.ini 's/"Tessmere Labs"/"Tess\x1bmere"/'
 expect 0 '^No findings\.$' check
 for kind in express classic; do
   rm -r "$VARMEX_FSROOT"

@@ -162,8 +162,11 @@ void showMap(const tJson& readings, const std::string& section) {
     const char behind = name[section.size()];  // a digit where it is another slot's
     return behind < '0' || behind > '9';
   });
-  std::cout << "  It was found among all devices of both files, which took " << readings.size()
-            << " look-ups (--json);\n  those of its own slot are\n";
+  showParagraph("  ",
+                "It was found among all devices of both files, which took " +
+                    std::to_string(readings.size()) +
+                    " look-ups (--json); those of its own slot are",
+                std::cout);
   showReadings(own);
 }
 

@@ -5,6 +5,7 @@
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/terminals.h"
+#include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/output.h"
 
@@ -45,8 +46,8 @@ void show(const tJson& steps) {
     std::cout << std::left << std::setw(11) << step.value("step", "");
     if (step.value("code", 0) != 0) {
       const tJson& status = step["status"];
-      std::cout << failureText(status.is_object() ? status.value("error_constant", "") : "",
-                               step.value("code", 0), step.value("sentence", ""));
+      std::cout << visible(failureText(status.is_object() ? status.value("error_constant", "") : "",
+                                       step.value("code", 0), step.value("sentence", "")));
     } else {
       std::cout << (step.contains("reply") ? step["reply"].dump() : "done");
     }

@@ -1,9 +1,12 @@
 #include <iomanip>
 #include <iostream>
+#include <sstream>
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/describe/terminals.h"
+#include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/output.h"
+#include "tools/varmex/text/table.h"
 
 namespace tool {
 
@@ -37,8 +40,10 @@ class tTerminals : public tCommand {
  private:
   static void show(const tJson& terminals) {
     for (const tJson& terminal : terminals) {
-      std::cout << std::left << std::setw(14) << terminal.value("name", "") << std::setw(4)
-                << terminal.value("busLine", 0U) << terminal.value("busName", "") << '\n';
+      std::ostringstream head;
+      head << std::left << std::setw(14) << terminal.value("name", "") << std::setw(4)
+           << terminal.value("busLine", 0U);
+      showParagraph(head.str(), visible(terminal.value("busName", "")), std::cout);
     }
   }
 
