@@ -100,6 +100,7 @@ if [ -z "$isWindows" ]; then
 $pxi/pxiesys.ini|124|pxiesys.ini can't be opened; waiting since [0-9:]{8}, for at most 10 s|list
 $pxi/pxisys.ini|2|can't read .*pxisys.ini|check
 $pxi|1|You have no right to look at .*pxisys.ini|show
+$pxi/registry.reg|1|^registry.reg: wrong: registry-not-read$|check
 $pxi|2|can't look at .*pxisys.ini|check
 $lock|1|You have no right to look at .*configuration.ini|show
 $lock|1|^configuration.ini: wrong: session-fails$|check
@@ -184,23 +185,42 @@ if [ -z "$isWindows" ]; then
   finds '^registry.reg:1: wrong: registry-not-read$' registry.reg 1d
   finds 'an export of version 4$' registry.reg '1s/.*/REGEDIT4/'
   finds 'in UTF-16 without its mark$' registry.reg 's/./&\x00/g'
+  finds 'in UTF-16 without its mark$' registry.reg 's/./\x00&/g'
   finds 'high byte first$' registry.reg '1s/^/\xfe\xff/'
-  finds '^pxiesys.ini:.* wrong: code-page-identifier: .Chassis2. TriggerManager$' pxiesys.ini \
-    's/^TriggerManager = "Tessmere"/TriggerManager = "T\xfc"/'
+  utf16="$wide;1s/^/\xff\xfe/"
+  for edit in '1s/^/\xef\xbb\xbf/' "$utf16" '$a ; \xfc'; do passes registry.reg "$edit"; done
+  finds '^1 finding\.$' pxisys.ini '10s/=.*/= "T\xfc"/'
+  # A name in the bytes of a code page, by the encoding of the registry.
+  for edit in '1s/^//' "$utf16" '$a ; \xfc'; do
+    VARMEX_FSROOT=$(mktemp -d)
+    cp -r "$here"/samples/* "$VARMEX_FSROOT"
+    sed -i 's/^TriggerManager = "Tessmere"/TriggerManager = "T\xfc"/' "$VARMEX_FSROOT/etc/pxi/pxiesys.ini"
+    sed -i "$edit" "$VARMEX_FSROOT/etc/pxi/registry.reg"
+    case $edit in
+      '$a'*) expect 0 '^No findings\.$' check ;;
+      *) expect 1 '^pxiesys.ini:.* wrong: code-page-identifier: .Chassis2. TriggerManager$' check ;;
+    esac
+    rm -r "$VARMEX_FSROOT"
+  done
 fi
 finds 'unreferenced-section: .Orphan.$' pxisys.ini '$a [Orphan]'
 finds 'repeated-section: .Chassis1.$' pxisys.ini '$a [Chassis1]'
 finds '^pxisys.ini:.* repeated-item: .System. ChassisList' pxisys.ini '5s/$/\nChassisList = 1/'
 finds 'missing-item: .Chassis1. SlotList' pxisys.ini '0,/^SlotList/{/^SlotList/d}'
 finds 'bad-number: .Chassis1Slot5. PCIBusNumber' pxisys.ini '68s/=.*/= z/'
+finds 'doubtful: missing-item: .Chassis1Slot5. PCIBusNumber$' pxisys.ini 68d
 finds 'slot-covered-twice: .Chassis1Slot3. Perip' pxiesys.ini '150s/$/\nAddressInfo = PXI0::99-0.0::INSTR/'
 # Addresses and lists: what the library takes as it is, and where it stops.
 for edit in '68s/=.*/= None/' '69s/=.*/= None/' 's/^\[System\]/[PXI System]/' '176s/=.*/= 81/;177s/=.*/= 15/'; do passes pxisys.ini "$edit"; done
-for edit in 's/PXI0::5-0.1/PXI0::255-0.7/' 's/OccupiedSlotList = "4"/OccupiedSlotList = "3,4"/' '50s/$/\nSystemTimingSet1 = 3/' \
+for edit in 's/PXI0::5-0.1/PXI0::255-0.7/' 's/PXI0::5-0.0::INSTR;/&;/' 's/OccupiedSlotList = "4"/OccupiedSlotList = "3,4"/' '50s/$/\nSystemTimingSet1 = 3/' \
   's/^.Chassis1StarSystemTimingSets1/[Chassis1StarSystemTimingSet1/'; do passes pxiesys.ini "$edit"; done
 finds 'no PCI address has these numbers: 256\.0\.7' pxiesys.ini 's/PXI0::5-0.1/PXI0::256-0.7/'
 finds 'no PCI address has these numbers: 5\.32\.0' pxiesys.ini 's/PXI0::5-0.1/PXI0::5-32.0/'
+finds 'no PCI address has these numbers: 5\.0\.-1' pxiesys.ini 's/PXI0::5-0.1/PXI0::5-0.-1/'
+finds 'no PCI address has these numbers: -1\.15\.0' pxisys.ini '68s/=.*/= -1/'
+finds 'no PCI address has these numbers: 33\.-1\.0' pxisys.ini '69s/=.*/= -1/'
 finds 'no PCI address has these numbers: 5\.0\.8' pxiesys.ini 's/;PXI0::5-0.1/+PXI0::5-0.8/'
+finds 'no address of a device: "PXI0::5-0::INSTR"' pxiesys.ini 's/PXI0::5-0.1/PXI0::5-0/'
 finds 'no address of a device: "PXI0::5-0.1"' pxiesys.ini 's/\(PXI0::5-0.1\)::INSTR/\1/'
 finds 'bad-list: .PXI System. ChassisList' pxisys.ini 's/^\[System\]/[PXI System]/;5s/=.*/= x/'
 finds 'missing-section: .System. ChassisList' pxisys.ini '5s/=.*/= "1,3,9"/'
@@ -221,9 +241,13 @@ checked 1 'no valid slot path, .* known: "9" in .*pxisys\.ini, line 180\. ' 'sho
 checked 1 '^!2  slot 1/10, SlotType: "Odd" is no type of slot: .*pxiesys\.ini, line 218\. ' show pxiesys.ini '202s/=.*/= Odd/;218s/=.*/= Odd/'
 checked 1 'PXI_TRIG3 .* line -1, .* to 7: "0,-1" in .*pxisys\.ini, line 49\. ' show pxisys.ini '49s/=.*/= "0,-1"/'
 checked 1 'and 1 more: .* destination line 8, .* to 7: "8" in .*pxisys\.ini, line 59\. ' show pxisys.ini '59s/=.*/= 8/;49s/=.*/= 9/'
+checked 1 'StarTriggerNumber and [0-9]+ more: Section .* has no PXI_STAR7: "" in .*pxiesys\.ini, line 37\. ' show pxiesys.ini '37s/=.*/= ""/'
+checked 1 'DStarTriggerNumber and [0-9]+ more: Section .* has no StarSystemTimingSet7: "" in .*, line 56\. ' show pxiesys.ini '56s/=.*/= ""/'
+checked 1 'has no FunctionList: neither file has such a section\. ' show pxisys.ini '/^.Chassis3Slot4Function0Device8\]/d'
 checked 1 '^1 fault hides 2 answers\. ' show pxisys.ini '49s/=.*/= 8/'
 checked 1 'bridge 1, line 3 and 1 more: .*pxisys\.ini, line 49\. ' 'triggers 1/2 1/9' pxisys.ini '49s/=.*/= 8/'
 checked 0 '^From +1/9 on no trigger bus$' 'triggers DMM TIMING' pxiesys.ini '23s/=.*/= "7"/'
+checked 0 '^PXI_Star .*Tess.x1Bmere' 'terminals 51.0.0' pxiesys.ini 's/"Tessmere Labs"/"Tess\x1bmere"/'
 checked 0 '^PXI_Star ' 'terminals 13.0.0' pxiesys.ini '23s/=.*/= "7"/'
 # What is doubtful alone, which no answer of the library shows, and what is right beside it.
 finds 'bridge-onto-itself: .Chassis1TriggerBridge1.$' pxisys.ini '27s/=.*/= 1/'
@@ -241,14 +265,12 @@ expect 2 'VARMEX_FSROOT names another root' check
 mkdir -p "$VARMEX_FSROOT/etc/pxi"
 mkdir "$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 expect 2 "can't read" check
-checked 1 'StarTriggerNumber and [0-9]+ more: Section .* has no PXI_STAR7: "" in .*pxiesys\.ini, line 37\. ' show pxiesys.ini '37s/=.*/= ""/'
-checked 1 'DStarTriggerNumber and [0-9]+ more: Section .* has no StarSystemTimingSet7: "" in .*, line 56\. ' show pxiesys.ini '56s/=.*/= ""/'
-checked 1 'has no FunctionList: neither file has such a section\. ' show pxisys.ini '/^.Chassis3Slot4Function0Device8\]/d'
 rm -r "$VARMEX_FSROOT"
 VARMEX_FSROOT=$(mktemp -d)
 expect 0 '' make "$VARMEX_FSROOT" {express,classic}:{2..18}{,:0,:2}
-checked 0 '^PXI_Star .*Tess.x1Bmere' 'terminals 51.0.0' pxiesys.ini 's/"Tessmere Labs"/"Tess\x1bmere"/'
 expect 0 '^No findings\.$' check
+mkdir "$VARMEX_FSROOT/etc/pxi/registry.reg"
+[ -n "$isWindows" ] || expect 1 'it is no regular file$' check
 for kind in express classic; do
   rm -r "$VARMEX_FSROOT"
   expect 0 '' make "$VARMEX_FSROOT" "$kind:18x255"

@@ -117,8 +117,8 @@ class tAsker {
   // Nothing that is there is at fault: something that may be absent is.
   bool isOrdinary(const std::string& refusal) const {
     for (const char* item : kOptionalItems) {
-      if (!refusal.ends_with(item + std::string(" not found"))) continue;
-      if (refusal == itemNotFound(section_, item).words && !isBlank(item)) return true;
+      const bool isItems = refusal.ends_with(item + std::string(" not found"));
+      if (isItems && refusal == itemNotFound(section_, item).words) return true;
     }
     for (const char* item : {"TriggerManager", "TriggerBusList"}) {
       if (refusal == notAvailable({{"itemName", item}, {"sectionName_", chassis_.section}}).words) {
@@ -129,12 +129,6 @@ class tAsker {
            refusal ==
                notAvailable({{"attribute", std::to_string(varmex_str_ChassisDescriptionFile)}})
                    .words;
-  }
-
-  // A number item without a number counts as absent, and yet is a fault.
-  bool isBlank(const char* item) const {
-    return std::string_view(item).find("Link") != std::string_view::npos &&
-           rules_.express.hasItem(section_, item);
   }
 
   tRules& rules_;
