@@ -105,6 +105,7 @@ def without(name, value):
 
 
 I, E = "pxisys.ini", "pxiesys.ini"
+I_PATH, E_PATH = "etc/pxi/pxisys.ini", "etc/pxi/pxiesys.ini"
 # What is broken: edits; the failures that this makes; what else is lost with it, as a pattern of
 # places. All other answers are the same as in the sample.
 BROKEN = [
@@ -566,6 +567,60 @@ def testLive():
                 check("no PCI tree" in root.run("check", "--live").stderr, "no PCI tree")
 
 
+# Changes of a PCI tree (None takes a function away, others are added), one of pxiesys.ini, and what is found.
+# The modules 1/2, 1/3 and 2/3 are on the buses 3, 4 and 7 behind ports of their own (fe:02.0, fe:03.0, fc:03.0).
+NARROW, LANES, PORT = {"current_link_width": "4"}, {"current_link_width": "8", "max_link_width": "8"}, {"class": "0x060400"}
+SWITCH = {"fe:03.0": {"secondary_bus_number": "200"}, "c8:00.0": {**PORT, **LANES, "secondary_bus_number": "201"},
+          "c9:01.0": {**PORT, **LANES, "secondary_bus_number": "4"}}
+CHASSIS_OFF = dict.fromkeys(("03:00.0", "03:00.1", "04:00.0", "04:00.1"))
+SLOT_3 = r"(\[Chassis1Slot3\].*?PeripheralSlotLinkWidth1) = 8"
+
+
+def module3(**texts):
+    return {"04:00.0": texts, "04:00.1": texts}
+
+
+TREES = [
+    ({"03:00.1": None}, None, [r"pxiesys.ini module-not-present .* 3.0.0 \(03:00.0\) of MODULE-1-2 ORX-\d+ Multimeter in slot 1/2, but no 3.0.1"]),
+    ({"07:1c.0": None, "07:1c.1": None}, None, ["pxisys.ini module-not-present PXI2Slot3 in slot 2/3 is not there"]),
+    (CHASSIS_OFF, None, ["chassis-not-present none of the 2 modules of chassis 1"]),
+    ({**CHASSIS_OFF, "02:00.0": None, "02:00.1": None}, None, ["module-not-present MODULE-1-1", "chassis-not-present"]),
+    ({"05:1d.0": {"driver": ""}}, None, []), ({"02:00.0": {"current_link_width": "2"}}, None, []),
+    # Links: those of the module alone, with what both ends and the slot can.
+    (module3(current_link_width="0"), None, []), ({"ff:00.0": NARROW}, None, []), ({"fe:03.0": {"max_link_width": "4"}, **module3(**NARROW)}, None, []),
+    (module3(**NARROW), (SLOT_3, r"\1 = 4"), []), ({}, (SLOT_3, r"\1 = 4"), []), (module3(max_link_speed="5.0 GT/s PCIe"), None, []),
+    (module3(**NARROW), (SLOT_3, r"\1 = 0"), ["link-width-reduced .* with 4 lanes, and slot and module can use 8 lanes a link of 8 lanes"]),
+    (module3(**NARROW), (r"(\[Chassis1Slot3\].*?)PeripheralModuleLinkWidthNegotiated = 8", r"\1"), ["link-width-reduced .* nothing about the link"]),
+    ({**SWITCH, "c9:01.0": {**SWITCH["c9:01.0"], **NARROW}, **module3(current_link_width="4", max_link_width="4")}, None, []),
+    ({**SWITCH, "c8:00.0": {**SWITCH["c8:00.0"], **NARROW}}, None, ["link-width-reduced .* at 200.0.0"]),
+    ({"fe:03.0": {"secondary_bus_number": "200"}, "c8:00.0": {**SWITCH["c8:00.0"], **NARROW, "secondary_bus_number": "4"},
+      **module3(current_link_width="")}, None, ["link-width-reduced .* at 200.0.0"]),
+    ({**SWITCH, "c8:00.0": {**SWITCH["c8:00.0"], **NARROW}, **module3(**NARROW)}, None, ["link-width-reduced .* at 4.0.0"]),
+    ({**SWITCH, "c8:00.0": {**SWITCH["c8:00.0"], **NARROW}, **module3(current_link_speed="5.0 GT/s PCIe")}, None, ["link-speed-reduced .* at 4.0.0"]),
+    # Devices in no slot: one finding for all functions, behind bridges of several slots alone.
+    ({"04:01.0": {}}, None, []), ({"02:01.0": {}}, None, ["device-not-listed 2.1.0"]), ({"fe:00.0": {}, "fe:00.1": {}}, None, ["device-not-listed 254.0.0"]),
+    ({"fe:06.0": {**PORT, "secondary_bus_number": "210"}, "d2:00.0": {}}, None, ["device-not-listed 210.0.0"]),
+    ({"fe:06.0": {}, "fe:07.0": {}}, None, ["device-not-listed 254.6.0", "device-not-listed 254.7.0"]),
+]
+
+
+def testTrees():
+    with Root(["express:8:3", "classic:4", "--pci"]) as root:
+        document = json.loads(root.run("save").stdout)
+        tree, text, file = {device["address"]: device for device in document["pci"]}, "".join(document["files"][E_PATH]), root.folder / "saved.json"
+        for changes, edit, wanted in TREES:
+            devices = dict(tree)
+            for address, change in changes.items():
+                key = f"0000:{address}"
+                devices[key] = change is not None and {**devices.get(key, {"address": key, "class": "0x118000"}), **change}
+            document["pci"] = [device for device in devices.values() if device]
+            document["files"][E_PATH] = [re.sub(*edit, text, flags=re.S) if edit else text]
+            file.write_text(json.dumps(document))
+            told = [" ".join(finding[key] for key in ("file", "id", "message", "answer"))
+                    for finding in root.ask("findings", "check", "--live", "--from", file)[1]]
+            check(len(told) == len(wanted) and all(map(re.search, wanted, told)), f"{changes} {edit}: {told}")
+
+
 def testFleet():
     """The example of docs/fleet.md over 1,000 racks of two weeks, two of them changed."""
     with Root(["express:18"]) as root, tempfile.TemporaryDirectory() as place:
@@ -595,7 +650,6 @@ def testFleet():
               f"a saved file that can't be read: {run.stderr}")
 
 
-I_PATH, E_PATH = "etc/pxi/pxisys.ini", "etc/pxi/pxiesys.ini"
 REGISTRY = {"key": "SOFTWARE\\PXISA", "name": "Library"}
 # What a saved file is changed to, by key, and what is said of it; None takes a key away.
 HOSTILE = [
@@ -700,7 +754,7 @@ def testSaved():
 
 # Windows has no other roots than its own, and no tree of files for the bus.
 ANYWHERE, ON_LINUX = (testDocuments, testBroken, testLinks, testModules, testTriggers, testExplain, testSave, testWatch), (
-    testMade, testFleet, lambda: testDiff(None, DIFFERENT), lambda: testDiff(MADE, MADE_DIFFERENT), testLive, testSaved)
+    testMade, testFleet, lambda: testDiff(None, DIFFERENT), lambda: testDiff(MADE, MADE_DIFFERENT), testLive, testTrees, testSaved)
 for test in ANYWHERE if ON_WINDOWS else ANYWHERE + ON_LINUX:
     test()
 finish()
