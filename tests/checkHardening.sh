@@ -1,22 +1,11 @@
 #!/usr/bin/env bash
 # checkHardening.sh FILE... : what a Release build puts into its libraries and programs against
 # attacks is really in them; on Windows its version, too.
-set -uo pipefail
-version=$(sed -nE 's/^project\(varmex VERSION ([0-9.]+) .*/\1/p' "$(dirname "$0")/../CMakeLists.txt")
-passed=0
-failed=0
+source "$(dirname "$0")/steps.sh"
+version=$(sed -nE 's/^project\(varmex VERSION ([0-9.]+) .*/\1/p' "$here/CMakeLists.txt")
 
 # holds FILE WHAT PATTERN COMMAND... : a line of the command's output on the file.
-holds() {
-  local file=$1 what=$2 pattern=$3
-  shift 3
-  if "$@" "$file" 2>&1 | grep -E -- "$pattern" >/dev/null; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    echo "$file: $what is missing"
-  fi
-}
+holds() { try "$1: $2" grep -E -- "$3" <("${@:4}" "$1" 2>&1); }
 
 # The first instruction of every exported function is a landing place of indirect calls.
 landings() {
@@ -49,5 +38,4 @@ for file in "$@"; do
       ;;
   esac
 done
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+finish
