@@ -11,14 +11,11 @@ expect() { ends "$1" "$2" "${varmex[@]}" "${@:3}"; }
 
 VARMEX_FSROOT=$here/samples
 expect 0 '^  description +current$' show
-expect 0 '^Chassis 3: Havrel Modular HM-1008$' show
 expect 0 'Orlindt.*ORX-5105 Digitizer "DIGITIZER-A" +5\.0\.0 5\.0\.1 +x4/4' show 1
 expect 0 '"ANALYZER-2" +37:00.0 37:00.1 38:00.0 +x4/8 reduced' show 2 --pci hex
 expect 0 '\(module of slot 3\)' show 1
 expect 0 '2>2 3>3 4>4 5>5 6>6-7$' show 1
 expect 0 '^  star controller +PXIeChassis.*/StarTrigger1Controller$' show 1/10
-expect 0 '"SlotType": 34' show 1/10 --json
-expect 0 '"BridgeLineMapping7": 0' show --json
 expect 0 '^    library +libtessmere_trigger.so$' show 2
 expect 0 '^    native +yes$' show 2
 expect 0 'warning: The description could not be brought up to date .*\(varmex_warningFailedSync 380762\)' show --sync
@@ -37,14 +34,11 @@ expect 0 ' PCI \(hex\) ' list --pci hex
 expect 2 'subcommand' --nonsense
 expect 2 'subcommand is required'
 expect 0 "^$("${varmex[@]}" show | head -n 1)\$" --version
-expect 0 '^PXI_Trig7 +7 +.*/TriggerBus1$' terminals 5.0.0
 expect 0 '^PXIe_DStarC +2 +.*/DStarTrigger1Set0$' terminals 5.0.0
 expect 0 '"busType": "PXI_Star"' terminals 5.0.0 --json
-expect 1 'No module has the PCI address 99\.0\.0\. .*-380751' terminals 63:00.0
-expect 0 '^PXI_Trig7 +7 ' terminals 0000:05:00.0
+for address in 63:00.0 99.0.0; do expect 1 'No module has the PCI address 99\.0\.0\. .*-380751' terminals "$address"; done
+for address in 5.0.0 0000:05:00.0 37:00.1; do expect 0 '^PXI_Trig7 +7 +.*/TriggerBus1$' terminals "$address"; done
 expect 2 'another PCI domain than 0000' terminals 0001:05:00.0
-expect 0 '^PXI_Trig7 +7 ' terminals 37:00.1
-expect 1 'No module' terminals 37.0.1
 expect 2 'neither BUS.DEVICE.FUNCTION in decimal' terminals 5:0:0
 expect 0 '^calculate +\[\{"ticket":1,"destination":"PXI_Trig3"' route 5.0.0 PXI_Trig3 --token t
 expect 0 '^reserve +done$' route 5.0.0 PXI_Star --token t
@@ -57,11 +51,7 @@ expect 1 '^varmex: no module fits "nothing"$' find nothing
 expect 2 'text' find ' '
 expect 0 '^  1/7 +11\.0\.0 +DIO-LEFT +Havrel Modular +HM-6220 Digital I/O +x1/4 reduced$' list
 expect 2 'excludes' list --csv --jsonl
-expect 0 '^Way 1: bus 1 > bridge 1 > bus 2 > bridge 3 > bus 3$' triggers 1/2 SUPPLY
 expect 0 'lines 0 to 7 reach from each to the other' triggers 1/7 1/9
-expect 0 '^Star trigger 1: 1/10 is the controller, 1/9 is line 7; this line joins the two\.$' triggers TIMING DMM
-expect 1 'two chassis, between which no trigger line runs' triggers 1/2 2/2
-expect 0 '^  1  pxiesys.ini:202  .Chassis1Slot9. SlotType = "PXIePeripheralSlot"$' explain DMM SlotType
 expect 0 '^  1  pxisys.ini +.Chassis1Slot9. absent$' explain 1/9 SlotType
 expect 1 '^varmex: there is no module "x"$' explain x
 expect 2 'there is no x here, but ChassisNumber, ' explain 1/9 x
@@ -150,13 +140,10 @@ finds '^pxiesys.ini:17: wrong: missing-section: \[Chassis1\] SlotList$' pxiesys.
 finds 'answers: slot 1/19 fails: Chassis 1 has no slot 19: .*\(varmex_errorUnknownItem -380751\)$' pxiesys.ini '17s/18"/18,19"/'
 finds '^1 finding\.$' pxiesys.ini '9s/ORX/X/'
 finds 'disagree on Model in section \[Chassis1\]\. \(varmex' pxiesys.ini '9s/ORX/X/'
-finds 'duplicate-address: .Chassis1Slot3. AddressInfo' pxiesys.ini 's/PXI0::7-0/PXI0::5-0/g'
-finds 'unknown-slot-type: .Chassis1Slot10. SlotType' pxiesys.ini '218s/Timing/Time/'
 finds 'slot-without-bus: .Chassis1Slot11.$' pxiesys.ini 's/"7,8,9,10,11,12"/"7,8,9,10,12"/'
 finds '^1 finding\.$' pxiesys.ini 's/"7,8,9,10,11,12"/"7,,9,10,11,12"/'
 finds 'slot-on-two-buses: .Chassis1TriggerBus2. SlotList' pxiesys.ini 's/"7,8,9,/"6,7,8,9,/'
 finds 'bridge-to-missing-bus: .Chassis1TriggerBridge1. DestinationTriggerBus' pxisys.ini '27s/=.*/= 9/'
-finds 'line-map-out-of-range: .Chassis1LineMappingSpec1. PXI_TRIG3' pxisys.ini '49s/=.*/= "9"/'
 finds '^pxisys.ini:50: doubtful: line-passed-over: .Chassis1LineMappingSpec1.$' pxisys.ini '50s/=//'
 finds '^  68 \| PCIBusNumber = ü$' pxisys.ini '68s/=.*/= ü/'
 finds '^     \| ~~~~~~~~~~~~   \^~~~~$' pxisys.ini '68s/=.*/= 漢字x/'
@@ -206,8 +193,6 @@ fi
 finds 'unreferenced-section: .Orphan.$' pxisys.ini '$a [Orphan]'
 finds 'repeated-section: .Chassis1.$' pxisys.ini '$a [Chassis1]'
 finds '^pxisys.ini:.* repeated-item: .System. ChassisList' pxisys.ini '5s/$/\nChassisList = 1/'
-finds 'missing-item: .Chassis1. SlotList' pxisys.ini '0,/^SlotList/{/^SlotList/d}'
-finds 'bad-number: .Chassis1Slot5. PCIBusNumber' pxisys.ini '68s/=.*/= z/'
 finds 'doubtful: missing-item: .Chassis1Slot5. PCIBusNumber$' pxisys.ini 68d
 finds 'slot-covered-twice: .Chassis1Slot3. Perip' pxiesys.ini '150s/$/\nAddressInfo = PXI0::99-0.0::INSTR/'
 # Addresses and lists: what the library takes as it is, and where it stops.
@@ -222,10 +207,6 @@ finds 'no PCI address has these numbers: 33\.-1\.0' pxisys.ini '69s/=.*/= -1/'
 finds 'no PCI address has these numbers: 5\.0\.8' pxiesys.ini 's/;PXI0::5-0.1/+PXI0::5-0.8/'
 finds 'no address of a device: "PXI0::5-0::INSTR"' pxiesys.ini 's/PXI0::5-0.1/PXI0::5-0/'
 finds 'no address of a device: "PXI0::5-0.1"' pxiesys.ini 's/\(PXI0::5-0.1\)::INSTR/\1/'
-finds 'bad-list: .PXI System. ChassisList' pxisys.ini 's/^\[System\]/[PXI System]/;5s/=.*/= x/'
-finds 'missing-section: .System. ChassisList' pxisys.ini '5s/=.*/= "1,3,9"/'
-finds 'missing-item: .Chassis9. ' pxisys.ini '$a [Chassis9]'
-finds 'answers: chassis 9, slots fails' pxisys.ini '$a [Chassis9]\nSlotList = x'
 # What hides a way, a star or terminals is told as such.
 checked 1 '^To +1/17: trigger bus can.t be read$' 'triggers DMM SUPPLY' pxiesys.ini '23s/=.*/= "7,,9"/'
 checked 1 'slot 3/3, StarTriggerNumber and [0-9]+ more: PXI_STAR0 in .* is no number' 'triggers 3/3 3/4' pxisys.ini '166s/=.*/= three/'
