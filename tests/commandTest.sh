@@ -73,10 +73,9 @@ widest=$(COLUMNS=80 "${varmex[@]}" show 2>&1 | awk '{ if (length > most) most = 
 is fits "$widest" 'width of show in 80 columns'
 is 0 "$("${varmex[@]}" show | grep -c $'\x1b')" 'colours in a pipe'
 COLUMNS=45 expect 0 '^  Vendor +Orlindt Instruments, Inc\.$' list
-VARMEX_FSROOT=$(mktemp -d)
 if [ -z "$isWindows" ]; then
   # What may not be read, also by root, and what another program holds.
-  cp -r "$here"/samples/* "$VARMEX_FSROOT"
+  newRoot "$here"/samples/*
   denied=("${varmex[@]}")
   [ "$(id -u)" -ne 0 ] || denied=(setpriv --bounding-set=-dac_override,-dac_read_search "${varmex[@]}")
   pxi=$VARMEX_FSROOT/etc/pxi
@@ -100,9 +99,8 @@ END
   flock 9
   ends 124 'another program holds the lock on the description; waiting since' timeout 5 "${varmex[@]}" show
   exec 9>&-
-  rm -r "$VARMEX_FSROOT"/*
 fi
-mkdir -p "$VARMEX_FSROOT/etc/pxi" "$VARMEX_FSROOT/var/lib/PXISA"
+newRoot
 expect 0 '^No modules: there is no description, neither .*[/\\]pxisys.ini$' list
 expect 1 '^No modules: there is no description' find dmm
 expect 0 '^No chassis: there is no description, neither .*[/\\]pxisys.ini$' show
@@ -115,19 +113,16 @@ expect 1 '^varmex: Section \[System\] has no ChassisList: .*[/\\]pxisys.ini, lin
 rm "$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 expect 1 '' watch --once --timeout 0.1
 expect 0 '' watch --timeout 0.1
-rm -r "$VARMEX_FSROOT"
 
 # finds PATTERN FILE SED-SCRIPT : what the check says of a sample with this change in a file.
 finds() { checked 1 "$1" check "${@:2}"; }
 passes() { checked 0 '^No findings\.$' check "$@"; }
 # checked STATUS PATTERN WORDS FILE SED-SCRIPT
 checked() {
-  VARMEX_FSROOT=$(mktemp -d)
-  cp -r "$here"/samples/* "$VARMEX_FSROOT"
+  newRoot "$here"/samples/*
   sed -i "$5" "$VARMEX_FSROOT/etc/pxi/$4"
   # shellcheck disable=SC2086
   expect "$1" "$2" $3
-  rm -r "$VARMEX_FSROOT"
 }
 # What must be there and is missing is told like what can't be read.
 checked 1 'slot 2/1, TriggerBusNumber .*Section \[Chassis2TriggerBus1\] has no SlotList' show pxiesys.ini '/^\[Chassis2TriggerBus1/,/^\[Chassis2S/{/^SlotList/d}'
@@ -239,26 +234,22 @@ finds 'doubtful: bad-number: .Chassis3Slot1. PCISlotPathRootBus$' pxisys.ini 's/
 finds 'missing-slot: .Chassis1Slot3. PeripheralModuleOccupiedSlotList$' pxiesys.ini 's/OccupiedSlotList = "4"/OccupiedSlotList = "44"/'
 finds 'slot-on-two-lines: .Chassis1StarTrigger1. SystemTimingSlot$' pxiesys.ini '29s/=.*/= 2/'
 finds '^1 finding\.$' pxiesys.ini "$wide"
-VARMEX_FSROOT=$(mktemp -d)
+VARMEX_FSROOT=$work/nowhere
 expect 2 'There is no description, neither .*pxisys.ini nor .*pxiesys.ini' check
 expect 2 'VARMEX_FSROOT names another root' check
 [ -n "$isWindows" ] || expect 1 'VARMEX_FSROOT names another root' show
-mkdir -p "$VARMEX_FSROOT/etc/pxi"
+newRoot
 mkdir "$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 expect 2 "can't read" check
-rm -r "$VARMEX_FSROOT"
-VARMEX_FSROOT=$(mktemp -d)
-expect 0 '' make "$VARMEX_FSROOT" {express,classic}:{2..18}{,:0,:2}
-expect 0 '^No findings\.$' check
-mkdir "$VARMEX_FSROOT/etc/pxi/registry.reg"
-[ -n "$isWindows" ] || expect 1 'it is no regular file$' check
-for kind in express classic; do
-  rm -r "$VARMEX_FSROOT"
-  expect 0 '' make "$VARMEX_FSROOT" "$kind:18x255"
+for plans in "$(echo {express,classic}:{2..18}{,:0,:2})" express:18x255 classic:18x255; do
+  VARMEX_FSROOT=$(mktemp -d -p "$work")
+  # shellcheck disable=SC2086
+  expect 0 '' make "$VARMEX_FSROOT" $plans
   expect 0 '^No findings\.$' check
 done
-rm -r "$VARMEX_FSROOT"
-VARMEX_FSROOT=$(mktemp -d)
+mkdir "$VARMEX_FSROOT/etc/pxi/registry.reg"
+[ -n "$isWindows" ] || expect 1 'it is no regular file$' check
+VARMEX_FSROOT=$(mktemp -d -p "$work")
 expect 0 '' make "$VARMEX_FSROOT" express:4 classic:8:2x2 express:18:0
 expect 0 '^Chassis 1: Orlindt Instruments, Inc. ORX-104$' show
 expect 0 '^Chassis 3: Orlindt Instruments, Inc. ORP-108$' show
@@ -281,6 +272,5 @@ classic:8:|not KIND
 express:8x2y|not KIND
 END
 expect 2 '^--pci-fault: no module is left' make "$VARMEX_FSROOT/new" classic:8 --pci-fault narrow
-rm -r "$VARMEX_FSROOT"
 
 finish

@@ -57,17 +57,14 @@ expect 'show find list draw report check triggers explain terminals route watch 
 expect 'show' sh
 expect '--help --version' --
 expect '--json' check --j
-expect '1 2 3' show ''
+for verb in show draw; do expect '1 2 3' "$verb" ''; done
 expect '1 1/1 1/2 1/3 1/4 1/5 1/6 1/7 1/8 1/9 1/10 1/11 1/12 1/13 1/14 1/15 1/16 1/17 1/18' show 1
 expect '2/3' show --json 2/3
-expect '1 2 3' draw ''
 expect '2/3' triggers 1/9 2/3
 expect 'SlotNumber SlotType' explain 1/7 Slot
 expect 'BridgeNumber' explain 1/bridge/1 BridgeN
-expect '' draw 1 ''
-expect ':files' report -o ''
-expect ':files' draw 1 -o ''
-expect ':files' make ''
+for words in 'report -o' 'draw 1 -o' make 'check --from' save 'diff a.json'; do expect ':files' $words ''; done
+for words in 'draw 1' 'route 99.0.0' 'watch --timeout' nonsense; do expect '' $words ''; done
 expect 'express:18' make /tmp/rack classic:8 e
 expect 'missing' make --pci-fault mi
 expect 'Version' explain machine V
@@ -75,23 +72,16 @@ expect '5.0.0 5.0.1' terminals 5.
 expect '05:00.0 05:00.1' terminals 05:
 expect '0000:05:00.0 0000:05:00.1' terminals 0000:05:
 expect 'PXIe_DStarA PXIe_DStarB PXIe_DStarC' route --token me 5.0.0 PXIe
-expect '' route 99.0.0 ''
 expect 'dec hex' show --pci ''
 expect 'DIGITIZER-A DIGITIZER-B' find DIG
 expect 'place,address place,addresses' list --columns place,addr
-expect '' watch --timeout ''
-expect ':files' check --from ''
-expect ':files' save ''
-expect ':files' diff a.json ''
 expect 'link-width' diff --ignore link-w
-expect '' nonsense ''
 
 # Nothing to read, something that can't be read, a chassis of which one slot is broken.
 VARMEX_FSROOT=$work/nowhere
 expect '' show ''
 expect '' terminals ''
-VARMEX_FSROOT=$work/broken
-mkdir -p "$VARMEX_FSROOT/etc/pxi" "$VARMEX_FSROOT/var/lib/PXISA"
+newRoot
 echo '[System]' >"$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 expect '' show ''
 rm "$VARMEX_FSROOT/etc/pxi/pxisys.ini"

@@ -5,8 +5,8 @@ source "$(dirname "$0")/steps.sh"
 varmex=("$@")
 count=12 places=(pxisys pxiesys both)
 [[ ${varmex[-1]} != *.exe ]] || count=3 places=(both)
-export VARMEX_FSROOT=$work/root ASAN_OPTIONS=exitcode=99 UBSAN_OPTIONS=exitcode=99
-mkdir -p "$VARMEX_FSROOT/etc/pxi" "$VARMEX_FSROOT/var/lib/PXISA"
+export VARMEX_FSROOT ASAN_OPTIONS=exitcode=99 UBSAN_OPTIONS=exitcode=99
+newRoot
 machine=$work/machine made=$work/made
 "${varmex[@]}" make "$machine" express:18x2 --pci
 "${varmex[@]}" make "$made" express:18:9 classic:8

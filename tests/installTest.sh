@@ -80,33 +80,20 @@ refuses() {
     grep -q 'varmex is for 64-bit x86 alone' "$work/refusal"
 }
 
-hasCompletions() {
+# What has come along below share/.
+shares() {
   local file
-  for file in bash-completion/completions/varmex zsh/vendor-completions/_varmex \
-    zsh/site-functions/_varmex fish/vendor_completions.d/varmex.fish; do
-    [ -s "$1/share/$file" ] || return 1
-  done
-}
-
-hasSchema() { grep -q 2020-12 "$1/share/varmex/varmex.schema.json"; }
-
-hasManual() { grep -q '^\.B VARMEX_FSROOT' "$1/share/man/man1/varmex.1"; }
-
-hasDocuments() {
-  local file
-  for file in doc/varmex/getting-started.md doc/varmex/examples/listDevices.c \
-    varmex/varmex.schema.json; do
-    [ -s "$1/share/$file" ] || return 1
+  for file in bash-completion/completions/varmex zsh/{vendor-completions,site-functions}/_varmex \
+    fish/vendor_completions.d/varmex.fish man/man1/varmex.1 varmex/varmex.schema.json \
+    doc/varmex/getting-started.md doc/varmex/examples/listDevices.c; do
+    [ -s "$1/share/$file" ] || { echo "without $file" && return 1; }
   done
 }
 
 testLinux() {
   local installed=$work/installed
   try 'install' cmake --install "$1" --prefix "$installed"
-  try 'the manual' hasManual "$installed"
-  try 'the schema' hasSchema "$installed"
-  try 'the completions' hasCompletions "$installed"
-  try 'the documents' hasDocuments "$installed"
+  try 'manual, schema, completions and documents' shares "$installed"
   try 'the installed command' shows env VARMEX_FSROOT="$here/samples" "$installed/bin/varmex"
   # Where it was moved, it works as well.
   mv "$installed" "$work/moved"

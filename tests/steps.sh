@@ -6,6 +6,13 @@ trap 'rm -rf "$work"' EXIT
 passed=0
 failed=0
 
+# newRoot [FILE...] : another installation for VARMEX_FSROOT, in a root of its own: empty, or of these.
+newRoot() {
+  VARMEX_FSROOT=$(mktemp -d -p "$work")
+  mkdir -p "$VARMEX_FSROOT/etc/pxi" "$VARMEX_FSROOT/var/lib/PXISA"
+  [ $# -eq 0 ] || cp -r "$@" "$VARMEX_FSROOT"
+}
+
 # try NAME COMMAND... : a step that must end well.
 try() {
   local name=$1

@@ -2,14 +2,16 @@
 
 #include <algorithm>
 #include <map>
-#include <sstream>
+#include <span>
 
+#include "tests/support/texts.h"
 #include "tools/synthetic/installation.h"
 
 namespace agreement {
 
 namespace {
 
+using test::split;
 using tLines = std::vector<std::string>;
 
 std::size_t below(std::size_t limit, tRandom& random) {
@@ -19,13 +21,6 @@ std::size_t below(std::size_t limit, tRandom& random) {
 template <class List>
 const auto& oneOf(const List& list, tRandom& random) {
   return *std::next(std::begin(list), static_cast<std::ptrdiff_t>(below(std::size(list), random)));
-}
-
-tLines split(const std::string& text, char separator) {
-  tLines lines;
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line, separator);) lines.push_back(line);
-  return lines;
 }
 
 bool isHeader(const std::string& line) { return line.starts_with('['); }
@@ -55,11 +50,6 @@ std::size_t sectionEnd(const tLines& lines, std::size_t header) {
   return static_cast<std::size_t>(std::find_if(begin, lines.end(), isHeader) - lines.begin());
 }
 
-tLines slice(const tLines& lines, std::size_t begin, std::size_t end) {
-  return {lines.begin() + static_cast<std::ptrdiff_t>(begin),
-          lines.begin() + static_cast<std::ptrdiff_t>(end)};
-}
-
 void erase(tLines& lines, std::size_t begin, std::size_t end) {
   lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(begin),
               lines.begin() + static_cast<std::ptrdiff_t>(end));
@@ -75,7 +65,7 @@ const tLines kValues = split(
     R"(PXIeSystemSlot2Link|PXIePeripheralSlot|pxieperipheralslot|PXI0::4-0.0::INSTR|)"
     R"(PXI4::0::1::INSTR|PXI0::4-0::INSTR|"\""|)"
     "M\xFCller",
-    '|');
+    "|");
 
 std::string changedValue(const tLines& lines, const std::string& line, tRandom& random) {
   switch (below(4, random)) {
@@ -119,7 +109,7 @@ std::string renamed(std::string name, tRandom& random) {
 const tLines kGarbage = split(
     "garbage|[Chassis1Slot2|[]|=5|; comment|Key "
     "=|[Chassis1]|[Chassis7]|[Chassis1Slot19]|[Chassis07]",
-    '|');
+    "|");
 
 const std::string kStrangeSections[] = {
     "[Chassis1Slot19]|SlotType = PXIePeripheralSlot|PeripheralSlotLinkWidth1 = x",
@@ -187,8 +177,8 @@ std::string dropSection(const tTarget& target) {
 
 std::string copySection(const tTarget& target) {
   const std::size_t end = sectionEnd(target.lines(), target.header);
-  insert(target.otherLines(), target.otherLines().size(),
-         slice(target.lines(), target.header, end));
+  const std::span section = std::span(target.lines()).subspan(target.header, end - target.header);
+  target.otherLines().insert(target.otherLines().end(), section.begin(), section.end());
   return "copied to the other " + target.headerLine();
 }
 
@@ -217,7 +207,7 @@ std::string addGarbage(const tTarget& target) {
 }
 
 std::string addSection(const tTarget& target) {
-  const tLines section = split(oneOf(kStrangeSections, target.random), '|');
+  const tLines section = split(oneOf(kStrangeSections, target.random), "|");
   insert(target.lines(), target.lines().size(), section);
   return "another " + section[0];
 }
@@ -295,7 +285,7 @@ tDescription makeRight(tRandom& random) {
     plan.modules = static_cast<std::uint32_t>(below(19, random));
   }
   const synthetic::tTexts texts = synthetic::makeInstallation(plans);
-  return {{split(texts.pxiSys, '\n'), split(texts.pxieSys, '\n')}, {}, "\n"};
+  return {{split(texts.pxiSys, "\n"), split(texts.pxieSys, "\n")}, {}, "\n"};
 }
 
 std::string mutate(tDescription& description, tRandom& random) {

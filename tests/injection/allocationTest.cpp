@@ -21,7 +21,7 @@ class tInjection : public tScenarios {
     const auto isGood = [=](const std::string& answer, const std::string& undisturbed,
                             const tStatus& status) {
       if (status.code() != expected) return isMemory(status.code());
-      const std::vector<std::string> lines = linesOf(answer), others = linesOf(undisturbed);
+      const std::vector<std::string> lines = split(answer, "\n"), others = split(undisturbed, "\n");
       int failures = 0;
       for (std::size_t n = 0; n < std::min(lines.size(), others.size()); ++n) {
         if (lines[n] == others[n]) continue;

@@ -1,7 +1,5 @@
 #include "tests/injection/scenarios.h"
 
-#include <sstream>
-
 #include "tests/support/routing.h"
 
 namespace test {
@@ -136,13 +134,6 @@ std::string routeAll(tStatus& status) {
   call(telmar_ra_varmex_calculateRoute, other.get(), seed("PXI_Trig5", "b").c_str(), destinations,
        nullptr, &reply.text, status);
   return answer + line("free", reply.text, true, status);
-}
-
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream stream(text);
-  for (std::string each; std::getline(stream, each);) lines.push_back(each);
-  return lines;
 }
 
 void tScenarios::SetUp() {

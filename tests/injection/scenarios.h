@@ -6,6 +6,7 @@
 
 #include "tests/injection/allocation.h"
 #include "tests/support/model.h"
+#include "tests/support/texts.h"
 
 namespace test {
 
@@ -48,8 +49,6 @@ class tScenarios : public tModel {
               const std::function<bool(const std::string& answer, const std::string& undisturbed,
                                        const tStatus& status)>& isGood);
 };
-
-std::vector<std::string> linesOf(const std::string& text);
 
 }  // namespace test
 

@@ -16,7 +16,7 @@ namespace {
 
 // Whether each line is that of the other answer, or a failure at this place.
 bool agrees(const std::string& answer, const std::string& other) {
-  const std::vector<std::string> lines = linesOf(answer), others = linesOf(other);
+  const std::vector<std::string> lines = split(answer, "\n"), others = split(other, "\n");
   const auto agree = [](const std::string& line, const std::string& own) {
     return line == own || line.starts_with(own.substr(0, own.find_first_of("=!")) + "!-");
   };
