@@ -225,6 +225,9 @@ checked 1 'bridge 1, line 3 and 1 more: .*pxisys\.ini, line 49\. ' 'triggers 1/2
 checked 0 '^From +1/9 on no trigger bus$' 'triggers DMM TIMING' pxiesys.ini '23s/=.*/= "7"/'
 checked 0 '^PXI_Star .*Tess.x1Bmere' 'terminals 51.0.0' pxiesys.ini 's/"Tessmere Labs"/"Tess\x1bmere"/'
 checked 0 '^PXI_Star ' 'terminals 13.0.0' pxiesys.ini '23s/=.*/= "7"/'
+checked 1 '^  "failureCount": 1$' 'find dmm --json' pxisys.ini '5s/=.*/= x/'
+checked 1 '^\{"failures":\{"opening":\{"code":-380757,' 'list --jsonl' pxisys.ini '5s/=.*/= x/'
+checked 1 'no module fits "nothing" among those that can be read$' 'find nothing' pxiesys.ini '17s/18"/18,19"/'
 # What is doubtful alone, which no answer of the library shows, and what is right beside it.
 finds 'bridge-onto-itself: .Chassis1TriggerBridge1.$' pxisys.ini '27s/=.*/= 1/'
 finds 'files-disagree: .Chassis1TriggerBridge1. LineMappingSpec$' pxisys.ini '28s/=.*/= 2/'

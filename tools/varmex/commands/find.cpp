@@ -94,7 +94,8 @@ class tFind : public tCommand {
   }
 
   tExitStatus run() override {
-    tJson document = describeModules(installation_.open());
+    tJson document =
+        asJson_ ? describeModulesOrFailure(installation_) : describeModules(installation_.open());
     const bool hasModules = !document["modules"].empty();
     const std::size_t count = keepFitting(document["modules"]);
     const bool isWhole = !hasFailures(document);
@@ -105,7 +106,8 @@ class tFind : public tCommand {
     }
     if (count > 0) return isWhole ? kDone : kFailed;
     if (!hasModules) std::cerr << noneText("modules");
-    tellFailure(std::runtime_error("no module fits \"" + joined(words_, " ") + '"'));
+    tellFailure(std::runtime_error("no module fits \"" + joined(words_, " ") + '"' +
+                                   (isWhole ? "" : " among those that can be read")));
     return kFailed;
   }
 

@@ -98,8 +98,7 @@ std::vector<std::string> allSources(const std::vector<std::string>& from) {
 }
 
 // Where there are none, what was looked for is told beside the table or the rows.
-tJson describeAll(const varmex::Session& session) {
-  tJson document = describeModules(session);
+tJson tellIfNone(tJson document) {
   if (document["modules"].empty()) std::cerr << noneText("modules");
   return document;
 }
@@ -108,7 +107,7 @@ tJson describeSource(const std::string& path) {
   std::optional<tSource> source;  // the paths that a failure tells are this one's
   try {
     source.emplace(path);
-    return describeAll(varmex::Session());
+    return tellIfNone(describeModules(varmex::Session()));
   } catch (const tNoSource& failure) {
     return describeUnreadModules(std::runtime_error(failure.reason()));
   } catch (const std::exception& failure) {
@@ -165,7 +164,7 @@ class tList : public tCommand {
         sources.size() > 1 || sources != from_ || (!from_.empty() && asksForSource());
     const tModuleColumns columns = moduleColumns(keysOrDefault(isMany));
     if (!isMany && !from_.empty()) source_.emplace(from_.front());
-    tJson document = isMany ? describeEach(sources) : describeAll(tInstallation().open());
+    tJson document = isMany ? describeEach(sources) : describeOne();
     if (asJsonLines_) {
       for (const tJson& module : document["modules"]) {
         printJsonLine(selected(module, columns, notation_));
@@ -179,6 +178,12 @@ class tList : public tCommand {
   }
 
  private:
+  tJson describeOne() const {
+    const tInstallation installation;
+    return tellIfNone(asJsonLines_ ? describeModulesOrFailure(installation)
+                                   : describeModules(installation.open()));
+  }
+
   static std::string columnNames() {
     std::string names;
     for (const tModuleColumn& column : kModuleColumns) {

@@ -10,6 +10,7 @@
 #include "tools/varmex/describe/listing.h"
 #include "tools/varmex/describe/reason.h"
 #include "tools/varmex/describe/words.h"
+#include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/table.h"
 
 namespace tool {
@@ -192,6 +193,15 @@ tJson describeUnreadModules(const std::exception& failure) {
   return {{"schemaVersion", kSchemaVersion},
           {"modules", {{{"failures", {{"opening", jsonOf(reasonOf(failure))}}}}}},
           {"failureCount", 1}};
+}
+
+tJson describeModulesOrFailure(const tInstallation& installation) {
+  try {
+    return describeModules(installation.open());
+  } catch (const std::exception& failure) {
+    tellFailure(failure);
+    return describeUnreadModules(failure);
+  }
 }
 
 varmex::Module moduleCalled(const varmex::Session& session, const std::string& name) {

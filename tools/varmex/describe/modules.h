@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tools/varmex/describe/address.h"
+#include "tools/varmex/describe/installation.h"
 #include "tools/varmex/describe/json.h"
 #include "varmex/varmex.hpp"
 
@@ -18,6 +19,9 @@ tJson describeModules(const varmex::Session& session);
 
 // The same where the installation can't be read at all.
 tJson describeUnreadModules(const std::exception& failure);
+
+// For programs: of either kind, where a failure has been told to people as well.
+tJson describeModulesOrFailure(const tInstallation& installation);
 
 // The one module that goes by a name, as varmex::Module::isCalled has it, or by a PCI address in
 // either notation; an alias goes ahead of all else. Throws std::runtime_error where there is none,
