@@ -31,13 +31,23 @@ void checkFiles(tRules& rules, tPlan& plan) {
   if (plan.isWhole) checkUnused(rules);
 }
 
+// "[Chassis1Slot5] PCIBusNumber"
+std::string placeInFile(const tPosition& position) {
+  if (position.section.empty()) return position.item;
+  return '[' + position.section + ']' + (position.item.empty() ? "" : ' ' + position.item);
+}
+
 // The description's own texts may hold anything.
 void showFinding(const tFinding& finding, std::ostream& out) {
   const tPosition& position = finding.position;
-  out << textOf(position) << ": " << coloured(severityName(finding.severity), tColour::bad) << ": "
-      << finding.id;
-  if (!position.section.empty()) out << ": [" << visible(position.section) << ']';
-  if (!position.item.empty()) out << ' ' << visible(position.item);
+  const std::string severity = severityName(finding.severity);
+  const std::string place = textOf(position) + ": ";
+  const std::string id = ": " + finding.id;
+  const std::string item = visible(placeInFile(position));
+  const std::size_t columns = columnsOf(place + severity + id + ": " + item);
+  out << place << coloured(severity, tColour::bad) << id;
+  if (!item.empty())
+    out << (columns > outputColumns().value_or(columns) ? ":\n    " : ": ") << item;
   out << '\n' << showExcerpt(position.line, finding.source);
   showParagraph(kMargin, visible(finding.message), out);
   showParagraph(kMargin, visible("varmex answers: " + finding.answer), out);
