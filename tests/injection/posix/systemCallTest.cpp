@@ -143,6 +143,27 @@ TEST_F(tChangeAmidCalls, isSeen) {
   }
 }
 
+// The host closes all descriptors between two calls of a wait.
+TEST_F(tChangeAmidCalls, mayBeThatOfAllDescriptors) {
+  const auto wait = [this] {
+    return varmex_waitForSessionInvalidation(session_.get(), 100, status_);
+  };
+  for (const char* name : {"stat", "lstat", "inotify_add_watch", "poll", "recv"}) {
+    inChild([&] {
+      session_.reset(varmex_openPXISession(0, status_));
+      tSystemCalls hooks;
+      bool closed = false;
+      hooks.before[name] = [&](const char*) {
+        if (!std::exchange(closed, true)) closefrom(3);
+      };
+      EXPECT_TRUE(wait() == varmex_waitTimedOut || tellsOf(EBADF, status_)) << status_.text();
+      EXPECT_TRUE(closed) << name;
+      varmex_releaseStatus(status_);
+      EXPECT_EQ(wait(), varmex_waitTimedOut) << name << ' ' << status_.text();
+    });
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(With, tSystemCallInjection, testing::ValuesIn(systemCalls()),
                          [](const auto& call) { return call.param.name; });
 

@@ -1,5 +1,6 @@
 #include "tests/support/posix/systemCalls.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -60,6 +61,7 @@ const std::vector<tSystemCall>& systemCalls() {
       {"read", {EIO, EINTR}},
       {"close", {EINTR, EIO}},
       {"fclose", {EIO}},
+      {"fcntl", {EINVAL}},
       {"fstat", {EIO, ENOMEM}},
       {"stat", {EACCES, EIO, ENOMEM, ELOOP}},
       {"lstat", {EACCES, EIO}},
@@ -135,6 +137,13 @@ extern "C" int __wrap_fstat(int file, struct stat* status) {
 extern "C" int __real_flock(int file, int operation);
 extern "C" int __wrap_flock(int file, int operation) {
   return operation != LOCK_UN && test::mustFail("flock") ? -1 : __real_flock(file, operation);
+}
+
+// Of its operations the one that sets something.
+extern "C" int __real_fcntl(int file, int operation, ...);
+extern "C" int __wrap_fcntl(int file, int operation, long argument) {
+  const bool fails = operation == F_SETSIG && test::mustFail("fcntl");
+  return fails ? -1 : __real_fcntl(file, operation, argument);
 }
 
 extern "C" int __real_open(const char* path, int flags, mode_t mode);

@@ -28,6 +28,7 @@ class tOwnDescriptor {
   int number_ = -1;
   dev_t device_ = 0;
   ino_t inode_ = 0;
+  int mark_ = 0;
 };
 
 }  // namespace halden
