@@ -15,6 +15,8 @@
 #include <ctime>
 #include <iterator>
 
+#include "ostrel/quarks/untilUnload.h"
+
 // Frees the memory that the C++ runtime sets aside for exceptions; only its sources declare it.
 namespace __gnu_cxx {
 void __freeres();
@@ -47,14 +49,12 @@ std::uint64_t inMilliseconds(const timespec& time) {
          static_cast<std::uint64_t>(time.tv_nsec + 999'999) / 1'000'000;
 }
 
-bool isProcessEnding = false;
-
 // Keys of thread-local values. The system hands out fibre-local storage so that its values are
 // destroyed at the end of their thread and, those of all threads, when it is given back.
 class tKeys {
  public:
   ~tKeys() {
-    if (isProcessEnding) return;
+    if (!varmex::isLastUse()) return;
     for (std::size_t i = 0; i < count_; ++i) FlsFree(keys_[i]);
     __gnu_cxx::__freeres();
   }
@@ -89,12 +89,6 @@ __attribute__((init_priority(101))) tKeys keys;
 }  // namespace
 
 extern "C" {
-
-// At the end of the process its other threads have ended wherever they were, maybe within the heap.
-BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID atProcessEnd) {
-  if (reason == DLL_PROCESS_DETACH) isProcessEnding = atProcessEnd != nullptr;
-  return TRUE;
-}
 
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t*) {
   *mutex = PTHREAD_MUTEX_INITIALIZER;

@@ -6,8 +6,8 @@
 
 namespace varmex::inline nOSTRELS100 {
 
-// Whether the library is being unloaded from a process that goes on, or no thread is left to use
-// it. Otherwise the process ends while its threads run.
+// Whether the library is being unloaded from a process that goes on. In one that ends, threads run
+// or have been ended amid a change.
 bool isLastUse();
 
 // Whoever uses such data says so ahead of it, unless it is reached through tUntilUnload itself. The
