@@ -102,6 +102,10 @@ END
 fi
 newRoot
 expect 0 '^No modules: there is no description, neither .*[/\\]pxisys.ini$' list
+for words in 'draw -o -' 'triggers 1/2 1/3' 'explain DMM' 'terminals 5.0.0' 'route 5.0.0 PXI_Trig1' 'show 1' 'watch --once --timeout 0.1'; do
+  # shellcheck disable=SC2086
+  expect 1 'There is no description, neither .*[/\\]pxisys.ini nor ' $words
+done
 expect 1 '^No modules: there is no description' find dmm
 expect 0 '^No chassis: there is no description, neither .*[/\\]pxisys.ini$' show
 expect 0 '"Chassis": \[\]' show --json

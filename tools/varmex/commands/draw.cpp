@@ -10,6 +10,7 @@
 #include "tools/varmex/picture/picture.h"
 #include "tools/varmex/picture/rsvgConvert.h"
 #include "tools/varmex/saved/savedFile.h"
+#include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/moment.h"
 #include "tools/varmex/text/output.h"
 
@@ -42,7 +43,10 @@ class tDraw : public tCommand {
     const tFormat& format = formatOf(output_);
     tJson description = describe(installation_.open(), {chassis_, std::nullopt});
     const tJson& chassis = description["Chassis"];
-    if (chassis.empty()) throw std::runtime_error("no chassis to draw");
+    if (chassis.empty()) {
+      requireDescription();
+      throw std::runtime_error("no chassis to draw");
+    }
     markFaults(description);
     (this->*format.write)({chassis.begin(), chassis.end()});
     showFaults(description, std::cerr);

@@ -93,6 +93,8 @@ class tWatch : public tCommand {
       // Once what is in the way has been told, no notice tells it again.
       std::optional<varmex::Session> session =
           trouble_.empty() ? installation_.open() : varmex::Session();
+      // Chassis that go are told one by one; who begins without any wants to know why it is quiet.
+      if (known_.is_null() || !trouble_.empty()) requireDescription();
       if (!trouble_.empty()) tell("The description can be read.", {{"event", "readable"}});
       trouble_.clear();
       return session;

@@ -219,6 +219,7 @@ varmex::Module moduleCalled(const varmex::Session& session, const std::string& n
   const std::vector<varmex::Module>& found = byAlias.empty() ? byOther : byAlias;
   if (found.size() == 1) return found.front();
   if (found.empty()) {
+    requireDescription();
     throw std::runtime_error("there is no module \"" + name + '"' +
                              (isWhole ? ""
                                       : " among those that can be read; \"varmex check\" "

@@ -38,7 +38,9 @@ tReason reasonOf(const std::exception& exception, const tAsked& asked) {
     return {0, "std::out_of_range", exception.what(), std::move(told.sentence),
             std::move(told.remedy)};
   }
-  return {0, kNoConstant, exception.what(), exception.what(), ""};
+  const bool isNone = dynamic_cast<const tNoDescription*>(&exception) != nullptr;
+  return {0, kNoConstant, exception.what(), exception.what(),
+          isNone ? tNoDescription::remedy() : ""};
 }
 
 tAsked askedOf(const varmex::ItemBase& item, std::uint32_t attribute) {

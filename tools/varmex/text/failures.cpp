@@ -252,6 +252,9 @@ tFaultyItem filled(const tFaultyItem& item, const tFields& fields) {
 tSentence sentenceOf(const varmex::Error& error, const tAsked& asked) {
   tFields fields = fieldsOf(error);
   if (error.code() == ostrelerr_osFault) return systemFault(fields);
+  if (error.code() == varmex_errorUnknownItem && !isDescriptionThere()) {
+    return {tNoDescription().what(), kNoFiles};
+  }
   const auto wrapped = fields.find("wrappedMessage");
   // The library casts root buses and nothing else.
   if (wrapped != fields.end() && wrapped->second.starts_with("bad lexical cast")) {
@@ -324,6 +327,16 @@ tNoDescription::tNoDescription()
     : std::runtime_error("There is no description, neither " + varmex::getPxiSysPath() + " nor " +
                          varmex::getPxieSysPath() + '.') {}
 
+const char* tNoDescription::remedy() { return kNoFiles; }
+
+bool isDescriptionThere() {
+  return isThere(varmex::getPxiSysPath()) || isThere(varmex::getPxieSysPath());
+}
+
+void requireDescription() {
+  if (!isDescriptionThere()) throw tNoDescription();
+}
+
 void tellFailure(const std::exception& failure) {
   if (const auto* const error = dynamic_cast<const varmex::Error*>(&failure)) {
     return tell("", *error);
@@ -360,11 +373,9 @@ std::string failureText(const std::string& constant, std::int32_t code,
 }
 
 std::string noneText(const std::string& what) {
-  const std::string pxiSys = varmex::getPxiSysPath();
-  const std::string pxieSys = varmex::getPxieSysPath();
-  if (isThere(pxiSys) || isThere(pxieSys)) return "No " + what + ".\n";
-  return "No " + what + ": there is no description, neither " + told(pxiSys) + "\nnor " +
-         told(pxieSys) + ".\n  " + kNoFiles + '\n';
+  if (isDescriptionThere()) return "No " + what + ".\n";
+  return "No " + what + ": there is no description, neither " + told(varmex::getPxiSysPath()) +
+         "\nnor " + told(varmex::getPxieSysPath()) + ".\n  " + kNoFiles + '\n';
 }
 
 }  // namespace tool

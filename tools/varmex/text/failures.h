@@ -20,7 +20,14 @@ void tellWarning(const varmex::Error& warning);
 class tNoDescription : public std::runtime_error {
  public:
   tNoDescription();
+
+  static const char* remedy();
 };
+
+bool isDescriptionThere();
+
+// Throws tNoDescription without one: where nothing was found, since there is nothing.
+void requireDescription();
 
 // Why there is nothing to show of what is named, "chassis", in lines of its own.
 std::string noneText(const std::string& what);
