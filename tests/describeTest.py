@@ -268,7 +268,7 @@ ON_MADE = [
     (["find", "module-4"], 1, r"no module fits"), (["find", "2/8"], 0, r"^  2/8 +25\.23\.0 "),
     (["triggers", "1/2", "1/17"], 0, r"^Way 1: bus 1 > bridge 1 > bus 2 > bridge 3 > bus 3$"),
     (["triggers", "MODULE-1-1", "MODULE-3-2"], 1, r"two chassis"),
-    (["triggers", "2/2", "2/7"], 0, r"^Star trigger 1: 2/2 is the controller, 2/7 is line 4; this line joins"),
+    (["triggers", "2/2", "2/7"], 0, r"^Star trigger 1: 2/2 is the controller, 2/7 is line 4; this line joins the two\.$"),
     (["triggers", "3/1", "3/8", "--all"], 0, r"^Both are on trigger bus 1"),
     (["list", "--columns", "place,serial"], 0, r"^  3/2 +0A40008D$"),
     (["explain", "2", "ChassisTriggerManagerLibrary"], 0, r"^  3  registry.reg +.HKEY_.*PXISA.Services. absent$"),
