@@ -61,7 +61,7 @@ const std::vector<tSystemCall>& systemCalls() {
       {"read", {EIO, EINTR}},
       {"close", {EINTR, EIO}},
       {"fclose", {EIO}},
-      {"fcntl", {EINVAL}},
+      {"fcntl", {ENOMEM}, {ENOMEM}},
       {"fstat", {EIO, ENOMEM}},
       {"stat", {EACCES, EIO, ENOMEM, ELOOP}},
       {"lstat", {EACCES, EIO}},
