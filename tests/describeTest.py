@@ -7,14 +7,13 @@ import fcntl
 import io
 import json
 import os
-import queue
 import re
+import select
 import shutil
 import signal
 import subprocess
 import sys
 import tempfile
-import threading
 from pathlib import Path, PureWindowsPath
 
 sys.path.insert(0, str(Path(__file__).resolve().parent / "support"))
@@ -316,22 +315,14 @@ class Watch:
     """A running watch, line by line."""
 
     def __init__(self, root, *arguments):
-        self.process = subprocess.Popen([*VARMEX, "watch", *arguments], env=root.environment(),
-                                        stdout=subprocess.PIPE, text=True)
-        self.lines = queue.Queue()
-        threading.Thread(target=self.read, daemon=True).start()
-
-    def read(self):
-        for line in self.process.stdout:
-            self.lines.put(line.rstrip("\n"))
+        # Without a buffer, in which lines could wait unseen.
+        self.process = subprocess.Popen([*VARMEX, "watch", *arguments], env=root.environment(), bufsize=0,
+                                        stdout=subprocess.PIPE)
 
     def take(self, count):
         taken = []
-        try:
-            while len(taken) < count:
-                taken.append(self.lines.get(timeout=DEADLINE))
-        except queue.Empty:
-            pass
+        while len(taken) < count and select.select([self.process.stdout], [], [], DEADLINE)[0]:
+            taken.append(self.process.stdout.readline().decode().rstrip("\r\n"))
         return taken
 
     def end(self):

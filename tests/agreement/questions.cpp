@@ -18,12 +18,20 @@ using varmex::Session;
 constexpr std::uint32_t kLastChassis = 9;
 constexpr std::uint32_t kLastSlot = 21;
 
-std::string wordsOf(const std::function<void()>& ask) {
+bool isNeverAnAnswer(std::int32_t) { return false; }
+bool isUnknown(std::int32_t code) { return code == varmex_errorUnknownItem; }
+bool isAbsence(std::int32_t code) {
+  return varmex::meansNothing(code) && code != varmex_errorInformationNotAvailable;
+}
+
+// Empty also for a failure that is an answer.
+using tIsAnswer = bool (*)(std::int32_t code);
+std::string wordsOf(const std::function<void()>& ask, tIsAnswer isAnswer = isNeverAnAnswer) {
   try {
     ask();
     return {};
   } catch (const varmex::Error& error) {
-    return error.what();
+    return isAnswer(error.code()) ? "" : error.what();
   } catch (const std::out_of_range& error) {
     return std::string("the exception std::out_of_range: ") + error.what();
   }
@@ -37,18 +45,15 @@ void askAttribute(const ItemBase& item, const tool::tAttribute& attribute) {
   }
 }
 
-bool isAbsence(std::int32_t code) {
-  return varmex::meansNothing(code) && code != varmex_errorInformationNotAvailable;
-}
-
 class tAsker {
  public:
   std::vector<tRefusal> run() {
     ask("session", [&] {
       const Session session;
       for (std::uint32_t number = 0; number <= kLastChassis; ++number) {
-        askIfThere("chassis " + std::to_string(number),
-                   [&] { askChassis(session.chassis(number)); });
+        ask(
+            "chassis " + std::to_string(number), [&] { askChassis(session.chassis(number)); },
+            isUnknown);
       }
       ask("all chassis", [&] { session.chassis(); });
       ask("all devices", [&] { session.devices(); });
@@ -57,31 +62,17 @@ class tAsker {
   }
 
  private:
-  void ask(const std::string& question, const std::function<void()>& answer) {
-    const std::string words = wordsOf(answer);
+  void ask(const std::string& question, const std::function<void()>& answer,
+           tIsAnswer isAnswer = isNeverAnAnswer) {
+    const std::string words = wordsOf(answer, isAnswer);
     if (!words.empty()) refusals_.push_back({question, words});
-  }
-
-  void askIfThere(const std::string& question, const std::function<void()>& answer) {
-    ask(question, [&] {
-      try {
-        answer();
-      } catch (const varmex::Error& error) {
-        if (error.code() != varmex_errorUnknownItem) throw;
-      }
-    });
   }
 
   void askAttributes(const std::string& about, const ItemBase& item,
                      const tool::tAttributes& attributes) {
     for (const tool::tAttribute& attribute : attributes) {
-      ask(about + ", " + attribute.name, [&] {
-        try {
-          askAttribute(item, attribute);
-        } catch (const varmex::Error& error) {
-          if (!isAbsence(error.code())) throw;
-        }
-      });
+      ask(
+          about + ", " + attribute.name, [&] { askAttribute(item, attribute); }, isAbsence);
     }
   }
 
@@ -90,7 +81,8 @@ class tAsker {
     askAttributes("chassis " + number, chassis, tool::kChassisAttributes);
     for (std::uint32_t slot = 0; slot <= kLastSlot; ++slot) {
       const std::string name = "slot " + number + '/' + std::to_string(slot);
-      askIfThere(name, [&] { askSlot(name, chassis.slot(slot)); });
+      ask(
+          name, [&] { askSlot(name, chassis.slot(slot)); }, isUnknown);
     }
     ask("chassis " + number + ", slots", [&] { chassis.slots(); });
     ask("chassis " + number + ", trigger bridges", [&] {

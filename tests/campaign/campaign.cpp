@@ -105,10 +105,9 @@ class tPatience {
     return slept_ > kHang || state.worked - worked_ > kHang;
   }
   std::string told() const {
-    const auto worked = test::tThreadState(task_).worked - worked_;
-    return std::to_string(slept_.count()) + " s asleep and " +
-           std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(worked).count()) +
-           " ms at work";
+    const std::chrono::duration<double> worked = test::tThreadState(task_).worked - worked_;
+    return std::to_string(slept_.count()) + " s asleep and " + std::to_string(worked.count()) +
+           " s at work";
   }
 
  private:

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "tests/injection/scenarios.h"
 #include "tests/support/posix/child.h"
@@ -48,8 +49,18 @@ class tSystemCallInjection : public tScenarios, public testing::WithParamInterfa
     for (const int error : errors) {
       SCOPED_TRACE(std::strerror(error));
       const bool isTold = std::ranges::count(told, error) > 0;
+      std::optional<tSystemCalls> calls;
+      const auto hasFailed = [&] {
+        const bool isOver = calls->failures.empty();
+        calls.reset();
+        return isOver;
+      };
       tScenarios::inject(
-          scenario, [&, name = call](long n) { failSystemCall(name, n, error); }, systemCallFailed,
+          scenario,
+          [&, name = call](long n) {
+            calls.emplace().failures = {{name, {error, n}}};
+          },
+          hasFailed,
           [&, name = call](const std::string& answer, const std::string& undisturbed,
                            const tStatus& result) {
             EXPECT_EQ(openDescriptors(), descriptors);

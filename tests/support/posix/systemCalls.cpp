@@ -6,42 +6,32 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <mutex>
 #include <utility>
 
 namespace test {
 
 namespace {
 
-std::atomic<bool> armed{false};
-std::mutex mutex;
-std::string target;
-long countdown = 0;  // at 1 the next call fails
-int failure = 0;
-
 tSystemCalls* current = nullptr;
 
 int errorFor(const char* name, const char* path) {
-  if (tSystemCalls* const calls = std::exchange(current, nullptr)) {
-    ++calls->counts[name];
-    // It may take itself away.
-    if (const auto hook = calls->before.find(name); hook != calls->before.end()) {
-      const std::function<void(const char*)> act = hook->second;
-      act(path);
-    }
-    const auto planned = calls->failures.extract(name);
-    current = calls;
-    return planned ? planned.mapped() : 0;
+  tSystemCalls* const calls = std::exchange(current, nullptr);
+  if (!calls) return 0;
+  ++calls->counts[name];
+  // It may take itself away.
+  if (const auto hook = calls->before.find(name); hook != calls->before.end()) {
+    const std::function<void(const char*)> act = hook->second;
+    act(path);
   }
-  if (!armed) return 0;
-  const std::lock_guard lock(mutex);
-  return target == name && countdown > 0 && --countdown == 0 ? failure : 0;
+  current = calls;
+  const auto planned = calls->failures.find(name);
+  if (planned == calls->failures.end() || --planned->second.number > 0) return 0;
+  return calls->failures.extract(planned).mapped().error;
 }
 
 // Whether this call is to fail; its error is then set.
@@ -83,20 +73,6 @@ const std::vector<tSystemCall>& systemCalls() {
       {"getrandom", {EINTR, ENOSYS}},
       {"syscall", {ENOSYS, EINTR}}};
   return calls;
-}
-
-void failSystemCall(const std::string& name, long n, int error) {
-  const std::lock_guard lock(mutex);
-  target = name;
-  countdown = n;
-  failure = error;
-  armed = true;
-}
-
-bool systemCallFailed() {
-  const std::lock_guard lock(mutex);
-  armed = false;
-  return countdown == 0;
 }
 
 tSystemCalls::tSystemCalls() { current = this; }

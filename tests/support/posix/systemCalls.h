@@ -16,13 +16,6 @@ struct tSystemCall {
 };
 const std::vector<tSystemCall>& systemCalls();
 
-// Makes the n-th call of that name from now on fail with the error, once. Calls count in all
-// threads, as far as the program's own objects make them.
-void failSystemCall(const std::string& name, long n, int error);
-
-// Ends it; whether it came to the failure.
-bool systemCallFailed();
-
 // As long as one lives it stands between this program's own code and those calls, but for what its
 // hooks do themselves. One thread uses it.
 class tSystemCalls {
@@ -35,8 +28,13 @@ class tSystemCalls {
   // What goes ahead of each call of that name; the path is that of "open".
   std::map<std::string, std::function<void(const char* path)>> before;
 
-  // The next call of that name fails with that error, once.
-  std::map<std::string, int> failures;
+  // The next call of that name fails with that error, or the one of that number from now on, once.
+  struct tFailure {
+    tFailure(int why, long which = 1) : error(why), number(which) {}
+    int error;
+    long number;
+  };
+  std::map<std::string, tFailure> failures;
 
   // How often each was called.
   std::map<std::string, int> counts;
