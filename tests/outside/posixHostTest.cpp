@@ -156,11 +156,24 @@ class tOwnFiles {
 
 double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
+// The host's next files get none of the library's numbers, nor do the library's own, unless there
+// are few: a poll that is woken looks its numbers up again.
 TEST_F(tHost, closesDescriptorsBehindTheWait) {
   for (const bool isAsleep : {false, true}) {
     inChild([&, this] {
+      closefrom(3);  // whatever was inherited
+      const rlimit few{50, 1024};
+      if (!isAsleep) setrlimit(RLIMIT_NOFILE, &few);
+      const int next = dup(0);
+      close(next);
       describe(kOneChassis, "");
       EXPECT_EQ(wait(0), varmex_waitTimedOut);
+      EXPECT_EQ(dup(0) == next, isAsleep);
+      std::vector<int> former;
+      for (int number = 60; number < 1024; ++number) {
+        if (fcntl(number, F_GETFD) >= 0) former.push_back(number);
+      }
+      EXPECT_EQ(former.size(), isAsleep ? 4U : 0U);
       std::deque<tWaiter> waiters;
       for (int n = 0; isAsleep && n < 2; ++n) waiters.emplace_back(session_);
       if (isAsleep) settle();
@@ -172,6 +185,7 @@ TEST_F(tHost, closesDescriptorsBehindTheWait) {
       EXPECT_EQ(wait(400), varmex_waitTimedOut) << status_.text();
       EXPECT_LT(processorSeconds() - before, 0.3);
       for (const tWaiter& waiter : waiters) EXPECT_TRUE(waiter.sleeps());
+      for (const int number : former) EXPECT_LT(fcntl(number, F_GETFD), 0) << number;
       EXPECT_EQ(waitDuring([this] { machine_.writePxieSys("x"); }), varmex_waitChanged);
       for (tWaiter& waiter : waiters) EXPECT_EQ(waiter.end(), varmex_waitChanged);
       session_.reset();

@@ -260,7 +260,7 @@ TEST_F(tPosixWait, aFolderThatGoesEndsTheWait) {
 // Of all inotify instances of the process.
 std::size_t watchesInUse() {
   std::size_t count = 0;
-  for (int number = 0; number < 100; ++number) {
+  for (int number = 0; number < 1024; ++number) {
     std::ifstream info("/proc/self/fdinfo/" + std::to_string(number));
     for (std::string line; std::getline(info, line);) count += line.starts_with("inotify");
   }

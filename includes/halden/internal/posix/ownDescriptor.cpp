@@ -12,21 +12,36 @@ namespace halden {
 
 namespace {
 
-// All inotify instances are one inode to fstat. What tells ours, and one of ours from the next
-// under its number, is the signal that an open file would send if it were asked to, which is never
-// asked for here.
-int nextMark() {
+// Counts the descriptors, over and over: how many there are at once is far less.
+int nextTurn() {
   static std::atomic<unsigned> count{0};
-  const auto marks = static_cast<unsigned>(SIGRTMAX - SIGRTMIN + 1);
-  return SIGRTMAX - static_cast<int>(count++ % marks);
+  return static_cast<int>(count++ % static_cast<unsigned>(SIGRTMAX - SIGRTMIN + 1));
+}
+
+// Away from the numbers that the host's next files get, and our own. A poll looks its numbers up
+// anew when it is woken: if it is so because the host closed everything, and finds other files
+// there by then, it sleeps on, and nothing wakes it any more.
+int moveUp(int number, int turn) {
+  for (const int least : {960, 240, 60}) {
+    const int moved = fcntl(number, F_DUPFD_CLOEXEC, least + turn);
+    if (moved < 0) continue;
+    close(number);
+    return moved;
+  }
+  return number;
 }
 
 }  // namespace
 
 bool tOwnDescriptor::adopt(int number) {
   if (number < 0) return false;
+  const int turn = nextTurn();
+  number = moveUp(number, turn);
+  // All inotify instances are one inode to fstat. What tells ours, and one of ours from the next
+  // under its number, is the signal that an open file would send if it were asked to, which is
+  // never asked for here.
+  mark_ = SIGRTMAX - turn;
   struct stat file {};
-  mark_ = nextMark();
   if (fstat(number, &file) != 0 || fcntl(number, F_SETSIG, mark_) != 0) {
     const int reason = errno;
     close(number);
