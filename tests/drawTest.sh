@@ -81,7 +81,7 @@ else
 fi
 
 newRoot
-drawn 1 'no chassis to draw' -o -
+drawn 1 'There is no description, neither' -o -
 long=$(printf '%5000s' | tr ' ' W)
 gone=$(printf '<script>"&\x27]]>\xff\xc0\xaf\xed\xa0\x80\xef\xbf\xbf\x1b\xc2\x85')
 many=$(seq -s , 1000 1099)
