@@ -1,6 +1,5 @@
 // What a child of a fork finds locked.
 
-#include <atomic>
 #include <semaphore>
 #include <thread>
 
@@ -97,10 +96,9 @@ TEST(RoutingDevice, isTheChilds) {
 TEST(RoutingDevice, isWholeInTheChild) {
   tDevice device;
   device.loadTerminals("");
-  std::atomic<bool> isDone{false};
-  std::thread busy([&] {
+  const std::jthread busy([&](const std::stop_token& over) {
     const std::string token(100, 't');
-    while (!isDone) {
+    while (!over.stop_requested()) {
       device.take(1, token.c_str());
       device.give(1);
     }
@@ -114,8 +112,6 @@ TEST(RoutingDevice, isWholeInTheChild) {
       EXPECT_TRUE(device.take(3, "c"));
     });
   }
-  isDone = true;
-  busy.join();
 }
 
 }  // namespace

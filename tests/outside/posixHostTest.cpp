@@ -30,8 +30,12 @@ namespace fs = std::filesystem;
 // A thread that waits for a session, for ever if not told otherwise.
 class tWaiter {
  public:
-  explicit tWaiter(const tItem& session, std::uint32_t timeout = 0xFFFFFFFF)
-      : thread_([this, item = session.get(), timeout] {
+  static constexpr varmex_WaitResult kNone = 9;
+
+  explicit tWaiter(const tItem& session, std::uint32_t timeout = 0xFFFFFFFF,
+                   int cancelState = PTHREAD_CANCEL_ENABLE)
+      : thread_([=, this, item = session.get()] {
+          pthread_setcancelstate(cancelState, nullptr);
           tStatus status;
           result_ = varmex_waitForSessionInvalidation(item, timeout, status);
           EXPECT_TRUE(result_ != varmex_waitFailed || status.code() == ostrelerr_osFault);
@@ -40,12 +44,10 @@ class tWaiter {
   tWaiter& operator=(const tWaiter&) = delete;
 
   bool sleeps() const { return result_ == kNone; }
+  void cancel() { pthread_cancel(thread_.native_handle()); }
   varmex_WaitResult end() { return thread_.join(), result_.load(); }
-  void leave() { thread_.detach(); }
 
  private:
-  static constexpr varmex_WaitResult kNone = 9;
-
   std::atomic<varmex_WaitResult> result_{kNone};
   std::thread thread_;
 };
@@ -217,46 +219,27 @@ TEST_F(tHost, leavesNoDescriptorsForTheWait) {
   });
 }
 
-struct tCancelled {
-  varmex_Item* session;
-  int state;
-  varmex_WaitResult result;
-};
-
-void* waitForEver(void* argument) {
-  tCancelled& own = *static_cast<tCancelled*>(argument);
-  pthread_setcancelstate(own.state, nullptr);
-  own.result = varmex_waitForSessionInvalidation(own.session, 0xFFFFFFFF, nullptr);
-  return nullptr;
-}
-
 // Whoever of them it was that slept for the system, and but for those that asked not to be
 // cancelled. Not for ThreadSanitizer, which loses sight of the locks of a thread that is cancelled
 // in a system call.
 TEST_F(tHost, cancelledWaitersLeaveTheOthersWhole) {
   describe(kOneChassis, "");
   const tItem other(varmex_openPXISession(0, status_));
-  std::vector<tCancelled> calls(6);
-  std::vector<pthread_t> threads(calls.size());
-  for (std::size_t n = 0; n < calls.size(); ++n) {
-    const int state = n == 5 ? PTHREAD_CANCEL_DISABLE : PTHREAD_CANCEL_ENABLE;
-    calls[n] = {n % 2 ? other.get() : session_.get(), state, 9};
-    ASSERT_EQ(pthread_create(&threads[n], nullptr, waitForEver, &calls[n]), 0);
+  std::deque<tWaiter> waiters;
+  for (int n = 0; n < 6; ++n) {
+    waiters.emplace_back(n % 2 ? other : session_, 0xFFFFFFFF,
+                         n == 5 ? PTHREAD_CANCEL_DISABLE : PTHREAD_CANCEL_ENABLE);
     if (n < 2) settle();
   }
   settle();
-  pthread_cancel(threads[5]);
+  waiters[5].cancel();
   for (const std::size_t victim : {0U, 3U, 1U, 2U}) {
-    pthread_cancel(threads[victim]);
-    void* end = nullptr;
-    pthread_join(threads[victim], &end);
-    EXPECT_EQ(end, PTHREAD_CANCELED);
-    EXPECT_EQ(calls[victim].result, 9U);
+    waiters[victim].cancel();
+    EXPECT_EQ(waiters[victim].end(), tWaiter::kNone) << "it was unwound";
   }
   machine_.writePxieSys("x");
   for (const std::size_t survivor : {4U, 5U}) {
-    pthread_join(threads[survivor], nullptr);
-    EXPECT_EQ(calls[survivor].result, varmex_waitChanged);
+    EXPECT_EQ(waiters[survivor].end(), varmex_waitChanged);
   }
 }
 

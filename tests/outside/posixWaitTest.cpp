@@ -201,7 +201,7 @@ TEST_F(tPosixWait, passesFoldersThatMayNotBeRead) {
   chmod(base().c_str(), 0755);
   chmod(place.c_str(), 0711);
   setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
-  std::thread other([&] {
+  const std::jthread other([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     relink(place / "root", "two");
   });
@@ -210,7 +210,6 @@ TEST_F(tPosixWait, passesFoldersThatMayNotBeRead) {
     session_.reset(varmex_openPXISession(0, status_));
     EXPECT_EQ(wait(kLongWait), varmex_waitChanged) << status_.text();
   });
-  other.join();
 }
 
 TEST_F(tPosixWait, seesMountsOverTheFolder) {
