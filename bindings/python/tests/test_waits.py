@@ -7,6 +7,7 @@ import subprocess
 import sys
 import threading
 import time
+from concurrent.futures import ThreadPoolExecutor
 
 import pytest
 import varmex
@@ -30,13 +31,6 @@ async def expect_change(watch, root):
     assert change.session.is_current and not change.previous.is_current
 
 
-def in_thread(work):
-    results = []
-    thread = threading.Thread(target=lambda: results.append(work()))
-    thread.start()
-    return thread, results
-
-
 @pytest.mark.parametrize("in_main_thread", [True, False])
 def test_wait_sees_a_change_and_keeps_to_its_time(root, in_main_thread):
     def waits():
@@ -47,26 +41,25 @@ def test_wait_sees_a_change_and_keeps_to_its_time(root, in_main_thread):
             assert time.monotonic() - before >= 0.3
             threading.Timer(0.2, touch, [root]).start()
             assert session.wait(LIMIT) is WaitResult.CHANGED and session.wait()
-        return True
 
     if in_main_thread:
         waits()
     else:
-        thread, results = in_thread(waits)
-        thread.join()
-        assert results == [True]
+        with ThreadPoolExecutor() as threads:
+            threads.submit(waits).result()
 
 
 def test_others_run_while_one_waits_and_close_ends_it(root):
     session = varmex.Session()
     chassis = session.chassis[1]
-    thread, results = in_thread(lambda: session.wait())
-    for _ in range(100):
-        assert chassis.number == 1
-    session.close()
-    thread.join(LIMIT)
-    # The wait had begun, or begins with a session that is closed.
-    assert not thread.is_alive() and results in ([WaitResult.CANCELLED], [])
+    with ThreadPoolExecutor() as threads:
+        wait = threads.submit(session.wait)
+        for _ in range(100):
+            assert chassis.number == 1
+        session.close()
+        # The wait had begun, or begins with a session that is closed.
+        failure = wait.exception(LIMIT)
+        assert isinstance(failure, varmex.ClosedError) or wait.result() is WaitResult.CANCELLED
     with pytest.raises(varmex.ClosedError):
         chassis.number
 
