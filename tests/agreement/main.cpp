@@ -210,6 +210,20 @@ class tCase {
   bool isRight_ = true;
 };
 
+// A list that breaks between the check's own look at it and the session's.
+bool placesLateFault(test::tTestMachine& machine) {
+  machine.writePxieSys("");
+  machine.writePxiSys("[System]\nChassisList = \"\"\n");
+  const tFindings findings = tool::checkDescription([&] {
+    machine.writePxiSys("[System]\nChassisList = x\n");
+    return varmex::Session();
+  });
+  const tool::tPosition position = findings.empty() ? tool::tPosition() : findings.front().position;
+  if (position.line == 2 && position.item == "ChassisList") return true;
+  std::cout << "a late fault: at " << tool::textOf(position) << '\n';
+  return false;
+}
+
 int compare(std::uint32_t count, std::uint32_t first) {
   test::tTestMachine machine;
   std::set<std::string> met;
@@ -220,7 +234,7 @@ int compare(std::uint32_t count, std::uint32_t first) {
     passed += isRight ? 1 : 0;
   }
   constexpr std::uint32_t kLong = 1000;
-  std::uint32_t failed = count - passed;
+  std::uint32_t failed = count - passed + (placesLateFault(machine) ? 0 : 1);
   for (const std::string& id : kWrong) {
     if (count < kLong || met.contains(id)) continue;
     std::cout << "never met: " << id << '\n';
