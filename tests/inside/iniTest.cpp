@@ -71,24 +71,12 @@ class tIni : public testing::Test {
 TEST_F(tIni, readsATextThatIsOrIsNotAsExpected) {
   ASSERT_TRUE(tContentDigester::isReady());
   constexpr std::size_t kShare = 64 * 1024;  // to compare, four of them to read
-  constexpr std::size_t kSizes[] = {1,
-                                    127,
-                                    128,
-                                    129,
-                                    4095,
-                                    4096,
-                                    4097,
-                                    kShare - 1,
-                                    kShare,
-                                    kShare + 1,
-                                    2 * kShare,
-                                    150'000,
-                                    4 * kShare - 1,
-                                    4 * kShare,
-                                    4 * kShare + 1,
-                                    8 * kShare};
+  std::vector<std::size_t> sizes = {1, 150'000};
+  for (const std::size_t edge : {std::size_t{128}, std::size_t{4096}, kShare, 4 * kShare}) {
+    sizes.insert(sizes.end(), {edge - 1, edge, edge + 1, 2 * edge});
+  }
   tIniText read;
-  for (const std::size_t size : kSizes) {
+  for (const std::size_t size : sizes) {
     const auto expectRead = [&](const std::string& text, const tContentDigest* expected, bool is) {
       write(text);
       ASSERT_TRUE(readIniText(path_.string(), read, tLooked::no, expected));

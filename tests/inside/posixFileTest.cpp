@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "corpxiTools/fileSystem/fileBytes.h"
+#include "corpxiTools/fileSystem/registryKey.h"
 #include "corpxiTools/fileSystem/utils.h"
 #include "corpxiTools/iniFile.h"
 #include "tests/support/posix/systemCalls.h"
@@ -48,6 +49,10 @@ TEST(InputFile, isARegularOne) {
     calls.before["open"] = [&](const char*) { opened = true; };
     EXPECT_FALSE(tIniFile().read(machine.pxiSys().string())) << what;
     EXPECT_EQ(openInputStream(machine.pxiSys().c_str()), nullptr) << what;
+    make((machine.folder() / "registry.reg").c_str());
+    const auto root = tRegistryRoot::localMachine;
+    EXPECT_EQ(tRegistryKey().open(root, "", tRegistryView::process), 0U) << what;
+    EXPECT_EQ(tRegistryKey().open(root, "X", tRegistryView::process), unsigned{ENOENT}) << what;
     EXPECT_FALSE(opened) << what;
     machine.write(machine.pxieSys(), "[A]\n");
     calls.before["open"] = [&](const char* path) {

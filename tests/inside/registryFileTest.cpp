@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <cstring>
 #include <thread>
@@ -156,15 +155,6 @@ TEST_F(tRegistryFile, isEnumeratedAsItWas) {
   EXPECT_EQ(subkey(0), "X");
   write(1);
   EXPECT_EQ(subkey(1), "Y");
-}
-
-TEST_F(tRegistryFile, isRegular) {
-  ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
-  EXPECT_EQ(number(), -1);
-  std::filesystem::remove(file());
-  std::filesystem::create_directory(file());
-  EXPECT_EQ(number(), -1);
-  EXPECT_EQ(open(""), 0U);
 }
 
 // The child is forked by a thread that reads the text, or has it at hand: to the child it is locked

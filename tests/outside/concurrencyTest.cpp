@@ -11,25 +11,6 @@ namespace {
 
 using tConcurrency = tModel;
 
-TEST_F(tConcurrency, oneChassisAskedForItsTriggerManager) {
-  const tInstalledServiceLibrary service("full", "mode 1");
-  machine_.setRegistryText("SOFTWARE\\PXISA\\Services\\Trigger Managers\\T", "Library", "t.dll");
-  describe("", "[Chassis1]\nVendor=V\nModel=M\nSerialNumber=S\nTriggerManager=T\n");
-  const tItem item = chassis(1);
-  runInThreads(4, [&](int thread) {
-    for (int n = 0; n < 25; ++n) {
-      tStatus status;
-      const tItem copy(varmex_duplicate(item.get(), status));
-      varmex_Item* const asked = thread % 2 ? item.get() : copy.get();
-      EXPECT_STREQ(
-          varmex_getStringAttribute(asked, varmex_str_ChassisTriggerManagerLibrary, status),
-          "t.dll");
-      EXPECT_EQ(varmex_getU32Attribute(asked, varmex_u32_IsTriggerManagerNative, status), 0U);
-      EXPECT_EQ(status.code(), 0) << status.text();
-    }
-  });
-}
-
 // Every chassis, slot, device and bridge of the session and all that they answer.
 void readEverything(varmex_Item* session) {
   tStatus status;
@@ -54,10 +35,15 @@ void readEverything(varmex_Item* session) {
 // Of a description of which nothing has been worked out: one item, one session, and sessions of
 // their own.
 TEST_F(tConcurrency, threadsAskWhatNobodyAskedBefore) {
+  const tInstalledServiceLibrary service("full", "mode 1");
+  machine_.setRegistryText("SOFTWARE\\PXISA\\Services\\Trigger Managers\\T", "Library", "t.dll");
   machine_.writeConfiguration();
+  std::string description = kRoutingDescription;
+  description.insert(description.find("Vendor="), "TriggerManager=T\n");
+  description += "PeripheralModuleOccupiedSlotList=9\n[Chassis1Slot9]\nX=";
   for (int round = 0; round < 30; ++round) {
-    describe("", kRoutingDescription + ("PeripheralModuleOccupiedSlotList=9\n[Chassis1Slot9]\nX=" +
-                                        std::to_string(round)));
+    describe("", description + std::to_string(round));
+    const tItem rack = chassis(1);
     const tItem item = slot(1, 2);
     const tItem covered = slot(1, 9);
     std::vector<const char*> names(4);
@@ -66,6 +52,10 @@ TEST_F(tConcurrency, threadsAskWhatNobodyAskedBefore) {
       EXPECT_EQ(varmex_getU32Attribute(covered.get(), varmex_u32_OccupyingModuleSlot, status), 4U);
       EXPECT_EQ(varmex_getU32Attribute(item.get(), varmex_u32_StarTriggerLine, status), 0U);
       EXPECT_EQ(varmex_getU32Attribute(item.get(), varmex_u32_DStarTriggerSet, status), 0U);
+      EXPECT_EQ(varmex_getU32Attribute(rack.get(), varmex_u32_IsTriggerManagerNative, status), 0U);
+      EXPECT_STREQ(
+          varmex_getStringAttribute(rack.get(), varmex_str_ChassisTriggerManagerLibrary, status),
+          "t.dll");
       names[static_cast<std::size_t>(n)] =
           varmex_getStringAttribute(item.get(), varmex_str_TriggerBusStableName, status);
       readEverything(session_.get());

@@ -112,12 +112,10 @@ TEST_F(tRouting, needsADeviceWithItsGroups) {
     EXPECT_FALSE(tRoutingSession(telmar_ra_varmex_createSession(name, std::realloc, status_)));
     EXPECT_EQ(takeFailure(), failure(-380755, "varmex_errorInvalidParameter"));
   }
-  for (const auto& [name, code] :
-       {std::pair{"9.0.0:1", varmex_errorUnknownItem}, {"6.0.0:2", varmex_errorStarController}}) {
-    EXPECT_FALSE(open(name)) << name;
-    EXPECT_EQ(status_.code(), code) << name;
-    varmex_releaseStatus(status_);
-  }
+  EXPECT_FALSE(open("9.0.0:1"));
+  EXPECT_TRUE(takeFailure().starts_with("-380751 varmex_errorUnknownItem"));
+  EXPECT_FALSE(open("6.0.0:2"));
+  EXPECT_TRUE(takeFailure().starts_with("-380758 varmex_errorStarController"));
   status_.record().code = -1;
   EXPECT_FALSE(open("5.0.0:0")) << "an error in the record stops the call";
 }

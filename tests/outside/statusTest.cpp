@@ -47,10 +47,14 @@ bool provide(tStatusRecord* record, std::uint32_t capacity) {
   return capacity == 0 || !manner->refuses;
 }
 
-TEST_F(tStatusRules, anErrorStopsEveryCall) {
+TEST_F(tStatusRules, anErrorHasItsFormAndStopsEveryCall) {
   describe("", "");
   number(session_, 1);
-  const std::string first = status_.text();
+  const tStatusRecord& record = status_.record();
+  ASSERT_EQ(record.capacity, 512U);
+  const std::string first = record.text;
+  for (std::size_t n = first.size(); n < 511; ++n) ASSERT_EQ(record.text[n], '\0') << n;
+  EXPECT_EQ(record.text[511], 'J');
   EXPECT_FALSE(varmex_openPXISession(0, status_));
   EXPECT_EQ(varmex_getU32Attribute(nullptr, 0, status_), 0U);
   EXPECT_EQ(status_.text(), first);
@@ -64,16 +68,6 @@ TEST_F(tStatusRules, aWarningStandsUntilAnError) {
   EXPECT_EQ(status_.code(), 5);
   number(session_, 1);
   EXPECT_EQ(takeFailure(), notApplicable(1));
-}
-
-TEST_F(tStatusRules, aTextHasItsForm) {
-  describe("", "");
-  number(session_, 1);
-  const tStatusRecord& record = status_.record();
-  ASSERT_EQ(record.capacity, 512U);
-  const std::size_t length = std::strlen(record.text);
-  for (std::size_t n = length; n < 511; ++n) ASSERT_EQ(record.text[n], '\0') << n;
-  EXPECT_EQ(record.text[511], 'J');
 }
 
 TEST_F(tStatusRules, recordsWithoutRoomCarryTheCode) {
