@@ -1,7 +1,9 @@
 #ifndef TESTS_SUPPORT_TESTPLACE_H
 #define TESTS_SUPPORT_TESTPLACE_H
 
+#include <cstdlib>
 #include <filesystem>
+#include <system_error>
 
 namespace test {
 
@@ -12,16 +14,22 @@ namespace test {
 class tTestPlace {
  public:
   explicit tTestPlace(char** arguments);
-  ~tTestPlace();
+  ~tTestPlace() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder(), ignored);
+  }
   tTestPlace(const tTestPlace&) = delete;
   tTestPlace& operator=(const tTestPlace&) = delete;
 
-  static std::filesystem::path folder();
+  static std::filesystem::path folder() { return std::getenv(kVariable); }
   // Where this program and those that it starts were built.
   static std::filesystem::path programs();
   // Where the system finds a library by its bare name. Under Wine it is the prefix's own: there
   // programs that run at once need a prefix each.
   static std::filesystem::path libraries();
+
+ private:
+  static constexpr const char* kVariable = "VARMEX_TEST_PLACE";
 };
 
 }  // namespace test

@@ -12,8 +12,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kVariable = "VARMEX_TEST_PLACE";
-
 void addLibraryPath(const std::string& folder) {
   const char* const others = std::getenv("LD_LIBRARY_PATH");
   const std::string path = others && *others ? folder + ':' + others : folder;
@@ -35,13 +33,6 @@ tTestPlace::tTestPlace(char** arguments) {
   execv("/proc/self/exe", arguments);
   throw std::runtime_error("cannot start again");
 }
-
-tTestPlace::~tTestPlace() {
-  std::error_code ignored;
-  fs::remove_all(folder(), ignored);
-}
-
-fs::path tTestPlace::folder() { return std::getenv(kVariable); }
 
 fs::path tTestPlace::programs() { return fs::read_symlink("/proc/self/exe").parent_path(); }
 

@@ -9,12 +9,6 @@ namespace test {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-constexpr const char* kVariable = "VARMEX_TEST_PLACE";
-
-}  // namespace
-
 tTestPlace::tTestPlace(char**) {
   const fs::path own =
       fs::temp_directory_path() / ("varmex-test-place-" + std::to_string(GetCurrentProcessId()));
@@ -22,13 +16,6 @@ tTestPlace::tTestPlace(char**) {
   fs::create_directories(own);
   _putenv_s(kVariable, own.string().c_str());
 }
-
-tTestPlace::~tTestPlace() {
-  std::error_code ignored;
-  fs::remove_all(folder(), ignored);
-}
-
-fs::path tTestPlace::folder() { return std::getenv(kVariable); }
 
 fs::path tTestPlace::programs() {
   wchar_t program[1024] = {};
