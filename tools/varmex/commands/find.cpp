@@ -79,7 +79,7 @@ class tWord {
 
 class tFind : public tCommand {
  public:
-  tFind() : tCommand("find", "Find modules by a part of their name, model, address, ...") {}
+  tFind() : tCommand("find", "Find modules by a part of what they are called, or by address") {}
 
   void addOptions(CLI::App& line) override {
     line.add_option("text", words_,
