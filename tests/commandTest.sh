@@ -56,6 +56,8 @@ expect 0 '^  1  pxisys.ini +.Chassis1Slot9. absent$' explain 1/9 SlotType
 expect 1 '^varmex: there is no module "x"$' explain x
 expect 2 'there is no x here, but ChassisNumber, ' explain 1/9 x
 expect 2 'neither 2 nor 2/5' explain 1/bridge/x
+expect 2 '"[^[:cntrl:]]*x1B\[31m" is neither 2 nor' show $'\e[31m'
+expect 0 '^\{\}$' list --jsonl --columns alias,width
 # A full device, a narrow output, colours, a lock that another program holds.
 unplain=$(for verb in '' show find list draw report check triggers explain terminals route watch save diff make; do
   # shellcheck disable=SC2086
@@ -222,8 +224,8 @@ checked 1 'no valid slot path, .* known: "9" in .*pxisys\.ini, line 180\. ' 'sho
 checked 1 '^!2  slot 1/10, SlotType: "Odd" is no type of slot: .*pxiesys\.ini, line 218\. ' show pxiesys.ini '202s/=.*/= Odd/;218s/=.*/= Odd/'
 checked 1 'PXI_TRIG3 .* line -1, .* to 7: "0,-1" in .*pxisys\.ini, line 49\. ' show pxisys.ini '49s/=.*/= "0,-1"/'
 checked 1 'and 1 more: .* destination line 8, .* to 7: "8" in .*pxisys\.ini, line 59\. ' show pxisys.ini '59s/=.*/= 8/;49s/=.*/= 9/'
-checked 1 'StarTriggerNumber and [0-9]+ more: Section .* has no PXI_STAR7: "" in .*pxiesys\.ini, line 37\. ' show pxiesys.ini '37s/=.*/= ""/'
-checked 1 'DStarTriggerNumber and [0-9]+ more: Section .* has no StarSystemTimingSet7: "" in .*, line 56\. ' show pxiesys.ini '56s/=.*/= ""/'
+checked 1 'StarTriggerNumber and [0-9]+ more: PXI_STAR7 in section .* has no value: "" in .*pxiesys\.ini, line 37\. ' show pxiesys.ini '37s/=.*/= ""/'
+checked 1 'DStarTriggerNumber and [0-9]+ more: StarSystemTimingSet7 in section .* has no value: "" in .*, line 56\. ' show pxiesys.ini '56s/=.*/= ""/'
 checked 1 'has no FunctionList: neither file has such a section\. ' show pxisys.ini '/^.Chassis3Slot4Function0Device8\]/d'
 checked 1 '^1 fault hides 2 answers\. ' show pxisys.ini '49s/=.*/= 8/'
 checked 1 'bridge 1, line 3 and 1 more: .*pxisys\.ini, line 49\. ' 'triggers 1/2 1/9' pxisys.ini '49s/=.*/= 8/'
@@ -236,6 +238,7 @@ checked 1 'no module fits "nothing" among those that can be read$' 'find nothing
 # What is doubtful alone, which no answer of the library shows, and what is right beside it.
 finds 'bridge-onto-itself: .Chassis1TriggerBridge1.$' pxisys.ini '27s/=.*/= 1/'
 finds 'files-disagree: .Chassis1TriggerBridge1. LineMappingSpec$' pxisys.ini '28s/=.*/= 2/'
+finds 'out-of-range: .Chassis[0-9]+Slot[0-9]+.* PCIDeviceNumber$' pxisys.ini '0,/^PCIDeviceNumber = [0-9]/s//PCIDeviceNumber = 9/'
 finds 'no trigger line: 8$' pxisys.ini '49s/=.*/= "8"/'
 finds 'doubtful: bad-number: .Chassis1Slot1. PeripheralSlotLinkWidth1$' pxiesys.ini 's/^.Chassis1Slot1.$/&\nPeripheralSlotLinkWidth1 = x/'
 finds 'doubtful: bad-number: .Chassis3Slot1. PCISlotPathRootBus$' pxisys.ini 's/^.Chassis3Slot1.$/&\nPCISlotPathRootBus = x/'

@@ -1,5 +1,6 @@
 #include "tools/synthetic/installation.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -231,12 +232,16 @@ class tMaker {
     return "PXIePeripheralSlot";
   }
 
+  std::uint32_t slotLanes(std::uint32_t slot) const {
+    return layout_.slotKind(slot) == tSlotKind::peripheral ? 8 : 4;
+  }
+
   void addExpressSlot(std::uint32_t slot) {
     const tSlotKind kind = layout_.slotKind(slot);
     pxieSys_.addSection(chassisKey() + "Slot" + decimal(slot));
     pxieSys_.addText("SlotType", slotType(slot));
     if (kind != tSlotKind::system && kind != tSlotKind::pxi1) {
-      pxieSys_.addNumber("PeripheralSlotLinkWidth1", kind == tSlotKind::peripheral ? 8 : 4);
+      pxieSys_.addNumber("PeripheralSlotLinkWidth1", slotLanes(slot));
       pxieSys_.addNumber("PeripheralSlotLinkWidth2", 0);
       pxieSys_.addNumber("SystemSlotLinkOrigin1", 1 + (slot - 1) / 5);
       pxieSys_.addNumber("SystemSlotLinkOrigin2", 0);
@@ -258,14 +263,15 @@ class tMaker {
     const std::string device =
         "PXI0::" + decimal(address.bus) + '-' + decimal(address.device) + '.';
     const bool isWide = layout_.module(slot) == tModule::wideExpress;
-    noteFunctions(address, 2, product.linkWidth);
+    const std::uint32_t lanes = std::min(product.linkWidth, slotLanes(slot));
+    noteFunctions(address, 2, lanes);
     pxieSys_.addText("Vendor", product.vendor);
     pxieSys_.addText("Model", product.model);
     pxieSys_.addText("InstanceName", "MODULE-" + decimal(number_) + "-" + decimal(slot));
     pxieSys_.addText("AddressInfo", device + "0::INSTR;" + device + "1::INSTR");
     pxieSys_.addText("PeripheralModuleOccupiedSlotList", isWide ? decimal(slot + 1) : "");
     pxieSys_.addNumber("PeripheralModuleLinkWidthMax", product.linkWidth);
-    pxieSys_.addNumber("PeripheralModuleLinkWidthNegotiated", product.linkWidth);
+    pxieSys_.addNumber("PeripheralModuleLinkWidthNegotiated", lanes);
   }
 
   void addClassicSlot(std::uint32_t slot) {

@@ -9,6 +9,7 @@
 
 #include "tools/varmex/commands/list.h"
 #include "tools/varmex/help.h"
+#include "tools/varmex/text/columns.h"
 #include "tools/varmex/text/commandLine.h"
 #include "tools/varmex/text/failures.h"
 #include "tools/varmex/text/streams.h"
@@ -26,10 +27,12 @@ constexpr tCommandPtr (*kCommands[])() = {
 tExitStatus endParsing(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<std::string> words = app.remaining();
   if (error.get_name() != "RequiredError" || words.empty() || !app.get_subcommands().empty()) {
-    return app.exit(error) == 0 ? kDone : kBadUsage;
+    // What was typed may steer the terminal.
+    const int code = app.exit({error.get_name(), visible(error.what()), error.get_exit_code()});
+    return code == 0 ? kDone : kBadUsage;
   }
-  app.exit(
-      {"ExtrasError", '"' + words.front() + "\" is no subcommand", CLI::ExitCodes::ExtrasError});
+  app.exit({"ExtrasError", '"' + visible(words.front()) + "\" is no subcommand",
+            CLI::ExitCodes::ExtrasError});
   return kBadUsage;
 }
 

@@ -14,6 +14,9 @@ constexpr const char* kBus = "PCIBusNumber";
 constexpr const char* kDevice = "PCIDeviceNumber";
 constexpr const char* kAddressInfo = "AddressInfo";
 
+bool isBus(std::int32_t number) { return number >= 0 && number <= 255; }
+bool isDevice(std::int32_t number) { return number >= 0 && number <= 31; }
+
 // The numbers of a text, each behind one of these literals, as far as the text has them.
 std::vector<std::int32_t> readNumbers(const std::string& text,
                                       std::initializer_list<std::string_view> literals) {
@@ -76,7 +79,7 @@ class tDeviceCheck {
     owner_ = {chassis.number, slot, &rules_.express};
     const tPosition position = rules_.express.at(chassis.slotSection(slot), kAddressInfo);
     for (const auto& address : readResourceNames(*names).addresses) {
-      enter({address.bus, address.device}, address.function, position);
+      enter({address.bus, address.device}, address.function, position, position);
     }
   }
 
@@ -148,17 +151,19 @@ class tDeviceCheck {
     const auto busNumber = rules_.takeNumber(file, section, kBus, question_);
     const auto deviceNumber = rules_.takeNumber(file, section, kDevice, question_);
     if (!busNumber || !deviceNumber || !owner_) return;
-    enter({*busNumber, *deviceNumber}, static_cast<std::int32_t>(function), file.at(section, kBus));
+    const char* const unreal = !isBus(*busNumber) ? kBus : !isDevice(*deviceNumber) ? kDevice : "";
+    enter({*busNumber, *deviceNumber}, static_cast<std::int32_t>(function), file.at(section, kBus),
+          file.at(section, unreal));
   }
 
-  void enter(const tKey& key, std::int32_t function, const tPosition& position) {
+  // At `unreal` stands what is out of range, if anything is.
+  void enter(const tKey& key, std::int32_t function, const tPosition& position,
+             const tPosition& unreal) {
     const auto [bus, device] = key;
     const std::string address =
         std::to_string(bus) + '.' + std::to_string(device) + '.' + std::to_string(function);
-    const bool isReal =
-        bus >= 0 && bus <= 255 && device >= 0 && device <= 31 && function >= 0 && function <= 7;
-    if (!isReal) {
-      rules_.doubt("address-out-of-range", position, "no PCI address has these numbers: " + address,
+    if (!isBus(bus) || !isDevice(device) || function < 0 || function > 7) {
+      rules_.doubt("address-out-of-range", unreal, "no PCI address has these numbers: " + address,
                    "a device at that address");
     }
     const auto [place, isNew] = owners_.try_emplace(key, *owner_);

@@ -59,7 +59,7 @@ void writeCsv(tJson& document, const tModuleColumns& columns, tPciNotation notat
 // The values of some columns, numbers as numbers and lists as lists; all the document has without.
 tJson selected(const tJson& module, const tModuleColumns& columns, tPciNotation notation) {
   if (columns.empty()) return module;
-  tJson row;
+  tJson row = tJson::object();
   for (const tModuleColumn* const column : columns) {
     if (module.contains(column->key)) {
       row[column->key] = module[column->key];

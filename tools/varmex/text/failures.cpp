@@ -89,6 +89,11 @@ const tWords kWords[] = {
      kCheck},
     {varmex_errorInformationNotAvailable, "mappingSection_",
      "Neither file has the line map [{mappingSection_}].", kCheck},
+    {varmex_errorInformationNotAvailable, "attribute",
+     "The chassis has no description file: its own files name none or differ, or the registry has "
+     "no "
+     "ChassisDescriptionFilePath.",
+     kCheck},
     {varmex_errorInformationNotAvailable, "sectionName_",
      "Neither file has {itemName} in section [{sectionName_}].", kCheck},
     {varmex_errorInformationNotAvailable,
@@ -282,7 +287,10 @@ tSentence sentenceOf(const varmex::Error& error, const tAsked& asked) {
 tSentence placed(tSentence sentence) {
   std::string places;
   for (const tFaultyItem& item : sentence.about) {
-    if (places.empty()) places = placesOf(item);
+    if (!places.empty()) break;
+    places = placesOf(item);
+    const bool isBlank = item.fault == tItemFault::missing && places.starts_with('"');
+    if (isBlank) sentence.what = item.item + " in section [" + item.section + "] has no value.";
   }
   if (!places.empty()) sentence.what.back() = ':';
   if (!places.empty()) sentence.what += ' ' + places + '.';
