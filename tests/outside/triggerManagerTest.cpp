@@ -1,4 +1,3 @@
-#include <regex>
 
 #include "tests/support/model.h"
 #include "tests/support/serviceLibrary.h"
@@ -87,10 +86,14 @@ TEST_F(tTriggerManager, theServiceLibraryDecides) {
                {"full", "open -8", "T", "-8" + own("open"), "<load><open><unload>"},
                {"withoutopen", "", "T", lacks, "<load><unload>"},
                {"withoutclose", "", "T", lacks, "<load><unload>"}};
-  const std::regex place(R"re("file":"[^"]*library\.cpp","line":\d+)re");
+  const auto withoutPlace = [](const std::string& text) {
+    const auto [ahead, behind] = cut(text, R"(library.cpp","line":)");
+    if (behind.empty()) return text;
+    return ahead.substr(0, ahead.find("\"file\"")) + "library" + behind.substr(behind.find(','));
+  };
   for (const auto& [variant, answers, manager, expected, calls] : cases) {
     const tInstalledServiceLibrary service(variant, answers);
-    EXPECT_EQ(std::regex_replace(isNative(manager), place, "library"), expected) << answers;
+    EXPECT_EQ(withoutPlace(isNative(manager)), expected) << answers;
     EXPECT_EQ(service.takeCalls(), calls) << variant << answers;
   }
 }
