@@ -1,4 +1,3 @@
-
 #include "tests/support/model.h"
 #include "tests/support/serviceLibrary.h"
 #include "tests/support/texts.h"
