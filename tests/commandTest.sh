@@ -53,7 +53,7 @@ expect 0 '^  1/7 +11\.0\.0 +DIO-LEFT +Havrel Modular +HM-6220 Digital I/O +x1/4 
 expect 2 'excludes' list --csv --jsonl
 expect 0 'lines 0 to 7 reach from each to the other' triggers 1/7 1/9
 expect 0 '^  1  pxisys.ini +.Chassis1Slot9. absent$' explain 1/9 SlotType
-expect 1 '^varmex: there is no module "x"$' explain x
+expect 1 '^varmex: there is no module "x"; "varmex list" names' explain x
 expect 2 'there is no x here, but ChassisNumber, ' explain 1/9 x
 expect 2 'neither 2 nor 2/5' explain 1/bridge/x
 expect 2 '"[^[:cntrl:]]*x1B\[31m" is neither 2 nor' show $'\e[31m'

@@ -112,7 +112,8 @@ void makeInstallation(const std::string& folder, const std::vector<std::string>&
   const std::string pxiSys = description + "/pxisys.ini";
   const std::string pxieSys = description + "/pxiesys.ini";
   if (isThere(pxiSys) || isThere(pxieSys)) {
-    throw std::runtime_error("there is a description already in " + description);
+    throw std::runtime_error("there is a description already in " + description +
+                             "; name another folder");
   }
   const std::string lock = folder + "/var/lib/PXISA";
   if (pciFaults) {

@@ -221,7 +221,7 @@ varmex::Module moduleCalled(const varmex::Session& session, const std::string& n
   if (found.empty()) {
     requireDescription();
     throw std::runtime_error("there is no module \"" + name + '"' +
-                             (isWhole ? ""
+                             (isWhole ? "; \"varmex list\" names those that there are"
                                       : " among those that can be read; \"varmex check\" "
                                         "tells what to mend of the others"));
   }

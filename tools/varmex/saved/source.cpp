@@ -17,10 +17,14 @@ namespace {
 // The standard input, by the name that it has among options.
 constexpr const char* kInput = "-";
 
+constexpr const char* kSourcesThatFit =
+    "name a file that \"varmex save\" wrote, or a folder as VARMEX_FSROOT";
+
 std::string nameOf(const std::string& path) { return path == kInput ? "standard input" : path; }
 
 [[noreturn]] void refuse(const std::string& path, const std::string& reason) {
-  throw tNoSource("can't read " + nameOf(path) + ": " + reason, "can't be read: " + reason);
+  throw tNoSource("can't read " + nameOf(path) + ": " + reason + "; " + kSourcesThatFit,
+                  "can't be read: " + reason);
 }
 
 [[noreturn]] void refuseSize(const std::string& path) { refuse(path, "it has more than 64 MB"); }
@@ -60,7 +64,7 @@ tSavedInstallation readFile(const std::string& path) {
     return readSaved(bytes);
   } catch (const std::runtime_error& error) {
     const std::string reason = std::string("is no saved installation: ") + error.what();
-    throw tNoSource(nameOf(path) + ' ' + reason, reason);
+    throw tNoSource(nameOf(path) + ' ' + reason + "; " + kSourcesThatFit, reason);
   }
 }
 
