@@ -254,7 +254,7 @@ TRIGGERS = [
     ("SUPPLY", "5.0.0", ["--all"], ["4,2"], ["star indirect", "dstar indirect"], ""),
     ("1/10", "1/9", [], [""], ["star direct", "dstar direct"], ""), ("0d:00.0", "1/8", [], [""], None, ""),
     ("3/8", "3/2", [], [""], ["star direct"], ""), ("1/2", "2/2", [], [], [], "two chassis"),
-    ("1/9", "DMM", [], [""], [], ""), ("nothing", "1/2", [], None, None, 'no module "nothing"\n'),
+    ("1/9", "DMM", [], [""], [], ""), ("nothing", "1/2", [], None, None, 'no module "nothing"; "varmex list" names those that there are\n'),
     ("1/2", "1/99", [], None, None, "no slot 99"),
 ]
 
