@@ -48,7 +48,9 @@ TEST(InputFile, isARegularOne) {
     bool opened = false;
     calls.before["open"] = [&](const char*) { opened = true; };
     EXPECT_FALSE(tIniFile().read(machine.pxiSys().string())) << what;
+    errno = 0;
     EXPECT_EQ(openInputStream(machine.pxiSys().c_str()), nullptr) << what;
+    EXPECT_EQ(errno, ENXIO) << what;
     make((machine.folder() / "registry.reg").c_str());
     const auto root = tRegistryRoot::localMachine;
     EXPECT_EQ(tRegistryKey().open(root, "", tRegistryView::process), 0U) << what;
