@@ -19,8 +19,7 @@ inline constexpr tAbsenceRow kAbsenceRows[] = {
     // A bridge names a line map that is not there.
     {"\"mappingSection_\"", false, ""},
     // What a chassis, a bus, a bridge, a star trigger and a line map that are there must have. A
-    // line of
-    // a star trigger is asked for where it stands alone, so that it has no value then.
+    // line of a star trigger is asked for where it stands alone, so that it has no value then.
     {" item: TriggerBusList not found\"", false, ""},
     {" item: SlotList not found\"", false, ""},
     {" item: SourceTriggerBus not found\"", false, ""},
