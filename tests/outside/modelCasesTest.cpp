@@ -11,12 +11,12 @@
 //     Slots by SlotNumber SlotType: 2 8; 3 1
 //     containing 2                    goes on with the item that contains it; "copy": with a copy
 //
-// A failure is "! WORD DETAIL", WORD without varmex_error: DETAIL is what "varmex_debug" holds, in
-// quotes a wrapped message, behind a plus all that follows the head keys; "throws TEXT" is a
-// std::out_of_range. Lines that begin with six blanks continue the one ahead.
+// A failure is "! " and what `refusal` takes; "throws TEXT" is a std::out_of_range. Lines that
+// begin with six blanks continue the one ahead.
 
 #include <cstdio>
 #include <map>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 
@@ -44,7 +44,7 @@ std::vector<tCase> allCases() {
     std::istringstream stream{std::string(file->text)};
     for (std::string line; std::getline(stream, line);) {
       if (line.starts_with("== ")) {
-        cases.push_back({line.substr(3), {}});
+        cases.push_back({std::regex_replace(line.substr(3), std::regex("\\W"), "_"), {}});
       } else if (line.starts_with("      ")) {
         cases.back().lines.back() += line.substr(5);
       } else if (!line.empty() && line[0] != '#') {
@@ -66,29 +66,6 @@ const std::map<std::string, std::uint32_t>& interfaceNumbers() {
     }
   }
   return numbers;
-}
-
-std::string expectedOf(const std::string& answer) {
-  if (!answer.starts_with("! ")) return answer;
-  static const std::map<std::string, std::int32_t> codes = {
-      {"errorUnknownItem", -380751},
-      {"errorInvalidHandle", -380752},
-      {"errorInformationConflict", -380753},
-      {"errorFeatureUnsupported", -380754},
-      {"errorInvalidParameter", -380755},
-      {"errorAttributeNotApplicable", -380756},
-      {"errorInformationNotAvailable", -380757},
-      {"errorStarController", -380758},
-      {"errorNotConnected", -380759},
-      {"softwareFault", -380765}};
-  const auto [word, detail] = cut(answer.substr(2), " ");
-  const std::string name = (word == "softwareFault" ? "" : "error") + word;
-  const std::string constant = "varmex_" + name;
-  if (detail.empty()) return failure(codes.at(name), constant);
-  const std::string inside = detail.substr(1, detail.size() - 2);
-  if (detail[0] == '"') return wrapped(codes.at(name), constant, inside);
-  const std::string debug = R"({"varmex_debug":)" + detail + "}";
-  return failure(codes.at(name), constant, detail[0] == '+' ? detail.substr(1) : debug);
 }
 
 class tModelCases : public tModel, public testing::WithParamInterface<tCase> {
@@ -125,7 +102,7 @@ class tModelCases : public tModel, public testing::WithParamInterface<tCase> {
   }
 
   void expectOpened(tItem opened, const std::string& failure) {
-    EXPECT_EQ(takeFailure(), failure.empty() ? "" : expectedOf("! " + failure));
+    EXPECT_EQ(takeFailure(), failure.empty() ? "" : refusal(failure));
     EXPECT_EQ(opened == nullptr, !failure.empty());
     if (opened) item_ = std::move(opened);
   }
@@ -139,8 +116,9 @@ class tModelCases : public tModel, public testing::WithParamInterface<tCase> {
       expectOpened(tItem(varmex_openContainingItem(item_.get(), kind, status_)), failure);
     } else {
       for (const std::string& question : split(line, " | ")) {
-        const auto [names, answer] = cut(question + ' ', ": ");
-        const std::string expected = expectedOf(answer.substr(0, answer.size() - !answer.empty()));
+        auto [names, answer] = cut(question, ":");
+        answer.erase(0, 1);
+        const std::string expected = answer.starts_with("! ") ? refusal(answer.substr(2)) : answer;
         for (const std::string& name : split(names, ", ")) EXPECT_EQ(answerTo(name), expected);
       }
     }
@@ -149,21 +127,19 @@ class tModelCases : public tModel, public testing::WithParamInterface<tCase> {
   std::string answerTo(const std::string& name) try {
     const auto& known = interfaceNumbers();
     const auto [list, columns] = cut(name, " by ");
-    const auto number = [&] { return static_cast<std::uint32_t>(std::stoul(name.substr(1))); };
+    const auto attribute = [&](const std::string& kind) {
+      if (known.contains(kind + name)) return known.at(kind + name);
+      return static_cast<std::uint32_t>(std::stoul(name.substr(1)));
+    };
     std::string answer;
     if (known.contains("container_" + list)) {
-      for (const tItem& one : items(item_, known.at("container_" + list))) {
-        answer += answer.empty() ? "" : ";";
-        for (const std::string& column : split(columns, " ")) {
-          answer += (answer.empty() ? "" : " ") +
-                    std::to_string(this->number(one, known.at("u32_" + column)));
-        }
-      }
+      std::vector<std::uint32_t> asked;
+      for (const std::string& each : split(columns, " ")) asked.push_back(known.at("u32_" + each));
+      answer = listed(item_, known.at("container_" + list), asked);
     } else if (known.contains("str_" + name) || name[0] == 's') {
-      answer = text(item_, name[0] == 's' ? number() : known.at("str_" + name));
+      answer = text(item_, attribute("str_"));
     } else {
-      answer =
-          std::to_string(this->number(item_, name[0] == 'u' ? number() : known.at("u32_" + name)));
+      answer = std::to_string(number(item_, attribute("u32_")));
     }
     return orFailure(answer);
   } catch (const std::out_of_range& exception) {
@@ -182,14 +158,8 @@ TEST_P(tModelCases, answers) {
   }
 }
 
-std::string nameOf(const testing::TestParamInfo<tCase>& info) {
-  std::string name = info.param.name;
-  std::replace_if(
-      name.begin(), name.end(), [](char byte) { return !std::isalnum(byte); }, '_');
-  return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Of, tModelCases, testing::ValuesIn(allCases()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Of, tModelCases, testing::ValuesIn(allCases()),
+                         [](const auto& each) { return each.param.name; });
 
 }  // namespace
 

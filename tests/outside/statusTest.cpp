@@ -67,19 +67,18 @@ TEST_F(tStatusRules, aWarningStandsUntilAnError) {
   EXPECT_EQ(text(session_, varmex_str_Version), "19.5.0");
   EXPECT_EQ(status_.code(), 5);
   number(session_, 1);
-  EXPECT_EQ(takeFailure(), notApplicable(1));
+  EXPECT_EQ(takeFailure(), refusal(R"(AttributeNotApplicable {"attribute":1})"));
 }
 
 TEST_F(tStatusRules, recordsWithoutRoomCarryTheCode) {
   describe("", "");
   for (auto reallocate : {refuseRoom, claimRoom, static_cast<decltype(&refuseRoom)>(nullptr)}) {
-    tStatusRecord record{0, 0, reallocate, nullptr};
-    EXPECT_EQ(varmex_getU32Attribute(session_.get(), 1, &record), 0U);
-    EXPECT_EQ(record.code, -380756);
-    EXPECT_EQ(record.text, nullptr);
-    tStatusRecord claims{0, 512, reallocate, nullptr};
-    EXPECT_EQ(varmex_getU32Attribute(session_.get(), 1, &claims), 0U);
-    EXPECT_EQ(claims.code, -380756);
+    for (const std::uint32_t claimed : {0U, 512U}) {
+      tStatusRecord record{0, claimed, reallocate, nullptr};
+      EXPECT_EQ(varmex_getU32Attribute(session_.get(), 1, &record), 0U);
+      EXPECT_EQ(record.code, -380756);
+      EXPECT_EQ(record.text, nullptr);
+    }
   }
   EXPECT_EQ(varmex_getU32Attribute(session_.get(), 1, nullptr), 0U);
   EXPECT_TRUE(tItem(varmex_openPXISession(0, nullptr)));

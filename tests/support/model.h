@@ -67,23 +67,15 @@ class tModel : public testing::Test {
     const char* value = varmex_getStringAttribute(item.get(), attribute, status_);
     return value ? value : "<null>";
   }
-  // What an item answers to several attributes: "1 2 3", and "a|b|c".
-  using tAttributes = std::initializer_list<std::uint32_t>;
-  std::string numbers(const tItem& item, tAttributes attributes) {
+  // What each item of a container answers: "1 2 3; 4 5 6".
+  std::string listed(const tItem& item, std::uint32_t kind,
+                     const std::vector<std::uint32_t>& attributes) {
     std::string all;
-    for (const auto one : attributes)
-      all += (all.empty() ? "" : " ") + std::to_string(number(item, one));
-    return all;
-  }
-  std::string texts(const tItem& item, tAttributes attributes) {
-    std::string all;
-    for (const auto one : attributes) all += (all.empty() ? "" : "|") + text(item, one);
-    return all;
-  }
-  // What each item of a container answers: "1 2 3; 4 5 6; ".
-  std::string listed(const tItem& item, std::uint32_t kind, tAttributes attributes) {
-    std::string all;
-    for (const tItem& one : items(item, kind)) all += numbers(one, attributes) + "; ";
+    for (const tItem& one : items(item, kind)) {
+      if (!all.empty()) all += ';';
+      for (const auto attribute : attributes)
+        all += (all.empty() ? "" : " ") + std::to_string(number(one, attribute));
+    }
     return all;
   }
 
@@ -94,33 +86,6 @@ class tModel : public testing::Test {
 
   // What the record holds that all calls share, in the form of the functions below.
   std::string takeFailure() { return test::takeFailure(status_); }
-
-  // The texts of failures, by what the tests expect of them.
-  static std::string notApplicable(const std::string& debug) {
-    return failure(-380756, "varmex_errorAttributeNotApplicable", inDebug(debug));
-  }
-  static std::string notApplicable(std::uint32_t attribute) {
-    return notApplicable(R"({"attribute":)" + std::to_string(attribute) + "}");
-  }
-  static std::string notAvailable(const std::string& debug) {
-    return failure(-380757, "varmex_errorInformationNotAvailable", inDebug(debug));
-  }
-  static std::string conflict(const std::string& debug) {
-    return failure(-380753, "varmex_errorInformationConflict", inDebug(debug));
-  }
-  static std::string invalidParameter(const std::string& debug) {
-    return failure(-380755, "varmex_errorInvalidParameter", inDebug(debug));
-  }
-  static std::string invalidHandle() { return failure(-380752, "varmex_errorInvalidHandle"); }
-  static std::string unknownItem(const std::string& detail) {
-    return failure(-380751, "varmex_errorUnknownItem", detail);
-  }
-  static std::string notFound(const std::string& message) {
-    return wrapped(-380757, "varmex_errorInformationNotAvailable", message);
-  }
-  static std::string inDebug(const std::string& debug) {
-    return R"({"varmex_debug":)" + debug + "}";
-  }
 
   // An empty text stands for no file.
   static void replace(const std::filesystem::path& path, const std::string& text) {

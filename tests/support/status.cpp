@@ -1,6 +1,9 @@
 #include "tests/support/status.h"
 
+#include <map>
 #include <nlohmann/json.hpp>
+
+#include "tests/support/texts.h"
 
 namespace test {
 
@@ -10,9 +13,27 @@ std::string failure(std::int32_t code, const std::string& constant, const std::s
   return std::to_string(code) + ' ' + constant + ' ' + ordered_json::parse(detail).dump();
 }
 
-std::string wrapped(std::int32_t code, const std::string& constant, const std::string& message) {
-  const ordered_json detail = {{"varmex_debug", {{"wrappedMessage", message}}}};
-  return failure(code, constant, detail.dump());
+std::string refusal(const std::string& words) {
+  static const std::map<std::string, std::int32_t> codes = {
+      {"varmex_errorUnknownItem", -380751},
+      {"varmex_errorInvalidHandle", -380752},
+      {"varmex_errorInformationConflict", -380753},
+      {"varmex_errorFeatureUnsupported", -380754},
+      {"varmex_errorInvalidParameter", -380755},
+      {"varmex_errorAttributeNotApplicable", -380756},
+      {"varmex_errorInformationNotAvailable", -380757},
+      {"varmex_errorStarController", -380758},
+      {"varmex_errorNotConnected", -380759},
+      {"varmex_errorIterationFailure", -380760},
+      {"varmex_errorTriggerManagerLibraryNotFound", -380761},
+      {"varmex_softwareFault", -380765}};
+  const auto [word, detail] = cut(words, " ");
+  const std::string constant = (word == "softwareFault" ? "varmex_" : "varmex_error") + word;
+  const std::int32_t code = codes.at(constant);
+  if (detail.empty()) return failure(code, constant);
+  if (detail[0] == '+') return failure(code, constant, detail.substr(1));
+  const std::string debug = detail[0] == '"' ? R"({"wrappedMessage":)" + detail + '}' : detail;
+  return failure(code, constant, R"({"varmex_debug":)" + debug + '}');
 }
 
 std::string takeFailure(tStatus& status) {

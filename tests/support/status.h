@@ -31,8 +31,9 @@ class tStatus {
 std::string failure(std::int32_t code, const std::string& constant,
                     const std::string& detail = "{}");
 
-// The same for a failure that wraps an exception's message.
-std::string wrapped(std::int32_t code, const std::string& constant, const std::string& message);
+// The same by words: "UnknownItem DETAIL" for varmex_errorUnknownItem. DETAIL is what
+// "varmex_debug" holds, in quotes a wrapped message, behind a plus all that follows the head keys.
+std::string refusal(const std::string& words);
 
 // What a record holds in that form, with the head keys in their order; "" for nothing. The record
 // is then fresh again.
