@@ -1,11 +1,11 @@
 // The life of a routing coordinator: clients on two modules that calculate, reserve, join,
 // conflict, release and die. Every answer is held against a small model of who holds what.
 
-#include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <set>
+#include <utility>
 
 #include "tests/support/model.h"
 #include "tests/support/routing.h"
@@ -15,31 +15,16 @@ namespace test {
 
 namespace {
 
-// The rules of ownership for the terminals of one device. A holder is a session, known by its
+// Who holds the terminals of a module, and under which tokens. A holder is a session, known by its
 // address alone: a new session in the place of a dead one holds what that held.
-class tOwnership {
- public:
-  bool mayTake(int terminal, const std::string& token) const {
-    const auto held = tokens_.find(terminal);
-    return held == tokens_.end() || held->second.empty() || held->second == token;
-  }
-  void take(int terminal, const std::string& token, const void* client) {
-    holders_[terminal].insert(client);
-    tokens_[terminal] = token;
-  }
-  void release(int terminal, const void* client) {
-    holders_[terminal].erase(client);
-    if (holders_[terminal].empty()) tokens_.erase(terminal);
-  }
-
- private:
-  std::map<int, std::string> tokens_;
-  std::map<int, std::set<const void*>> holders_;
-};
-
 struct tDevice {
+  bool mayTake(const std::string& terminal, const std::string& token) {
+    return tokens[terminal].empty() || tokens[terminal] == token;
+  }
+
   std::string name;
-  tOwnership ownership;
+  std::map<std::string, std::string> tokens{};
+  std::map<std::string, std::set<const void*>> holders{};
 };
 
 // One client: a session with its routes, and what it holds.
@@ -48,75 +33,77 @@ class tClient {
   tClient(tDevice& device, unsigned seed) : device_(device), random_(seed) { open(); }
 
   void step() {
-    const int terminal = pick(8);
-    const std::string token = std::string(1, static_cast<char>('a' + pick(3)));
-    const int act = pick(8);
+    const std::string terminal = "PXI_Trig" + std::to_string(pick(8));
+    const std::string token(1, "abc"[pick(3)]);
+    const std::size_t act = pick(8);
     if (act < 3) return calculateAndReserve(terminal, token);
     if (act < 5) return releaseOne(&telmar_ra_varmex_unreserveRoute, false);
     if (act < 7) return releaseOne(&telmar_ra_varmex_destroyRoute, true);
-    if (pick(40) == 0) die();
+    if (pick(40) == 0) open();
   }
 
  private:
   struct tRoute {
     std::uint32_t ticket;
-    int terminal;
+    std::string terminal;
     std::string token;
     bool reserved;
   };
 
-  int pick(int bound) { return static_cast<int>(random_() % static_cast<unsigned>(bound)); }
+  std::size_t pick(std::size_t bound) { return random_() % bound; }
 
+  // A dead session's terminals stay held under their tokens.
   void open() {
     tStatus status;
+    routes_.clear();
     session_ = openRouting(device_.name, status);
     ASSERT_TRUE(session_) << status.text();
   }
 
-  // A dead session's terminals stay held under their tokens.
-  void die() {
-    routes_.clear();
-    open();
+  // What tells that this session holds a terminal: the lowest ticket that does.
+  std::string conflictOn(const std::string& terminal) const {
+    std::set<std::uint32_t> tickets;
+    for (const tRoute& route : routes_) {
+      if (route.reserved && route.terminal == terminal) tickets.insert(route.ticket);
+    }
+    if (tickets.empty()) return "";
+    const auto identity = reinterpret_cast<std::uintptr_t>(session_.get());
+    return R"([{"sessionId":)" + std::to_string(identity) + R"(,"ticket":)" +
+           std::to_string(*tickets.begin()) + "}]";
   }
 
-  bool holds(int terminal, const std::string* token = nullptr) const {
-    return std::any_of(routes_.begin(), routes_.end(), [&](const tRoute& route) {
-      return route.reserved && route.terminal == terminal && (!token || route.token == *token);
-    });
-  }
-
-  void calculateAndReserve(int terminal, const std::string& token) {
+  void calculateAndReserve(const std::string& terminal, const std::string& token) {
     tStatus status;
-    const auto routes = nlohmann::json::parse(
-        route(session_, "PXI_Trig" + std::to_string(terminal), token, status));
+    const auto routes = nlohmann::json::parse(route(session_, terminal, token, status));
     ASSERT_EQ(status.code(), 0) << status.text();
-    ASSERT_EQ(routes.size(), device_.ownership.mayTake(terminal, token) ? 1U : 0U);
+    ASSERT_EQ(routes.size(), device_.mayTake(terminal, token) ? 1U : 0U);
     if (!routes.empty()) routes_.push_back({routes[0]["ticket"], terminal, token, false});
-    if (routes_.empty()) return;
-    reserve(routes_[static_cast<std::size_t>(pick(static_cast<int>(routes_.size())))]);
+    if (!routes_.empty()) reserve(routes_[pick(routes_.size())]);
   }
 
   void reserve(tRoute& route) {
     tStatus status;
     tText conflicts;
     telmar_ra_varmex_reserveRoute(session_.get(), route.ticket, &conflicts.text, status);
-    const bool mayTake = device_.ownership.mayTake(route.terminal, route.token);
-    ASSERT_EQ(status.code(), mayTake ? 0 : telmar_ra_errorResourcesInUse) << status.text();
-    ASSERT_EQ(conflicts.text != nullptr, !mayTake && holds(route.terminal));
+    const bool mayTake = device_.mayTake(route.terminal, route.token);
+    ASSERT_EQ(takeFailure(status), mayTake ? "" : kInUse);
+    ASSERT_EQ(conflicts.text ? conflicts.text : "", mayTake ? "" : conflictOn(route.terminal));
     if (!mayTake) return;
     route.reserved = true;
-    device_.ownership.take(route.terminal, route.token, session_.get());
+    device_.holders[route.terminal].insert(session_.get());
+    device_.tokens[route.terminal] = route.token;
   }
 
   void releaseOne(void (*release)(telmar_ra_Session*, std::uint32_t), bool destroys) {
     if (routes_.empty()) return;
-    const auto place = routes_.begin() + pick(static_cast<int>(routes_.size()));
+    const auto place = routes_.begin() + static_cast<std::ptrdiff_t>(pick(routes_.size()));
     release(session_.get(), place->ticket);
-    const int terminal = place->terminal;
-    const bool wasReserved = place->reserved;
-    place->reserved = false;
-    if (wasReserved && !holds(terminal)) device_.ownership.release(terminal, session_.get());
+    const std::string terminal = place->terminal;
+    const bool wasReserved = std::exchange(place->reserved, false);
     if (destroys) routes_.erase(place);
+    if (!wasReserved || !conflictOn(terminal).empty()) return;
+    device_.holders[terminal].erase(session_.get());
+    if (device_.holders[terminal].empty()) device_.tokens[terminal].clear();
   }
 
   tDevice& device_;
@@ -129,7 +116,7 @@ using tRoutingModel = tModel;
 
 TEST_F(tRoutingModel, clientsLiveByTheRulesOfOwnership) {
   describe("", kRoutingDescription);
-  tDevice devices[] = {{"5.0.0:1 coordinator", {}}, {"7.0.0:1 coordinator", {}}};
+  tDevice devices[] = {{"5.0.0:1 coordinator"}, {"7.0.0:1 coordinator"}};
   std::vector<std::unique_ptr<tClient>> clients;
   for (unsigned n = 0; n < 6; ++n) clients.push_back(std::make_unique<tClient>(devices[n % 2], n));
   std::mt19937 random(1);

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "tests/support/status.h"
 #include "varmex/telmar_ra_varmex.h"
 
 namespace test {
@@ -41,6 +42,9 @@ inline constexpr const char* kRoutingDescription =
     "[Chassis1Slot2]\nSlotType=PXIePeripheralSlot\nAddressInfo=PXI0::5-0.0::INSTR\n"
     "[Chassis1Slot3]\nSlotType=PXIeSystemTimingSlot\nAddressInfo=PXI0::6-0.0::INSTR\n"
     "[Chassis1Slot4]\nSlotType=PXIePeripheralSlot\nAddressInfo=PXI0::7-0.0::INSTR\n";
+
+// What a reservation fails with whose terminal is held under another token.
+inline const std::string kInUse = failure(-89137, "telmar::errors::kErrorResourcesInUseForRoute");
 
 // A session whose replies come from realloc.
 inline tRoutingSession openRouting(const std::string& device, tStatusRecord* status) {
