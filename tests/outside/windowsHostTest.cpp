@@ -32,24 +32,17 @@ std::size_t countFree(Take take, GiveBack giveBack) {
 }
 
 tHolding takeStock() {
-  tHolding holding{};
-  holding.freeThreadIndexes = countFree(TlsAlloc, TlsFree);
-  holding.freeFibreIndexes = countFree([] { return FlsAlloc(nullptr); }, FlsFree);
+  const std::size_t threadIndexes = countFree(TlsAlloc, TlsFree);
+  const std::size_t fibreIndexes = countFree([] { return FlsAlloc(nullptr); }, FlsFree);
   const HANDLE next = CreateEventA(nullptr, FALSE, FALSE, nullptr);
-  holding.nextHandle = reinterpret_cast<std::uintptr_t>(next);
   CloseHandle(next);
-  holding.memory = memoryInUse();
-  return holding;
+  return {threadIndexes, fibreIndexes, reinterpret_cast<std::uintptr_t>(next), memoryInUse()};
 }
 
 // The library once more, under a name of its own: that which the tests are linked to stays loaded.
 class tLoadedLibrary {
  public:
-  explicit tLoadedLibrary(const fs::path& path) : module_(LoadLibraryW(path.c_str())) {
-    find(openSession_, "varmex_openPXISession");
-    find(getU32_, "varmex_getU32Attribute");
-    find(close_, "varmex_close");
-  }
+  explicit tLoadedLibrary(const fs::path& path) : module_(LoadLibraryW(path.c_str())) {}
   ~tLoadedLibrary() { FreeLibrary(module_); }
   tLoadedLibrary(const tLoadedLibrary&) = delete;
   tLoadedLibrary& operator=(const tLoadedLibrary&) = delete;
@@ -57,59 +50,50 @@ class tLoadedLibrary {
   // The null handle fails by an exception within the library.
   std::int32_t fail() const {
     tStatus status;
-    getU32_(nullptr, 0, status);
+    find(varmex_getU32Attribute, "varmex_getU32Attribute")(nullptr, 0, status);
     return status.code();
   }
 
   bool useSession() const {
     tStatus status;
-    varmex_Item* const session = openSession_(0, status);
-    if (!session) return false;
-    getU32_(session, 99, status);
-    close_(session);
+    varmex_Item* const session = find(varmex_openPXISession, "varmex_openPXISession")(0, status);
+    find(varmex_getU32Attribute, "varmex_getU32Attribute")(session, 99, status);
+    find(varmex_close, "varmex_close")(session);
     return status.code() == varmex_errorAttributeNotApplicable;
   }
 
  private:
+  // This library's own of a function that the tests are linked to.
   template <class Function>
-  void find(Function*& function, const char* name) {
-    function = reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
+  Function* find(const Function&, const char* name) const {
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
   }
 
   HMODULE module_;
-  decltype(varmex_openPXISession)* openSession_ = nullptr;
-  decltype(varmex_getU32Attribute)* getU32_ = nullptr;
-  decltype(varmex_close)* close_ = nullptr;
 };
 
 // A thread that outlives the library, again and again. It takes turns with its owner without what
 // makes something later: the locks of the compiler's library take handles when they are contended.
 class tLastingThread {
  public:
-  ~tLastingThread() { turn_ = tTurn::end; }
-
   std::int32_t fail(const tLoadedLibrary& library) {
     library_ = &library;
-    turn_ = tTurn::thread;
-    while (turn_ == tTurn::thread) Sleep(0);
+    while (library_) Sleep(0);
     return code_;
   }
 
  private:
-  enum class tTurn { owner, thread, end };
-
-  void run() {
-    for (; turn_ != tTurn::end; Sleep(0)) {
-      if (turn_ != tTurn::thread) continue;
-      code_ = library_->fail();
-      turn_ = tTurn::owner;
+  void run(const std::stop_token& end) {
+    for (; !end.stop_requested(); Sleep(0)) {
+      if (!library_) continue;
+      code_ = library_.load()->fail();
+      library_ = nullptr;
     }
   }
 
-  const tLoadedLibrary* library_ = nullptr;
+  std::atomic<const tLoadedLibrary*> library_{nullptr};
   std::int32_t code_ = 0;
-  std::atomic<tTurn> turn_{tTurn::owner};
-  std::jthread thread_{[this] { run(); }};
+  std::jthread thread_{[this](const std::stop_token& end) { run(end); }};
 };
 
 TEST(WindowsHost, canLoadAndFreeTheLibraryForEver) {
