@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <thread>
+#include <tuple>
 
 #include "tests/support/routing.h"
 #include "tests/support/wait.h"
@@ -30,12 +31,7 @@ TEST_F(tResources, aLargeCalculationIsGivenBack) {
   const std::string seeds = repeated(one, kCount);
   const std::string destinations = repeated("\"PXI_Trig4\"", kCount);
   const std::string allButEnd = seeds.substr(0, seeds.size() - 1);
-  const struct {
-    const char* what;
-    std::string seeds;
-    std::string destinations;
-    bool isGood;
-  } cases[] = {
+  const std::tuple<const char*, std::string, std::string, bool> cases[] = {
       {"small", '[' + one + ']', "[\"PXI_Trig5\"]", true},
       {"large", seeds, destinations, true},
       {"an unknown seed at the end",

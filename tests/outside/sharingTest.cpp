@@ -6,8 +6,6 @@ namespace test {
 
 namespace {
 
-using tSharingThreads = tSharing;
-
 TEST_F(tSharing, timesStayTheSessionsOwn) {
   write("one");
   const tItem first = open();
@@ -49,10 +47,9 @@ TEST_F(tSharing, anyNumberOfDescriptionsAreKeptApart) {
   }
   for (int n = 0; n < kMany; ++n) {
     const auto at = static_cast<std::size_t>(n);
-    EXPECT_EQ(busName(sessions[at]), std::to_string(1000 + n));
-    EXPECT_EQ(busName(sessions[at + kMany]), std::to_string(1000 + n));
-    const bool isShared = busName(sessions[at]) == busName(sessions[at + kMany]);
-    EXPECT_EQ(isShared, n < 64) << n;
+    const char* const names[] = {busName(sessions[at]), busName(sessions[at + kMany])};
+    for (const char* name : names) EXPECT_EQ(name, std::to_string(1000 + n));
+    EXPECT_EQ(names[0] == names[1], n < 64) << n;
   }
   // What was given up lets others share.
   sessions.clear();
@@ -61,7 +58,7 @@ TEST_F(tSharing, anyNumberOfDescriptionsAreKeptApart) {
 }
 
 // Descriptions come and go while others look for them.
-TEST_F(tSharingThreads, openAndCloseAtOnce) {
+TEST_F(tSharing, opensAndClosesInThreads) {
   write("one");
   runInThreads(4, [](int) {
     for (int round = 0; round < 200; ++round) {
