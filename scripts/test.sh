@@ -13,8 +13,8 @@ results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
 started=0
 
-# start NAME COMMAND... : once a place is free, in the background, a GoogleTest program or a script
-# that ends with "N passed, N failed".
+# start NAME COMMAND... : once a place is free, in the background, a GoogleTest program, one of pytest's,
+# or a script that ends with "N passed, N failed".
 start() {
   while [ "$(jobs -rp | wc -l)" -gt "$(nproc)" ]; do wait -n || true; done
   begin "$1"
@@ -28,7 +28,7 @@ run() {
   log=$(mktemp -p "$results")
   timeout 1200 "$@" >"$log" 2>&1 </dev/null || result=$?
   local good bad
-  good=$(sum '^\[  PASSED  \] ([0-9]+) tests?\..*|^([0-9]+) passed, .*' "$log")
+  good=$(sum '^\[  PASSED  \] ([0-9]+) tests?\..*|^([0-9]+) passed[, ].*' "$log")
   bad=$(sum '^\[  FAILED  \] ([0-9]+) tests?, .*|.* passed, ([0-9]+) failed$' "$log")
   # A program that ended badly counts as a failure, whatever it printed; so does one that ran nothing.
   if [ "$result" -ne 0 ] && [ "$bad" -eq 0 ]; then bad=1; fi

@@ -13,97 +13,40 @@ import shutil
 import signal
 import subprocess
 import sys
-import tempfile
 from pathlib import Path, PureWindowsPath
 
+import pytest
+
 sys.path.insert(0, str(Path(__file__).resolve().parent / "support"))
-from counting import TOP, check, conforms, equal, errors_of, finish, schema_of  # noqa: E402
+from roots import DEADLINE, TOP, E, I, Root, conforms, main  # noqa: E402
 
-VARMEX = [os.path.abspath(word) if os.path.exists(word) else word for word in sys.argv[1:]]
-ON_WINDOWS = VARMEX[-1].endswith(".exe")
-DEADLINE = 60
-
-
-class Root:
-    """An installation below a folder of its own."""
-
-    def __init__(self, chassis=None):
-        self.folder = Path(tempfile.mkdtemp())
-        if chassis:
-            subprocess.run([*VARMEX, "make", self.folder, *chassis], check=True)
-        else:
-            shutil.copytree(TOP / "samples", self.folder, dirs_exist_ok=True)
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        shutil.rmtree(self.folder)
-
-    def file(self, name):
-        return self.folder / "etc/pxi" / name
-
-    def edit(self, name, pattern, text):
-        self.exchange([(name, pattern, text)])
-
-    def exchange(self, edits):
-        """Another file in the place of each one that is edited, at once."""
-        for name in {name for name, _, _ in edits}:
-            old = text = self.file(name).read_text(encoding="latin-1")
-            for _, pattern, by in (edit for edit in edits if edit[0] == name):
-                text = re.sub(pattern, by, text, count=1, flags=re.M | re.S)
-            assert text != old, edits
-            self.file(name + ".new").write_text(text, encoding="latin-1")
-            self.file(name + ".new").replace(self.file(name))
-
-    def environment(self):
-        return dict(os.environ, VARMEX_FSROOT=str(self.folder), TZ="IST-5:30")
-
-    def run(self, *arguments, ahead=(), **more):
-        return subprocess.run([*ahead, *VARMEX, *arguments], env=self.environment(), capture_output=True,
-                              text=True, errors="replace", timeout=DEADLINE, **more)
-
-    def ask(self, kind, *arguments):
-        """How a command ends, and its document, which is of that kind; None where it prints none."""
-        run = self.run(*arguments, "--json")
-        document = json.loads(run.stdout) if run.stdout else None
-        if run.stdout:
-            conforms(document, kind, arguments)
-        return run, document
-
-    def show(self, *arguments):
-        return self.ask("installation", "show", *arguments)[1]
+ON_WINDOWS = sys.argv[-1].endswith(".exe")
+each = pytest.mark.parametrize
+on_linux = pytest.mark.skipif(ON_WINDOWS, reason="Windows has no other roots than its own, and no tree of files for the bus")
 
 
-def flatten(document):
+@pytest.fixture
+def root(tmp_path):
+    return Root(tmp_path / "root")
+
+
+NUMBERS = {"Chassis": "ChassisNumber", "Slots": "SlotNumber", "TriggerBridges": "BridgeNumber"}
+
+
+def flatten(item, place=""):
     """Every answer by its place, and every failure."""
-    answers, failures = {}, set()
-
-    def visit(item, place):
-        for name, value in item.items():
-            if name == "failures":
-                failures.update(f"{place} {about}" for about in value)
-            elif isinstance(value, list):
-                for number, below in enumerate(value):
-                    key = {"Chassis": "ChassisNumber", "Slots": "SlotNumber",
-                           "TriggerBridges": "BridgeNumber"}.get(name)
-                    visit(below, f"{place}/{name[0]}{below[key] if key else number}")
-            elif name not in ("absent", "machine", "units", "failureCount"):
-                answers[f"{place} {name}"] = value
-
-    visit(document, "")
+    answers, failures = {}, {f"{place} {about}" for about in item.get("failures", ())}
+    for name, value in item.items():
+        if isinstance(value, list):
+            for number, below in enumerate(value):
+                more = flatten(below, f"{place}/{name[0]}{below.get(NUMBERS.get(name), number)}")
+                answers.update(more[0])
+                failures.update(more[1])
+        elif name not in ("absent", "machine", "units", "failureCount", "failures"):
+            answers[f"{place} {name}"] = value
     return answers, failures
 
 
-def without(name, value):
-    if isinstance(value, list):
-        return [without(name, one) for one in value]
-    if not isinstance(value, dict):
-        return value
-    return {key: without(name, one) for key, one in value.items() if key != name}
-
-
-I, E = "pxisys.ini", "pxiesys.ini"
 I_PATH, E_PATH = "etc/pxi/pxisys.ini", "etc/pxi/pxiesys.ini"
 # What is broken: edits; the failures that this makes; what else is lost with it, as a pattern of
 # places. All other answers are the same as in the sample.
@@ -138,53 +81,50 @@ BROKEN = [
 ]
 
 
-def testBroken():
-    with Root() as root:
-        healthy, none = flatten(root.show())
-        check(not none, "the sample has no failures")
-    for what, edits, failures, lost in BROKEN:
-        with Root() as root:
-            root.exchange(edits)
-            document = root.show()
-            answers, found = flatten(document)
-            check(found == set(failures), f"{what}: failures {found}")
-            check(document["failureCount"] == len(failures), f"{what}: count")
-            gone = {place for place in healthy if healthy[place] != answers.get(place)
-                    and place not in failures and not (lost and re.match(lost, place))}
-            check(not gone, f"{what} hides {sorted(gone)[:5]}")
-            status = int(bool(failures))
-            text = root.run("show")
-            marks = set(re.findall(r"!\d+", text.stdout))
-            check(text.returncode == status and "Chassis 3: Havrel" in text.stdout, f"{what}: status and end of show")
-            check(bool(marks) == ('Run "varmex check"' in text.stdout) == bool(failures), f"{what}: marks {marks}")
-            check(root.run("show", "2").returncode == 0, f"{what}: show 2")
-            picture = root.run("draw", "-o", "-")
-            check(picture.returncode == status and all(f"{mark} " in picture.stdout for mark in marks), f"{what}: draw")
+@each("what, edits, failures, lost", BROKEN)
+def testBroken(root, what, edits, failures, lost):
+    healthy, none = flatten(root.show())
+    assert not none
+    root.edit(*edits)
+    document = root.show()
+    answers, found = flatten(document)
+    assert found == set(failures) and document["failureCount"] == len(failures)
+    hidden = {place for place in healthy if healthy[place] != answers.get(place)
+              and place not in failures and not (lost and re.match(lost, place))}
+    assert not hidden
+    shown, picture = root.run("show"), root.run("draw", "-o", "-")
+    marks = set(re.findall(r"!\d+", shown.stdout))
+    assert shown.returncode == picture.returncode == bool(failures) and "Chassis 3: Havrel" in shown.stdout
+    assert bool(marks) == ('Run "varmex check"' in shown.stdout) == bool(failures)
+    assert all(f"{mark} " in picture.stdout for mark in marks)
+    assert root.run("show", "2").returncode == 0
 
 
-def testDocuments():
-    with Root() as root:
-        for kind, *words in (("installation", "show", "1"), ("installation", "show", "3/2", "--why"), ("findings", "check"),
-                             ("terminals", "terminals", "5.0.0"), ("route", "route", "5.0.0", "PXI_Trig3")):
-            check(root.ask(kind, *words)[0].returncode == 0, f"{words}")
-        one = root.show("1/10")["Chassis"]
-        check(len(one) == 1 and len(one[0]["Slots"]) == 1, "show 1/10 tells of one slot")
-        whole = root.show()
-        check(whole == without("absent", root.show("--why")), "--why adds reasons and nothing else")
-        why = root.show("1/10", "--why")["Chassis"][0]["Slots"][0]["absent"]
-        check(why["StarTriggerLine"]["constant"] == "varmex_errorStarController", "the reason")
-        root.ask("route", "route", "5.0.0", "PXI_Trig9")
-        root.edit(E, r"^PXI_STAR0 =[^\n]*", "PXI_STAR0 = x")
-        run, terminals = root.ask("terminals", "terminals", "5.0.0")
-        check(run.returncode == 1 and [*terminals[-1]["failures"]] == ["PXI_Star"], f"terminals with a fault: {terminals[-1]}")
-        root.edit(E, r"ORX", "O")
-        check(root.ask("findings", "check")[0].returncode == 1, "check of a broken one")
-        root.edit(E, r"^ChassisList =[^\n]*", "ChassisList = x")
-        broken, document = root.ask("installation", "show")
-        check(document and broken.returncode == 1 and "ChassisList" in broken.stderr, "an unreadable description")
-    for chassis in (["express:18x3", "classic:8"], ["classic:2:0"]):
-        with Root(chassis) as root:
-            check(root.show()["failureCount"] == 0, f"make {chassis}")
+def testDocuments(root):
+    for kind, *words in (("installation", "show", "1"), ("installation", "show", "3/2", "--why"), ("findings", "check"),
+                         ("terminals", "terminals", "5.0.0"), ("route", "route", "5.0.0", "PXI_Trig3")):
+        assert root.ask(kind, *words)[0].returncode == 0
+    one = root.show("1/10")["Chassis"]
+    assert len(one) == 1 and len(one[0]["Slots"]) == 1
+    why = root.show("1/10", "--why")["Chassis"][0]["Slots"][0]["absent"]
+    assert why["StarTriggerLine"]["constant"] == "varmex_errorStarController"
+    with_reasons = json.loads(root.run("show", "--why", "--json").stdout,
+                              object_hook=lambda item: {key: item[key] for key in item if key != "absent"})
+    assert root.show() == with_reasons
+    root.ask("route", "route", "5.0.0", "PXI_Trig9")
+    root.edit((E, r"^PXI_STAR0 =[^\n]*", "PXI_STAR0 = x"))
+    run, terminals = root.ask("terminals", "terminals", "5.0.0")
+    assert run.returncode == 1 and [*terminals[-1]["failures"]] == ["PXI_Star"]
+    root.edit((E, r"ORX", "O"))
+    assert root.ask("findings", "check")[0].returncode == 1
+    root.edit((E, r"^ChassisList =[^\n]*", "ChassisList = x"))
+    broken, document = root.ask("installation", "show")
+    assert document and broken.returncode == 1 and "ChassisList" in broken.stderr
+
+
+@each("chassis", [["express:18x3", "classic:8"], ["classic:2:0"]])
+def testMake(tmp_path, chassis):
+    assert Root(tmp_path / "made", *chassis).show()["failureCount"] == 0
 
 
 # A width of slot 2/5, what it is changed to, and the link that show and list then have.
@@ -194,13 +134,12 @@ LINKS = [("PeripheralSlotLinkWidth1", "= x", "x4/!1"), ("PeripheralSlotLinkWidth
          ("SlotType", "= PXIeSystemSlot2Link", "x4/8 reduced")]
 
 
-def testLinks():
-    for item, value, link in LINKS:
-        with Root() as root:
-            root.edit(E, rf"(\[Chassis2Slot5\].*?{item}) *=[^\n]*", rf"\1 {value}")
-            for words in (["show", "2"], ["list", "--columns", "place,link"]):
-                rows = re.findall(r"^  (?:2/)?5 .*", root.run(*words).stdout, re.M)
-                check(len(rows) == 1 and f" {link}  " in rows[0] + "  ", f"{item} {value}: {rows}, not {link}")
+@each("item, value, link", LINKS)
+def testLinks(root, item, value, link):
+    root.edit((E, rf"(\[Chassis2Slot5\].*?{item}) *=[^\n]*", rf"\1 {value}"))
+    for words in (["show", "2"], ["list", "--columns", "place,link"]):
+        rows = re.findall(r"^  (?:2/)?5 .*", root.run(*words).stdout, re.M)
+        assert len(rows) == 1 and f" {link}  " in rows[0] + "  "
 
 
 # Words to find, and the places of the modules that fit.
@@ -216,36 +155,38 @@ def places(modules):
     return " ".join(module["place"] for module in modules)
 
 
-def testModules():
-    with Root() as root:
-        for words, wanted in FOUND:
-            run, found = root.ask("modules", "find", *words)
-            check(places(found["modules"]) == wanted and run.returncode == (not wanted),
-                  f"find {words}: {places(found['modules'])}, {run.returncode}")
-        modules = [json.loads(line) for line in root.run("list", "--jsonl").stdout.splitlines()]
-        for module in modules:
-            conforms(module, "module", f"list {module}")
-        check(len(modules) == 22 and modules[9]["slots"] == [12, 13, 14], "list --jsonl")
-        keys = "place,alias,width,reduced,slots,link,addresses"
-        rows = list(csv.reader(io.StringIO(root.run("list", "--csv", "--columns", keys, "--pci", "hex").stdout)))
-        check(rows[0] == keys.split(",") and len(rows) == 23 and rows[10] == [
-            "1/12", "GENERATOR", "4", "0", "12,13,14", "x4/4", "13:00.0 13:00.1"], f"list --csv: {rows[10]}")
-        some = json.loads(root.run("list", "--jsonl", "--columns", "place,link").stdout.splitlines()[5])
-        check(some == {"place": "1/7", "link": "x1/4 reduced"}, f"list --columns: {some}")
-        conforms(some, "module", "list --columns")
-        check(root.run("list", "--columns", "place,x").returncode == 2, "a column that is not there")
-        # A slot that is not there, an alias that needs quotes, a width that is no number.
-        root.edit(E, '18"', '18,19"')
-        root.edit(E, '"DMM"', 'D"M,M\x1b\xff')
-        root.edit(E, "LinkWidthNegotiated = 8", "LinkWidthNegotiated = x")
-        run = root.run("list", "--csv", "--columns", "place,alias,width")
-        rows = list(csv.reader(io.StringIO(run.stdout)))
-        check(run.returncode == 1 and rows[3] == ["1/3", "ANALYZER", ""] and rows[7][1].startswith('D"M,M\x1b')
-              and rows[13] == ["1/19", "", ""] and "slot 1/19" in run.stderr, f"broken list --csv: {rows}")
-        check("!1 " in root.run("list").stdout, "a mark in the list")
-        found = root.ask("modules", "find", "ANALYZER")[1]
-        check(places(found["modules"]) == "1/3 1/19 2/5" and found["failureCount"] == 2 and
-              "width" in found["modules"][0]["failures"], f"find in a broken description: {found}")
+@each("words, wanted", FOUND)
+def testFind(root, words, wanted):
+    run, found = root.ask("modules", "find", *words)
+    assert places(found["modules"]) == wanted and run.returncode == (not wanted)
+
+
+def testModules(root):
+    def rows_of(*arguments):
+        run = root.run("list", "--csv", *arguments)
+        return run, list(csv.reader(io.StringIO(run.stdout)))
+
+    modules = [json.loads(line) for line in root.run("list", "--jsonl").stdout.splitlines()]
+    for module in modules:
+        conforms(module, "module")
+    assert len(modules) == 22 and modules[9]["slots"] == [12, 13, 14]
+    keys = "place,alias,width,reduced,slots,link,addresses"
+    _, rows = rows_of("--columns", keys, "--pci", "hex")
+    assert rows[0] == keys.split(",") and len(rows) == 23
+    assert rows[10] == ["1/12", "GENERATOR", "4", "0", "12,13,14", "x4/4", "13:00.0 13:00.1"]
+    some = json.loads(root.run("list", "--jsonl", "--columns", "place,link").stdout.splitlines()[5])
+    assert some == {"place": "1/7", "link": "x1/4 reduced"}
+    conforms(some, "module")
+    assert root.run("list", "--columns", "place,x").returncode == 2
+    # A slot that is not there, an alias that needs quotes, a width that is no number.
+    root.edit((E, '18"', '18,19"'), (E, '"DMM"', 'D"M,M\x1b\xff'), (E, "LinkWidthNegotiated = 8", "LinkWidthNegotiated = x"))
+    run, rows = rows_of("--columns", "place,alias,width")
+    assert run.returncode == 1 and rows[3] == ["1/3", "ANALYZER", ""] and rows[7][1].startswith('D"M,M\x1b')
+    assert rows[13] == ["1/19", "", ""] and "slot 1/19" in run.stderr
+    assert "!1 " in root.run("list").stdout
+    found = root.ask("modules", "find", "ANALYZER")[1]
+    assert places(found["modules"]) == "1/3 1/19 2/5" and found["failureCount"] == 2
+    assert "width" in found["modules"][0]["failures"]
 
 
 # From, to, further arguments; the bridges of each way, the star triggers, what is said.
@@ -276,58 +217,58 @@ ON_MADE = [
 ]
 
 
-def testMade():
-    with Root(MADE) as root:
-        for words, status, line in ON_MADE:
-            run = root.run(*words)
-            check(run.returncode == status and re.search(line, run.stdout + run.stderr, re.M), f"{words}: {run.stdout}{run.stderr}")
+@on_linux
+@each("words, status, line", ON_MADE)
+def testMade(tmp_path, words, status, line):
+    run = Root(tmp_path / "made", *MADE).run(*words)
+    assert run.returncode == status and re.search(line, run.stdout + run.stderr, re.M)
 
 
-def testTriggers():
-    with Root() as root:
-        def ask(*words):
-            return root.ask("triggers", "triggers", *words)
-
-        for origin, target, arguments, ways, stars, said in TRIGGERS:
-            run, document = ask(origin, target, *arguments)
-            check(said in run.stderr and run.returncode == bool(said), f"triggers {origin} {target}: {run}")
-            if document:
-                got = [",".join(str(b["bridge"]) for b in way["bridges"]) for way in document["ways"]]
-                near = [f"{s['family']} {'direct' if s['isDirect'] else 'indirect'}" for s in document["stars"]]
-                check(got == ways and stars in (None, near), f"triggers {origin} {target}: {got} {near}")
-        lines = ask("1/8", "1/17")[1]["ways"][0]["lines"]
-        check(lines[5:] == [[5], [6, 7], []], f"the lines of bridge 3: {lines}")
-        # A line map that can't be read, a slot that breaks the list of the bridges, a slot on no bus.
-        root.edit(I, r"^(PXI_TRIG3) =[^\n]*", r"\1 = 8")
-        root.edit(E, '18"', '18,19"')
-        run, document = ask("1/2", "1/7")
-        check(run.returncode == 1 and document["ways"][0]["lines"][3] == [] and len(document["unread"]) == 2
-              and "line 3" in run.stderr, f"triggers over a broken bridge: {run}")
-        root.edit(E, '"1,2,3,4,5,6"', '"1,3,4,5,6"')
-        run, document = ask("1/2", "1/7")
-        check("on no trigger bus" in document["reason"] and "bus" not in document["from"], f"no bus: {run}")
-        root.edit(E, '"SWITCH"', '"dmm"')
-        for name, said in (("DMM", "2 modules; say which by its place: 1/9, 1/11"), ("nothing", "among those that can be read")):
-            check(said in ask(name, "1/2")[0].stderr and said in root.run("explain", name).stderr, f"{name}: {said}")
+def triggers(root, *words):
+    return root.ask("triggers", "triggers", *words)
 
 
-class Watch:
+@each("origin, target, arguments, ways, stars, said", TRIGGERS)
+def testTriggers(root, origin, target, arguments, ways, stars, said):
+    run, document = triggers(root, origin, target, *arguments)
+    assert said in run.stderr and run.returncode == bool(said)
+    if document:
+        assert [",".join(str(bridge["bridge"]) for bridge in way["bridges"]) for way in document["ways"]] == ways
+        near = [f"{star['family']} {'direct' if star['isDirect'] else 'indirect'}" for star in document["stars"]]
+        assert stars in (None, near)
+
+
+def testUnreadTriggers(root):
+    lines = triggers(root, "1/8", "1/17")[1]["ways"][0]["lines"]
+    assert lines[5:] == [[5], [6, 7], []]
+    # A line map that can't be read, a slot that breaks the list of the bridges, a slot on no bus.
+    root.edit((I, r"^(PXI_TRIG3) =[^\n]*", r"\1 = 8"), (E, '18"', '18,19"'))
+    run, document = triggers(root, "1/2", "1/7")
+    assert run.returncode == 1 and document["ways"][0]["lines"][3] == [] and len(document["unread"]) == 2
+    assert "line 3" in run.stderr
+    root.edit((E, '"1,2,3,4,5,6"', '"1,3,4,5,6"'), (E, '"SWITCH"', '"dmm"'))
+    document = triggers(root, "1/2", "1/7")[1]
+    assert "on no trigger bus" in document["reason"] and "bus" not in document["from"]
+    for name, said in (("DMM", "2 modules; say which by its place: 1/9, 1/11"), ("nothing", "among those that can be read")):
+        assert said in triggers(root, name, "1/2")[0].stderr and said in root.run("explain", name).stderr
+
+
+class Watch(subprocess.Popen):
     """A running watch, line by line."""
 
     def __init__(self, root, *arguments):
         # Without a buffer, in which lines could wait unseen.
-        self.process = subprocess.Popen([*VARMEX, "watch", *arguments], env=root.environment(), bufsize=0,
-                                        stdout=subprocess.PIPE)
+        super().__init__([*Root.varmex, "watch", *arguments], env=root.environment(), bufsize=0, stdout=subprocess.PIPE)
 
     def take(self, count):
         taken = []
-        while len(taken) < count and select.select([self.process.stdout], [], [], DEADLINE)[0]:
-            taken.append(self.process.stdout.readline().decode().rstrip("\r\n"))
+        while len(taken) < count and select.select([self.stdout], [], [], DEADLINE)[0]:
+            taken.append(self.stdout.readline().decode().rstrip("\r\n"))
         return taken
 
-    def end(self):
-        self.process.kill()
-        self.process.wait()
+    def __exit__(self, *reason):
+        self.kill()
+        super().__exit__(*reason)
 
 
 DIGITIZER = "DIGITIZER-A ORX-5105 Digitizer"
@@ -387,67 +328,70 @@ def toldOf(reading):
     return " ".join(word for word in words if word)
 
 
-def holdsAnswers(root, place, wanted, what):
+def itemsOf(chassis):
+    """What explain is asked for, and the item of show --json that it is."""
+    number = chassis["ChassisNumber"]
+    yield str(number), chassis
+    for bridge in chassis["TriggerBridges"]:
+        yield f"{number}/bridge/{bridge['BridgeNumber']}", bridge
+    for slot in chassis["Slots"]:
+        yield f"{number}/{slot['SlotNumber']}", slot
+        for device in slot["Devices"]:
+            yield ".".join(str(device[f"Device{part}"]) for part in ("Bus", "Number", "Function")), device
+
+
+@each("made", [[], ["express:18", "classic:8:2"]])
+def testExplainedAnswers(tmp_path, made):
     """Every attribute of an item has the value that show --json has, and where that has none, none."""
-    document = root.ask("explanation", "explain", place)[1]
-    answers = {one["name"]: one.get("value") for one in document["items"][0]["attributes"]}
-    check(answers == {name: wanted.get(name) for name in answers} and len(answers) > 4, f"{what}: {answers}, not {wanted}")
+    root = Root(tmp_path / "root", *made)
+    document = root.show()
+    items = [("machine", document["machine"])]
+    for chassis in document["Chassis"]:
+        items += [*itemsOf(chassis)][:3 if ON_WINDOWS else None]
+    for place, wanted in items:
+        explained = root.ask("explanation", "explain", place)[1]["items"][0]["attributes"]
+        answers = {one["name"]: one.get("value") for one in explained}
+        assert answers == {name: wanted.get(name) for name in answers} and len(answers) > 4
 
 
-def testExplain():
-    for root in Root(), Root(["express:18", "classic:8:2"]):
-        with root:
-            holdsAnswers(root, "machine", root.show()["machine"], "explain machine")
-            for chassis in root.show()["Chassis"]:
-                number = str(chassis["ChassisNumber"])
-                items = [(number, chassis)]
-                items += [(f"{number}/bridge/{bridge['BridgeNumber']}", bridge) for bridge in chassis["TriggerBridges"]]
-                for slot in chassis["Slots"]:
-                    items.append((f"{number}/{slot['SlotNumber']}", slot))
-                    items += [(".".join(str(device[f"Device{part}"]) for part in ("Bus", "Number", "Function")), device)
-                              for device in slot["Devices"]]
-                for place, wanted in items[:3 if ON_WINDOWS else None]:
-                    holdsAnswers(root, place, wanted, f"explain {place}")
-    with Root() as root:
-        for place, attribute, wanted in EXPLAINED:
-            document = root.ask("explanation", "explain", place, attribute)[1]
-            told = [toldOf(one) for one in document["items"][0]["attributes"][0]["readings"]]
-            wanted = [re.sub(r"registry\.reg(:\d+)?", "registry" if ON_WINDOWS else r"\g<0>", line) for line in wanted]
-            check(told == wanted, f"explain {place} {attribute}: {told}")
-        found = root.ask("explanation", "explain", "5.0.0", "DeviceModel")[1]["items"][0]["opening"]
-        map_of = [toldOf(one) for one in found["readings"]]
-        check("pxiesys.ini:128 Chassis1Slot2 AddressInfo PXI0::5-0.0::INSTR;PXI0::5-0.1::INSTR" in map_of and len(map_of) > 100
-              and found["section"] == "Chassis1Slot2", f"the map of devices: {map_of}")
-        root.edit(E, r"^AddressInfo = .PXI0::2-0[^\n]*", "")  # a controller without addresses
-        root.edit(E, r"^SerialNumber[^\n]*", "")
-        for words, status, said in ((["1/99", "SlotType"], 1, "Chassis1Slot99"), (["1/1", "SystemSlotModel"], 0, '= "HC-8470 Controller"'),
-                                    (["1"], 1, "[Chassis1] has no SerialNumber"), (["1"], 1, "[Chassis1] SerialNumber: absent")):
-            run = root.run("explain", *words)
-            check(run.returncode == status and said in run.stdout, f"explain {words}: {run.stdout}")
+@each("place, attribute, wanted", EXPLAINED)
+def testExplained(root, place, attribute, wanted):
+    document = root.ask("explanation", "explain", place, attribute)[1]
+    told = [toldOf(one) for one in document["items"][0]["attributes"][0]["readings"]]
+    assert told == [re.sub(r"registry\.reg(:\d+)?", "registry" if ON_WINDOWS else r"\g<0>", line) for line in wanted]
 
 
-def testWatch():
-    with Root() as root:
-        root.edit(E, r"^ChassisList =[^\n]*", 'ChassisList = "1,,2"')
-        watch, lines, once = Watch(root), Watch(root, "--json"), Watch(root, "--once")
-        check("can't be read" in "".join(once.take(1)), "watch --once")
+def testExplain(root):
+    found = root.ask("explanation", "explain", "5.0.0", "DeviceModel")[1]["items"][0]["opening"]
+    map_of = [toldOf(one) for one in found["readings"]]
+    assert "pxiesys.ini:128 Chassis1Slot2 AddressInfo PXI0::5-0.0::INSTR;PXI0::5-0.1::INSTR" in map_of
+    assert len(map_of) > 100 and found["section"] == "Chassis1Slot2"
+    # A controller without addresses, a chassis without a serial number.
+    root.edit((E, r"^AddressInfo = .PXI0::2-0[^\n]*", ""), (E, r"^SerialNumber[^\n]*", ""))
+    for words, status, said in ((["1/99", "SlotType"], 1, "Chassis1Slot99"), (["1/1", "SystemSlotModel"], 0, '= "HC-8470 Controller"'),
+                                (["1"], 1, "[Chassis1] has no SerialNumber"), (["1"], 1, "[Chassis1] SerialNumber: absent")):
+        run = root.run("explain", *words)
+        assert run.returncode == status and said in run.stdout
+
+
+def testWatch(root):
+    root.edit((E, r"^ChassisList =[^\n]*", 'ChassisList = "1,,2"'))
+    with Watch(root) as watch, Watch(root, "--json") as lines, Watch(root, "--once") as once:
+        assert "can't be read" in "".join(once.take(1))
         for edits, wanted in WATCHED:
-            root.exchange(edits)
+            root.edit(*edits)
             told = [re.sub(r" in \S*[/\\]pxi", " in pxi", line) for line in watch.take(len(wanted))]
-            check([line[21:] for line in told] == wanted, f"watch: {told}, wanted {wanted}")
-            check(all(re.match(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  ", line) for line in told), "the time")
+            assert [line[21:] for line in told] == wanted
+            assert all(re.match(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  ", line) for line in told)
             for line in lines.take(len(wanted)):
-                conforms(json.loads(line), "event", line)
-                check(json.loads(line)["time"].endswith("+05:30"), "local time")
+                conforms(json.loads(line), "event")
+                assert json.loads(line)["time"].endswith("+05:30")
         if not ON_WINDOWS:  # where it is the system's own
             folder = root.file("")
-            shutil.move(folder, str(folder) + ".away")
-            check("can't be read" in "".join(watch.take(1)), "watch: the folder is gone")
-            shutil.move(str(folder) + ".away", folder)
-            check("can be read." in "".join(watch.take(1)), "watch: the folder is back")
-        check(once.process.wait(DEADLINE) == 0 and watch.process.poll() is None, "watch goes on, but for --once")
-        watch.end()
-        lines.end()
+            for source, target, said in ((folder, root.folder / "away", "can't be read"), (root.folder / "away", folder, "can be read.")):
+                source.rename(target)
+                assert said in "".join(watch.take(1))
+        assert once.wait(DEADLINE) == 0 and watch.poll() is None
 
 
 RACK = "chassis 1, Orlindt Instruments, Inc. ORX-1820"
@@ -483,79 +427,66 @@ MADE_DIFFERENT = [
 ]
 
 
-def testDiff(chassis, different):
-    with Root(chassis) as sample, tempfile.TemporaryDirectory() as place:
-        saved = f"{place}/a.json"
-        sample.run("save", saved)
-        for edits, options, wanted in different:
-            with Root(chassis) as root:
-                root.exchange(edits)
-                told = sample.run("diff", saved, root.folder, *options)
-                check(told.stdout.splitlines()[:-1] == wanted and told.returncode == bool(wanted), f"diff {edits[:1]} {options}: {told}")
-                check(root.run("diff", saved, *options).stdout == told.stdout, f"diff {edits[:1]} with the machine")
-                document = root.ask("differences", "diff", saved, *options)[1]
-                check(len(document["changes"]) == len(wanted), f"diff --json {edits[:1]}")
-        with Root() as root:
-            for edit, arguments, said in (
-                    ((E, '18"', '18,19"'), [root.folder, root.folder], "No differences in what can be read"),
-                    ((E, r"^ChassisList =[^\n]*", "ChassisList = 1,,2"), [saved, root.folder], f"{root.folder}/{E_PATH}, line"),
-                    (None, [f"{place}/none", saved], "can't read"), (None, [saved, f"{place}/none"], "can't read"),
-                    (None, [saved, place], "no description"), (None, [saved, "--ignore", "x"], "no such kind")):
-                if edit:
-                    root.edit(*edit)
-                run = sample.run("diff", *arguments)
-                check(run.returncode == 2 and said in run.stdout + run.stderr, f"diff {arguments}: {run}")
+@on_linux
+@each("made, edits, options, wanted", [*(([], *row) for row in DIFFERENT), *((MADE, *row) for row in MADE_DIFFERENT)])
+def testDiff(tmp_path, made, edits, options, wanted):
+    before, after, saved = Root(tmp_path / "before", *made), Root(tmp_path / "after", *made), tmp_path / "a.json"
+    before.run("save", saved)
+    after.edit(*edits)
+    told = before.run("diff", saved, after.folder, *options)
+    assert told.stdout.splitlines()[:-1] == wanted and told.returncode == bool(wanted)
+    assert after.run("diff", saved, *options).stdout == told.stdout
+    assert len(after.ask("differences", "diff", saved, *options)[1]["changes"]) == len(wanted)
 
 
-# Faults of a PCI tree, and what is found, by identifier.
-LIVE = [
-    ([], []), (["missing"], ["module-not-present"]), (["unlisted"], ["device-not-listed"]),
-    (["driverless"], ["no-driver"]), (["narrow"], ["link-width-reduced"]), (["slow"], ["link-speed-reduced"]),
-    (["missing", "unlisted", "driverless", "narrow", "slow"],
-     ["device-not-listed", "link-speed-reduced", "link-width-reduced", "module-not-present", "no-driver"]),
+# What can't be compared, with "saved" for a saved sample and "none" for no file: what is said.
+UNCOMPARED = [
+    ([(E, '18"', '18,19"')], ["root", "root"], "No differences in what can be read"),
+    ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1,,2")], ["saved", "root"], f"root/{E_PATH}, line"),
+    ([], ["none", "saved"], "can't read"), ([], ["saved", "none"], "can't read"), ([], ["saved", "."], "no description"),
+    ([], ["saved", "--ignore", "x"], "no such kind"),
 ]
-# What no module of some chassis can have so that it would be found.
-NOT_FOUND = {"classic:8x3": ["narrow", "slow"], "express:18:2": ["unlisted", "narrow", "slow"]}
 
 
-def testLive():
-    for plans in (["express:18", "classic:8", "express:8"], ["express:4"], ["classic:8x3"], ["express:18:2"]):
-        for faults, wanted in LIVE:
-            with Root() as root:
-                shutil.rmtree(root.file(""))
-                made = root.run("make", root.folder, *plans, "--pci", *(f"--pci-fault={f}" for f in faults))
-                if made.returncode:
-                    check((len(faults) > 1 or faults[0] in NOT_FOUND[plans[0]]) and "no module is left" in made.stderr,
-                          f"make {plans} {faults}: {made.stderr}")
-                    continue
-                for folder in ("misc", "hwdata"):
-                    (root.folder / "usr/share" / folder).mkdir(parents=True)
-                os.mkfifo(root.folder / "usr/share/misc/pci.ids")  # which nobody waits for
-                (root.folder / "usr/share/hwdata/pci.ids").write_text("# x\nfa02  Orlindt\n\t4081  Meter\nC 00  Class\n")
-                file = root.folder / "saved.json"
-                root.run("save", file)
-                live, findings = root.ask("findings", "check", "--live")
-                found = sorted(finding["id"] for finding in findings)
-                check(found == wanted and live.returncode == bool(wanted), f"{plans} {faults}: {live}")
-                saved = root.run("check", "--live", "--json", "--from", file)
-                check(saved.stdout == live.stdout.replace("Orlindt Meter ", ""), f"{plans} {faults}: saved {saved}")
-                check(root.run("check").stdout == "No findings.\n", f"{plans}: without --live")
-                check(("Orlindt Meter [fa02:4081]" in live.stdout) == bool({"device-not-listed", "no-driver"} & set(wanted)),
-                      f"{plans} {faults}: names")
-                if faults or plans[0] in ("express:4", "express:18:2"):
-                    continue
-                # Devices of another domain are none of the description's.
-                for device in list((root.folder / "sys/bus/pci/devices").iterdir()):
-                    shutil.copytree(device, device.with_name("0001" + device.name[4:]), symlinks=True)
-                check(root.run("check", "--live").stdout == "No findings.\n", f"{plans}: two domains")
-                for device in (root.folder / "sys/bus/pci/devices").glob("0000:*"):
-                    if not device.name.startswith("0000:00"):
-                        shutil.rmtree(device)
-                gone = [finding["id"] for finding in root.ask("findings", "check", "--live")[1]]
-                check(set(gone) <= {"chassis-not-present", "module-not-present"}, f"{plans} off: {gone}")
-                check(gone.count("chassis-not-present") == (3 if plans == ["classic:8x3"] else len(plans)), f"{plans} off: {gone}")
-                shutil.rmtree(root.folder / "sys")
-                check("no PCI tree" in root.run("check", "--live").stderr, "no PCI tree")
+@on_linux
+@each("edits, arguments, said", UNCOMPARED)
+def testUncompared(root, tmp_path, edits, arguments, said):
+    root.run("save", tmp_path / "saved")
+    root.edit(*edits)
+    run = root.run("diff", *arguments, cwd=tmp_path)
+    assert run.returncode == 2 and said in run.stdout + run.stderr
+
+
+# Faults of a PCI tree, and what is found.
+LIVE = {"missing": "module-not-present", "unlisted": "device-not-listed", "driverless": "no-driver",
+        "narrow": "link-width-reduced", "slow": "link-speed-reduced"}
+# Chassis, and the faults that none of their modules can have so that they would be found.
+PLANS = {"express:18 classic:8 express:8": [], "express:4": [], "classic:8x3": ["narrow", "slow"],
+         "express:18:2": ["unlisted", "narrow", "slow"]}
+
+
+@on_linux
+@each("plans, faults", [*((plans, faults) for plans in PLANS for faults in ([], *([fault] for fault in LIVE))),
+                        ("express:18 classic:8 express:8", [*LIVE])])
+def testLive(tmp_path, plans, faults):
+    made = [*plans.split(), "--pci", *(f"--pci-fault={fault}" for fault in faults)]
+    if not {*faults}.isdisjoint(PLANS[plans]):
+        with pytest.raises(AssertionError, match="no module is left"):
+            Root(tmp_path / "root", *made)
+        return
+    wanted = sorted(LIVE[fault] for fault in faults)
+    root, file = Root(tmp_path / "root", *made), tmp_path / "saved.json"
+    for folder in ("misc", "hwdata"):
+        (root.folder / "usr/share" / folder).mkdir(parents=True)
+    os.mkfifo(root.folder / "usr/share/misc/pci.ids")  # which nobody waits for
+    (root.folder / "usr/share/hwdata/pci.ids").write_text("# x\nfa02  Orlindt\n\t4081  Meter\nC 00  Class\n")
+    root.run("save", file)
+    live, findings = root.ask("findings", "check", "--live")
+    assert sorted(finding["id"] for finding in findings) == wanted and live.returncode == bool(wanted)
+    assert ("Orlindt Meter [fa02:4081]" in live.stdout) == bool({"device-not-listed", "no-driver"} & set(wanted))
+    saved = root.run("check", "--live", "--json", "--from", file)
+    assert saved.stdout == live.stdout.replace("Orlindt Meter ", "")
+    assert root.run("check").stdout == "No findings.\n"
 
 
 # Changes of a PCI tree (None takes a function away, others are added), one of pxiesys.ini, and what is found.
@@ -572,10 +503,12 @@ def module3(**texts):
 
 
 TREES = [
-    ({"03:00.1": None}, None, [r"pxiesys.ini module-not-present .* 3.0.0 \(03:00.0\) of MODULE-1-2 ORX-\d+ Multimeter in slot 1/2, but no 3.0.1"]),
+    ({"03:00.1": None, "0001:03:00.1": {}, "0001:fe:00.0": {}}, None, [r"pxiesys.ini module-not-present .* 3.0.0 \(03:00.0\) of MODULE-1-2 ORX-\d+ Multimeter in slot 1/2, but no 3.0.1"]),
     ({"07:1c.0": None, "07:1c.1": None}, None, ["pxisys.ini module-not-present PXI2Slot3 in slot 2/3 is not there"]),
     (CHASSIS_OFF, None, ["chassis-not-present none of the 2 modules of chassis 1"]),
     ({**CHASSIS_OFF, "02:00.0": None, "02:00.1": None}, None, ["module-not-present MODULE-1-1", "chassis-not-present"]),
+    (dict.fromkeys((*CHASSIS_OFF, "05:1d.0", "06:04.0", "06:04.1", "07:1c.0", "07:1c.1", "08:1b.0", "08:1b.1")), None,
+     ["none of the 2 modules of chassis 1", "none of the 3 modules of chassis 2"]),
     ({"05:1d.0": {"driver": ""}}, None, []), ({"02:00.0": {"current_link_width": "2"}}, None, []),
     # Links: those of the module alone, with what both ends and the slot can.
     (module3(current_link_width="0"), None, []), ({"ff:00.0": NARROW}, None, []), ({"fe:03.0": {"max_link_width": "4"}, **module3(**NARROW)}, None, []),
@@ -595,50 +528,52 @@ TREES = [
 ]
 
 
-def testTrees():
-    with Root(["express:8:3", "classic:4", "--pci"]) as root:
-        document = json.loads(root.run("save").stdout)
-        tree, text, file = {device["address"]: device for device in document["pci"]}, "".join(document["files"][E_PATH]), root.folder / "saved.json"
-        for changes, edit, wanted in TREES:
-            devices = dict(tree)
-            for address, change in changes.items():
-                key = f"0000:{address}"
-                devices[key] = change is not None and {**devices.get(key, {"address": key, "class": "0x118000"}), **change}
-            document["pci"] = [device for device in devices.values() if device]
-            document["files"][E_PATH] = [re.sub(*edit, text, flags=re.S) if edit else text]
-            file.write_text(json.dumps(document))
-            told = [" ".join(finding[key] for key in ("file", "id", "message", "answer"))
-                    for finding in root.ask("findings", "check", "--live", "--from", file)[1]]
-            check(len(told) == len(wanted) and all(map(re.search, wanted, told)), f"{changes} {edit}: {told}")
+@on_linux
+def testTrees(tmp_path):
+    assert "no PCI tree" in Root(tmp_path / "sample").run("check", "--live").stderr
+    root, file = Root(tmp_path / "root", "express:8:3", "classic:4", "--pci"), tmp_path / "saved.json"
+    document = json.loads(root.run("save").stdout)
+    tree, text = {device["address"]: device for device in document["pci"]}, "".join(document["files"][E_PATH])
+    for changes, edit, wanted in TREES:
+        devices = dict(tree)
+        for address, change in changes.items():
+            key = address if address.count(":") > 1 else f"0000:{address}"
+            devices[key] = change is not None and {**devices.get(key, {"address": key, "class": "0x118000"}), **change}
+        document["pci"] = [device for device in devices.values() if device]
+        document["files"][E_PATH] = [re.sub(*edit, text, flags=re.S) if edit else text]
+        file.write_text(json.dumps(document))
+        told = [" ".join(finding[key] for key in ("file", "id", "message", "answer"))
+                for finding in root.ask("findings", "check", "--live", "--from", file)[1]]
+        assert len(told) == len(wanted) and all(map(re.search, wanted, told)), (changes, edit)
 
 
-def testFleet():
+@on_linux
+def testFleet(tmp_path):
     """The example of docs/fleet.md over 1,000 racks of two weeks, two of them changed."""
-    with Root(["express:18"]) as root, tempfile.TemporaryDirectory() as place:
-        text = json.dumps(json.loads(root.run("save").stdout))
-        serial = re.search(r"SerialNumber = \W*(\w+)", text).group(1)
+    root = Root(tmp_path / "root", "express:18")
+    text = json.dumps(json.loads(root.run("save").stdout))
+    serial = re.search(r"SerialNumber = \W*(\w+)", text).group(1)
+    for day in ("2026-11-14", "2026-11-21"):
+        (tmp_path / day).mkdir()
         for rack in range(500):
             one = text.replace(serial, f"S{rack:04}")
-            for day in ("2026-11-14", "2026-11-21"):
-                if (rack, day) == (42, "2026-11-21"):
-                    one = one.replace("LinkWidthNegotiated = 8", "LinkWidthNegotiated = 2", 1)
-                    one = re.sub(r"\[Chassis1Slot([23])\]", lambda slot: f"[Chassis1Slot{5 - int(slot[1])}]", one)
-                Path(place, day).mkdir(exist_ok=True)
-                Path(place, day, f"rack-{rack:04}.json").write_text(one)
-        blocks = re.findall(r"^```sh\n(.*?)^```", (TOP / "docs/fleet.md").read_text(), re.M | re.S)
-        path = f"{Path(VARMEX[-1]).parent}:{os.environ['PATH']}"
-        told = [subprocess.run(["bash", "-ec", block], cwd=place, env=dict(os.environ, PATH=path),
-                               capture_output=True, text=True, timeout=10 * DEADLINE) for block in blocks]
-        check(all(run.returncode == 0 and not run.stderr for run in told), f"docs/fleet.md: {told}")
-        narrow, moved = (run.stdout.splitlines()[2:] for run in told[-2:])
-        check(len(narrow) == 1 and "rack-0042" in narrow[0], f"below the full width: {narrow}")
-        check(len(moved) == 2 and all("rack-0042" in line for line in moved), f"moved: {moved}")
-        Path(place, "2026-11-21/rack-0007.json").write_text("{")
-        os.mkfifo(f"{place}/2026-11-21/pipe.json")  # which nobody waits for
-        run = root.run("list", "--csv", "--columns", "alias", "--from", f"{place}/2026-11-21")
-        check(run.returncode == 1 and run.stdout.startswith("from,alias\n") and len(run.stdout.splitlines()) > 499
-              and run.stderr.count("rack-0007") == 1 and "std::" not in run.stderr,
-              f"a saved file that can't be read: {run.stderr}")
+            if (rack, day) == (42, "2026-11-21"):
+                one = one.replace("LinkWidthNegotiated = 8", "LinkWidthNegotiated = 2", 1)
+                one = re.sub(r"\[Chassis1Slot([23])\]", lambda slot: f"[Chassis1Slot{5 - int(slot[1])}]", one)
+            (tmp_path / day / f"rack-{rack:04}.json").write_text(one)
+    blocks = re.findall(r"^```sh\n(.*?)^```", (TOP / "docs/fleet.md").read_text(), re.M | re.S)
+    path = f"{Path(Root.varmex[-1]).parent}:{os.environ['PATH']}"
+    told = [subprocess.run(["bash", "-ec", block], cwd=tmp_path, env=dict(os.environ, PATH=path),
+                           capture_output=True, text=True, timeout=10 * DEADLINE) for block in blocks]
+    assert all(run.returncode == 0 and not run.stderr for run in told)
+    narrow, moved = (run.stdout.splitlines()[2:] for run in told[-2:])
+    assert len(narrow) == 1 and "rack-0042" in narrow[0]
+    assert len(moved) == 2 and all("rack-0042" in line for line in moved)
+    (tmp_path / "2026-11-21/rack-0007.json").write_text("{")
+    os.mkfifo(tmp_path / "2026-11-21/pipe.json")  # which nobody waits for
+    run = root.run("list", "--csv", "--columns", "alias", "--from", tmp_path / "2026-11-21")
+    assert run.returncode == 1 and run.stdout.startswith("from,alias\n") and len(run.stdout.splitlines()) > 499
+    assert run.stderr.count("rack-0007") == 1 and "std::" not in run.stderr
 
 
 REGISTRY = {"key": "SOFTWARE\\PXISA", "name": "Library"}
@@ -664,88 +599,100 @@ HOSTILE = [
 ]
 
 
-def testSave():
-    with Root() as root:
-        root.edit(E, r"\Z", "\n; \xe4\r\n")
-        document = json.loads(root.run("save").stdout)
-        equal(errors_of(document, schema_of("saved.schema.json")), [], "a saved file against its schema")
-        check(base64.b64decode(document["files"][E_PATH]["base64"]) == root.file(E).read_bytes(), E)
-        check("".join(document["files"][I_PATH]) == root.file(I).read_bytes().decode(), I)
-        root.edit(I, r"\Z", "\x01" * 12000000)
-        large = root.run("save")
-        check(large.returncode == 1 and not large.stdout and "64 MB" in large.stderr, f"save of too much: {large.stderr}")
-        check(len(document["registry"]) == 6 and document["platform"] == ("windows" if ON_WINDOWS else "linux"), f"{document['registry']}")
+def testSave(root):
+    root.edit((E, r"\Z", "\n; \xe4\r\n"))
+    document = json.loads(root.run("save").stdout)
+    conforms(document, name="saved.schema.json")
+    assert base64.b64decode(document["files"][E_PATH]["base64"]) == root.file(E).read_bytes()
+    assert "".join(document["files"][I_PATH]) == root.file(I).read_bytes().decode()
+    assert len(document["registry"]) == 6 and document["platform"] == ("windows" if ON_WINDOWS else "linux")
+    root.edit((I, r"\Z", "\x01" * 12000000))
+    large = root.run("save")
+    assert large.returncode == 1 and not large.stdout and "64 MB" in large.stderr
 
 
-def testSaved():
-    with Root() as root, Root(["express:2"]) as other, tempfile.TemporaryDirectory() as place:
-        shared = Path(place)
-        os.environ["TMPDIR"] = place
+@pytest.fixture
+def kept(tmp_path, monkeypatch):
+    """The sample with chassis files, saved in a folder that has the temporary roots, too; of these none is left."""
+    root, place = Root(tmp_path / "sample"), tmp_path / "place"
+    (root.folder / "usr/share/pxi/chassis/orlindt").mkdir(parents=True)
+    (root.folder / "usr/share/pxi/chassis/orlindt/ORX-1820.INI").write_text("[X]\n\n")
+    root.edit(*((name, r"ORX-1820\.ini(.*)", "ORX-1820.INI\\1; \xe4\r\n") for name in (I, E)))
+    place.mkdir()
+    monkeypatch.setenv("TMPDIR", str(place))
+    assert root.run("save", place / "rack.json").returncode == 0
+    yield root, place / "rack.json"
+    assert not [*place.glob("varmex-saved-*")]
 
-        def run(*arguments, **more):
-            done = other.run(*arguments, **more)
-            left = [str(path) for path in shared.glob("varmex-saved-*")]
-            check(not left, f"{arguments} leaves {left}")
-            return done
 
-        (root.folder / "usr/share/pxi/chassis/orlindt").mkdir(parents=True)
-        (root.folder / "usr/share/pxi/chassis/orlindt/ORX-1820.INI").write_text("[X]\n\n")
-        for name in I, E:
-            root.edit(name, r"ORX-1820\.ini(.*)", "ORX-1820.INI\\1; \xe4\r\n")
-        file = shared / "rack.json"
-        check(run("save", "--from", root.folder, file).returncode == 0, "save")
-        document = json.loads(file.read_text())
-        check([f["content"] for f in document["chassisDescriptionFiles"]] == [["[X]\n", "\n"]], "chassis files")
-        # Every command answers the same of the folder and of the file.
-        for arguments in (["show"], ["show", "--json", "--why"], ["show", "1/10"], ["check"], ["draw", "-o", "-"],
-                          ["terminals", "5.0.0"], ["route", "5.0.0", "PXI_Trig3"], ["show", "9"], ["find", "dmm"],
-                          ["list"], ["triggers", "1/2", "SUPPLY"], ["explain", "3"], ["explain", "DMM"]):
-            live, saved = root.run(*arguments), run(*arguments, "--from", file)
-            timeless = [re.sub(r'\d\d:\d\d:\d\d UTC|(?<=registry)\.reg(:\d+)?|(saved|description) +.*|,\s+"saved": {[^}]*}| +', "", text)
-                        for text in (live.stdout, saved.stdout.replace(f"{file}:", str(root.folder)))]
-            check(live.returncode == saved.returncode and len(set(timeless)) == 1, f"{arguments} --from")
-        shown = other.show("--from", file)
-        check(shown["machine"]["saved"] == {key: document[key] for key in ("taken", "host", "platform", "version")}, "when saved")
-        kept = shared / "kept.json"
-        kept.write_text("old")
-        kept.chmod(0o640)
-        left, used = (shared / f"kept.json.varmex-new-{number}" for number in (7, 8))
-        left.touch()
-        writer = used.open("w")
+# What every command answers the same of the folder and of the file.
+SAME = [["show"], ["show", "--json", "--why"], ["show", "1/10"], ["check"], ["draw", "-o", "-"], ["terminals", "5.0.0"],
+        ["route", "5.0.0", "PXI_Trig3"], ["show", "9"], ["find", "dmm"], ["list"], ["triggers", "1/2", "SUPPLY"],
+        ["explain", "3"], ["explain", "DMM"]]
+
+
+@on_linux
+@each("arguments", SAME)
+def testFrom(kept, root, arguments):
+    sample, file = kept
+    live, saved = sample.run(*arguments), root.run(*arguments, "--from", file)
+    timeless = [re.sub(r'\d\d:\d\d:\d\d UTC|(?<=registry)\.reg(:\d+)?|(saved|description) +.*|,\s+"saved": {[^}]*}| +', "", text)
+                for text in (live.stdout, saved.stdout.replace(f"{file}:", str(sample.folder)))]
+    assert live.returncode == saved.returncode and timeless[0] == timeless[1]
+
+
+@on_linux
+def testSaved(kept, root):
+    file, shared = kept[1], kept[1].parent
+    document = json.loads(file.read_text())
+    assert [one["content"] for one in document["chassisDescriptionFiles"]] == [["[X]\n", "\n"]]
+    shown = root.show("--from", file)
+    assert shown["machine"]["saved"] == {key: document[key] for key in ("taken", "host", "platform", "version")}
+    for arguments in (["watch"], ["save"]):
+        assert "takes folders" in root.run(*arguments, "--from", file).stderr
+    for name in (shared / "nothing.json", "", "/dev/zero", "-"):
+        assert root.run("check", "--from", name, stdin=subprocess.DEVNULL).returncode == 2
+    for name in ("-", "/dev/stdin"):
+        assert "DMM" in root.run("find", "dmm", "--from", name, input=file.read_text()).stdout
+    for key, value, reason in HOSTILE:
+        broken = {**document, key: value}
+        if value is None:
+            del broken[key]
+        file.write_bytes(json.dumps(broken).encode() if key else value)
+        said = root.run("show", "--from", file)
+        assert said.returncode == 1 and reason in said.stderr, (key, str(value)[:60])
+
+
+@on_linux
+def testReplaced(kept, root):
+    """A file that is there keeps its mode, and all of it where another one can't be written."""
+    file, link = kept[1], kept[1].with_name("link.json")
+    file.write_text("old")
+    file.chmod(0o640)
+    link.symlink_to(file)
+    left, used = (file.with_name(f"rack.json.varmex-new-{number}") for number in (7, 8))
+    left.touch()
+    with used.open("w") as writer:
         fcntl.flock(writer, fcntl.LOCK_EX)
-        (shared / "link.json").symlink_to(kept)
-        failed_save = run("save", kept, ahead=["bash", "-c", 'ulimit -f 1; trap "" XFSZ; exec "$@"', "-"])
-        check(failed_save.returncode == 1 and "can't write" in failed_save.stderr and kept.read_text() == "old",
-              f"save without room: {failed_save.stderr}")
-        check(run("save", shared / "link.json").returncode == 0 and (shared / "link.json").is_symlink(), "save through a link")
-        check(json.loads(kept.read_text()) and kept.stat().st_mode & 0o777 == 0o640, "the mode of what is replaced")
-        check(list(shared.glob("*-new-*")) == [used], "beside what is replaced only what another one writes")
-        for arguments in (["watch"], ["save"]):
-            check("takes folders" in run(*arguments, "--from", file).stderr, f"{arguments} of a file")
-        for name in (shared / "nothing.json", "", "/dev/zero", "-"):
-            check(run("check", "--from", name, stdin=subprocess.DEVNULL).returncode == 2, f"check --from {name}")
-        for name in ("-", "/dev/stdin"):
-            check("DMM" in run("find", "dmm", "--from", name, input=file.read_text()).stdout, f"--from {name}")
-        bad = shared / "bad.json"
-        for key, value, reason in HOSTILE:
-            broken = {**document, key: value} if value is not None else without(key, document)
-            bad.write_bytes(json.dumps(broken).encode() if key else value)
-            said = run("show", "--from", bad)
-            check(said.returncode == 1 and reason in said.stderr, f"{key} {str(value)[:60]}: {said.stderr}")
-        # Signals in the midst of the work, and what a kill left.
-        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGPIPE, signal.SIGRTMIN + 1, signal.SIGRTMAX, signal.SIGKILL):
-            process = subprocess.Popen([*VARMEX, "show", "--from", file], env=other.environment(), stdout=subprocess.PIPE)
-            while process.poll() is None and not list(shared.glob("varmex-saved-*/var/lib/PXISA")):
-                pass
-            process.send_signal(number)
-            process.wait(DEADLINE)
-            check(number == signal.SIGKILL or not list(shared.glob("varmex-saved-*")), f"a signal {number} leaves nothing")
-        run("show", "--from", file)
+        failed = root.run("save", file, ahead=["bash", "-c", 'ulimit -f 1; trap "" XFSZ; exec "$@"', "-"])
+        assert failed.returncode == 1 and "can't write" in failed.stderr and file.read_text() == "old"
+        assert root.run("save", link).returncode == 0 and link.is_symlink()
+        assert json.loads(file.read_text()) and file.stat().st_mode & 0o777 == 0o640
+        assert [*file.parent.glob("*-new-*")] == [used]
 
 
-# Windows has no other roots than its own, and no tree of files for the bus.
-ANYWHERE, ON_LINUX = (testDocuments, testBroken, testLinks, testModules, testTriggers, testExplain, testSave, testWatch), (
-    testMade, testFleet, lambda: testDiff(None, DIFFERENT), lambda: testDiff(MADE, MADE_DIFFERENT), testLive, testTrees, testSaved)
-for test in ANYWHERE if ON_WINDOWS else ANYWHERE + ON_LINUX:
-    test()
-finish()
+@on_linux
+@each("number", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGPIPE, signal.SIGRTMIN + 1, signal.SIGRTMAX, signal.SIGKILL])
+def testSignals(kept, root, number):
+    file = kept[1]
+    process = subprocess.Popen([*Root.varmex, "show", "--from", file], env=root.environment(), stdout=subprocess.PIPE)
+    while process.poll() is None and not [*file.parent.glob("varmex-saved-*/var/lib/PXISA")]:
+        pass
+    process.send_signal(number)
+    process.wait(DEADLINE)
+    if number == signal.SIGKILL:  # the next one takes away what it left
+        root.run("show", "--from", file)
+
+
+if __name__ == "__main__":
+    main(__file__)

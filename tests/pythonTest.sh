@@ -8,18 +8,7 @@ python=/usr/bin/python3
 export PYTHONPATH=$build/python PYTHONDONTWRITEBYTECODE=1 PATH=$build/bin:$PATH
 unset VARMEX_FSROOT VARMEX_LIBRARY
 
-suite() {  # NAME [pytest arguments] : counts each test
-  local name=$1 result=0 good bad
-  shift
-  (cd "$here/bindings/python/tests" && "$python" -m pytest -q -p no:cacheprovider "$@") \
-    >"$work/$name" 2>&1 || result=$?
-  good=$(grep -oE '[0-9]+ passed' "$work/$name" | tail -n 1 | cut -d' ' -f1)
-  bad=$(grep -oE '[0-9]+ (failed|error)' "$work/$name" | awk '{ sum += $1 } END { print sum }')
-  if [ "$result" -ne 0 ] && [ "${bad:-0}" -eq 0 ]; then bad=1; fi
-  passed=$((passed + ${good:-0}))
-  failed=$((failed + ${bad:-0}))
-  if [ "$result" -ne 0 ]; then cat "$work/$name"; fi
-}
+suite() { (cd "$here/bindings/python/tests" && "$python" -m pytest -q -p no:cacheprovider "$@"); }
 
 wheel() {
   "$python" -m venv "$work/venv" &&
@@ -44,10 +33,10 @@ windows_wheel() {
 
 try types "$python" -m mypy --strict --python-version 3.9 --cache-dir "$work/mypy" \
   "$build/python/varmex"
-suite plain
+try tests suite
 runtime=$(gcc -print-file-name=libasan.so):$(gcc -print-file-name=libstdc++.so)
 VARMEX_LIBRARY=$asan/lib/libvarmex.so.19 ASAN_OPTIONS=detect_leaks=0 LD_PRELOAD=$runtime \
-  suite sanitized test_lifetimes.py test_routing.py test_waits.py
+  try 'sanitized library' suite test_lifetimes.py test_routing.py test_waits.py
 try 'wheels built' "$here/scripts/wheel.sh"
 try 'wheel in a bare environment' wheel
 try 'wheel for Windows' windows_wheel

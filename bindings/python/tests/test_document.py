@@ -6,11 +6,7 @@ import subprocess
 import pytest
 import varmex
 from conftest import edit
-from counting import STRICT, errors_of
-
-
-def conform(document, kind):
-    assert not errors_of(document, {"$ref": f"#/$defs/{kind}", "$defs": STRICT["$defs"]})
+from roots import conforms
 
 
 def asked(*arguments):
@@ -40,13 +36,13 @@ def test_a_document_is_that_of_the_command(root, tmp_path, monkeypatch, plan, wh
     with varmex.Session() as session:
         document = session.to_dict(why=why)
         assert document == shown(*["--why"] * why)
-        conform(document, "installation")
+        conforms(document, "installation")
         chassis = session.chassis[1].to_dict()
         for kind, part in (("chassis", chassis), ("slot", chassis["Slots"][0]),
                            ("slot", session.slots[0].to_dict()),
                            *(("device", device.to_dict()) for device in session.devices),
                            *(("bridge", bridge.to_dict()) for bridge in session.trigger_bridges)):
-            conform(part, kind)
+            conforms(part, kind)
         assert [module.to_dict() for module in session.modules()] == asked(
             "find", "--json", "PXI")["modules"]
 
@@ -69,7 +65,7 @@ def test_a_fault_hides_nothing_else(root, names, pattern, text, is_same):
     edit(root, pattern, text, *names)
     with varmex.Session() as session:
         document = session.to_dict()
-        conform(document, "installation")
+        conforms(document, "installation")
         told = shown()
         assert (document == told) or not is_same
         assert [slot["SlotNumber"] for chassis in document["Chassis"] for slot in chassis["Slots"]
@@ -93,7 +89,7 @@ def test_modules_are_found_as_by_the_command(root, words):
     document = {"schemaVersion": 1, "modules": [module.to_dict() for module in found],
                 "failureCount": 0}
     assert document == asked("find", "--json", *words.split())
-    conform(document, "modules")
+    conforms(document, "modules")
 
 
 def test_modules_hold_what_the_slots_tell(root):
