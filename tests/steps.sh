@@ -15,38 +15,31 @@ newRoot() {
 
 # try NAME COMMAND... : a step that must end well.
 try() {
-  local name=$1
-  shift
-  if "$@" >"$work/log" 2>&1; then
+  if "${@:2}" >"$work/log" 2>&1; then
     passed=$((passed + 1))
   else
     failed=$((failed + 1))
-    echo "$name:"
+    echo "$1:"
     tail -n 30 "$work/log"
   fi
 }
 
 # is WANTED GOT WHAT
-is() {
-  if [ "$1" = "$2" ]; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    printf '%s: wanted "%s", got "%s"\n' "$3" "$1" "$2"
-  fi
+is() { try "$3" same "$1" "$2"; }
+
+same() {
+  printf 'wanted "%s", got "%s"\n' "$1" "$2"
+  [ "$1" = "$2" ]
 }
 
 # ends STATUS PATTERN COMMAND... : its exit status, and a line that both outputs together hold.
-ends() {
-  local status=$1 pattern=$2 output result=0
-  shift 2
-  output=$("$@" 2>&1) || result=$?
-  if [ "$result" -eq "$status" ] && grep -qE -- "$pattern" <<<"$output"; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    printf '%s: status %s, wanted %s and "%s" in\n%s\n' "$*" "$result" "$status" "$pattern" "$output"
-  fi
+ends() { try "${*:3}" endsWith "$@"; }
+
+endsWith() {
+  local output result=0
+  output=$("${@:3}" 2>&1) || result=$?
+  printf 'status %s, wanted %s and "%s" in\n%s\n' "$result" "$1" "$2" "$output"
+  [ "$result" -eq "$1" ] && grep -qE -- "$2" <<<"$output"
 }
 
 # The last line of the script.
