@@ -147,10 +147,8 @@ void tScenarios::SetUp() {
   ASSERT_TRUE(session_) << status_.text();
 }
 
-void tScenarios::inject(
-    const tScenario& scenario, const std::function<void(long)>& arm,
-    const std::function<bool()>& disarm,
-    const std::function<bool(const std::string&, const std::string&, const tStatus&)>& isGood) {
+void tScenarios::inject(const tScenario& scenario, const std::function<void(long)>& arm,
+                        const std::function<bool()>& disarm, const tJudge& isGood) {
   tStatus first;
   const std::string undisturbed = scenario(first);
   EXPECT_GE(first.code(), 0) << first.text();

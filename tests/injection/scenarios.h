@@ -44,10 +44,10 @@ class tScenarios : public tModel {
 
   // Runs the scenario with its n-th call failing, for n from 1 on. Whatever it answers then must
   // suit `isGood`. When there are no more calls to fail it works as ever.
+  using tJudge = std::function<bool(const std::string& answer, const std::string& undisturbed,
+                                    const tStatus& status)>;
   void inject(const tScenario& scenario, const std::function<void(long)>& arm,
-              const std::function<bool()>& disarm,
-              const std::function<bool(const std::string& answer, const std::string& undisturbed,
-                                       const tStatus& status)>& isGood);
+              const std::function<bool()>& disarm, const tJudge& isGood);
 };
 
 }  // namespace test

@@ -15,6 +15,8 @@ namespace test {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 // Whether each line is that of the other answer, or a failure at this place.
 bool agrees(const std::string& answer, const std::string& other) {
   const std::vector<std::string> lines = split(answer, "\n"), others = split(other, "\n");
@@ -42,32 +44,27 @@ class tSystemCallInjection : public tScenarios, public testing::WithParamInterfa
   // nothing open. What only interrupts a call is never seen. What can't be loaded counts as absent:
   // `unloaded` is the answer then, if there is one.
   void inject(const tScenario& scenario, const std::string& unloaded = "") {
-    const auto& [call, errors, told] = GetParam();
+    const tSystemCall& call = GetParam();
     tStatus status;
     scenario(status);
     const int descriptors = openDescriptors();
-    for (const int error : errors) {
+    for (const int error : call.errors) {
       SCOPED_TRACE(std::strerror(error));
-      const bool isTold = std::ranges::count(told, error) > 0;
-      std::optional<tSystemCalls> calls;
-      const auto hasFailed = [&] {
-        const bool isOver = calls->failures.empty();
-        calls.reset();
-        return isOver;
-      };
+      const bool isTold = std::ranges::count(call.told, error) > 0;
+      tSystemCalls calls;
       tScenarios::inject(
           scenario,
-          [&, name = call](long n) {
-            calls.emplace().failures = {{name, {error, n}}};
+          [&](long n) {
+            calls.failures = {{call.name, {error, n}}};
           },
-          hasFailed,
-          [&, name = call](const std::string& answer, const std::string& undisturbed,
-                           const tStatus& result) {
+          [&] { return std::exchange(calls.failures, {}).empty(); },
+          [&](const std::string& answer, const std::string& undisturbed, const tStatus& result) {
             EXPECT_EQ(openDescriptors(), descriptors);
             if (error == EINTR || error == EWOULDBLOCK) return answer == undisturbed;
             if (result.code() != 0) return !isTold || tellsOf(error, result);
             if (isTold) return answer != undisturbed;
-            return agrees(answer, undisturbed) || (name.starts_with("dl") && answer == unloaded);
+            return agrees(answer, undisturbed) ||
+                   (call.name.starts_with("dl") && answer == unloaded);
           });
     }
   }
@@ -78,8 +75,6 @@ std::string nextDescription() {
   static std::size_t round = 0;
   return "[System]\nChassisList=\"\"\n" + std::string(++round % 9, '\n');
 }
-
-using tChangeAmidCalls = tModel;
 
 TEST_P(tSystemCallInjection, opening) {
   const tInstalledServiceLibrary service("full");
@@ -133,32 +128,75 @@ TEST_P(tSystemCallInjection, waiting) {
 
 TEST_P(tSystemCallInjection, routing) { inject(routeAll); }
 
+class tAmidCalls : public tModel {
+ protected:
+  varmex_WaitResult wait(std::uint32_t timeout) {
+    return call(varmex_waitForSessionInvalidation, session_.get(), timeout, status_);
+  }
+
+  // A session that has waited, and finds its files by another way since then.
+  void openAndTurn() {
+    const fs::path link = machine_.folder();
+    for (const char* name : {"two", "one"}) {
+      fs::remove_all(link);
+      fs::create_directory_symlink(name, link);
+      fs::create_directories(link.parent_path() / name);
+      machine_.writePxiSys(nextDescription());
+      fs::last_write_time(machine_.pxiSys(), fs::file_time_type());
+    }
+    session_.reset(varmex_openPXISession(0, status_));
+    EXPECT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
+    fs::remove(link);
+    fs::create_directory_symlink("two", link);
+  }
+
+  void change() { machine_.writePxiSys(nextDescription()); }
+};
+
 // Between which calls of the wait's the change comes does not matter.
-TEST_F(tChangeAmidCalls, isSeen) {
+TEST_F(tAmidCalls, aChangeIsSeen) {
   for (const char* name : {"stat", "lstat", "inotify_add_watch", "poll"}) {
     bool changed = true;
     for (int n = 1; changed; ++n) {
-      session_.reset(varmex_openPXISession(0, status_));
+      openAndTurn();
       changed = false;
       int calls = 0;
       tSystemCalls hooks;
       hooks.before[name] = [&](const char*) {
-        if (++calls < n || changed) return;
-        changed = true;
-        machine_.writePxiSys(nextDescription());
+        if (++calls < n || std::exchange(changed, true)) return;
+        change();
       };
-      const auto result = varmex_waitForSessionInvalidation(session_.get(), 300, status_);
+      const varmex_WaitResult result = wait(300);
       EXPECT_EQ(result, changed ? varmex_waitChanged : varmex_waitTimedOut)
           << name << ' ' << n << ' ' << status_.text();
     }
   }
 }
 
+// What a wait that failed did not come to watch, the next one does.
+TEST_F(tAmidCalls, aChangeBehindAFailureIsSeen) {
+  const std::function<bool(long)> failures[] = {
+      [this](long n) { return failAllocation(n), wait(1), allocationFailed(); },
+      [this](long n) {
+        tSystemCalls hooks;
+        hooks.failures = {{"inotify_add_watch", {ENOSPC, n}}};
+        return wait(1), hooks.failures.empty();
+      }};
+  for (const auto& fail : failures) {
+    bool hasFailed = true;
+    for (long n = 1; hasFailed; ++n) {
+      openAndTurn();
+      hasFailed = fail(n);
+      varmex_releaseStatus(status_);
+      tSystemCalls hooks;
+      hooks.before["poll"] = [this](const char*) { change(); };
+      EXPECT_EQ(wait(5000), varmex_waitChanged) << n << ' ' << status_.text();
+    }
+  }
+}
+
 // The host closes all descriptors between two calls of a wait.
-TEST_F(tChangeAmidCalls, mayBeThatOfAllDescriptors) {
-  const auto wait = [this] {
-    return varmex_waitForSessionInvalidation(session_.get(), 100, status_);
-  };
+TEST_F(tAmidCalls, allDescriptorsMayBeClosed) {
   for (const char* name : {"stat", "lstat", "inotify_add_watch", "poll", "recv"}) {
     inChild([&] {
       session_.reset(varmex_openPXISession(0, status_));
@@ -167,11 +205,28 @@ TEST_F(tChangeAmidCalls, mayBeThatOfAllDescriptors) {
       hooks.before[name] = [&](const char*) {
         if (!std::exchange(closed, true)) closefrom(3);
       };
-      EXPECT_TRUE(wait() == varmex_waitTimedOut || tellsOf(EBADF, status_)) << status_.text();
+      EXPECT_TRUE(wait(100) == varmex_waitTimedOut || tellsOf(EBADF, status_)) << status_.text();
       EXPECT_TRUE(closed) << name;
       varmex_releaseStatus(status_);
-      EXPECT_EQ(wait(), varmex_waitTimedOut) << name << ' ' << status_.text();
+      EXPECT_EQ(wait(100), varmex_waitTimedOut) << name << ' ' << status_.text();
     });
+  }
+}
+
+// Nor does it matter to the child of a fork, which closes what it finds of them.
+TEST_F(tAmidCalls, aForkLeavesTheChildNoDescriptors) {
+  for (const char* name : {"inotify_init1", "fcntl", "socketpair", "open", "poll", "close"}) {
+    session_.reset(varmex_openPXISession(0, status_));
+    const int before = openDescriptors();
+    int forks = 0;
+    tSystemCalls hooks;
+    hooks.before[name] = [&](const char*) {
+      ++forks;
+      inChild([&] { EXPECT_EQ(openDescriptors(), before) << name << ' ' << forks; });
+    };
+    EXPECT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
+    session_.reset();
+    EXPECT_GT(forks, 0) << name;
   }
 }
 

@@ -26,6 +26,7 @@ bool tChangeEvents::open() {
   if (!inotify_.adopt(inotify_init1(IN_CLOEXEC | IN_NONBLOCK))) return false;
   int pair[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, pair) != 0) return false;
+  rope_.expect(pair[1]);
   const bool hasBell = bell_.adopt(pair[0]);
   const bool hasRope = rope_.adopt(pair[1]);
   if (!hasBell || !hasRope) return false;

@@ -260,6 +260,7 @@ struct tNativeDirectoryWatch::tState {
     membership.reset();
     tShared* const shared = process.shared;
     if (!shared || !shared->paths.isEmpty()) return;
+    shared->paths.abandon();  // so that the child of a fork finds them closed, or to be closed
     setShared(nullptr);
     delete shared;
   }

@@ -15,20 +15,26 @@ class tOwnDescriptor {
   tOwnDescriptor& operator=(const tOwnDescriptor&) = delete;
   ~tOwnDescriptor() { release(); }
 
-  // Takes over what a system call answered; false with its reason left when that was none.
+  // Takes over what a system call answered; false with its reason left when that was none. `expect`
+  // is for a number that must wait for that: from then on the child of a fork closes it, too.
+  void expect(int number) { number_ = number; }
   bool adopt(int number);
 
   bool isOurs() const;
   int number() const { return number_; }
 
-  // Closes it, if it is still ours. Safe in the child of a fork.
+  // Closes it, if it is still ours. Safe in the child of a fork, also of one amid `adopt`.
   void release();
 
  private:
+  bool isOurs(int number) const;
+  void moveUp(int turn);
+
   int number_ = -1;
+  int former_ = -1;  // the number that it is moved away from
   dev_t device_ = 0;
   ino_t inode_ = 0;
-  int mark_ = 0;
+  int mark_ = 0;  // none as long as the number is as the system has just answered it
 };
 
 }  // namespace halden

@@ -93,9 +93,14 @@ void tWatchedPaths::leave(tWatchedPath& path) {
 bool tWatchedPaths::prepareEvents() {
   if (events_ && events_->isWhole()) return true;
   auto fresh = std::make_shared<tChangeEvents>();
-  if (!fresh->open()) return false;
+  coming_ = fresh.get();
+  if (!fresh->open()) {
+    coming_ = nullptr;
+    return false;
+  }
   const tLock held(lock_);
   latest_ = fresh.get();
+  coming_ = nullptr;
   events_.swap(fresh);
   if (fresh) fresh->ring();
   interests_.clear();
@@ -188,7 +193,9 @@ void tWatchedPaths::countChangeEverywhere() {
 }
 
 void tWatchedPaths::abandon() {
-  if (tChangeEvents* const events = latest_) events->release();
+  for (tChangeEvents* const events : {latest_.load(), coming_.load()}) {
+    if (events) events->release();
+  }
 }
 
 }  // namespace halden

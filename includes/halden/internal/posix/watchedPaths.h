@@ -48,7 +48,8 @@ class tWatchedPaths {
   void take(tChangeEvents& events);
   void countChangeEverywhere();
 
-  // In the child of a fork, in place of all else.
+  // Closes the events at any moment: in the child of a fork, in place of all else, and ahead of the
+  // end.
   void abandon();
 
  private:
@@ -66,6 +67,7 @@ class tWatchedPaths {
   std::mutex& lock_;
   std::shared_ptr<tChangeEvents> events_;
   std::atomic<tChangeEvents*> latest_{nullptr};  // the same, whole at every moment
+  std::atomic<tChangeEvents*> coming_{nullptr};  // those that are being made
   std::map<std::string, std::unique_ptr<tWatchedPath>> paths_;
   std::map<int, std::vector<tInterest>> interests_;  // by watch
 };
