@@ -5,12 +5,8 @@
 // Ends with status 1 at the first finding, and tells it with the seed.
 
 #include <fcntl.h>
-#include <poll.h>
-#include <pthread.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,16 +17,16 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <random>
 #include <shared_mutex>
 #include <thread>
 #include <vector>
 
 #include "tests/support/posix/child.h"
-#include "tests/support/posix/threadState.h"
+#include "tests/support/posix/waiter.h"
 #include "tests/support/testMachine.h"
 #include "varmex/telmar_ra_varmex.h"
 #include "varmex/varmex.h"
@@ -46,8 +42,7 @@ constexpr const char* kDescription =
     "[Chassis1Slot1]\nSlotType=PXIeSystemSlot4Link\n"
     "[Chassis1Slot2]\nSlotType=PXIeHybridSlot\nAddressInfo=PXI0::5-0.0::INSTR\n";
 
-constexpr varmex_WaitResult kUnfinished = 99;
-constexpr std::chrono::seconds kHang = 120s;
+constexpr unsigned kHang = 600;  // seconds
 
 // The allocator of AddressSanitizer does not survive the fork of a process whose other threads
 // allocate; ThreadSanitizer does not let the child of a process with threads start one, and loses
@@ -73,91 +68,41 @@ unsigned seed = 0;
   _exit(1);
 }
 
-// What a process is doing, told to the one that waits for its end. Its first thread tells.
-struct tDeeds {
-  std::atomic<const char*> current{"beginning"};
-  std::atomic<unsigned> begun{0};
-};
-thread_local tDeeds* deeds = nullptr;
-
+// What a process is doing now, as its first thread tells; the process bears that name. It ends if
+// it does the same for too long.
 void begin(const char* deed) {
-  if (!deeds) return;
-  deeds->current = deed;
-  ++deeds->begun;
+  if (gettid() != getpid()) return;
+  prctl(PR_SET_NAME, deed);
+  alarm(kHang);
 }
-
-// For one that waits for a thread, and looks at it once a second. On a loaded machine a thread may
-// get no processor for minutes: only what it slept or worked counts.
-class tPatience {
- public:
-  tPatience(pid_t process, pid_t thread)
-      : task_("/proc/" + std::to_string(process) + "/task/" + std::to_string(thread)) {}
-
-  // Whether it has been at the same deed for too long.
-  bool isOver(unsigned deed) {
-    const test::tThreadState state(task_);
-    if (deed != deed_) {
-      deed_ = deed;
-      slept_ = 0s;
-      worked_ = state.worked;
-    }
-    slept_ += state.isAsleep ? 1s : 0s;
-    return slept_ > kHang || state.worked - worked_ > kHang;
-  }
-  std::string told() const {
-    const std::chrono::duration<double> worked = test::tThreadState(task_).worked - worked_;
-    return std::to_string(slept_.count()) + " s asleep and " + std::to_string(worked.count()) +
-           " s at work";
-  }
-
- private:
-  fs::path task_;
-  unsigned deed_ = 0;
-  std::chrono::seconds slept_{0};
-  std::chrono::nanoseconds worked_{0};
-};
 
 // A child that does something and ends. It doesn't outlive this process.
 class tChild {
  public:
   template <class Split, class Live>
-  tChild(Split split, Live live) {
-    void* const page =
-        mmap(nullptr, sizeof(tDeeds), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (page == MAP_FAILED) ::find("no memory");
-    deeds_ = new (page) tDeeds;
-    number_ = split();
+  tChild(Split split, Live live) : number_(split()) {
     if (number_ != 0) return;
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    deeds = deeds_;
     live();
     _exit(0);
   }
-  tChild(const tChild&) = delete;
-  tChild& operator=(const tChild&) = delete;
-  ~tChild() { munmap(deeds_, sizeof(tDeeds)); }
 
+  // However long the child lives, it is never for long at the same thing.
   void expectEnd() const {
     if (number_ < 0) return;
-    pollfd end{static_cast<int>(syscall(SYS_pidfd_open, number_, 0)), POLLIN, 0};
-    tPatience patience(number_, number_);
-    int status = 0;
-    while (waitpid(number_, &status, WNOHANG) == 0) {
-      if (poll(&end, 1, 1000) != 0) continue;
-      begin("waiting for a child");
-      if (patience.isOver(deeds_->begun)) find("hangs, " + patience.told());
-    }
-    close(end.fd);
-    if (status != 0) find("ended with " + std::to_string(status));
+    alarm(0);
+    siginfo_t end{};
+    waitid(P_PID, static_cast<id_t>(number_), &end, WEXITED | WNOWAIT);
+    const std::string number = std::to_string(number_);
+    std::string deed;
+    std::getline(std::ifstream("/proc/" + number + "/comm"), deed);
+    waitpid(number_, nullptr, 0);
+    if (end.si_status == 0) return;
+    const char* const how = end.si_status == SIGALRM ? " hangs, " : " failed, ";
+    find("child " + number + how + deed + ": " + std::to_string(end.si_status));
   }
 
  private:
-  [[noreturn]] void find(const std::string& what) const {
-    ::find("child " + std::to_string(number_) + ' ' + what + ", " + deeds_->current.load() + " (" +
-           std::to_string(deeds_->begun) + " deeds)");
-  }
-
-  tDeeds* deeds_;
   pid_t number_;
 };
 
@@ -258,14 +203,9 @@ class tSession {
   varmex_WaitResult wait(std::uint32_t timeoutMs) const {
     begin("waiting");
     tStatusRecord status = varmex_makeStatus();
-    const auto starved = [] { return test::tThreadState("/proc/thread-self").starved; };
-    const auto start = std::chrono::steady_clock::now() - starved();
     const varmex_WaitResult result = varmex_waitForSessionInvalidation(handle_, timeoutMs, &status);
     if (result == varmex_waitFailed) find(std::string("wait: ") + varmex_statusText(&status));
     varmex_releaseStatus(&status);
-    const auto took = std::chrono::steady_clock::now() - starved() - start;
-    const bool isLate = took > std::chrono::milliseconds(timeoutMs) + kHang;
-    if (timeoutMs != 0xFFFFFFFF && isLate) find("a late wait");
     return result;
   }
   void cancel() {
@@ -282,53 +222,29 @@ class tSession {
 };
 
 // A thread that waits for ever.
-class tWaiter {
+class tLongWait {
  public:
-  explicit tWaiter(const tSession& session) : session_(session) {
-    const auto run = [](void* argument) -> void* {
-      tWaiter& own = *static_cast<tWaiter*>(argument);
-      own.number_ = gettid();
-      own.number_.notify_one();
-      own.result_ = varmex_waitForSessionInvalidation(own.session_.handle(), 0xFFFFFFFF, nullptr);
-      return nullptr;
-    };
-    if (pthread_create(&thread_, nullptr, run, this) != 0) find("no thread");
-    number_.wait(0);
-  }
-  tWaiter(const tWaiter&) = delete;
-  tWaiter& operator=(const tWaiter&) = delete;
+  explicit tLongWait(const tSession& session) : session_(session), waiter_(session.handle()) {}
 
   void cancelThread() {
     if (!kCancelsThreads || isVictim_) return;
-    pthread_cancel(thread_);
+    waiter_.cancelThread();
     isVictim_ = true;
   }
 
   void expectEnd() {
-    void* how = nullptr;
-    tPatience patience(getpid(), number_);
-    const auto isOver = [&] {
-      timespec end{};
-      clock_gettime(CLOCK_REALTIME, &end);
-      ++end.tv_sec;
-      return pthread_timedjoin_np(thread_, &how, &end) == 0;
-    };
-    while (!isOver()) {
-      begin("waiting for a thread");
-      if (patience.isOver(0)) find("a wait that missed its end: " + patience.told());
-    }
-    if (isVictim_ && how == PTHREAD_CANCELED) return;
+    begin("joining");
+    const varmex_WaitResult result = waiter_.end();
+    if (isVictim_ && result == test::tWaiter::kNone) return;
     // A cancel may come while the waiter looks at the files, and the change with it.
-    if (result_ == varmex_waitChanged) return;
-    if (result_ != varmex_waitCancelled || !session_.isCancelled)
-      find("a wait that answers " + std::to_string(result_));
+    if (result == varmex_waitChanged) return;
+    if (result != varmex_waitCancelled || !session_.isCancelled)
+      find("a wait that answers " + std::to_string(result));
   }
 
  private:
   const tSession& session_;
-  pthread_t thread_{};
-  std::atomic<pid_t> number_{0};
-  varmex_WaitResult result_ = kUnfinished;
+  test::tWaiter waiter_;
   bool isVictim_ = false;
 };
 
@@ -363,8 +279,8 @@ void liveAsChild(std::vector<std::unique_ptr<tSession>>& sessions, tRandom& rand
   tSession own;
   own.wait(random.below(10));
   if (!kChildrenHaveThreads) return;
-  tWaiter first(own);
-  tWaiter second(own);
+  tLongWait first(own);
+  tLongWait second(own);
   random.pause(3000);
   own.cancel();
   first.expectEnd();
@@ -383,6 +299,7 @@ class tGuests {
   tGuests& operator=(const tGuests&) = delete;
   ~tGuests() {
     isOver_ = true;
+    begin("joining guests");
     for (std::thread& thread : threads_) thread.join();
   }
 
@@ -393,7 +310,7 @@ class tGuests {
     const std::lock_guard<std::shared_mutex> alone(gate_);
     // What a waiter was woken for, or a thread that begins, allocates, too.
     for (int tries = 0; tries < 30; ++tries) {
-      begin("looking for a moment to fork");
+      begin("before a fork");
       if (test::awaitSleep()) return fork();
     }
     return -1;
@@ -428,7 +345,7 @@ class tRound {
       sessions_.push_back(std::make_unique<tSession>());
     }
     for (unsigned n = 1 + random_.below(10); n > 0; --n) {
-      waiters_.push_back(std::make_unique<tWaiter>(anySession()));
+      waiters_.push_back(std::make_unique<tLongWait>(anySession()));
     }
     for (unsigned n = random_.below(40); n > 0; --n) {
       step();
@@ -436,7 +353,7 @@ class tRound {
     }
     installation_.change();
     for (const auto& waiter : waiters_) waiter->expectEnd();
-    for (const auto& child : children_) child->expectEnd();
+    for (const tChild& child : children_) child.expectEnd();
   }
 
  private:
@@ -451,12 +368,10 @@ class tRound {
       case 2:
         waiters_[random_.below(static_cast<unsigned>(waiters_.size()))]->cancelThread();
         break;
-      case 3: {
-        children_.push_back(
-            std::make_unique<tChild>([this] { return guests_.forkBeside(); },
-                                     [this] { liveAsChild(sessions_, random_, 0); }));
+      case 3:
+        children_.emplace_back([this] { return guests_.forkBeside(); },
+                               [this] { liveAsChild(sessions_, random_, 0); });
         break;
-      }
       case 4: {
         const tSession& session = anySession();
         const varmex_WaitResult result = session.wait(random_.below(5));
@@ -473,8 +388,8 @@ class tRound {
   tGuests& guests_;
   tRandom& random_;
   std::vector<std::unique_ptr<tSession>> sessions_;
-  std::vector<std::unique_ptr<tWaiter>> waiters_;
-  std::vector<std::unique_ptr<tChild>> children_;
+  std::vector<std::unique_ptr<tLongWait>> waiters_;
+  std::vector<tChild> children_;
 };
 
 void run(std::chrono::seconds duration) {
@@ -502,6 +417,7 @@ int main(int count, char** arguments) {
   const std::chrono::seconds duration(std::atoi(arguments[1]));
   tChild(fork, [=] {
     run(duration);
+    begin("leaving");
     std::exit(0);  // by which a sanitizer looks for leaks
   }).expectEnd();
   return 0;

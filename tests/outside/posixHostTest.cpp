@@ -15,6 +15,7 @@
 #include <deque>
 
 #include "tests/support/posix/child.h"
+#include "tests/support/posix/waiter.h"
 #include "tests/support/routing.h"
 #include "tests/support/sharing.h"
 #include "tests/support/testPlace.h"
@@ -26,31 +27,6 @@ namespace test {
 namespace {
 
 namespace fs = std::filesystem;
-
-// A thread that waits for a session, for ever if not told otherwise.
-class tWaiter {
- public:
-  static constexpr varmex_WaitResult kNone = 9;
-
-  explicit tWaiter(const tItem& session, std::uint32_t timeout = 0xFFFFFFFF,
-                   int cancelState = PTHREAD_CANCEL_ENABLE)
-      : thread_([=, this, item = session.get()] {
-          pthread_setcancelstate(cancelState, nullptr);
-          tStatus status;
-          result_ = varmex_waitForSessionInvalidation(item, timeout, status);
-          EXPECT_TRUE(result_ != varmex_waitFailed || status.code() == ostrelerr_osFault);
-        }) {}
-  tWaiter(const tWaiter&) = delete;
-  tWaiter& operator=(const tWaiter&) = delete;
-
-  bool sleeps() const { return result_ == kNone; }
-  void cancel() { pthread_cancel(thread_.native_handle()); }
-  varmex_WaitResult end() { return thread_.join(), result_.load(); }
-
- private:
-  std::atomic<varmex_WaitResult> result_{kNone};
-  std::thread thread_;
-};
 
 using tHost = tWaiting;
 
@@ -66,7 +42,7 @@ TEST_F(tHost, manySessionsWaitAtOnce) {
     }
     ASSERT_EQ(status_.code(), 0) << status_.text();
     std::deque<tWaiter> waiters;
-    for (const tItem& session : sessions) waiters.emplace_back(session);
+    for (const tItem& session : sessions) waiters.emplace_back(session.get());
     settle();
     varmex_cancelWaitForInvalidation(sessions[0].get());
     EXPECT_EQ(waiters[0].end(), varmex_waitCancelled);
@@ -78,14 +54,14 @@ TEST_F(tHost, manySessionsWaitAtOnce) {
 
 TEST_F(tHost, sessionsSeeWhatIsTheirs) {
   describe(kOneChassis, "");
-  tWaiter leader(session_);
+  tWaiter leader(session_.get());
   settle();
   const fs::path root = machine_.folder().parent_path().parent_path() / "other";
   tTestMachine::write(root / "etc/pxi/pxisys.ini", kOneChassis);
   setenv("VARMEX_FSROOT", root.c_str(), 1);
   // It sleeps for the thread of the first session, which has nothing to see.
   const tItem other(varmex_openPXISession(0, status_));
-  tWaiter follower(other, kLongWait);
+  tWaiter follower(other.get(), kLongWait);
   settle();
   tTestMachine::write(root / "etc/pxi/pxiesys.ini", "x");
   EXPECT_EQ(follower.end(), varmex_waitChanged);
@@ -96,7 +72,7 @@ TEST_F(tHost, sessionsSeeWhatIsTheirs) {
 
 TEST_F(tHost, aForkedChildIsOnItsOwn) {
   describe(kOneChassis, "");
-  tWaiter waiters[] = {tWaiter(session_), tWaiter(session_)};
+  tWaiter waiters[] = {tWaiter(session_.get()), tWaiter(session_.get())};
   settle();
   const int before = openDescriptors();
   inChild([&] {
@@ -117,7 +93,7 @@ TEST_F(tHost, aForkedChildIsOnItsOwn) {
   // A child of a child, with the description changing under all three. The wait of the first child
   // goes on over the fork.
   inChild([&] {
-    tWaiter own(session_, kLongWait);
+    tWaiter own(session_.get(), kLongWait);
     settle();
     inChild([&] { EXPECT_EQ(wait(50), varmex_waitTimedOut) << status_.text(); });
     EXPECT_TRUE(own.sleeps());
@@ -161,8 +137,11 @@ double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PE
 // The host's next files get none of the library's numbers, nor do the library's own, unless there
 // are few: a poll that is woken looks its numbers up again.
 TEST_F(tHost, closesDescriptorsBehindTheWait) {
-  for (const bool isAsleep : {false, true}) {
+  enum { kFewAndAll = -2, kAll, kFirst };  // or one of the library's four, while waits sleep
+  for (int closed = kFewAndAll; closed < kFirst + 4; ++closed) {
+    SCOPED_TRACE(closed);
     inChild([&, this] {
+      const bool isAsleep = closed != kFewAndAll;
       closefrom(3);  // whatever was inherited
       const rlimit few{50, 1024};
       if (!isAsleep) setrlimit(RLIMIT_NOFILE, &few);
@@ -175,11 +154,11 @@ TEST_F(tHost, closesDescriptorsBehindTheWait) {
       for (int number = 60; number < 1024; ++number) {
         if (fcntl(number, F_GETFD) >= 0) former.push_back(number);
       }
-      EXPECT_EQ(former.size(), isAsleep ? 4U : 0U);
+      ASSERT_EQ(former.size(), isAsleep ? 4U : 0U);
       std::deque<tWaiter> waiters;
-      for (int n = 0; isAsleep && n < 2; ++n) waiters.emplace_back(session_);
+      for (int n = 0; isAsleep && n < 2; ++n) waiters.emplace_back(session_.get());
       if (isAsleep) settle();
-      closefrom(3);
+      closed < kFirst ? closefrom(3) : void(close(former[static_cast<std::size_t>(closed)]));
       const tOwnFiles own;
       settle();
       // Neither spins, and the time-out is kept.
@@ -196,27 +175,23 @@ TEST_F(tHost, closesDescriptorsBehindTheWait) {
   }
 }
 
-TEST_F(tHost, cancelsAWaitThatLostItsDescriptors) {
-  inChild([this] {
-    describe(kOneChassis, "");
-    const auto closes = [this] {
+// One wait is cancelled, or none can go on.
+TEST_F(tHost, endsTheWaitsThatLostTheirDescriptors) {
+  for (const bool cancels : {true, false}) {
+    inChild([&, this] {
+      describe(kOneChassis, "");
+      std::deque<tWaiter> waiters;
+      for (int n = 0; n < (cancels ? 1 : 3); ++n) waiters.emplace_back(session_.get());
+      settle();
+      const rlimit none{3, 1024};
+      if (!cancels) setrlimit(RLIMIT_NOFILE, &none);
       closefrom(3);
-      varmex_cancelWaitForInvalidation(session_.get());
-    };
-    EXPECT_EQ(waitDuring(closes, 0xFFFFFFFF), varmex_waitCancelled) << status_.text();
-  });
-}
-
-TEST_F(tHost, leavesNoDescriptorsForTheWait) {
-  inChild([this] {
-    describe(kOneChassis, "");
-    tWaiter waiters[] = {tWaiter(session_), tWaiter(session_), tWaiter(session_)};
-    settle();
-    const rlimit none{3, 1024};
-    setrlimit(RLIMIT_NOFILE, &none);
-    closefrom(3);
-    for (tWaiter& waiter : waiters) EXPECT_EQ(waiter.end(), varmex_waitFailed);
-  });
+      if (cancels) varmex_cancelWaitForInvalidation(session_.get());
+      for (tWaiter& waiter : waiters) {
+        EXPECT_EQ(waiter.end(), cancels ? varmex_waitCancelled : varmex_waitFailed);
+      }
+    });
+  }
 }
 
 // Whoever of them it was that slept for the system, and but for those that asked not to be
@@ -227,14 +202,14 @@ TEST_F(tHost, cancelledWaitersLeaveTheOthersWhole) {
   const tItem other(varmex_openPXISession(0, status_));
   std::deque<tWaiter> waiters;
   for (int n = 0; n < 6; ++n) {
-    waiters.emplace_back(n % 2 ? other : session_, 0xFFFFFFFF,
+    waiters.emplace_back(n % 2 ? other.get() : session_.get(), 0xFFFFFFFF,
                          n == 5 ? PTHREAD_CANCEL_DISABLE : PTHREAD_CANCEL_ENABLE);
     if (n < 2) settle();
   }
   settle();
-  waiters[5].cancel();
+  waiters[5].cancelThread();
   for (const std::size_t victim : {0U, 3U, 1U, 2U}) {
-    waiters[victim].cancel();
+    waiters[victim].cancelThread();
     EXPECT_EQ(waiters[victim].end(), tWaiter::kNone) << "it was unwound";
   }
   machine_.writePxieSys("x");
@@ -245,30 +220,18 @@ TEST_F(tHost, cancelledWaitersLeaveTheOthersWhole) {
 
 using tSharingHost = tSharing;
 
-TEST_F(tSharingHost, aChildSharesWhatItWasBornWith) {
-  write("one");
-  const tItem first = open();
-  inChild([&] {
-    EXPECT_EQ(busName(first), busName(open()));
-    write("two");
-    const tItem third = open();
-    EXPECT_STREQ(busName(third), "two");
-    EXPECT_EQ(busName(third), busName(open()));
-  });
-  EXPECT_STREQ(busName(first), "one");
-}
-
-TEST_F(tSharingHost, aForkAmidOpensLeavesAChildThatOpens) {
+TEST_F(tSharingHost, aForkAmidOpensLeavesAChildThatShares) {
 #if defined(__SANITIZE_ADDRESS__)
   GTEST_SKIP() << "the sanitizer's allocator stays locked in a child of a process of many threads";
 #endif
   write("one");
+  const tItem first = open();
   std::atomic<bool> done{false};
   runInThreads(4, [&](int thread) {
-    while (thread > 0 && !done) EXPECT_STREQ(busName(open()), "one");
+    while (thread > 0 && !done) EXPECT_EQ(busName(open()), busName(first));
     for (int n = 0; thread == 0 && n < 30; ++n) {
-      inChild([] {
-        for (int round = 0; round < 5; ++round) EXPECT_STREQ(busName(open()), "one");
+      inChild([&] {
+        for (int round = 0; round < 5; ++round) EXPECT_EQ(busName(open()), busName(first));
       });
     }
     done = true;
@@ -285,16 +248,12 @@ constexpr const char* kCancelledDescription =
 
 // Runs `work` in a thread and answers whether that was cancelled.
 bool endsCancelled(const std::function<void()>& work) {
-  const auto body = [](void* argument) -> void* {
-    (*static_cast<const std::function<void()>*>(argument))();
-    return nullptr;
-  };
-  pthread_t thread;
-  void* const argument = const_cast<std::function<void()>*>(&work);
-  if (pthread_create(&thread, nullptr, body, argument) != 0) return false;
-  void* result = nullptr;
-  pthread_join(thread, &result);
-  return result == PTHREAD_CANCELED;
+  bool isBehind = false;
+  std::thread([&] {
+    work();
+    isBehind = true;
+  }).join();
+  return !isBehind;
 }
 
 TEST_F(tCancellation, comesBehindTheFunction) {
@@ -344,34 +303,28 @@ TEST_F(tCancellation, comesBehindTheFunction) {
   expectWhole("its end", [&] { routing.reset(); });
 }
 
-// Of a thread that asked to be cancelled at any point. Some systems leave out what such a thread
-// answers to the one that joins it.
+// Of a thread that asked to be cancelled at any point.
 TEST_F(tCancellation, endsAnAsynchronousThreadWithTheFunction) {
 #if defined(__SANITIZE_ADDRESS__)
   GTEST_SKIP() << "the sanitizer takes the stack that was unwound for one in use";
 #endif
+  static std::string deeds;
+  const auto unwind = [](void*) { deeds += ", unwound"; };
   const auto wait = varmex_waitForSessionInvalidation;
   for (const auto function : {varmex_getU32Attribute, wait}) {
-    static bool isWhole;
-    isWhole = false;
-    bool isBehind = false;
-    bool isUnwound = false;
-    const auto note = [](bool* flag) { *flag = true; };
-    endsCancelled([&] {
-      const std::unique_ptr<bool, decltype(note)> unwinding(&isUnwound, note);
+    deeds.clear();
+    EXPECT_TRUE(endsCancelled([&] {
+      const std::unique_ptr<void, decltype(unwind)> unwinding(&deeds, unwind);
       pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, nullptr);
       tStatusRecord record{0, 0, nullptr, nullptr};
       record.reallocate = [](tStatusRecord*, std::uint32_t) {
         pthread_cancel(pthread_self());
-        isWhole = true;
+        deeds += "whole";
         return false;
       };
       function(nullptr, 0, &record);
-      isBehind = true;
-    });
-    EXPECT_TRUE(isWhole);
-    EXPECT_TRUE(isUnwound);
-    EXPECT_FALSE(isBehind);
+    }));
+    EXPECT_EQ(deeds, "whole, unwound");
   }
 }
 

@@ -119,6 +119,13 @@ const tWay kWays[] = {
        relink(p / "root", "middle");
      },
      [](const fs::path& p) { relink(p / "middle", "two"); }},
+    {"the folder behind as many links as the system follows is replaced",
+     [](const fs::path& p) {
+       fs::rename(p / "one", p / "0");
+       for (int n = 1; n < 40; ++n) relink(p / std::to_string(n), std::to_string(n - 1));
+       relink(p / "root", "39");
+     },
+     [](const fs::path& p) { exchange(p / "0", p / "two"); }},
     {"the file is a link and its target is written", fileIsLink,
      [](const fs::path& p) { std::ofstream(p / "one" / kFile, std::ios::app) << "; more\n"; }},
     {"the file is a link and its target is renamed over", fileIsLink,
@@ -191,24 +198,29 @@ TEST_F(tPosixWait, seesAllThatDecidesWhatThePathsStandForAtOnce) {
   }
 }
 
-// The link in such a folder tells of itself.
-TEST_F(tPosixWait, passesFoldersThatMayNotBeRead) {
+// The link in a folder that may be passed tells of itself, and the file is not read to be watched;
+// but the folder of the files is.
+TEST_F(tPosixWait, passesWhatMayNotBeRead) {
   if (getuid() != 0) GTEST_SKIP() << "takes the rights of root to give up";
   const fs::path place = base() / "passed";
-  writeOf(1, place / "one" / kFile);
-  writeOf(2, place / "two" / kFile);
-  relink(place / "root", "one");
+  for (const int hour : {1, 2, 3}) writeOf(hour, place / std::to_string(hour) / kFile);
+  relink(place / "root", "1");
+  for (const fs::path& passed : {place, (place / "3" / kFile).parent_path()}) {
+    chmod(passed.c_str(), 0711);
+  }
   chmod(base().c_str(), 0755);
-  chmod(place.c_str(), 0711);
-  setenv("VARMEX_FSROOT", (place / "root").c_str(), 1);
   const std::jthread other([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
-    relink(place / "root", "two");
+    chmod((place / "1" / kFile).c_str(), 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    relink(place / "root", "2");
   });
-  inChild([this] {
+  inChild([&, this] {
     ASSERT_EQ(setuid(65534), 0);
-    session_.reset(varmex_openPXISession(0, status_));
+    openIn(place / "root");
     EXPECT_EQ(wait(kLongWait), varmex_waitChanged) << status_.text();
+    openIn(place / "3");
+    expectFault(wait(0), EACCES);
   });
 }
 

@@ -45,17 +45,13 @@ class tTestMachine {
 class tExclusiveLock {
  public:
   explicit tExclusiveLock(const std::filesystem::path& path);
-  ~tExclusiveLock();
-  tExclusiveLock(const tExclusiveLock&) = delete;
-  tExclusiveLock& operator=(const tExclusiveLock&) = delete;
 
  private:
-  struct tState;
-  std::unique_ptr<tState> state_;
+  std::shared_ptr<const void> held_;
 };
 
 // Runs `work` on a thread whose stack has `bytes` bytes, and waits for it.
-void runWithStack(std::size_t bytes, const std::function<void()>& work);
+void runWithStack(std::size_t bytes, std::function<void()> work);
 
 // Until every other thread of the process sleeps, or two seconds. Whether they do, where that can
 // be known.

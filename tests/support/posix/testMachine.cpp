@@ -9,12 +9,12 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
+#include <fstream>
+#include <iomanip>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 #include <utility>
-
-#include "tests/support/posix/threadState.h"
 
 namespace test {
 
@@ -48,47 +48,39 @@ fs::path tTestMachine::configuration() const {
 
 void tTestMachine::setRegistryValue(const std::string& key, const std::string& name,
                                     std::uint32_t type, const std::string& bytes) {
-  static constexpr char kDigits[] = "0123456789abcdef";
-  std::string data;
-  const auto addByte = [&data](unsigned char byte) {
-    if (!data.empty()) data += ',';
-    data += {kDigits[byte >> 4], kDigits[byte & 15]};
-  };
-  for (const char byte : bytes) {
-    addByte(static_cast<unsigned char>(byte));
+  std::ostringstream value;
+  value << "\r\n[HKEY_LOCAL_MACHINE\\" << key << "]\r\n\"" << name << "\"=hex(" << std::hex << type
+        << "):" << std::setfill('0');
+  const char* separator = "";
+  for (const unsigned char byte : bytes) {
+    value << std::exchange(separator, ",") << std::setw(2) << unsigned{byte};
     // Texts of an export are in UTF-16.
-    if (type == 1 || type == 2 || type == 7) addByte(0);
+    if (type == 1 || type == 2 || type == 7) value << ",00";
   }
-  char kind[16];
-  std::snprintf(kind, sizeof kind, "hex(%x):", type);
-  state_->registry += "\r\n[HKEY_LOCAL_MACHINE\\" + key + "]\r\n\"" + name + "\"=" + kind + data;
+  state_->registry += value.str();
   write(folder() / "registry.reg", state_->registry + "\r\n");
 }
 
-struct tExclusiveLock::tState {
-  int file;
-};
-
-tExclusiveLock::tExclusiveLock(const fs::path& path)
-    : state_(new tState{open(path.c_str(), O_RDONLY | O_CLOEXEC)}) {
-  if (state_->file < 0 || flock(state_->file, LOCK_EX) != 0) throw std::runtime_error("no lock");
+tExclusiveLock::tExclusiveLock(const fs::path& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0 || flock(file, LOCK_EX) != 0) throw std::runtime_error("no lock");
+  held_ = {nullptr, [file](auto) { close(file); }};
 }
-
-tExclusiveLock::~tExclusiveLock() { close(state_->file); }
 
 // A thread that was woken by one that sleeps again by now must not pass for asleep: all of them
 // have done nothing between two looks.
 bool awaitSleep() {
-  using tWork = std::map<fs::path, std::chrono::nanoseconds>;
-  tWork before;
+  std::string before;
   for (int look = 0; look < 400; ++look) {
-    tWork work;
+    std::string work;  // for how long each has been on a processor
     bool isQuiet = true;
     for (const fs::directory_entry& task : fs::directory_iterator("/proc/self/task")) {
       if (task.path().filename() == std::to_string(gettid())) continue;
-      const tThreadState state(task);
-      isQuiet = isQuiet && state.isAsleep;
-      work[task] = state.worked;
+      std::string state, worked;
+      std::getline(std::ifstream(task.path() / "stat"), state);
+      std::getline(std::ifstream(task.path() / "schedstat"), worked, ' ');
+      isQuiet = isQuiet && state.find(") S ") != std::string::npos;
+      work += task.path().string() + ' ' + worked + ' ';
     }
     if (isQuiet && look > 0 && work == before) return true;
     before = std::move(work);
@@ -97,19 +89,16 @@ bool awaitSleep() {
   return false;
 }
 
-void runWithStack(std::size_t bytes, const std::function<void()>& work) {
+void runWithStack(std::size_t bytes, std::function<void()> work) {
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
   pthread_attr_setstacksize(&attributes, bytes);
   pthread_t thread;
-  const auto run = [](void* argument) -> void* {
-    (*static_cast<const std::function<void()>*>(argument))();
+  const auto run = [](void* own) -> void* {
+    (*static_cast<std::function<void()>*>(own))();
     return nullptr;
   };
-  void* const argument = const_cast<std::function<void()>*>(&work);
-  if (pthread_create(&thread, &attributes, run, argument) != 0) {
-    throw std::runtime_error("no thread");
-  }
+  if (pthread_create(&thread, &attributes, run, &work) != 0) throw std::runtime_error("no thread");
   pthread_join(thread, nullptr);
   pthread_attr_destroy(&attributes);
 }

@@ -62,24 +62,18 @@ void tTestMachine::setRegistryValue(const std::string& key, const std::string& n
   if (status != ERROR_SUCCESS) throw std::runtime_error("cannot set " + key);
 }
 
-struct tExclusiveLock::tState {
-  HANDLE file;
-};
-
-tExclusiveLock::tExclusiveLock(const fs::path& path)
-    : state_(new tState{CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
-                                    nullptr)}) {
+tExclusiveLock::tExclusiveLock(const fs::path& path) {
+  const HANDLE file =
+      CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                  nullptr, OPEN_EXISTING, 0, nullptr);
   OVERLAPPED range{};
-  if (!LockFileEx(state_->file, LOCKFILE_EXCLUSIVE_LOCK, 0, 0xFFFFFFFF, 0xFFFFFFFF, &range)) {
+  if (!LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK, 0, 0xFFFFFFFF, 0xFFFFFFFF, &range)) {
     throw std::runtime_error("no lock");
   }
-}
-
-tExclusiveLock::~tExclusiveLock() {
-  OVERLAPPED range{};
-  UnlockFileEx(state_->file, 0, 0xFFFFFFFF, 0xFFFFFFFF, &range);
-  CloseHandle(state_->file);
+  held_ = {nullptr, [file, range](auto) mutable {
+             UnlockFileEx(file, 0, 0xFFFFFFFF, 0xFFFFFFFF, &range);
+             CloseHandle(file);
+           }};
 }
 
 bool awaitSleep() {
@@ -87,14 +81,13 @@ bool awaitSleep() {
   return true;
 }
 
-void runWithStack(std::size_t bytes, const std::function<void()>& work) {
-  const auto run = [](void* argument) -> DWORD {
-    (*static_cast<const std::function<void()>*>(argument))();
+void runWithStack(std::size_t bytes, std::function<void()> work) {
+  const auto run = [](void* own) -> DWORD {
+    (*static_cast<std::function<void()>*>(own))();
     return 0;
   };
-  void* const argument = const_cast<std::function<void()>*>(&work);
   const HANDLE thread =
-      CreateThread(nullptr, bytes, run, argument, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+      CreateThread(nullptr, bytes, run, &work, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
   if (!thread) throw std::runtime_error("no thread");
   WaitForSingleObject(thread, INFINITE);
   CloseHandle(thread);
