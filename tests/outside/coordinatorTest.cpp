@@ -10,6 +10,7 @@
 #include "tests/support/model.h"
 #include "tests/support/routing.h"
 #include "tests/support/threads.h"
+#include "varmex/varmex.hpp"
 
 namespace test {
 
@@ -127,24 +128,22 @@ using tConcurrencyOfRouting = tModel;
 
 // One session that several threads use, and others on its device.
 TEST_F(tConcurrencyOfRouting, threadsShareASession) {
-  describe("", kRoutingDescription);
-  const tRoutingSession shared = openRouting("5.0.0:1 shared", status_);
-  const tRoutingSession other = openRouting("5.0.0:1 shared", status_);
+  machine_.writePxieSys(kRoutingDescription);
+  const varmex::RoutingSession shared("5.0.0:1 shared"), other("5.0.0:1 shared");
   runInThreads(4, [&](int number) {
-    const tRoutingSession& session = number == 3 ? other : shared;
     for (int round = 0; round < 500; ++round) {
-      tStatus status;
       const std::string name = "PXI_Trig" + std::to_string(round % 8);
-      const auto routes =
-          nlohmann::json::parse(route(session, name, std::to_string(number % 2), status));
-      if (routes.empty()) continue;
-      const std::uint32_t ticket = routes[0]["ticket"];
-      telmar_ra_varmex_reserveRoute(session.get(), ticket, nullptr, status);
-      telmar_ra_varmex_destroyRoute(session.get(), ticket);
-      EXPECT_TRUE(status.code() == 0 || status.code() == telmar_ra_errorResourcesInUse);
+      const auto routes = (number == 3 ? other : shared)
+                              .calculateRoutes({{name, std::to_string(number % 2)}}, {name});
+      try {
+        for (const varmex::Route& route : routes) route.reserve();
+      } catch (const varmex::Error& error) {
+        EXPECT_EQ(error.code(), telmar_ra_errorResourcesInUse);
+      }
     }
   });
-  EXPECT_NE(route(other, "PXI_Trig3", "fresh", status_), "[]") << "all is given back";
+  EXPECT_EQ(other.calculateRoutes({{"PXI_Trig3", "fresh"}}, {"PXI_Trig3"}).size(), 1U)
+      << "all is given back";
 }
 
 }  // namespace

@@ -92,21 +92,17 @@ TEST_F(tRouting, listsTerminals) {
 }
 
 TEST_F(tRouting, needsADeviceWithItsGroups) {
-  const std::string bad = refusal("InvalidParameter");
-  for (const auto& [name, failure] : {std::pair<std::string, std::string>{"5.0.0:0", ""},
-                                      {"5.0.0:1", ""},
-                                      {"5.0.0", bad},
-                                      {"5.0:7", bad},
-                                      {"x", bad},
-                                      {"", bad},
-                                      {"5,0.0:1", bad},
-                                      {"9.0.0:1", "-380751 varmex_errorUnknownItem"},
-                                      {"6.0.0:2", "-380758 varmex_errorStarController"}}) {
-    EXPECT_EQ(open(name) != nullptr, failure.empty()) << name;
-    EXPECT_EQ(takeFailure().substr(0, failure.size()), failure);
+  EXPECT_TRUE(open("5.0.0:0"));
+  EXPECT_TRUE(open("5.0.0:1"));
+  for (const char* name :
+       {"5.0.0", "5.0:7", "x", "", "5,0.0:1", static_cast<const char*>(nullptr)}) {
+    EXPECT_FALSE(tRoutingSession(telmar_ra_varmex_createSession(name, std::realloc, status_)));
+    EXPECT_EQ(takeFailure(), refusal("InvalidParameter"));
   }
-  EXPECT_FALSE(tRoutingSession(telmar_ra_varmex_createSession(nullptr, std::realloc, status_)));
-  EXPECT_EQ(takeFailure(), bad);
+  EXPECT_FALSE(open("9.0.0:1"));
+  EXPECT_TRUE(takeFailure().starts_with("-380751 varmex_errorUnknownItem"));
+  EXPECT_FALSE(open("6.0.0:2"));
+  EXPECT_TRUE(takeFailure().starts_with("-380758 varmex_errorStarController"));
   status_.record().code = -1;
   EXPECT_FALSE(open("5.0.0:0")) << "an error in the record stops the call";
 }
@@ -216,14 +212,6 @@ TEST_F(tRouting, otherOperations) {
 }
 
 std::vector<std::size_t> askedSizes;
-void* recordSize(void* existing, std::size_t size) {
-  askedSizes.push_back(size);
-  return std::realloc(existing, size);
-}
-void* refuse(void* existing, std::size_t) {
-  std::free(existing);
-  return nullptr;
-}
 
 TEST_F(tRouting, asksForWholeBuffers) {
   const std::string seeds = seed("PXI_Trig5");
@@ -231,7 +219,10 @@ TEST_F(tRouting, asksForWholeBuffers) {
     const std::string name = uniqueName("5.0.0:1");
     return tRoutingSession(telmar_ra_varmex_createSession(name.c_str(), function, status_));
   };
-  const tRoutingSession session = openWith(recordSize);
+  const tRoutingSession session = openWith([](void* existing, std::size_t size) {
+    askedSizes.push_back(size);
+    return std::realloc(existing, size);
+  });
   askedSizes.clear();
   tText text;
   telmar_ra_varmex_getHandledConstraints(session.get(), &text.text, status_);
@@ -239,7 +230,8 @@ TEST_F(tRouting, asksForWholeBuffers) {
   calculate(session, seeds, repeated("\"PXI_Trig5\"", 3));
   telmar_ra_varmex_getRouteTerminalPath(session.get(), 1, &text.text, status_);
   EXPECT_EQ(askedSizes, (std::vector<std::size_t>{3, 256, 512, 256}));
-  for (const auto function : {refuse, static_cast<telmar_ra_ReallocFunc>(nullptr)}) {
+  const telmar_ra_ReallocFunc refuse = [](void*, std::size_t) -> void* { return nullptr; };
+  for (const telmar_ra_ReallocFunc function : {refuse, telmar_ra_ReallocFunc()}) {
     const tRoutingSession other = openWith(function);
     EXPECT_EQ(calculate(other, seeds, "[\"PXI_Trig5\"]"), "<null>");
     EXPECT_EQ(takeFailure(), failure(-313314, "(-313300-14)"));
