@@ -61,15 +61,6 @@ TEST_F(tStatusRules, anErrorHasItsFormAndStopsEveryCall) {
   EXPECT_EQ(status_.code(), -380756);
 }
 
-TEST_F(tStatusRules, aWarningStandsUntilAnError) {
-  describe("", "");
-  status_.record().code = 5;
-  EXPECT_EQ(text(session_, varmex_str_Version), "19.5.0");
-  EXPECT_EQ(status_.code(), 5);
-  number(session_, 1);
-  EXPECT_EQ(takeFailure(), refusal(R"(AttributeNotApplicable {"attribute":1})"));
-}
-
 TEST_F(tStatusRules, recordsWithoutRoomCarryTheCode) {
   describe("", "");
   for (auto reallocate : {refuseRoom, claimRoom, static_cast<decltype(&refuseRoom)>(nullptr)}) {

@@ -1,5 +1,4 @@
 #include <atomic>
-#include <random>
 
 #include "tests/support/threads.h"
 #include "tests/support/wait.h"
@@ -131,10 +130,9 @@ TEST_F(tConcurrencyOfWaits, noChangeIsMissedNorSeenHalfway) {
   rewrite(0);
   std::atomic<int> seen{0};
   runInThreads(4, [&](int thread) {
-    std::mt19937 random(1);
     // The last sessions wait for one more change.
     for (int round = 1; thread == 0 && tClock::now() < end + 50ms; ++round) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(random() % 20));
+      std::this_thread::sleep_for(std::chrono::milliseconds(round * 7 % 20));
       rewrite(round);
     }
     while (thread > 0 && tClock::now() < end) {

@@ -28,10 +28,14 @@ using tContainer = std::unique_ptr<varmex_ItemContainer, tCloser>;
 // A machine with a description, its session and one status record for the calls of a test.
 class tModel : public testing::Test {
  protected:
+  // An empty text stands for no file.
   void describe(const std::string& pxiSys, const std::string& pxieSys) {
     session_.reset();
-    replace(machine_.pxiSys(), pxiSys);
-    replace(machine_.pxieSys(), pxieSys);
+    for (const auto& [path, text] :
+         {std::pair{machine_.pxiSys(), pxiSys}, std::pair{machine_.pxieSys(), pxieSys}}) {
+      std::filesystem::remove(path);
+      if (!text.empty()) tTestMachine::write(path, text);
+    }
     session_.reset(varmex_openPXISession(0, status_));
   }
 
@@ -86,15 +90,6 @@ class tModel : public testing::Test {
 
   // What the record holds that all calls share, in the form of the functions below.
   std::string takeFailure() { return test::takeFailure(status_); }
-
-  // An empty text stands for no file.
-  static void replace(const std::filesystem::path& path, const std::string& text) {
-    if (text.empty()) {
-      std::filesystem::remove(path);
-    } else {
-      tTestMachine::write(path, text);
-    }
-  }
 
   tTestMachine machine_;
   tStatus status_;
