@@ -69,7 +69,7 @@ class SeedParser {
   SeedParser(const char* end, const TerminalNames& names, void (*raiseUnknown)())
       : end_(end), names_(names), raiseUnknown_(raiseUnknown) {}
 
-  // The position behind the object.
+  // The position behind the object. The seed is an empty one ahead.
   const char* parse(const char* position, Seed& seed) {
     if (const char* next = parseUsual(position, seed)) return next;
     seed = {};
@@ -90,21 +90,31 @@ class SeedParser {
 
   // The form in which coordinators write nearly all seeds; null for any other, whatever it is.
   const char* parseUsual(const char* position, Seed& seed) const {
-    const char* const name = behind(position, "{\"terminal\":");
-    const char* const nameEnd = name ? jsonScanString(name, end_) : nullptr;
-    const char* const cost = nameEnd ? behind(nameEnd, ",\"cost\":") : nullptr;
+    const char* const name = behind(position, "{\"terminal\":\"");
+    if (!name) return nullptr;
+    const char* const nameEnd = jsonFindQuote(name, end_);
+    const char* const cost = behind(nameEnd, "\",\"cost\":");
     if (!cost) return nullptr;
-    seed.terminal = names_.find(jsonContent(name, nameEnd));
-    const tJsonNumber number = jsonScanNumber(cost);
-    if (seed.terminal == TerminalNames::kNone || !number.next || number.isFloat) return nullptr;
-    seed.cost = readInteger({cost, static_cast<std::size_t>(number.next - cost)});
-    const char* const rest = behind(number.next, ",\"constraints\":{}");
+    seed.terminal = names_.find({name, static_cast<std::size_t>(nameEnd - name)});
+    const char* const costEnd = takeUsualCost(cost, seed);
+    if (!costEnd || seed.terminal == TerminalNames::kNone) return nullptr;
+    const char* const rest = behind(costEnd, ",\"constraints\":{}");
     if (!rest || *rest == '}') return rest ? rest + 1 : nullptr;
-    const char* const token = behind(rest, ",\"srcDeviceToken\":");
-    const char* const tokenEnd = token ? jsonScanString(token, end_) : nullptr;
-    if (!tokenEnd || *tokenEnd != '}') return nullptr;
-    seed.token = jsonContent(token, tokenEnd);
-    return tokenEnd + 1;
+    const char* const token = behind(rest, ",\"srcDeviceToken\":\"");
+    if (!token) return nullptr;
+    const char* const tokenEnd = jsonSkipPlain(token, end_);
+    seed.token = {token, static_cast<std::size_t>(tokenEnd - token)};
+    return behind(tokenEnd, "\"}");
+  }
+
+  // Digits, as many as always fit.
+  const char* takeUsualCost(const char* position, Seed& seed) const {
+    constexpr std::ptrdiff_t kMostDigits = 9;
+    const char* next = position;
+    for (; jsonIsDigit(*next); ++next) {
+      seed.cost = seed.cost * 10 + static_cast<std::uint32_t>(*next - '0');
+    }
+    return next != position && next - position <= kMostDigits ? next : nullptr;
   }
 
   // The position behind these bytes, if they stand here.
@@ -262,7 +272,10 @@ void parseSeedList(const char* json, const TerminalNames& names, void (*raiseUnk
   SeedParser parser(json + std::strlen(json), names, raiseUnknown);
   walkList(json, [&](const char* position) {
     if (*position != '{') raiseInvalid(kSeedMustBeObject, OSTREL_HERE);
-    return parser.parse(position, seeds.emplace_back());
+    Seed seed;
+    const char* const next = parser.parse(position, seed);
+    seeds.push_back(seed);
+    return next;
   });
 }
 
@@ -271,10 +284,17 @@ void parseTerminalList(const char* json, const TerminalNames& names,
   terminals.clear();
   const char* const end = json + std::strlen(json);
   walkList(json, [&](const char* position) {
+    const char* const name = position + 1;
+    const char* const nameEnd = *position == '"' ? jsonFindQuote(name, end) : end;
+    if (nameEnd != end) {
+      const std::uint32_t terminal = names.find({name, static_cast<std::size_t>(nameEnd - name)});
+      if (terminal != TerminalNames::kNone) {
+        terminals.push_back(terminal);
+        return nameEnd + 1;
+      }
+    }
     const char* const next = jsonScanString(position, end);
     if (!next) raiseInvalid("Terminals must be strings", json, OSTREL_HERE);
-    const std::uint32_t terminal = names.find(jsonContent(position, next));
-    if (terminal != TerminalNames::kNone) terminals.push_back(terminal);
     return next;
   });
 }

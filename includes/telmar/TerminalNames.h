@@ -18,6 +18,7 @@ class TerminalNames {
 
   TerminalNames() { firstWith_.fill(kNone); }
 
+  // Of bytes that stand in a JSON string as they are.
   void add(const std::string& name);
 
   // The first terminal whose name begins with `name`, or kNone.

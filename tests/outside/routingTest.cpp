@@ -113,11 +113,12 @@ TEST_F(tRouting, answersRoutesForSeedsOnWantedTerminals) {
       R"( [ {"terminal":"PXI_Trig3","cost":2.9,"constraints":{"a":[{}]},"srcDeviceToken":"t"} ,)"
       R"({"other":null,"constraints":{},"cost":-1,"terminal":"PXI_Star"},)"
       R"({"cost":1,"terminal":"PXI_Trig3","constraints":{}},] )";
-  EXPECT_EQ(calculate(session, seeds, R"(["PXI_Star","PXI_Trig3","PXI_Trig4","none","PXI_Star",])"),
-            R"([{"ticket":1,"destination":"PXI_Star","cost":0,"indexOfStartingSeed":1,)"
-            R"("constraints":{}},{"ticket":2,"destination":"PXI_Trig3","cost":0,)"
-            R"("indexOfStartingSeed":0,"constraints":{}},{"ticket":3,"destination":"PXI_Star",)"
-            R"("cost":0,"indexOfStartingSeed":1,"constraints":{}}])");
+  EXPECT_EQ(
+      calculate(session, seeds, R"(["PXI_Star","PXI_Trig3","PXI_Trig4","n\"one","PXI_Star",])"),
+      R"([{"ticket":1,"destination":"PXI_Star","cost":0,"indexOfStartingSeed":1,)"
+      R"("constraints":{}},{"ticket":2,"destination":"PXI_Trig3","cost":0,)"
+      R"("indexOfStartingSeed":0,"constraints":{}},{"ticket":3,"destination":"PXI_Star",)"
+      R"("cost":0,"indexOfStartingSeed":1,"constraints":{}}])");
   EXPECT_EQ(calculate(session, "{}", "[\"PXI_Trig0\"]"), "[]");
   EXPECT_EQ(calculate(session, "", ""), "[]");
   EXPECT_EQ(calculate(session, seed("PXI_Trig"), "[\"\"] and more"),
@@ -175,10 +176,15 @@ TEST_F(tRouting, rejectsMalformedLists) {
   expectRejected(seed("none"), "[]", failure(-313328, "(-313300-28)"));
   // What leaves the scanner nowhere is rejected, however deep it nests.
   const std::string deep(1000000, '[');
+  std::vector<std::pair<std::string, std::string>> lists = {
+      {R"([{"terminal":"PXI_Star)", "[]"}, {"[]", R"(["PXI_Star)"}, {"[]", R"(["\x"])"}};
   for (const std::string& end :
        {""s, ",}"s, R"(,"u":{}})"s, R"(,"u":x})"s, R"(,"srcDeviceToken":"t")"s, ",\"u\""s,
         R"(,"constraints":{"a":)" + deep, R"(,"u":)" + deep}) {
-    calculate(session, R"([{"terminal":"PXI_Star","cost":1,"constraints":{})" + end, "[]");
+    lists.emplace_back(R"([{"terminal":"PXI_Star","cost":1,"constraints":{})" + end, "[]");
+  }
+  for (const auto& [some, wanted] : lists) {
+    calculate(session, some, wanted);
     EXPECT_EQ(status_.code(), -52005);
     varmex_releaseStatus(status_);
   }

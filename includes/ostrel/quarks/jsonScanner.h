@@ -55,6 +55,18 @@ inline const char* jsonSkipPlain(const char* position, const char* end) {
   return position;
 }
 
+// To the next quote, or to the end of the text.
+inline const char* jsonFindQuote(const char* position, const char* end) {
+  const __m128i quote = _mm_set1_epi8('"');
+  for (; end - position >= 16; position += 16) {
+    const auto block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
+    const auto quotes = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, quote)));
+    if (quotes) return position + std::countr_zero(quotes);
+  }
+  while (*position != '"' && position != end) ++position;
+  return position;
+}
+
 // The position behind a string, given that of its first backslash or of the byte that ends it
 // badly.
 const char* jsonScanEscapes(const char* position, const char* end);
