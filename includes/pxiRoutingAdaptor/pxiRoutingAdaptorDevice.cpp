@@ -33,28 +33,45 @@ const tLineGroup& groupOf(const std::string& busType) {
   tFailure({varmex_errorInvalidParameter, "varmex_errorInvalidParameter"}, OSTREL_HERE).raise();
 }
 
-// Notes what is being changed.
+void publish(TerminalRecord& record) {
+  std::atomic_ref(record.isHeld).store(!record.ownerToken.empty(), std::memory_order_relaxed);
+}
+
+// Notes what is being changed, and publishes what came of it.
 class tChange {
  public:
-  tChange(std::atomic<TerminalRecord*>& note, TerminalRecord& record) : note_(note) {
+  tChange(std::atomic<TerminalRecord*>& note, TerminalRecord& record)
+      : note_(note), record_(record) {
     note_ = &record;
   }
   tChange(const tChange&) = delete;
   tChange& operator=(const tChange&) = delete;
-  ~tChange() { note_ = nullptr; }
+  ~tChange() {
+    publish(record_);
+    note_ = nullptr;
+  }
 
  private:
   std::atomic<TerminalRecord*>& note_;
+  TerminalRecord& record_;
 };
 
 }  // namespace
 
 pxiRoutingAdaptorDevice::tOwnersLock::tOwnersLock(pxiRoutingAdaptorDevice& device)
     : held_(device.lock_) {
-  TerminalRecord* const broken = device.changing_.exchange(nullptr);
+  TerminalRecord* const broken = device.changing_;
   if (!broken) return;
   std::construct_at(&broken->owners);
   std::construct_at(&broken->ownerToken);
+  publish(*broken);
+  device.changing_ = nullptr;
+}
+
+bool pxiRoutingAdaptorDevice::isSharedUnder(std::uint32_t terminal, std::string_view token) {
+  const tOwnersLock held(*this);
+  const std::string& owner = terminals_[terminal].ownerToken;
+  return owner.empty() || owner == token;
 }
 
 bool pxiRoutingAdaptorDevice::reserveTerminal(const pxiRoutingAdaptorSession* session,

@@ -31,7 +31,7 @@ class tReplaceableName {
   std::atomic<const std::string*> name_;
 };
 
-// A trigger line that a module can reach. All but the name of its bus and the last two fields are
+// A trigger line that a module can reach. All but the name of its bus and the last three fields are
 // constant once the table stands.
 struct TerminalRecord {
   std::string name;
@@ -48,6 +48,7 @@ struct TerminalRecord {
   // Who holds it. The pointers are keys only and never followed: a dead session stays among them.
   std::set<const pxiRoutingAdaptorSession*> owners{};
   std::string ownerToken{};  // empty when free
+  bool isHeld = false;       // under such a token, to be read without the lock
 };
 
 // One module's terminals and their holders, shared by all sessions of the process that name it.
@@ -78,10 +79,10 @@ class pxiRoutingAdaptorDevice {
     tForkProofLock::tHeld held_;
   };
 
-  // Whether the terminal is free or held under `token`. The caller holds the owners' lock.
-  bool isAvailable(std::uint32_t terminal, std::string_view token) const {
-    const std::string& owner = terminals_[terminal].ownerToken;
-    return owner.empty() || owner == token;
+  // Whether the terminal is free or held under `token`. To find a free one takes no lock.
+  bool isAvailable(std::uint32_t terminal, std::string_view token) {
+    return !std::atomic_ref(terminals_[terminal].isHeld).load(std::memory_order_relaxed) ||
+           isSharedUnder(terminal, token);
   }
 
   // False when the terminal is held under another token; whoever comes with the same one shares it.
@@ -96,10 +97,12 @@ class pxiRoutingAdaptorDevice {
   void addBusTerminals(const std::string& busName, const std::string& busType);
 
  private:
+  bool isSharedUnder(std::uint32_t terminal, std::string_view token);
+
   std::vector<TerminalRecord> terminals_;
   std::forward_list<std::string> busNames_;
   telmar::TerminalNames names_;
-  tForkProofLock lock_;  // of owners and ownerToken
+  tForkProofLock lock_;  // of owners, ownerToken and isHeld
   // Whose owners are being changed; null otherwise.
   std::atomic<TerminalRecord*> changing_{nullptr};
 };

@@ -103,7 +103,6 @@ void pxiRoutingAdaptorSession::matchDestinations() {
   for (std::size_t seed = seeds_.size(); seed-- > 0;) {
     firstSeeds_[seeds_[seed].terminal] = static_cast<std::uint32_t>(seed);
   }
-  const pxiRoutingAdaptorDevice::tOwnersLock held(*device_);
   std::erase_if(destinations_, [this](std::uint32_t terminal) {
     const std::uint32_t seed = firstSeeds_[terminal];
     return seed == kNone || !device_->isAvailable(terminal, seeds_[seed].token);
