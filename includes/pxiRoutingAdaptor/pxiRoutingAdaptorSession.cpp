@@ -50,12 +50,12 @@ pxiRoutingAdaptorSession::tGuard::tGuard(pxiRoutingAdaptorSession& session) : he
 // What there was is in any state, and left as it is.
 void pxiRoutingAdaptorSession::beginAnew() {
   std::construct_at(&reservations_);
-  std::construct_at(&routes_);
   std::construct_at(&spareRoutes_);
   std::construct_at(&seeds_);
   std::construct_at(&destinations_);
   std::construct_at(&firstSeeds_);
   std::construct_at(&tickets_);
+  spareCount_ = 0;
   nextTicket_ = 1;
   for (std::uint32_t terminal = 0; terminal < terminals().size(); ++terminal) {
     device_->releaseTerminal(this, terminal);
@@ -76,13 +76,10 @@ std::int32_t pxiRoutingAdaptorSession::calculateRoute(const char* seedsJson,
   const tCalculation calculation(*this);
   telmar::parseSeedList(seedsJson, device_->names(), raiseUnknownTerminal, seeds_);
   telmar::parseTerminalList(destinationsJson, device_->names(), destinations_);
-  matchDestinations();
-  tRoutes routes = makeRoutes();
+  findFirstSeeds();
+  tRoutes routes;
   telmar::Reply reply;
-  for (const RouteRecord& route : routes) {
-    const std::string& name = terminals()[route.terminal].quotedName;
-    reply.addRoute({route.ticket, name, route.cost, route.seedIndex});
-  }
+  makeRoutes(routes, reply);
   // Until the delivery is done no route exists; behind it nothing fails.
   deliver(reply, routesOut);
   adopt(routes);
@@ -95,36 +92,36 @@ pxiRoutingAdaptorSession::tCalculation::~tCalculation() {
   forget(session_.destinations_);
 }
 
-// A destination is reached from the first seed that stands on it, and from no other. The rest are
-// dropped.
-void pxiRoutingAdaptorSession::matchDestinations() {
-  constexpr std::uint32_t kNone = 0xFFFFFFFF;
-  firstSeeds_.assign(terminals().size(), kNone);
+void pxiRoutingAdaptorSession::findFirstSeeds() {
+  firstSeeds_.assign(terminals().size(), kNoSeed);
   for (std::size_t seed = seeds_.size(); seed-- > 0;) {
     firstSeeds_[seeds_[seed].terminal] = static_cast<std::uint32_t>(seed);
   }
-  std::erase_if(destinations_, [this](std::uint32_t terminal) {
-    const std::uint32_t seed = firstSeeds_[terminal];
-    return seed == kNone || !device_->isAvailable(terminal, seeds_[seed].token);
-  });
 }
 
-pxiRoutingAdaptorSession::tRoutes pxiRoutingAdaptorSession::makeRoutes() {
-  const std::size_t spare = std::min(destinations_.size(), spareRoutes_.size());
-  tRoutes routes;
-  routes.splice(routes.end(), spareRoutes_, spareRoutes_.begin(),
-                std::next(spareRoutes_.begin(), static_cast<std::ptrdiff_t>(spare)));
-  routes.resize(destinations_.size());
-  auto route = routes.begin();
+// A destination is reached from the first seed that stands on it, and from no other. The rest are
+// dropped.
+void pxiRoutingAdaptorSession::makeRoutes(tRoutes& routes, telmar::Reply& reply) {
+  auto last = routes.before_begin();
   for (const std::uint32_t terminal : destinations_) {
-    route->ticket = allocateTicket();
-    if (route->ticket >= tickets_.size()) tickets_.resize(route->ticket + 1);
-    route->terminal = terminal;
-    route->seedIndex = firstSeeds_[terminal];
-    route->token = seeds_[route->seedIndex].token;
-    ++route;
+    const std::uint32_t seed = firstSeeds_[terminal];
+    if (seed == kNoSeed || !device_->isAvailable(terminal, seeds_[seed].token)) continue;
+    last = addRecord(routes, last);
+    last->ticket = allocateTicket();
+    if (last->ticket == 0) tFailure(kRoutingFault, OSTREL_HERE).raise();
+    if (last->ticket >= tickets_.size()) tickets_.resize(last->ticket + 1);
+    last->terminal = terminal;
+    last->token = seeds_[seed].token;
+    reply.addRoute(last->ticket, terminals()[terminal].quotedName, seed);
   }
-  return routes;
+}
+
+pxiRoutingAdaptorSession::tRoutes::iterator pxiRoutingAdaptorSession::addRecord(
+    tRoutes& routes, tRoutes::iterator last) {
+  if (spareRoutes_.empty()) return routes.emplace_after(last);
+  routes.splice_after(last, spareRoutes_, spareRoutes_.before_begin());
+  --spareCount_;
+  return std::next(last);
 }
 
 // Looks at the session's routes alone: the routes of the running call are not among them yet, so a
@@ -139,19 +136,20 @@ std::uint32_t pxiRoutingAdaptorSession::allocateTicket() {
     }
     nextTicket_ = isLast ? 1 : ticket + 1;
   }
-  tFailure(kRoutingFault, OSTREL_HERE).raise();
+  return 0;
 }
 
 bool pxiRoutingAdaptorSession::isTicketUsed(std::uint32_t ticket) const {
-  return ticket < tickets_.size() && tickets_[ticket].uses > 0;
+  return ticket < tickets_.size() && !tickets_[ticket].routes.empty();
 }
 
 void pxiRoutingAdaptorSession::adopt(tRoutes& routes) {
-  for (auto route = routes.begin(); route != routes.end(); ++route) {
-    tTicket& ticket = tickets_[route->ticket];
-    if (++ticket.uses == 1) ticket.first = route;
+  while (!routes.empty()) {
+    tTicket& ticket = tickets_[routes.front().ticket];
+    const auto last = ticket.routes.empty() ? ticket.routes.before_begin() : ticket.last;
+    ticket.routes.splice_after(last, routes, routes.before_begin());
+    ticket.last = std::next(last);
   }
-  routes_.splice(routes_.end(), routes);
 }
 
 void pxiRoutingAdaptorSession::reserveRoute(std::uint32_t ticket, char** conflictsOut) {
@@ -189,7 +187,7 @@ void pxiRoutingAdaptorSession::unprogramRoute(std::uint32_t) {}
 
 void pxiRoutingAdaptorSession::unreserveRoute(std::uint32_t ticket) {
   const tGuard held(*this);
-  if (findRoute(ticket) == routes_.end()) return;
+  if (!isTicketUsed(ticket)) return;
   const auto reservation = findReservation(ticket);
   if (reservation == reservations_.end()) return;
   reservation->tickets.erase(ticket);
@@ -202,19 +200,15 @@ void pxiRoutingAdaptorSession::beginExceptionalRouteDestruction(std::uint32_t) {
 
 void pxiRoutingAdaptorSession::destroyRoute(std::uint32_t ticket) {
   const tGuard held(*this);
-  const auto route = findRoute(ticket);
-  if (route == routes_.end()) return;
+  if (!isTicketUsed(ticket)) return;
   if (findReservation(ticket) != reservations_.end()) unreserveRoute(ticket);
-  if (--tickets_[ticket].uses > 0) {
-    tickets_[ticket].first =
-        std::find_if(std::next(route), routes_.end(),
-                     [ticket](const RouteRecord& other) { return other.ticket == ticket; });
-  }
+  tRoutes& routes = tickets_[ticket].routes;
   constexpr std::size_t kMostKept = 256;  // bytes of a token
-  if (spareRoutes_.size() < kLastTicket && route->token.capacity() <= kMostKept) {
-    spareRoutes_.splice(spareRoutes_.begin(), routes_, route);
+  if (spareCount_ < kLastTicket && routes.front().token.capacity() <= kMostKept) {
+    spareRoutes_.splice_after(spareRoutes_.before_begin(), routes, routes.before_begin());
+    ++spareCount_;
   } else {
-    routes_.erase(route);
+    routes.pop_front();
   }
 }
 
@@ -237,16 +231,10 @@ telmar::TerminalIteratorInterface* pxiRoutingAdaptorSession::getAllTerminals() {
 
 void* pxiRoutingAdaptorSession::calculateResetTerminal(void*, void*) { raiseFeatureUnsupported(); }
 
-pxiRoutingAdaptorSession::tRoutes::iterator pxiRoutingAdaptorSession::findRoute(
-    std::uint32_t ticket) {
-  return isTicketUsed(ticket) ? tickets_[ticket].first : routes_.end();
-}
-
 const pxiRoutingAdaptorSession::RouteRecord& pxiRoutingAdaptorSession::requireRoute(
-    std::uint32_t ticket) {
-  const auto route = findRoute(ticket);
-  if (route == routes_.end()) tFailure(kInvalidArgument, OSTREL_HERE).raise();
-  return *route;
+    std::uint32_t ticket) const {
+  if (!isTicketUsed(ticket)) tFailure(kInvalidArgument, OSTREL_HERE).raise();
+  return tickets_[ticket].routes.front();
 }
 
 pxiRoutingAdaptorSession::tReservations::iterator pxiRoutingAdaptorSession::findReservation(
@@ -264,8 +252,9 @@ void pxiRoutingAdaptorSession::deliver(std::string_view text, std::size_t buffer
   (*out)[text.size()] = '\0';
 }
 
-void pxiRoutingAdaptorSession::deliver(const telmar::Reply& reply, char** out) const {
-  deliver(reply.text(), reply.bufferSize(), out);
+void pxiRoutingAdaptorSession::deliver(telmar::Reply& reply, char** out) const {
+  const std::string_view text = reply.close();
+  deliver(text, reply.bufferSize(), out);
 }
 
 }  // namespace varmex::nCorPxiRoutingAdaptor

@@ -2,6 +2,7 @@
 #define PXIROUTINGADAPTOR_PXIROUTINGADAPTORSESSION_H
 
 #include <array>
+#include <forward_list>
 #include <list>
 #include <set>
 #include <vector>
@@ -39,15 +40,14 @@ class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
 
  private:
   static constexpr std::uint32_t kLastTicket = 1024;
+  static constexpr std::uint32_t kNoSeed = 0xFFFFFFFF;
 
   struct RouteRecord {
     std::uint32_t ticket = 0;
     std::uint32_t terminal = 0;
-    std::uint32_t cost = 0;
-    std::uint32_t seedIndex = 0;
     std::string token;
   };
-  using tRoutes = std::list<RouteRecord>;
+  using tRoutes = std::forward_list<RouteRecord>;
 
   // Never without a ticket. All its tickets are of routes with its terminal and token.
   struct ReservationRecord {
@@ -79,32 +79,32 @@ class pxiRoutingAdaptorSession : public telmar::RoutingAdaptorSessionInterface {
   };
 
   void beginAnew();
-  void matchDestinations();
-  tRoutes makeRoutes();
-  std::uint32_t allocateTicket();
+  void findFirstSeeds();
+  void makeRoutes(tRoutes& routes, telmar::Reply& reply);
+  tRoutes::iterator addRecord(tRoutes& routes, tRoutes::iterator last);  // behind the last
+  std::uint32_t allocateTicket();                                        // 0 when none is left
   bool isTicketUsed(std::uint32_t ticket) const;
-  tRoutes::iterator findRoute(std::uint32_t ticket);
-  const RouteRecord& requireRoute(std::uint32_t ticket);
+  const RouteRecord& requireRoute(std::uint32_t ticket) const;
   tReservations::iterator findReservation(std::uint32_t ticket);
   void adopt(tRoutes& routes);
   void deliver(std::string_view text, std::size_t bufferSize, char** out) const;
-  void deliver(const telmar::Reply& reply, char** out) const;
+  void deliver(telmar::Reply& reply, char** out) const;
   [[noreturn]] void raiseConflict(const ReservationRecord& holder, char** conflictsOut) const;
 
   pxiRoutingAdaptorDevice* device_ = nullptr;
   tReservations reservations_;
-  tRoutes routes_;
   tRoutes spareRoutes_;  // the records of some destroyed routes, for new ones
+  std::size_t spareCount_ = 0;
   // Of the running calculation until its delivery, kept for their memory. Of each terminal the
   // first seed on it.
   std::vector<telmar::Seed> seeds_;
   std::vector<std::uint32_t> destinations_;
   std::vector<std::uint32_t> firstSeeds_;
-  // Of each ticket up to the highest so far how many live routes have it, and the first of them: a
-  // ticket is looked up at once, however many routes there are.
+  // The live routes of each ticket up to the highest so far, in the order of their calculation: the
+  // first is the one that the ticket stands for.
   struct tTicket {
-    std::uint32_t uses = 0;
-    tRoutes::iterator first;
+    tRoutes routes;
+    tRoutes::iterator last;  // if there is any
   };
   std::vector<tTicket> tickets_;
   std::uint32_t nextTicket_ = 1;

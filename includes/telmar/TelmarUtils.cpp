@@ -33,7 +33,7 @@ constexpr const char* kConstraintsMissing = "constraints field missing";
       .raise();
 }
 
-// Of an element's keys and numbers, the texts aside.
+// Of an element's keys and numbers and what parts it from the next, the texts aside.
 constexpr std::size_t kLongestElement = 128;
 
 constexpr std::uint32_t kUnreadable = 0xFFFFFFFF;
@@ -305,55 +305,51 @@ std::string quote(const std::string& text) {
   return quoted;
 }
 
-Reply::Reply() : length_(kEmpty.size()) { std::memcpy(text_, kEmpty.data(), kEmpty.size() + 1); }
+Reply::Reply() { *end_++ = '['; }
 
-// The closing bracket makes way for the element and, behind another one, its comma.
-inline char* Reply::beginElement(std::size_t longest) {
-  const std::size_t needed = length_ + longest + sizeof "]";
-  if (needed > capacity_) enlarge(needed);
-  if (length_ == kEmpty.size()) return text_ + 1;
-  text_[length_ - 1] = ',';
-  return text_ + length_;
-}
-
-inline void Reply::endElement(char* end) {
-  std::memcpy(end, "]", sizeof "]");
-  length_ = static_cast<std::size_t>(end + 1 - text_);
+inline char* Reply::roomFor(std::size_t longest) {
+  if (static_cast<std::size_t>(limit_ - end_) < longest) enlarge(longest);
+  return end_;
 }
 
 void Reply::addText(std::string_view json) {
-  endElement(ElementWriter(beginElement(json.size())).text(json).end());
+  end_ = ElementWriter(roomFor(json.size() + sizeof ",")).text(json).literal(",").end();
 }
 
-void Reply::addRoute(const RouteReply& route) {
-  ElementWriter element(beginElement(kLongestElement + route.destination.size()));
-  element.literal("{\"ticket\":").number(route.ticket);
-  element.literal(",\"destination\":").text(route.destination);
-  element.literal(",\"cost\":").number(route.cost);
-  element.literal(",\"indexOfStartingSeed\":").number(route.seedIndex);
-  element.literal(",\"constraints\":{}}");
-  endElement(element.end());
+void Reply::addRoute(std::uint32_t ticket, std::string_view destination, std::uint32_t seedIndex) {
+  ElementWriter element(roomFor(kLongestElement + destination.size()));
+  element.literal("{\"ticket\":").number(ticket);
+  element.literal(",\"destination\":").text(destination);
+  element.literal(",\"cost\":0,\"indexOfStartingSeed\":").number(seedIndex);
+  end_ = element.literal(",\"constraints\":{}},").end();
 }
 
 void Reply::addConflict(const ConflictRecord& conflict) {
-  ElementWriter element(beginElement(kLongestElement));
+  ElementWriter element(roomFor(kLongestElement));
   element.literal("{\"sessionId\":").number(conflict.session);
-  element.literal(",\"ticket\":").number(conflict.ticket).literal("}");
-  endElement(element.end());
+  end_ = element.literal(",\"ticket\":").number(conflict.ticket).literal("},").end();
+}
+
+std::string_view Reply::close() {
+  if (end_[-1] == ',') --end_;
+  *end_++ = ']';
+  return {text_, static_cast<std::size_t>(end_ - text_)};
 }
 
 std::size_t Reply::bufferSize() const {
   constexpr std::size_t kSmallest = 256;
-  return std::bit_ceil(std::max(kSmallest, length_ + 2));
+  return std::bit_ceil(std::max(kSmallest, static_cast<std::size_t>(end_ - text_) + 2));
 }
 
 void Reply::enlarge(std::size_t needed) {
-  const std::size_t capacity = std::bit_ceil(needed);
+  const auto length = static_cast<std::size_t>(end_ - text_);
+  const std::size_t capacity = std::bit_ceil(length + needed);
   auto larger = std::make_unique_for_overwrite<char[]>(capacity);
-  std::memcpy(larger.get(), text_, length_);
+  std::memcpy(larger.get(), text_, length);
   larger_ = std::move(larger);
   text_ = larger_.get();
-  capacity_ = capacity;
+  end_ = text_ + length;
+  limit_ = text_ + capacity;
 }
 
 }  // namespace telmar

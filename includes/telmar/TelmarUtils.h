@@ -36,14 +36,6 @@ struct ConflictRecord {
   std::uint32_t ticket;
 };
 
-// A route as the coordinator is told of it.
-struct RouteReply {
-  std::uint32_t ticket;
-  std::string_view destination;  // as a JSON string
-  std::uint32_t cost;
-  std::uint32_t seedIndex;
-};
-
 // `text` as a JSON string.
 std::string quote(const std::string& text);
 
@@ -54,28 +46,28 @@ class Reply {
   Reply(const Reply&) = delete;
   Reply& operator=(const Reply&) = delete;
 
+  // `json` and `destination` are JSON strings. No route costs anything.
   void addText(std::string_view json);
-  void addRoute(const RouteReply& route);
+  void addRoute(std::uint32_t ticket, std::string_view destination, std::uint32_t seedIndex);
   void addConflict(const ConflictRecord& conflict);
 
-  std::string_view text() const { return {text_, length_}; }
+  // The whole array, which lives as long as this. Called once, behind all additions.
+  std::string_view close();
 
-  // Of the buffer that coordinators are asked for: 256 bytes, doubled until the text fits with two
-  // more, its terminator and the writer's mark.
+  // Of the buffer that coordinators are asked for: 256 bytes, doubled until the closed text fits
+  // with two more, its terminator and the writer's mark.
   std::size_t bufferSize() const;
 
  private:
-  static constexpr std::string_view kEmpty = "[]";
-
-  char* beginElement(std::size_t longest);
-  void endElement(char* end);
+  // Where the next element is written.
+  char* roomFor(std::size_t longest);
   void enlarge(std::size_t needed);
 
   char inPlace_[1024];
   std::unique_ptr<char[]> larger_;
   char* text_ = inPlace_;
-  std::size_t capacity_ = sizeof inPlace_;
-  std::size_t length_;
+  char* end_ = inPlace_;  // behind the comma of the last element, or the closing bracket
+  char* limit_ = inPlace_ + sizeof inPlace_;
 };
 
 }  // namespace telmar

@@ -35,7 +35,7 @@ TEST(Reply, takesTextsOfAnyLength) {
     reply.addText(text);
     expected += (size > 0 ? "," : "") + text;
   }
-  EXPECT_EQ(reply.text(), '[' + expected + ']');
+  EXPECT_EQ(reply.close(), '[' + expected + ']');
 }
 
 TEST(JsonWriter, addsAtEitherEnd) {
