@@ -28,8 +28,7 @@
 #include "tests/support/posix/child.h"
 #include "tests/support/posix/waiter.h"
 #include "tests/support/testMachine.h"
-#include "varmex/telmar_ra_varmex.h"
-#include "varmex/varmex.h"
+#include "varmex/varmex.hpp"
 
 namespace {
 
@@ -167,8 +166,7 @@ class tInstallation {
   void write(const fs::path& path) const {
     const fs::path fresh = path.string() + ".new";
     test::tTestMachine::write(fresh, kDescription);
-    const timespec times[] = {{time_, 0}, {time_, 0}};
-    utimensat(AT_FDCWD, fresh.c_str(), times, 0);
+    fs::last_write_time(fresh, fs::file_time_type(std::chrono::hours(time_)));
     fs::rename(fresh, path);
   }
   static void relink(const fs::path& link, const fs::path& target) {
@@ -181,44 +179,24 @@ class tInstallation {
   }
 
   fs::path place_;
-  std::time_t time_ = 1'000'000;
+  int time_ = 0;
 };
 
-class tSession {
+class tSession : public varmex::Session {
  public:
-  tSession() {
-    begin("opening");
-    tStatusRecord status = varmex_makeStatus();
-    handle_ = varmex_openPXISession(0, &status);
-    if (!handle_) find(std::string("open: ") + varmex_statusText(&status));
-    varmex_releaseStatus(&status);
-  }
-  tSession(const tSession&) = delete;
-  tSession& operator=(const tSession&) = delete;
-  ~tSession() {
-    begin("closing");
-    varmex_close(handle_);
-  }
+  tSession() : Session((begin("opening"), Session())) {}
 
-  varmex_WaitResult wait(std::uint32_t timeoutMs) const {
+  varmex::WaitResult wait(unsigned milliseconds) const {
     begin("waiting");
-    tStatusRecord status = varmex_makeStatus();
-    const varmex_WaitResult result = varmex_waitForSessionInvalidation(handle_, timeoutMs, &status);
-    if (result == varmex_waitFailed) find(std::string("wait: ") + varmex_statusText(&status));
-    varmex_releaseStatus(&status);
-    return result;
+    return Session::wait(std::chrono::milliseconds(milliseconds));
   }
   void cancel() {
     begin("cancelling");
-    varmex_cancelWaitForInvalidation(handle_);
+    cancelWaits();
     isCancelled = true;
   }
-  varmex_Item* handle() const { return handle_; }
 
   bool isCancelled = false;
-
- private:
-  varmex_Item* handle_;
 };
 
 // A thread that waits for ever.
@@ -250,19 +228,8 @@ class tLongWait {
 
 void walk(const tSession& session) {
   begin("walking");
-  tStatusRecord status = varmex_makeStatus();
-  varmex_ItemContainer* const slots =
-      varmex_getItemContainer(session.handle(), varmex_container_Slots, &status);
-  varmex_ItemIterator position = varmex_ItemIterator_begin(slots, &status);
-  while (position < varmex_ItemIterator_end(slots, &status)) {
-    varmex_Item* const slot = varmex_ItemIterator_nextItem(slots, &position, &status);
-    varmex_getStringAttribute(slot, varmex_str_TriggerBusStableName, &status);
-    varmex_close(slot);
-  }
-  varmex_destroyItemContainer(slots);
-  telmar_ra_varmex_destroySession(telmar_ra_varmex_createSession("5.0.0:0", nullptr, &status));
-  if (status.code != 0) find(std::string("walk: ") + varmex_statusText(&status));
-  varmex_releaseStatus(&status);
+  for (const varmex::Slot& slot : session.slots()) slot.triggerBusStableName();
+  varmex::RoutingSession("5.0.0:0");
 }
 
 // What a forked child does with what it inherited and with what is its own.
@@ -274,7 +241,7 @@ void liveAsChild(std::vector<std::unique_ptr<tSession>>& sessions, tRandom& rand
     tChild(fork, [&] { liveAsChild(sessions, random, depth + 1); }).expectEnd();
   }
   inherited.cancel();
-  if (inherited.wait(0xFFFFFFFF) != varmex_waitCancelled) find("a cancel without effect");
+  if (inherited.wait(~0U) != varmex::WaitResult::cancelled) find("a cancel without effect");
   if (random.below(2)) sessions.clear();
   tSession own;
   own.wait(random.below(10));
@@ -295,8 +262,6 @@ class tGuests {
       threads_[n] = std::thread([this, n] { visit(n); });
     }
   }
-  tGuests(const tGuests&) = delete;
-  tGuests& operator=(const tGuests&) = delete;
   ~tGuests() {
     isOver_ = true;
     begin("joining guests");
@@ -374,10 +339,9 @@ class tRound {
         break;
       case 4: {
         const tSession& session = anySession();
-        const varmex_WaitResult result = session.wait(random_.below(5));
-        if (result != (session.isCancelled ? varmex_waitCancelled : varmex_waitTimedOut)) {
-          find("a short wait that answers " + std::to_string(result));
-        }
+        const varmex::WaitResult result = session.wait(random_.below(5));
+        using enum varmex::WaitResult;
+        if (result != (session.isCancelled ? cancelled : timedOut)) find("a short wait that errs");
         break;
       }
       default: installation_.disturb(random_);

@@ -148,10 +148,11 @@ void tScenarios::SetUp() {
 }
 
 void tScenarios::inject(const tScenario& scenario, const std::function<void(long)>& arm,
-                        const std::function<bool()>& disarm, const tJudge& isGood) {
+                        const std::function<bool()>& disarm, const tJudge& isGood,
+                        std::int32_t expected) {
   tStatus first;
   const std::string undisturbed = scenario(first);
-  EXPECT_GE(first.code(), 0) << first.text();
+  EXPECT_EQ(std::min(first.code(), 0), expected) << first.text();
   for (long n = 1; !HasFailure(); ++n) {
     tStatus status;
     arm(n);

@@ -43,11 +43,12 @@ class tScenarios : public tModel {
   void SetUp() override;
 
   // Runs the scenario with its n-th call failing, for n from 1 on. Whatever it answers then must
-  // suit `isGood`. When there are no more calls to fail it works as ever.
+  // suit `isGood`. When there are no more calls to fail it works as ever, but for what it
+  // `expected`.
   using tJudge = std::function<bool(const std::string& answer, const std::string& undisturbed,
                                     const tStatus& status)>;
   void inject(const tScenario& scenario, const std::function<void(long)>& arm,
-              const std::function<bool()>& disarm, const tJudge& isGood);
+              const std::function<bool()>& disarm, const tJudge& isGood, std::int32_t expected = 0);
 };
 
 }  // namespace test

@@ -328,15 +328,10 @@ TEST_F(tCancellation, endsAnAsynchronousThreadWithTheFunction) {
   }
 }
 
-// A host that loads the library and unloads it.
-class tLoading : public tWaiting {
- protected:
-  void SetUp() override { describe("; classic\n", kRoutingDescription); }
-};
-
 // A copy of the library, which this program does not hold on to, loaded, used and unloaded: one of
 // its own beside that of the program.
-TEST_F(tLoading, loadingAndUnloadingKeepsNothing) {
+TEST_F(tHost, loadsAndUnloadsWhatKeepsNothing) {
+  describe("; classic\n", kRoutingDescription);
   machine_.setRegistryNumber("SOFTWARE\\X", "n", 1);
   Dl_info library{};
   ASSERT_NE(dladdr(reinterpret_cast<const void*>(&varmex_close), &library), 0);

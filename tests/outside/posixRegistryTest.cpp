@@ -15,29 +15,22 @@ namespace {
 constexpr const char* kNameForNow = "PXIChassis1TriggerBus1";
 constexpr const char* kName = "PXIeChassis(S, V, M)/TriggerBus1";
 
-// As long as it lives the registry fails to be read.
-class tDisturbance {
- public:
-  explicit tDisturbance(const tTestMachine& machine) : file_(machine.folder() / "registry.reg") {
-    std::filesystem::rename(file_, aside());
-    std::filesystem::create_symlink("/proc/self/mem", file_);
-  }
-  tDisturbance(const tDisturbance&) = delete;
-  tDisturbance& operator=(const tDisturbance&) = delete;
-  ~tDisturbance() { std::filesystem::rename(aside(), file_); }
-
- private:
-  std::filesystem::path aside() const { return file_.string() + ".aside"; }
-
-  std::filesystem::path file_;
-};
-
 class tRegistryMoment : public tWaiting {
  protected:
   void SetUp() override {
     describe("", kRoutingDescription);
     machine_.setRegistryNumber("SOFTWARE\\WOW6432Node\\Corvane\\COR-VARMEX",
                                "PXITrigUseStableBusNameFormat", 1);
+  }
+
+  // While the registry fails to be read.
+  void disturbed(const std::function<void()>& act) const {
+    const std::filesystem::path file = machine_.folder() / "registry.reg";
+    const std::filesystem::path aside = machine_.folder() / "aside";
+    std::filesystem::rename(file, aside);
+    std::filesystem::create_symlink("/proc/self/mem", file);
+    act();
+    std::filesystem::rename(aside, file);
   }
 
   tRoutingSession open(const char* device) { return openRouting(device, status_); }
@@ -54,27 +47,24 @@ TEST_F(tRegistryMoment, aSlotKeepsNoNameOfIt) {
     return varmex_getStringAttribute(item.get(), varmex_str_TriggerBusStableName, status_);
   };
   const char* forNow = nullptr;
-  {
-    const tDisturbance disturbance(machine_);
+  disturbed([&] {
     forNow = ask();
     EXPECT_STREQ(forNow, kNameForNow);
     EXPECT_EQ(ask(), forNow) << "costs nothing more, however often it is asked for";
-  }
+  });
   EXPECT_STREQ(ask(), kName);
   EXPECT_STREQ(forNow, kNameForNow) << "texts live as long as their item";
-  const tDisturbance disturbance(machine_);
-  EXPECT_STREQ(ask(), kName);
+  disturbed([&] { EXPECT_STREQ(ask(), kName); });
 }
 
 TEST_F(tRegistryMoment, aRoutingDeviceKeepsNoNameOfIt) {
   constexpr const char* kDevice = "5.0.0:1 of a moment";
   tRoutingSession session;
-  {
-    const tDisturbance disturbance(machine_);
+  disturbed([&] {
     session = open(kDevice);
     EXPECT_STREQ(busName(session), kNameForNow);
     open(kDevice);
-  }
+  });
   const char* const forNow = busName(session);
   EXPECT_STREQ(forNow, kNameForNow);
   machine_.writePxieSys("");
@@ -84,8 +74,7 @@ TEST_F(tRegistryMoment, aRoutingDeviceKeepsNoNameOfIt) {
   EXPECT_STREQ(busName(open(kDevice)), kName);
   EXPECT_STREQ(busName(session), kName);
   EXPECT_STREQ(forNow, kNameForNow) << "texts live as long as their device";
-  const tDisturbance disturbance(machine_);
-  EXPECT_STREQ(busName(open(kDevice)), kName);
+  disturbed([&] { EXPECT_STREQ(busName(open(kDevice)), kName); });
 }
 
 // A thread that makes a device holds their lock: to the child it is taken for good.

@@ -24,15 +24,10 @@ namespace fs = std::filesystem;
 constexpr std::chrono::milliseconds kAtOnce{100};
 constexpr int kMostAttempts = 20;
 
-void writeTime(const fs::path& path, int hour) {
-  const timespec times[] = {{hour * 3600, 0}, {hour * 3600, 0}};
-  utimensat(AT_FDCWD, path.c_str(), times, 0);
-}
-
 // A description file whose time tells it from others with another `hour`.
 void writeOf(int hour, const fs::path& path) {
   tTestMachine::write(path, kOneChassis);
-  writeTime(path, hour);
+  fs::last_write_time(path, fs::file_time_type(std::chrono::hours(hour)));
 }
 
 void relink(const fs::path& link, const fs::path& target) {
@@ -299,7 +294,7 @@ TEST_F(tPosixWait, aQueueThatRunsOverIsALookAtEverything) {
   std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> longest;
   const fs::path noise[] = {place / "one/etc/pxi/a", place / "one/etc/pxi/b"};
   for (const fs::path& file : noise) tTestMachine::write(file, "x");
-  for (std::size_t n = 0; n <= longest; ++n) writeTime(noise[n % 2], 1);
+  for (std::size_t n = 0; n <= longest; ++n) chmod(noise[n % 2].c_str(), 0600);
   relink(place / "root", "twin");
   EXPECT_EQ(waitDuring([&] { writeOf(2, place / "twin" / kFile); }), varmex_waitChanged);
 }

@@ -17,8 +17,6 @@ class tTestMachine {
  public:
   tTestMachine();
   ~tTestMachine();
-  tTestMachine(const tTestMachine&) = delete;
-  tTestMachine& operator=(const tTestMachine&) = delete;
 
   std::filesystem::path folder() const;  // of the two description files
   std::filesystem::path pxiSys() const { return folder() / "pxisys.ini"; }

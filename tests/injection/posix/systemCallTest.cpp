@@ -96,21 +96,7 @@ TEST_P(tSystemCallInjection, triggerManagers) {
   }
 }
 
-// The system takes its time to close a watch: it is opened for this alone.
-TEST_P(tSystemCallInjection, beginningToWait) {
-  std::vector<tItem> sessions;
-  for (int n = 0; n < 100; ++n) sessions.emplace_back(varmex_openPXISession(0, status_));
-  inject([&](tStatus& status) {
-    const tItem session = std::move(sessions.at(sessions.size() - 1));
-    sessions.pop_back();
-    return std::to_string(varmex_waitForSessionInvalidation(session.get(), 0, status));
-  });
-}
-
-// Beside another session, so that the watch stays open.
 TEST_P(tSystemCallInjection, waiting) {
-  const tItem keeper(varmex_openPXISession(0, status_));
-  ASSERT_EQ(varmex_waitForSessionInvalidation(keeper.get(), 0, status_), varmex_waitTimedOut);
   inject([&](tStatus& status) {
     const tItem session(varmex_openPXISession(0, status));
     const auto wait = [&](std::uint32_t timeout) {

@@ -19,9 +19,10 @@ namespace {
 
 tSystemCalls* current = nullptr;
 
-int errorFor(const char* name, const char* path) {
+// Whether this call is to fail; its error is then set.
+bool mustFail(const char* name, const char* path = "") {
   tSystemCalls* const calls = std::exchange(current, nullptr);
-  if (!calls) return 0;
+  if (!calls) return false;
   ++calls->counts[name];
   // It may take itself away.
   if (const auto hook = calls->before.find(name); hook != calls->before.end()) {
@@ -30,15 +31,10 @@ int errorFor(const char* name, const char* path) {
   }
   current = calls;
   const auto planned = calls->failures.find(name);
-  if (planned == calls->failures.end() || --planned->second.number > 0) return 0;
-  return calls->failures.extract(planned).mapped().error;
-}
-
-// Whether this call is to fail; its error is then set.
-bool mustFail(const char* name, const char* path = "") {
-  const int error = errorFor(name, path);
-  if (error != 0) errno = error;
-  return error != 0;
+  if (planned == calls->failures.end() || --planned->second.number > 0) return false;
+  errno = planned->second.error;
+  calls->failures.erase(planned);
+  return true;
 }
 
 }  // namespace
@@ -82,12 +78,13 @@ tSystemCalls::~tSystemCalls() { current = nullptr; }
 }  // namespace test
 
 // WRAP(result, name, parameters, arguments, what a failing call answers). The linker sends the
-// program's calls of each name here.
-#define WRAP(result, name, parameters, arguments, failed)            \
-  extern "C" result __real_##name parameters;                        \
-  extern "C" result __wrap_##name parameters {                       \
-    return test::mustFail(#name) ? failed : __real_##name arguments; \
+// program's calls of each name here. WRAP_IF is for those that may fail under a condition alone.
+#define WRAP_IF(condition, result, name, parameters, arguments, failed)           \
+  extern "C" result __real_##name parameters;                                     \
+  extern "C" result __wrap_##name parameters {                                    \
+    return condition && test::mustFail(#name) ? failed : __real_##name arguments; \
   }
+#define WRAP(...) WRAP_IF(true, __VA_ARGS__)
 
 // RELEASE(name, type): the resource is gone even if the call tells of a failure.
 #define RELEASE(name, type)                     \
@@ -109,25 +106,14 @@ extern "C" int __wrap_fstat(int file, struct stat* status) {
   return isOnDisk && test::mustFail("fstat") ? -1 : result;
 }
 
-// Giving a lock back does not fail.
-extern "C" int __real_flock(int file, int operation);
-extern "C" int __wrap_flock(int file, int operation) {
-  return operation != LOCK_UN && test::mustFail("flock") ? -1 : __real_flock(file, operation);
-}
-
-// Of its operations the one that sets something.
-extern "C" int __real_fcntl(int file, int operation, ...);
-extern "C" int __wrap_fcntl(int file, int operation, long argument) {
-  const bool fails = operation == F_SETSIG && test::mustFail("fcntl");
-  return fails ? -1 : __real_fcntl(file, operation, argument);
-}
-
 extern "C" int __real_open(const char* path, int flags, mode_t mode);
 extern "C" int __wrap_open(const char* path, int flags, mode_t mode) {
   return test::mustFail("open", path) ? -1 : __real_open(path, flags, mode);
 }
 
 // clang-format off
+WRAP_IF(operation != LOCK_UN, int, flock, (int file, int operation), (file, operation), -1)
+WRAP_IF(operation == F_SETSIG, int, fcntl, (int file, int operation, long argument), (file, operation, argument), -1)
 WRAP(FILE*, fdopen, (int file, const char* mode), (file, mode), nullptr)
 WRAP(ssize_t, read, (int file, void* bytes, std::size_t size), (file, bytes, size), -1)
 WRAP(int, stat, (const char* path, struct stat* status), (path, status), -1)

@@ -10,16 +10,6 @@ namespace test {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-void addLibraryPath(const std::string& folder) {
-  const char* const others = std::getenv("LD_LIBRARY_PATH");
-  const std::string path = others && *others ? folder + ':' + others : folder;
-  setenv("LD_LIBRARY_PATH", path.c_str(), 1);
-}
-
-}  // namespace
-
 // A process keeps its number when it starts a program in its own place; a child has another.
 tTestPlace::tTestPlace(char** arguments) {
   const fs::path own =
@@ -29,7 +19,9 @@ tTestPlace::tTestPlace(char** arguments) {
   fs::remove_all(own);
   fs::create_directories(own);
   setenv(kVariable, own.c_str(), 1);
-  addLibraryPath(own.string());
+  const char* const others = std::getenv("LD_LIBRARY_PATH");
+  const std::string path = others && *others ? own.string() + ':' + others : own.string();
+  setenv("LD_LIBRARY_PATH", path.c_str(), 1);
   execv("/proc/self/exe", arguments);
   throw std::runtime_error("cannot start again");
 }

@@ -25,8 +25,6 @@ class tWaiter {
           result_ = varmex_waitForSessionInvalidation(session, timeout, status);
           EXPECT_TRUE(result_ != varmex_waitFailed || status.code() == ostrelerr_osFault);
         }) {}
-  tWaiter(const tWaiter&) = delete;
-  tWaiter& operator=(const tWaiter&) = delete;
 
   bool sleeps() const { return result_ == kNone; }
   void cancelThread() { pthread_cancel(thread_.native_handle()); }

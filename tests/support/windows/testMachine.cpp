@@ -18,12 +18,6 @@ bool isThrowaway() {
   return ntdll && GetProcAddress(ntdll, "wine_get_version");
 }
 
-fs::path windowsFolder() {
-  char folder[MAX_PATH] = {};
-  GetWindowsDirectoryA(folder, sizeof folder);
-  return folder;
-}
-
 }  // namespace
 
 struct tTestMachine::tState {
@@ -43,7 +37,11 @@ tTestMachine::~tTestMachine() {
   }
 }
 
-fs::path tTestMachine::folder() const { return windowsFolder(); }
+fs::path tTestMachine::folder() const {
+  char folder[MAX_PATH] = {};
+  GetWindowsDirectoryA(folder, sizeof folder);
+  return folder;
+}
 
 fs::path tTestMachine::configuration() const {
   return fs::path(std::getenv("ProgramData")) / "PXISA" / "configuration.ini";
