@@ -10,7 +10,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -25,8 +24,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/posix/child.h"
-#include "tests/support/posix/waiter.h"
+#include "tests/support/posix/host.h"
 #include "tests/support/testMachine.h"
 #include "varmex/varmex.hpp"
 
@@ -257,15 +255,9 @@ void liveAsChild(std::vector<std::unique_ptr<tSession>>& sessions, tRandom& rand
 // Sessions that come and go beside the rounds.
 class tGuests {
  public:
-  tGuests() {
-    for (unsigned n = 0; n < threads_.size(); ++n) {
-      threads_[n] = std::thread([this, n] { visit(n); });
-    }
-  }
   ~tGuests() {
     isOver_ = true;
     begin("joining guests");
-    for (std::thread& thread : threads_) thread.join();
   }
 
   // Negative where there was no moment for it.
@@ -283,7 +275,7 @@ class tGuests {
 
  private:
   void visit(unsigned number) {
-    tRandom random(seed + number + 1);
+    tRandom random(seed + number);
     while (!isOver_) {
       { const std::lock_guard<std::mutex> open(door_); }
       const std::shared_lock<std::shared_mutex> beside(gate_);
@@ -294,10 +286,11 @@ class tGuests {
     }
   }
 
-  std::array<std::thread, 2> threads_;
   std::mutex door_;  // keeps the guests from passing the gate ahead of a fork for ever
   std::shared_mutex gate_;
   std::atomic<bool> isOver_{false};
+  std::jthread first_{[this] { visit(1); }};
+  std::jthread second_{[this] { visit(2); }};
 };
 
 class tRound {

@@ -5,7 +5,7 @@
 
 #include "ostrel/quarks/synchronization.h"
 #include "pxiRoutingAdaptor/pxiRoutingAdaptorDevice.h"
-#include "tests/support/posix/child.h"
+#include "tests/support/posix/host.h"
 
 namespace varmex::nCorPxiRoutingAdaptor {
 

@@ -5,7 +5,7 @@
 
 #include "corpxiTools/fileSystem/registryKey.h"
 #include "ostrel/quarks/transientFailures.h"
-#include "tests/support/posix/child.h"
+#include "tests/support/posix/host.h"
 #include "tests/support/posix/systemCalls.h"
 #include "tests/support/testMachine.h"
 

@@ -14,8 +14,7 @@
 #include <ctime>
 #include <deque>
 
-#include "tests/support/posix/child.h"
-#include "tests/support/posix/waiter.h"
+#include "tests/support/posix/host.h"
 #include "tests/support/routing.h"
 #include "tests/support/sharing.h"
 #include "tests/support/testPlace.h"

@@ -3,7 +3,7 @@
 
 #include <atomic>
 
-#include "tests/support/posix/child.h"
+#include "tests/support/posix/host.h"
 #include "tests/support/routing.h"
 #include "tests/support/serviceLibrary.h"
 #include "tests/support/wait.h"
@@ -81,23 +81,20 @@ TEST_F(tRegistryMoment, aRoutingDeviceKeepsNoNameOfIt) {
 TEST_F(tRegistryMoment, aForkWhileADeviceIsMadeLeavesAChildThatMakesOthers) {
   machine_.writeConfiguration();
   const tRoutingSession known = open("7.0.0:1 known");
-  std::thread maker;
-  {
-    const tExclusiveLock delay(machine_.configuration());
-    maker = std::thread([] { openRouting("5.0.0:1 amid", nullptr); });
-    settle();
-    inChild([&] {
-      const auto root = machine_.folder() / "child";
-      tTestMachine::write(root / "etc/pxi/pxiesys.ini", kRoutingDescription);
-      setenv("VARMEX_FSROOT", root.c_str(), 1);
-      EXPECT_EQ(busName(open("7.0.0:1 known")), busName(known));
-      for (const char* name : {"5.0.0:1 amid", "6.0.0:1 new"}) {
-        const char* const text = busName(open(name));
-        EXPECT_EQ(busName(open(name)), text);
-      }
-    });
-  }
-  maker.join();
+  std::jthread maker;  // ends behind the lock
+  const tExclusiveLock delay(machine_.configuration());
+  maker = std::jthread([] { openRouting("5.0.0:1 amid", nullptr); });
+  settle();
+  inChild([&] {
+    const auto root = machine_.folder() / "child";
+    tTestMachine::write(root / "etc/pxi/pxiesys.ini", kRoutingDescription);
+    setenv("VARMEX_FSROOT", root.c_str(), 1);
+    EXPECT_EQ(busName(open("7.0.0:1 known")), busName(known));
+    for (const char* name : {"5.0.0:1 amid", "6.0.0:1 new"}) {
+      const char* const text = busName(open(name));
+      EXPECT_EQ(busName(open(name)), text);
+    }
+  });
 }
 
 std::atomic<bool> isDelivering{false}, mayDeliver{false};
@@ -123,7 +120,7 @@ TEST_F(tRegistryMoment, aForkAmidACalculationLeavesASessionThatBeginsAnew) {
   ASSERT_EQ(status_.code(), 0) << first << status_.text();
   EXPECT_EQ(calculate(other, "b"), "[]");
   isDelivering = mayDeliver = false;
-  std::thread lost(calculate, std::cref(session), "a");
+  const std::jthread lost(calculate, std::cref(session), "a");
   isDelivering.wait(false);
   inChild([&] {
     mayDeliver = true;
@@ -134,7 +131,6 @@ TEST_F(tRegistryMoment, aForkAmidACalculationLeavesASessionThatBeginsAnew) {
   });
   mayDeliver = true;
   mayDeliver.notify_one();
-  lost.join();
 }
 
 using tLinkedService = tModel;

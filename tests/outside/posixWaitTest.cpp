@@ -9,9 +9,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
-#include <nlohmann/json.hpp>
 
-#include "tests/support/posix/child.h"
+#include "tests/support/posix/host.h"
 #include "tests/support/wait.h"
 
 namespace test {
@@ -52,6 +51,22 @@ void fileIsLink(const fs::path& place) {
   relink(place / "root" / kFile, place / "one" / kFile);
 }
 void rootIsFolder(const fs::path& place) { fs::rename(place / "one", place / "root"); }
+void mountOver(const fs::path& place) {
+  EXPECT_EQ(mount("none", (place / "root/etc/pxi").c_str(), "tmpfs", 0, nullptr), 0);
+}
+
+// Makes mounts those of this process alone, where it may.
+bool mayMount() {
+  return unshare(CLONE_NEWNS) == 0 && mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
+// The root of the library is `root` below a folder of each case's own; "one" and "two" are roots
+// with files of different times, "twin" one with the time of "one".
+struct tWay {
+  const char* name;
+  void (*prepare)(const fs::path& place);
+  void (*change)(const fs::path& place);
+};
 
 class tPosixWait : public tWaiting {
  protected:
@@ -61,15 +76,41 @@ class tPosixWait : public tWaiting {
   void expectFault(varmex_WaitResult result, int code) {
     EXPECT_EQ(result, varmex_waitFailed);
     EXPECT_EQ(status_.code(), ostrelerr_osFault) << status_.text();
-    const auto json = nlohmann::json::parse(status_.text());
-    EXPECT_EQ(json["internal_error"]["api"], "posix");
-    EXPECT_EQ(json["internal_error"]["code"], code) << status_.text();
+    const std::string reason = R"({"api":"posix","code":)" + std::to_string(code) + ',';
+    EXPECT_NE(status_.text().find(reason), std::string::npos) << status_.text();
     varmex_releaseStatus(status_);
   }
 
   void openIn(const fs::path& root) {
     setenv("VARMEX_FSROOT", root.c_str(), 1);
     session_.reset(varmex_openPXISession(0, status_));
+  }
+
+  void expectSeen(const tWay& way) {
+    SCOPED_TRACE(way.name);
+    static int number = 0;
+    std::chrono::nanoseconds best = std::chrono::hours(1);
+    for (int attempt = 0; attempt < kMostAttempts && best > kAtOnce; ++attempt) {
+      const fs::path place = base() / ("way" + std::to_string(number++));
+      writeOf(1, place / "one" / kFile);
+      writeOf(1, place / "twin" / kFile);
+      writeOf(2, place / "two" / kFile);
+      way.prepare(place);
+      openIn(place / "root");
+      ASSERT_TRUE(session_) << status_.text();
+      // What a session waits for does not depend on where another would look.
+      setenv("VARMEX_FSROOT", "/nonexistent", 1);
+      EXPECT_EQ(wait(0), varmex_waitTimedOut);
+      varmex_WaitResult result = waitDuring([&] { way.change(place); });
+      best = std::min(best, latency_);
+      // The folder that is not there for a moment may be missed: the next wait looks again.
+      if (result == varmex_waitFailed) {
+        expectFault(result, ENOENT);
+        result = wait(kLongWait);
+      }
+      EXPECT_EQ(result, varmex_waitChanged) << status_.text();
+    }
+    EXPECT_LT(best, kAtOnce);
   }
 
   // A session on a root that is a link to "one", beside a "twin" of the same time.
@@ -84,14 +125,6 @@ class tPosixWait : public tWaiting {
 };
 
 int nameless = -1;  // a file that is open until the end of the program
-
-// The root of the library is `root` below a folder of each case's own; "one" and "two" are roots
-// with files of different times, "twin" one with the time of "one".
-struct tWay {
-  const char* name;
-  void (*prepare)(const fs::path& place);
-  void (*change)(const fs::path& place);
-};
 
 const tWay kWays[] = {
     {"the root is a link and switched", rootIsLink,
@@ -163,34 +196,24 @@ const tWay kWays[] = {
        std::this_thread::sleep_for(std::chrono::milliseconds(100));
        writeOf(3, p / "twin" / kFile);
      }},
+    {"a mount comes over the folder", rootIsFolder, mountOver},
+    {"a mount goes from over the folder",
+     [](const fs::path& p) {
+       rootIsFolder(p);
+       mountOver(p);
+       writeOf(2, p / "root" / kFile);
+     },
+     [](const fs::path& p) { EXPECT_EQ(umount2((p / "root/etc/pxi").c_str(), MNT_DETACH), 0); }},
 };
 
 TEST_F(tPosixWait, seesAllThatDecidesWhatThePathsStandForAtOnce) {
-  int number = 0;
-  for (const auto& [name, prepare, change] : kWays) {
-    std::chrono::nanoseconds best = std::chrono::hours(1);
-    for (int attempt = 0; attempt < kMostAttempts && best > kAtOnce; ++attempt) {
-      const fs::path place = base() / ("way" + std::to_string(number++));
-      writeOf(1, place / "one" / kFile);
-      writeOf(1, place / "twin" / kFile);
-      writeOf(2, place / "two" / kFile);
-      prepare(place);
-      openIn(place / "root");
-      ASSERT_TRUE(session_) << name << ' ' << status_.text();
-      // What a session waits for does not depend on where another would look.
-      setenv("VARMEX_FSROOT", "/nonexistent", 1);
-      EXPECT_EQ(wait(0), varmex_waitTimedOut) << name;
-      varmex_WaitResult result = waitDuring([&, act = change] { act(place); });
-      best = std::min(best, latency_);
-      // The folder that is not there for a moment may be missed: the next wait looks again.
-      if (result == varmex_waitFailed) {
-        expectFault(result, ENOENT);
-        result = wait(kLongWait);
-      }
-      EXPECT_EQ(result, varmex_waitChanged) << name << ' ' << status_.text();
+  inChild([this] {
+    const bool canMount = mayMount();
+    if (!canMount) std::puts("no right to mount: not tested");
+    for (const auto& way : kWays) {
+      if (canMount || !std::string(way.name).starts_with("a mount")) expectSeen(way);
     }
-    EXPECT_LT(best, kAtOnce) << name;
-  }
+  });
 }
 
 // The link in a folder that may be passed tells of itself, and the file is not read to be watched;
@@ -216,28 +239,6 @@ TEST_F(tPosixWait, passesWhatMayNotBeRead) {
     EXPECT_EQ(wait(kLongWait), varmex_waitChanged) << status_.text();
     openIn(place / "3");
     expectFault(wait(0), EACCES);
-  });
-}
-
-TEST_F(tPosixWait, seesMountsOverTheFolder) {
-  inChild([this] {
-    if (unshare(CLONE_NEWNS) != 0 || mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) != 0) {
-      std::puts("no right to mount: not tested");
-      return;
-    }
-    describe(kOneChassis, "");
-    const std::string folder = machine_.folder().string();
-    const std::function<int()> acts[] = {
-        [&] { return mount("none", folder.c_str(), "tmpfs", 0, nullptr); },
-        [&] { return umount2(folder.c_str(), MNT_DETACH); }};
-    std::chrono::nanoseconds best[] = {std::chrono::hours(1), std::chrono::hours(1)};
-    for (int round = 0; round < 2 * kMostAttempts; ++round) {
-      if (round % 2 == 0 && std::max(best[0], best[1]) < kAtOnce) break;
-      session_.reset(varmex_openPXISession(0, status_));
-      EXPECT_EQ(waitDuring([&] { EXPECT_EQ(acts[round % 2](), 0); }), varmex_waitChanged);
-      best[round % 2] = std::min(best[round % 2], latency_);
-    }
-    for (const auto latency : best) EXPECT_LT(latency, kAtOnce);
   });
 }
 

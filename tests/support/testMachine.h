@@ -49,7 +49,7 @@ class tExclusiveLock {
 };
 
 // Runs `work` on a thread whose stack has `bytes` bytes, and waits for it.
-void runWithStack(std::size_t bytes, std::function<void()> work);
+void runWithStack(std::size_t bytes, const std::function<void()>& work);
 
 // Until every other thread of the process sleeps, or two seconds. Whether they do, where that can
 // be known.

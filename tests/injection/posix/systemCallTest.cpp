@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "tests/injection/scenarios.h"
-#include "tests/support/posix/child.h"
+#include "tests/support/posix/host.h"
 #include "tests/support/posix/systemCalls.h"
 #include "tests/support/serviceLibrary.h"
 

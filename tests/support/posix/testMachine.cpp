@@ -89,18 +89,14 @@ bool awaitSleep() {
   return false;
 }
 
-void runWithStack(std::size_t bytes, std::function<void()> work) {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, bytes);
-  pthread_t thread;
-  const auto run = [](void* own) -> void* {
-    (*static_cast<std::function<void()>*>(own))();
-    return nullptr;
-  };
-  if (pthread_create(&thread, &attributes, run, &work) != 0) throw std::runtime_error("no thread");
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
+void runWithStack(std::size_t bytes, const std::function<void()>& work) {
+  pthread_attr_t usual, own;
+  pthread_getattr_default_np(&usual);
+  pthread_attr_init(&own);
+  pthread_attr_setstacksize(&own, bytes);
+  pthread_setattr_default_np(&own);
+  std::thread(work).join();
+  pthread_setattr_default_np(&usual);
 }
 
 std::ptrdiff_t memoryInUse() { return static_cast<std::ptrdiff_t>(mallinfo2().uordblks); }

@@ -79,13 +79,14 @@ bool awaitSleep() {
   return true;
 }
 
-void runWithStack(std::size_t bytes, std::function<void()> work) {
+void runWithStack(std::size_t bytes, const std::function<void()>& work) {
   const auto run = [](void* own) -> DWORD {
-    (*static_cast<std::function<void()>*>(own))();
+    (**static_cast<const std::function<void()>**>(own))();
     return 0;
   };
+  const std::function<void()>* own = &work;
   const HANDLE thread =
-      CreateThread(nullptr, bytes, run, &work, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+      CreateThread(nullptr, bytes, run, &own, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
   if (!thread) throw std::runtime_error("no thread");
   WaitForSingleObject(thread, INFINITE);
   CloseHandle(thread);
