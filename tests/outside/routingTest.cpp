@@ -1,3 +1,4 @@
+#include <array>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
@@ -60,13 +61,11 @@ TEST_F(tRouting, listsTerminals) {
     }
     return all;
   };
-  const struct {
-    std::string type;
-    std::string lines;  // the ends of their names
-    std::string bus;
-  } groups[] = {{"PXI_Trig", "01234567", "PXIChassis1TriggerBus1"},
-                {"PXI_Star", "\0"s, "PXIeChassis(S, V, M)/StarTrigger1Line0"},
-                {"PXIe_DStar", "ABC", "PXIeChassis(S, V, M)/DStarTrigger1Set0"}};
+  // Groups of lines by the ends of their names.
+  const std::array<std::string, 3> groups[] = {
+      {"PXI_Trig", "01234567", "PXIChassis1TriggerBus1"},
+      {"PXI_Star", "\0"s, "PXIeChassis(S, V, M)/StarTrigger1Line0"},
+      {"PXIe_DStar", "ABC", "PXIeChassis(S, V, M)/DStarTrigger1Set0"}};
   for (const auto& [type, lines, bus] : groups) {
     for (std::size_t line = 0; line < lines.size(); ++line) {
       EXPECT_EQ(answers(), (type + lines[line]).c_str() + " 0 0|"s + type + " 0 0|" + bus +

@@ -1,3 +1,5 @@
+#include <tuple>
+
 #include "tests/support/model.h"
 #include "tests/support/serviceLibrary.h"
 
@@ -62,19 +64,14 @@ TEST_F(tTriggerManager, theServiceLibraryDecides) {
     return R"( {"file":")" + function + R"(","line":7,"component":"dunmor"})";
   };
   const char* const whole = "<load><open><mode V|M|T><close><unload>";
-  const struct {
-    const char* variant;
-    const char* answers;
-    const char* manager;
-    std::string isNative;
-    const char* calls;
-  } cases[] = {{"full", "", "T", "1", whole},
-               {"full", "mode 2", "", "0", "<load><open><mode V|M|None><close><unload>"},
-               {"full", "modeStatus -7", "T", "-7" + own("modeStatus"), whole},
-               {"full", "modeStatus 7 mode 1", "T", "0", whole},
-               {"full", "open -8", "T", "-8" + own("open"), "<load><open><unload>"},
-               {"withoutopen", "", "T", "-52005", "<load><unload>"},
-               {"withoutclose", "", "T", "-52005", "<load><unload>"}};
+  const std::tuple<const char*, const char*, const char*, std::string, const char*> cases[] = {
+      {"full", "", "T", "1", whole},
+      {"full", "mode 2", "", "0", "<load><open><mode V|M|None><close><unload>"},
+      {"full", "modeStatus -7", "T", "-7" + own("modeStatus"), whole},
+      {"full", "modeStatus 7 mode 1", "T", "0", whole},
+      {"full", "open -8", "T", "-8" + own("open"), "<load><open><unload>"},
+      {"withoutopen", "", "T", "-52005", "<load><unload>"},
+      {"withoutclose", "", "T", "-52005", "<load><unload>"}};
   for (const auto& [variant, answers, manager, expected, calls] : cases) {
     const tInstalledServiceLibrary service(variant, answers);
     // What it lacks is told with a place in the library's own source.
@@ -92,15 +89,11 @@ TEST_F(tTriggerManager, theListDecidesWhereTheServiceLibraryCannot) {
   machine_.setRegistryText(kKey, "Another", "");
   EXPECT_EQ(isNative("A\\T"), "1");
   constexpr std::uint32_t kText = 1, kTextList = 7;
-  const struct {
-    std::uint32_t type;
-    std::string list;
-    const char* manager;
-    const char* isNative;
-  } cases[] = {{kTextList, "B\0A\\T\0\0"s, "A\\T", "0"}, {kTextList, "B\0A\\T\0\0"s, "B", "0"},
-               {kTextList, "B\0A\\T\0\0"s, "b", "1"},    {kTextList, "B\0\0A\\T\0\0"s, "A\\T", "1"},
-               {kTextList, "A\\T"s, "A\\T", "0"},        {kTextList, "", "A\\T", "1"},
-               {kText, "A\\T\0"s, "A\\T", "1"}};
+  const std::tuple<std::uint32_t, std::string, const char*, const char*> cases[] = {
+      {kTextList, "B\0A\\T\0\0"s, "A\\T", "0"}, {kTextList, "B\0A\\T\0\0"s, "B", "0"},
+      {kTextList, "B\0A\\T\0\0"s, "b", "1"},    {kTextList, "B\0\0A\\T\0\0"s, "A\\T", "1"},
+      {kTextList, "A\\T"s, "A\\T", "0"},        {kTextList, "", "A\\T", "1"},
+      {kText, "A\\T\0"s, "A\\T", "1"}};
   for (const auto& [type, list, manager, expected] : cases) {
     machine_.setRegistryValue(kKey, "TriggerManagersNoForward", type, list);
     EXPECT_EQ(isNative(manager), expected);

@@ -73,7 +73,6 @@ TEST_F(tWrapper, throwsWhatFailed) {
   EXPECT_EQ(unknown.what(), "varmex_errorUnknownItem (-380751): " + unknown.detail());
   const auto bridge = session.chassis(1).triggerBridges()[0];
   const std::pair<std::int32_t, std::function<void()>> calls[] = {
-      {varmex_errorUnknownItem, [&] { session.chassis(1).slot(99); }},
       {varmex_errorNotConnected, [&] { session.chassis(1).slot(4).triggerBusNumber(); }},
       {varmex_errorIterationFailure, [&] { session.slots()[2]; }},
       {varmex_errorInformationNotAvailable, [&] { bridge.lineMapping(7); }},
