@@ -157,93 +157,72 @@ struct tTarget {
   std::size_t anywhere() const { return below(lines().size() + 1, random); }
 };
 
-std::string dropItem(const tTarget& target) {
-  const std::string line = target.itemLine();
-  erase(target.lines(), target.item, target.item + 1);
-  return "without " + line;
+void dropItem(const tTarget& target) { erase(target.lines(), target.item, target.item + 1); }
+
+void repeatItem(const tTarget& target) {
+  insert(target.lines(), target.anywhere(), {target.itemLine()});
 }
 
-std::string repeatItem(const tTarget& target) {
-  const std::string line = target.itemLine();
-  insert(target.lines(), target.anywhere(), {line});
-  return "again " + line;
-}
-
-std::string dropSection(const tTarget& target) {
-  const std::string line = target.headerLine();
+void dropSection(const tTarget& target) {
   erase(target.lines(), target.header, sectionEnd(target.lines(), target.header));
-  return "without section " + line;
 }
 
-std::string copySection(const tTarget& target) {
+void copySection(const tTarget& target) {
   const std::size_t end = sectionEnd(target.lines(), target.header);
   const std::span section = std::span(target.lines()).subspan(target.header, end - target.header);
   target.otherLines().insert(target.otherLines().end(), section.begin(), section.end());
-  return "copied to the other " + target.headerLine();
 }
 
-std::string renameSection(const tTarget& target) {
-  const std::string line = target.headerLine();
-  target.headerLine() = '[' + renamed(line.substr(1, line.size() - 2), target.random) + ']';
-  return line + " is " + target.headerLine();
+void renameSection(const tTarget& target) {
+  std::string& line = target.headerLine();
+  line = '[' + renamed(line.substr(1, line.size() - 2), target.random) + ']';
 }
 
-std::string renameItem(const tTarget& target) {
-  const std::string line = target.itemLine();
-  target.itemLine() = renamed(nameOf(line), target.random) + " = " + valueOf(line);
-  return line + " is " + target.itemLine();
+void renameItem(const tTarget& target) {
+  std::string& line = target.itemLine();
+  line = renamed(nameOf(line), target.random) + " = " + valueOf(line);
 }
 
-std::string changeValue(const tTarget& target) {
-  const std::string line = target.itemLine();
-  target.itemLine() = nameOf(line) + " = " + changedValue(target.lines(), line, target.random);
-  return line + " is " + target.itemLine();
+void changeValue(const tTarget& target) {
+  std::string& line = target.itemLine();
+  line = nameOf(line) + " = " + changedValue(target.lines(), line, target.random);
 }
 
-std::string addGarbage(const tTarget& target) {
-  const std::string line = oneOf(kGarbage, target.random);
-  insert(target.lines(), target.anywhere(), {line});
-  return "garbage " + line;
+void addGarbage(const tTarget& target) {
+  insert(target.lines(), target.anywhere(), {oneOf(kGarbage, target.random)});
 }
 
-std::string addSection(const tTarget& target) {
-  const tLines section = split(oneOf(kStrangeSections, target.random), "|");
-  insert(target.lines(), target.lines().size(), section);
-  return "another " + section[0];
+void addSection(const tTarget& target) {
+  insert(target.lines(), target.lines().size(), split(oneOf(kStrangeSections, target.random), "|"));
 }
 
-std::string changeEncoding(const tTarget& target) {
+void changeEncoding(const tTarget& target) {
   static const std::string kEncodings[] = {"\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF", "\n"};
   target.description.encodings[target.file] = oneOf(kEncodings, target.random);
-  return "encoding";
 }
 
-std::string changeLineEnds(const tTarget& target) {
+void changeLineEnds(const tTarget& target) {
   target.description.lineEnd = below(2, target.random) != 0 ? "\r\n" : "\r";
-  return "line ends";
 }
 
 // A number that is none, where the library may or may not read it.
-std::string addStrangeNumber(const tTarget& target) {
-  static const char* const kSlotItems[] = {
-      "PeripheralSlotLinkWidth1",         "SystemSlotLinkOrigin2",
-      "PeripheralModuleLinkWidthMax",     "PCISlotPathRootBus",
-      "PeripheralModuleOccupiedSlotList", "PCIBusNumber"};
-  static const char* const kStarItems[] = {"PXI_STAR16", "PXI_STAR17", "SystemTimingSet16"};
-  const bool isSlot = below(2, target.random) != 0;
-  tLines& lines = target.lines();
-  const std::size_t header = chooseLine(lines, target.random, [isSlot](const std::string& line) {
-    return isHeader(line) && line.find(isSlot ? "Slot" : "Star") != std::string::npos;
-  });
-  if (header == lines.size()) return "no such section";
-  const char* const item =
-      isSlot ? oneOf(kSlotItems, target.random) : oneOf(kStarItems, target.random);
-  insert(lines, header + 1, {std::string(item) + " = x"});
-  return lines[header] + " has " + lines[header + 1];
+void addStrangeNumber(const tTarget& target) {
+  static const std::pair<const char*, tLines> kItems[] = {
+      {"Slot", split("PeripheralSlotLinkWidth1|SystemSlotLinkOrigin2|PeripheralModuleLinkWidthMax|"
+                     "PCISlotPathRootBus|PeripheralModuleOccupiedSlotList|PCIBusNumber",
+                     "|")},
+      {"Star", split("PXI_STAR16|PXI_STAR17|SystemTimingSet16", "|")}};
+  const auto& [kind, items] = oneOf(kItems, target.random);
+  const std::size_t header =
+      chooseLine(target.lines(), target.random, [kind = kind](const std::string& line) {
+        return isHeader(line) && line.find(kind) != std::string::npos;
+      });
+  if (header == target.lines().size()) return;
+  insert(target.lines(), header + 1, {oneOf(items, target.random) + " = x"});
 }
 
 // The device of one slot in another one as well, of either file.
-std::string claimTwice(const tTarget& target) {
+void claimTwice(const tTarget& target) {
   tRandom& random = target.random;
   const auto isNames = [](const std::string& line) { return line.starts_with("AddressInfo = "); };
   const auto isBus = [](const std::string& line) { return line.starts_with("PCIBusNumber = "); };
@@ -253,15 +232,13 @@ std::string claimTwice(const tTarget& target) {
   if (bus + 1 < classic.size() && below(2, random) != 0) {
     classic[bus] = "PCIBusNumber = 4";
     classic[bus + 1] = "PCIDeviceNumber = 0";
-    return "pxisys.ini: another device 4.0";
+  } else if (names != express.size()) {
+    express[names] = express[chooseLine(express, random, isNames)];
   }
-  if (names == express.size()) return "no device to claim";
-  express[names] = express[chooseLine(express, random, isNames)];
-  return "pxiesys.ini: another " + express[names];
 }
 
 // A value is what is wrong most often.
-using tMutation = std::string (*)(const tTarget&);
+using tMutation = void (*)(const tTarget&);
 constexpr tMutation kMutations[] = {
     changeValue, changeValue, changeValue, changeValue,    changeValue,   changeValue,
     changeValue, dropItem,    repeatItem,  dropSection,    copySection,   renameSection,
@@ -289,12 +266,21 @@ tDescription makeRight(tRandom& random) {
 }
 
 std::string mutate(tDescription& description, tRandom& random) {
+  const tDescription before = description;
   tTarget target{description, static_cast<int>(below(2, random)), 0, 0, random};
   if (target.lines().empty()) target.file = 0;
   target.item = chooseLine(target.lines(), random, isItem);
   target.header = chooseLine(target.lines(), random, isHeader);
   if (std::max(target.item, target.header) == target.lines().size()) return "nothing left";
-  return (target.file == 0 ? "pxisys.ini: " : "pxiesys.ini: ") + oneOf(kMutations, random)(target);
+  oneOf(kMutations, random)(target);
+  for (const int file : {0, 1}) {
+    const tLines& lines = description.files[file];
+    const auto line = std::ranges::mismatch(before.files[file], lines).in2;
+    if (line == lines.end()) continue;
+    return (file == 0 ? "pxisys.ini:" : "pxiesys.ini:") + std::to_string(line - lines.begin() + 1) +
+           ": " + *line;
+  }
+  return "an encoding, line ends or the end of a file";
 }
 
 }  // namespace agreement

@@ -21,7 +21,7 @@ using tRandom = std::mt19937;
 // A right installation of a few chassis.
 tDescription makeRight(tRandom& random);
 
-// Changes something, and tells what.
+// Changes something, and tells the first line that is another one.
 std::string mutate(tDescription& description, tRandom& random);
 
 }  // namespace agreement

@@ -1,15 +1,18 @@
 #include "tests/agreement/questions.h"
 
 #include <functional>
-#include <sstream>
+#include <numeric>
+#include <set>
 #include <utility>
 
+#include "tests/support/texts.h"
 #include "tools/varmex/describe/attributes.h"
 
 namespace agreement {
 
 namespace {
 
+using test::cut;
 using varmex::Chassis;
 using varmex::ItemBase;
 using varmex::Session;
@@ -24,18 +27,7 @@ bool isAbsence(std::int32_t code) {
   return varmex::meansNothing(code) && code != varmex_errorInformationNotAvailable;
 }
 
-// Empty also for a failure that is an answer.
 using tIsAnswer = bool (*)(std::int32_t code);
-std::string wordsOf(const std::function<void()>& ask, tIsAnswer isAnswer = isNeverAnAnswer) {
-  try {
-    ask();
-    return {};
-  } catch (const varmex::Error& error) {
-    return isAnswer(error.code()) ? "" : error.what();
-  } catch (const std::out_of_range& error) {
-    return std::string("the exception std::out_of_range: ") + error.what();
-  }
-}
 
 void askAttribute(const ItemBase& item, const tool::tAttribute& attribute) {
   if (attribute.isText) {
@@ -47,6 +39,19 @@ void askAttribute(const ItemBase& item, const tool::tAttribute& attribute) {
 
 class tAsker {
  public:
+  // Asks nothing but that question and those that must be answered ahead of it, if there is one,
+  // and takes no failure for an answer then.
+  explicit tAsker(const std::string& question = "") : slots_(kLastSlot + 1) {
+    std::iota(slots_.begin(), slots_.end(), 0);
+    if (question.empty()) return;
+    const std::string about = cut(question, ", ").first;
+    const auto [chassis, slot] = cut(cut(about, " ").second, "/");
+    way_ = {"session", "chassis " + chassis, about, question};
+    if (about.starts_with("bridge ")) way_.insert("chassis " + chassis + ", trigger bridges");
+    if (question.starts_with(about + ", device, ")) way_.insert(about + ", devices");
+    if (!slot.empty()) slots_ = {static_cast<std::uint32_t>(std::stoul(slot))};
+  }
+
   std::vector<tRefusal> run() {
     ask("session", [&] {
       const Session session;
@@ -64,8 +69,16 @@ class tAsker {
  private:
   void ask(const std::string& question, const std::function<void()>& answer,
            tIsAnswer isAnswer = isNeverAnAnswer) {
-    const std::string words = wordsOf(answer, isAnswer);
-    if (!words.empty()) refusals_.push_back({question, words});
+    if (!way_.empty() && !way_.contains(question)) return;
+    try {
+      answer();
+    } catch (const varmex::Error& error) {
+      if (way_.empty() && isAnswer(error.code())) return;
+      refusals_.push_back({question, error.what()});
+    } catch (const std::out_of_range& error) {
+      refusals_.push_back(
+          {question, std::string("the exception std::out_of_range: ") + error.what()});
+    }
   }
 
   void askAttributes(const std::string& about, const ItemBase& item,
@@ -79,7 +92,7 @@ class tAsker {
   void askChassis(const Chassis& chassis) {
     const std::string number = std::to_string(chassis.number());
     askAttributes("chassis " + number, chassis, tool::kChassisAttributes);
-    for (std::uint32_t slot = 0; slot <= kLastSlot; ++slot) {
+    for (const std::uint32_t slot : slots_) {
       const std::string name = "slot " + number + '/' + std::to_string(slot);
       ask(
           name, [&] { askSlot(name, chassis.slot(slot)); }, isUnknown);
@@ -101,59 +114,18 @@ class tAsker {
     });
   }
 
+  std::set<std::string> way_;
+  std::vector<std::uint32_t> slots_;
   std::vector<tRefusal> refusals_;
 };
-
-void askAttribute(const ItemBase& item, const std::string& name) {
-  for (const tool::tAttributes* const kind : {&tool::kChassisAttributes, &tool::kSlotAttributes,
-                                              &tool::kDeviceAttributes, &tool::kBridgeAttributes}) {
-    for (const tool::tAttribute& attribute : *kind) {
-      if (attribute.name == name) return askAttribute(item, attribute);
-    }
-  }
-}
-
-// "KIND NUMBER[/NUMBER][, REST]"
-void askOnce(const std::string& question) {
-  const Session session;
-  if (question == "session") return;
-  const std::size_t comma = question.find(", ");
-  const std::string rest = comma == std::string::npos ? "" : question.substr(comma + 2);
-  std::istringstream stream(question);
-  std::string kind;
-  std::uint32_t first = 0;
-  std::uint32_t second = 0;
-  stream >> kind >> first;
-  stream.ignore(1);
-  stream >> second;
-  const Chassis chassis = session.chassis(first);
-  if (kind == "chassis" && rest == "slots") {
-    chassis.slots();
-  } else if (kind == "chassis" && rest == "trigger bridges") {
-    chassis.triggerBridges();
-  } else if (kind == "chassis") {
-    askAttribute(chassis, rest);
-  } else if (kind == "bridge") {
-    for (const varmex::TriggerBridge& bridge : chassis.triggerBridges()) {
-      if (bridge.number() == second) askAttribute(bridge, rest);
-    }
-  } else if (rest == "devices") {
-    chassis.slot(second).devices();
-  } else if (rest.starts_with("device, ")) {
-    for (const varmex::Device& device : chassis.slot(second).devices()) {
-      askAttribute(device, rest.substr(rest.find(", ") + 2));
-    }
-  } else {
-    askAttribute(chassis.slot(second), rest);
-  }
-}
 
 }  // namespace
 
 std::vector<tRefusal> askEverything() { return tAsker().run(); }
 
 std::string askAgain(const std::string& question) {
-  return wordsOf([&] { askOnce(question); });
+  const std::vector<tRefusal> refusals = tAsker(question).run();
+  return refusals.empty() ? "" : refusals.front().words;
 }
 
 }  // namespace agreement

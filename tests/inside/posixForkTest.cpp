@@ -33,8 +33,7 @@ TEST(CriticalSection, isTheChilds) {
   tCriticalSection lock(status);
   const auto enterTwice = [&lock](auto within) {
     const tCriticalSection::tHeld held(lock);
-    const tCriticalSection::tHeld again(lock);
-    EXPECT_FALSE(again.wasAbandoned());
+    EXPECT_FALSE(tCriticalSection::tHeld(lock).wasAbandoned());
     within();
     return held.wasAbandoned();
   };

@@ -19,10 +19,6 @@ namespace {
 constexpr tErrorCode kCode{-7, "constant"};
 constexpr tSourcePosition kPosition{"a file", 12, "part"};
 
-bool otherReallocate(tStatusRecord* record, std::uint32_t capacity) {
-  return varmex_reallocateStatus(record, capacity);
-}
-
 std::uint32_t largestBuffer;  // that a caller's policy gives
 
 // As many bytes as it is asked for, up to a bound.
@@ -63,7 +59,7 @@ TEST(Status, mergesByRule) {
                {5, -6, true}, {-5, 0, false}, {-5, 6, false}, {-5, -6, false}};
   const std::string before = R"({"t":1})", after = R"({"s":1})";
   for (const auto& [current, incoming, replaced] : cases) {
-    for (const auto reallocate : {statusReallocate, otherReallocate}) {
+    for (const auto reallocate : {statusReallocate, varmex_reallocateStatus}) {
       tOwned target(current, before.c_str(), reallocate);
       tOwned source(incoming, after.c_str());
       EXPECT_EQ(statusMerge(target.record, source.record), replaced);
@@ -81,8 +77,13 @@ TEST(Status, bufferSizes) {
   EXPECT_FALSE(statusReallocate(&owned.record, 0x80000000));
   EXPECT_TRUE(statusReallocate(&owned.record, 513));
   EXPECT_EQ(owned.state(), "0 {} 1024");
+  EXPECT_TRUE(statusSetText(owned.record, std::string(1023, 'x').c_str()));
+  EXPECT_EQ(owned.record.capacity, 2048U);
   EXPECT_TRUE(statusReallocate(&owned.record, 4));
-  EXPECT_EQ(owned.record.capacity, 1024U);
+  EXPECT_EQ(owned.record.capacity, 2048U);
+  std::string endless(512, 'x');
+  tStatusRecord shorter{0, 4, nullptr, endless.data()};
+  EXPECT_FALSE(statusReallocate(&shorter, 8)) << "the text is longer than the record says";
   char small[4] = "ab";
   EXPECT_EQ(statusFormatText(small, 3, "{}"), nullptr);
   EXPECT_STREQ(small, "ab");
@@ -101,6 +102,7 @@ TEST(FixedStatus, tellsWhatItHas) {
     std::int32_t before;
     std::string text;
     std::uint32_t size = kFixedStatusSize;
+    bool isEndless = false;
   } cases[] = {
       {0, "c", "f", 0, "-"},
       {-7, "", "f", 0, R"({"file":"f","line":1})"},
@@ -110,14 +112,21 @@ TEST(FixedStatus, tellsWhatItHas) {
       {-7, "\"", hundred.c_str(), 1, R"({"file":")" + hundred + R"(","line":1,"component":"\""})"},
       {-7, "component-name", longName.c_str(), 0,
        R"({"file":")" + head + ".." + tail + R"(","line":1,"component":"component"})"},
-      {-7, "c", "f", 2, "{}", 8},
+      {-7, "c", "f", 0,
+       R"({"file":")" + std::string(101, 'f') + R"(","line":1,"component":"cccccccccc"})",
+       kFixedStatusSize, true},
+      {-7, "c", "f", 2, "{}", 8, true},
   };
-  for (const auto& [code, component, file, before, text, size] : cases) {
+  for (const auto& [code, component, file, before, text, size, isEndless] : cases) {
     tFixedStatus fixed;
     fixed.size = size;
     fixedStatusSet(fixed, code, component, file, 1);
     fixedStatusSet(fixed, code, "late", "late", 2);
     EXPECT_TRUE(size == kFixedStatusSize || *fixed.file == '\0');
+    if (isEndless) {
+      std::memset(fixed.file, 'f', sizeof fixed.file);
+      std::memset(fixed.component, 'c', sizeof fixed.component);
+    }
     tOwned owned(before, before == 0 ? nullptr : R"({"b":1})");
     EXPECT_TRUE(statusFromFixed(fixed, owned.record));
     EXPECT_EQ(owned.text(), text);
@@ -150,18 +159,8 @@ TEST(ThrowingStatus, throwsWhatItHolds) {
   EXPECT_EQ(thrownBy<std::int32_t>([](auto& status) { status = 5; }), "nothing");
 }
 
+// But a destructor that runs while another exception travels may itself call what throws.
 TEST(ThrowingStatus, yieldsToAFailureThatTravels) {
-  const auto work = [] {
-    tThrowingStatus<tStatusRecord> guard;
-    statusSetText(guard, R"({"lost":1})");
-    guard.get()->code = -3;
-    throw std::runtime_error("first");
-  };
-  EXPECT_THROW(work(), std::runtime_error);
-}
-
-// A destructor that runs while a host's own exception travels may still call the library.
-TEST(ThrowingStatus, throwsInsideAnUnwindingHost) {
   struct tHost {
     ~tHost() {
       thrown = thrownBy<std::int32_t>([](auto& status) { status = -5; });
@@ -169,11 +168,14 @@ TEST(ThrowingStatus, throwsInsideAnUnwindingHost) {
     std::string& thrown;
   };
   std::string thrown;
-  const auto unwind = [&] {
+  const auto work = [&] {
     const tHost host{thrown};
+    tThrowingStatus<tStatusRecord> guard;
+    statusSetText(guard, R"({"lost":1})");
+    guard.get()->code = -3;
     throw std::runtime_error("first");
   };
-  EXPECT_THROW(unwind(), std::runtime_error);
+  EXPECT_THROW(work(), std::runtime_error);
   EXPECT_EQ(thrown, "-5 ");
 }
 
@@ -199,20 +201,17 @@ TEST(Trace, cutsLongTexts) {
   EXPECT_TRUE(shown.empty() || shown == '3' + std::string(510, 'x')) << shown;
 }
 
-// The kinds of text that a refusal alone tells apart.
-void describeNames(tRefusal& refusal) {
-  refusal.text("literal", tLiteral("of the program")).name("name", tShortName("Chassis", 7U));
-}
-void describeNames(tFailureText& text) {
-  text.text("literal", "of the program");
-  text.text("name", "Chassis7");
-}
-
+// A refusal alone tells kinds of text apart.
 void describe(auto& detail, const std::string& value) {
   detail.open("first");
   detail.text("value", value.c_str());
   detail.i32("least", -2147483647 - 1);
-  describeNames(detail);
+  if constexpr (std::is_same_v<decltype(detail), tRefusal&>) {
+    detail.text("literal", tLiteral("of the program")).name("name", tShortName("Chassis", 7U));
+  } else {
+    detail.text("literal", "of the program");
+    detail.text("name", "Chassis7");
+  }
   detail.close();
   detail.u32("most", 4294967295U);
   detail.open("last");
@@ -221,6 +220,9 @@ void describe(auto& detail, const std::string& value) {
 // A refusal leaves every record as an exception with the same detail does, which writes its text
 // key by key and merges it, and a direct one as writing into the record does.
 TEST(Refusal, leavesRecordsAsExceptionsDo) {
+  constexpr std::uint32_t kStandard = ~0U;
+  const std::pair<std::int32_t, const char*> records[] = {
+      {0, nullptr}, {5, R"({"w":1})"}, {-5, R"({"e":1})"}};
   for (const std::string& value :
        {std::string(), std::string("plain"), std::string("quo\"te \\ \x01 \xC3\xA4"),
         std::string(280, 'x'), std::string(330, 'x'), std::string(200, '\n'),
@@ -229,37 +231,28 @@ TEST(Refusal, leavesRecordsAsExceptionsDo) {
     describe(refusal, value);
     tRefusal direct = refusal;
     direct.direct();
-    for (const auto reallocate : {otherReallocate, exactReallocate}) {
-      for (const char* const before : {static_cast<const char*>(nullptr), R"({"w":1})"}) {
-        for (const std::uint32_t bound : {0U, 4U, 60U, 200U, 1000000U}) {
-          largestBuffer = bound;
-          const auto stateAfter = [&](const auto& report) {
-            tOwned caller(before ? 5 : 0, before, reallocate);
-            report(caller.record);
-            return caller.state();
-          };
-          const auto writes = [&](tStatusRecord& record) {
-            tFailureText text(record, kCode, kPosition);
-            describe(text, value);
-          };
-          const auto throws = [&](tStatusRecord& record) {
-            tOwned own;
-            writes(own.record);
-            statusMerge(record, own.record);
-          };
-          EXPECT_EQ(stateAfter([&](auto& record) { refusal.reportTo(record); }),
-                    stateAfter(throws));
-          EXPECT_EQ(stateAfter([&](auto& record) { direct.reportTo(record); }), stateAfter(writes));
-        }
+    const auto writes = [&value](tStatusRecord& record) {
+      tFailureText text(record, kCode, kPosition);
+      describe(text, value);
+    };
+    const auto throws = [&writes](tStatusRecord& record) {
+      tOwned own;
+      writes(own.record);
+      statusMerge(record, own.record);
+    };
+    for (const std::uint32_t bound : {0U, 4U, 60U, 200U, 1000000U, kStandard}) {
+      largestBuffer = bound;
+      for (const auto& [code, text] : records) {
+        const auto stateAfter = [&, code = code, text = text](const auto& report) {
+          tOwned caller(code, text, bound == kStandard ? varmex_reallocateStatus : exactReallocate);
+          report(caller.record);
+          return caller.state();
+        };
+        EXPECT_EQ(stateAfter([&](auto& record) { refusal.reportTo(record); }), stateAfter(throws));
+        EXPECT_EQ(stateAfter([&](auto& record) { direct.reportTo(record); }), stateAfter(writes));
       }
     }
   }
-}
-
-TEST(Refusal, keepsAnErrorAndItsText) {
-  tOwned caller(-5, R"({"e":1})");
-  tRefusal(kCode, kPosition).reportTo(caller.record);
-  EXPECT_EQ(caller.state(), R"(-5 {"e":1} 512)");
 }
 
 TEST(ShortName, cutsOffWhatFindsNoRoom) {
