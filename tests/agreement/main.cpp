@@ -62,7 +62,7 @@ class tCase {
     for (const tool::tFinding& finding : findings) {
       checkPlace(finding);
       if (finding.severity != tool::tSeverity::wrong) continue;
-      words_.emplace(withoutLine(finding.refusal), placeOf(finding));
+      words_.emplace(withoutLine(finding.refusal), asText(finding));
       met.insert(finding.id);
     }
     checkSound(findings);
@@ -93,8 +93,7 @@ class tCase {
 
   void checkPlace(const tool::tFinding& finding) {
     const tool::tPosition& position = finding.position;
-    const std::string text = finding.id + " at " + position.file + ':' +
-                             std::to_string(position.line) + ": " + finding.answer;
+    const std::string text = asText(finding);
     if (finding.id == "unexplained-failure" || finding.id == "session-fails") {
       complain("no rule", text);
     }
@@ -116,20 +115,15 @@ class tCase {
       const std::string words = askAgain(finding.question);
       if (expected.empty() || words.empty()) {
         complain("not refused", finding.id + ": " + finding.answer);
-      } else if (words != expected && !isExplainedElsewhere(words, placeOf(finding))) {
+      } else if (words != expected && !isExplainedElsewhere(words, asText(finding))) {
         complain("refused otherwise", finding.question + ": " + expected + ", but " + words);
       }
     }
   }
 
-  static std::string placeOf(const tool::tFinding& finding) {
-    return finding.position.file + ':' + std::to_string(finding.position.line) + ' ' +
-           finding.position.item + " " + finding.message;
-  }
-
-  bool isExplainedElsewhere(const std::string& words, const std::string& place) const {
+  bool isExplainedElsewhere(const std::string& words, const std::string& finding) const {
     const auto [begin, end] = words_.equal_range(withoutLine(words));
-    return std::any_of(begin, end, [&](const auto& found) { return found.second != place; });
+    return std::any_of(begin, end, [&](const auto& found) { return found.second != finding; });
   }
 
   void checkComplete(const std::vector<tRefusal>& refusals) {
@@ -192,15 +186,15 @@ class tCase {
   }
 
   static std::string asText(const tool::tFinding& finding) {
-    return finding.position.file + ':' + std::to_string(finding.position.line) + ' ' + finding.id +
-           ' ' + finding.position.item + ": " + finding.answer;
+    return tool::textOf(finding.position) + ' ' + finding.id + ' ' + finding.position.item + ": " +
+           finding.answer;
   }
 
   test::tTestMachine& machine_;
   tRandom random_;
   tDescription description_;
   std::vector<std::string> changes_;
-  // In which findings say that the library refuses something, to the places of these.
+  // In which findings say that the library refuses something, to these.
   std::multimap<std::string, std::string> words_;
   bool isRight_ = true;
 };

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <span>
 
 #include "tests/support/texts.h"
 #include "tools/synthetic/installation.h"
@@ -37,26 +36,12 @@ std::string kindOf(std::string line) {
 
 // A line of a kind that is chosen first; the end of the file when there is none.
 template <class Accept>
-std::size_t chooseLine(const tLines& lines, tRandom& random, Accept accept) {
-  std::map<std::string, std::vector<std::size_t>> kinds;
-  for (std::size_t n = 0; n < lines.size(); ++n) {
-    if (accept(lines[n])) kinds[kindOf(lines[n])].push_back(n);
+tLines::iterator chooseLine(tLines& lines, tRandom& random, Accept accept) {
+  std::map<std::string, std::vector<tLines::iterator>> kinds;
+  for (auto line = lines.begin(); line != lines.end(); ++line) {
+    if (accept(*line)) kinds[kindOf(*line)].push_back(line);
   }
-  return kinds.empty() ? lines.size() : oneOf(oneOf(kinds, random).second, random);
-}
-
-std::size_t sectionEnd(const tLines& lines, std::size_t header) {
-  const auto begin = lines.begin() + static_cast<std::ptrdiff_t>(header) + 1;
-  return static_cast<std::size_t>(std::find_if(begin, lines.end(), isHeader) - lines.begin());
-}
-
-void erase(tLines& lines, std::size_t begin, std::size_t end) {
-  lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(begin),
-              lines.begin() + static_cast<std::ptrdiff_t>(end));
-}
-
-void insert(tLines& lines, std::size_t place, const tLines& more) {
-  lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(place), more.begin(), more.end());
+  return kinds.empty() ? lines.end() : oneOf(oneOf(kinds, random).second, random);
 }
 
 const tLines kValues = split(
@@ -67,13 +52,13 @@ const tLines kValues = split(
     "M\xFCller",
     "|");
 
-std::string changedValue(const tLines& lines, const std::string& line, tRandom& random) {
+std::string changedValue(tLines& lines, const std::string& line, tRandom& random) {
   switch (below(4, random)) {
     case 0: {  // that of another item of its kind
       const auto isAlike = [&](const std::string& other) {
         return isItem(other) && kindOf(other) == kindOf(line);
       };
-      return valueOf(lines[chooseLine(lines, random, isAlike)]);
+      return valueOf(*chooseLine(lines, random, isAlike));
     }
     case 1: {  // one byte less or other
       std::string value = valueOf(line);
@@ -142,58 +127,53 @@ const std::string kStrangeSections[] = {
     "[Chassis7StarSystemTimingSets1]|StarSystemTimingSet0 = 3|SystemTimingSlot = 2|"
     "[Chassis7StarSystemTimingSets2]|StarSystemTimingSet0 = x"};
 
-// What a mutation may take apart: a file, an item of it and the header of a section of it.
+// What a mutation may take apart: a file, an item of it and a section from its header on.
 struct tTarget {
   tDescription& description;
   int file;
-  std::size_t item;
-  std::size_t header;
+  tLines& lines;
+  tLines::iterator item;
+  tLines::iterator header;
   tRandom& random;
 
-  tLines& lines() const { return description.files[file]; }
-  tLines& otherLines() const { return description.files[1 - file]; }
-  std::string& itemLine() const { return lines()[item]; }
-  std::string& headerLine() const { return lines()[header]; }
-  std::size_t anywhere() const { return below(lines().size() + 1, random); }
+  tLines::iterator sectionEnd() const { return std::find_if(header + 1, lines.end(), isHeader); }
+  void addAnywhere(const std::string& line) const {
+    const std::size_t place = below(lines.size() + 1, random);
+    lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(place), line);
+  }
 };
 
-void dropItem(const tTarget& target) { erase(target.lines(), target.item, target.item + 1); }
+void dropItem(const tTarget& target) { target.lines.erase(target.item); }
 
-void repeatItem(const tTarget& target) {
-  insert(target.lines(), target.anywhere(), {target.itemLine()});
-}
+void repeatItem(const tTarget& target) { target.addAnywhere(*target.item); }
 
-void dropSection(const tTarget& target) {
-  erase(target.lines(), target.header, sectionEnd(target.lines(), target.header));
-}
+void dropSection(const tTarget& target) { target.lines.erase(target.header, target.sectionEnd()); }
 
 void copySection(const tTarget& target) {
-  const std::size_t end = sectionEnd(target.lines(), target.header);
-  const std::span section = std::span(target.lines()).subspan(target.header, end - target.header);
-  target.otherLines().insert(target.otherLines().end(), section.begin(), section.end());
+  tLines& other = target.description.files[1 - target.file];
+  other.insert(other.end(), target.header, target.sectionEnd());
 }
 
 void renameSection(const tTarget& target) {
-  std::string& line = target.headerLine();
+  std::string& line = *target.header;
   line = '[' + renamed(line.substr(1, line.size() - 2), target.random) + ']';
 }
 
 void renameItem(const tTarget& target) {
-  std::string& line = target.itemLine();
+  std::string& line = *target.item;
   line = renamed(nameOf(line), target.random) + " = " + valueOf(line);
 }
 
 void changeValue(const tTarget& target) {
-  std::string& line = target.itemLine();
-  line = nameOf(line) + " = " + changedValue(target.lines(), line, target.random);
+  std::string& line = *target.item;
+  line = nameOf(line) + " = " + changedValue(target.lines, line, target.random);
 }
 
-void addGarbage(const tTarget& target) {
-  insert(target.lines(), target.anywhere(), {oneOf(kGarbage, target.random)});
-}
+void addGarbage(const tTarget& target) { target.addAnywhere(oneOf(kGarbage, target.random)); }
 
 void addSection(const tTarget& target) {
-  insert(target.lines(), target.lines().size(), split(oneOf(kStrangeSections, target.random), "|"));
+  const tLines section = split(oneOf(kStrangeSections, target.random), "|");
+  target.lines.insert(target.lines.end(), section.begin(), section.end());
 }
 
 void changeEncoding(const tTarget& target) {
@@ -213,12 +193,12 @@ void addStrangeNumber(const tTarget& target) {
                      "|")},
       {"Star", split("PXI_STAR16|PXI_STAR17|SystemTimingSet16", "|")}};
   const auto& [kind, items] = oneOf(kItems, target.random);
-  const std::size_t header =
-      chooseLine(target.lines(), target.random, [kind = kind](const std::string& line) {
+  const auto header =
+      chooseLine(target.lines, target.random, [kind = kind](const std::string& line) {
         return isHeader(line) && line.find(kind) != std::string::npos;
       });
-  if (header == target.lines().size()) return;
-  insert(target.lines(), header + 1, {oneOf(items, target.random) + " = x"});
+  if (header == target.lines.end()) return;
+  target.lines.insert(header + 1, oneOf(items, target.random) + " = x");
 }
 
 // The device of one slot in another one as well, of either file.
@@ -227,13 +207,13 @@ void claimTwice(const tTarget& target) {
   const auto isNames = [](const std::string& line) { return line.starts_with("AddressInfo = "); };
   const auto isBus = [](const std::string& line) { return line.starts_with("PCIBusNumber = "); };
   auto& [classic, express] = target.description.files;
-  const std::size_t names = chooseLine(express, random, isNames);
-  const std::size_t bus = chooseLine(classic, random, isBus);
-  if (bus + 1 < classic.size() && below(2, random) != 0) {
-    classic[bus] = "PCIBusNumber = 4";
-    classic[bus + 1] = "PCIDeviceNumber = 0";
-  } else if (names != express.size()) {
-    express[names] = express[chooseLine(express, random, isNames)];
+  const auto names = chooseLine(express, random, isNames);
+  const auto bus = chooseLine(classic, random, isBus);
+  if (classic.end() - bus > 1 && below(2, random) != 0) {
+    bus[0] = "PCIBusNumber = 4";
+    bus[1] = "PCIDeviceNumber = 0";
+  } else if (names != express.end()) {
+    *names = *chooseLine(express, random, isNames);
   }
 }
 
@@ -267,17 +247,18 @@ tDescription makeRight(tRandom& random) {
 
 std::string mutate(tDescription& description, tRandom& random) {
   const tDescription before = description;
-  tTarget target{description, static_cast<int>(below(2, random)), 0, 0, random};
-  if (target.lines().empty()) target.file = 0;
-  target.item = chooseLine(target.lines(), random, isItem);
-  target.header = chooseLine(target.lines(), random, isHeader);
-  if (std::max(target.item, target.header) == target.lines().size()) return "nothing left";
-  oneOf(kMutations, random)(target);
-  for (const int file : {0, 1}) {
-    const tLines& lines = description.files[file];
-    const auto line = std::ranges::mismatch(before.files[file], lines).in2;
+  int file = static_cast<int>(below(2, random));
+  if (description.files[file].empty()) file = 0;
+  tLines& changed = description.files[file];
+  const auto item = chooseLine(changed, random, isItem);
+  const auto header = chooseLine(changed, random, isHeader);
+  if (item == changed.end() || header == changed.end()) return "nothing left";
+  oneOf(kMutations, random)({description, file, changed, item, header, random});
+  for (const int n : {0, 1}) {
+    const tLines& lines = description.files[n];
+    const auto line = std::ranges::mismatch(before.files[n], lines).in2;
     if (line == lines.end()) continue;
-    return (file == 0 ? "pxisys.ini:" : "pxiesys.ini:") + std::to_string(line - lines.begin() + 1) +
+    return (n == 0 ? "pxisys.ini:" : "pxiesys.ini:") + std::to_string(line - lines.begin() + 1) +
            ": " + *line;
   }
   return "an encoding, line ends or the end of a file";
