@@ -86,22 +86,29 @@ TEST_F(tRegistryFile, isReadOncePerContent) {
   EXPECT_EQ(number(), -1);
 }
 
-// Times of files go in steps: two contents may share one.
+// Times of files go in steps: two contents may share one. And the file may be another one, for a
+// moment, when it is read.
 TEST_F(tRegistryFile, isNeverOutOfDate) {
   for (std::uint32_t n = 0; n < 10; ++n) {
     write(n);
     EXPECT_EQ(number(), static_cast<int>(n));
   }
+  const auto link = [this](const char* name) {
+    std::filesystem::remove(file());
+    std::filesystem::create_symlink(machine_.folder() / name, file());
+  };
+  for (const std::uint32_t n : {7U, 8U})
+    machine_.write(machine_.folder() / std::to_string(n), textOf(n));
+  link("7");
   settle();
   tSystemCalls calls;
-  bool changed = false;
-  calls.before["read"] = [&](const char*) {
-    if (!std::exchange(changed, true)) write(8);
-  };
-  write(7);
-  settle();
-  number();
+  calls.before["open"] = [&](const char*) { link("8"); };
   EXPECT_EQ(number(), 8);
+  link("7");
+  EXPECT_EQ(number(), 8);
+  calls.before.clear();
+  link("7");
+  EXPECT_EQ(number(), 7);
 }
 
 TEST_F(tRegistryFile, thatCannotBeReadJustNowIsNotMissing) {
@@ -122,7 +129,7 @@ TEST_F(tRegistryFile, thatCannotBeReadJustNowIsNotMissing) {
       const auto answer = static_cast<std::uint32_t>(isMissing ? ENOENT : error);
       for (const char* subkey : {"X", ""}) {
         tSystemCalls calls;
-        calls.failures = {{call, error}};
+        calls.failures = {{call, error}, {"close", EINTR}};
         EXPECT_EQ(open(subkey), isMissing && !*subkey ? 0 : answer) << call << ' ' << error;
       }
       EXPECT_EQ(transientFailures - before, isMissing ? 0U : 2U) << call << ' ' << error;
@@ -137,24 +144,19 @@ TEST_F(tRegistryFile, thatCannotBeReadJustNowIsNotMissing) {
   }
 }
 
-TEST_F(tRegistryFile, endsAnEnumerationThatItFails) {
-  write(1);
-  ASSERT_EQ(open(""), 0U);
-  tSystemCalls calls;
-  calls.failures = {{"stat", EIO}};
-  EXPECT_EQ(subkey(0), std::strerror(EIO));
-  EXPECT_EQ(subkey(1), std::strerror(ENOENT));
-  EXPECT_EQ(subkey(0), "X");
-  std::filesystem::remove(file());
-  EXPECT_EQ(subkey(0), std::strerror(ENOENT));
-}
-
 TEST_F(tRegistryFile, isEnumeratedAsItWas) {
   machine_.write(file(), textOf(1) + "[HKEY_LOCAL_MACHINE\\Y]\n");
   ASSERT_EQ(open(""), 0U);
   EXPECT_EQ(subkey(0), "X");
   write(1);
   EXPECT_EQ(subkey(1), "Y");
+  tSystemCalls calls;
+  calls.failures = {{"stat", EIO}};
+  EXPECT_EQ(subkey(0), std::strerror(EIO));
+  EXPECT_EQ(subkey(1), std::strerror(ENOENT)) << "that ended the enumeration";
+  EXPECT_EQ(subkey(0), "X");
+  std::filesystem::remove(file());
+  EXPECT_EQ(subkey(0), std::strerror(ENOENT));
 }
 
 // The child is forked by a thread that reads the text, or has it at hand: to the child it is locked
@@ -178,6 +180,11 @@ TEST_F(tRegistryFile, isReadAgainByTheChildOfAThreadThatHasIt) {
     EXPECT_EQ(number(), 5);
     EXPECT_EQ(calls.counts["open"], isKept ? 0 : 1);
   }
+}
+
+TEST_F(tRegistryFile, hasViewsOfTheMachinesSoftwareAlone) {
+  machine_.write(file(), textOf(1) + "[HKEY_USERS\\SOFTWARE\\X]\n");
+  EXPECT_EQ(key_.open(tRegistryRoot::users, "SOFTWARE\\X", tRegistryView::bits32), 0U);
 }
 
 // Names up to the last that the buffers of the data tree hold.

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "corpxiTools/fileSystem/posix/registryNames.h"
 #include "corpxiTools/fileSystem/posix/registryText.h"
 #include "tests/support/texts.h"
@@ -23,37 +25,27 @@ std::string written(const std::string& text) {
   return all;
 }
 
-std::unique_ptr<const tRegistryText> parse(const std::string& text) {
+// What a text has of a key: its values, each as NAME(TYPE)DATA, and its subkeys in brackets; "no
+// key" without it.
+std::string keyOf(const std::string& text, const std::string& path = "HKEY_LOCAL_MACHINE\\A") {
   tFileBytes content{std::make_unique_for_overwrite<char[]>(text.size()), text.size()};
   text.copy(content.bytes.get(), text.size());
-  return std::make_unique<const tRegistryText>(std::move(content));
-}
-
-// The values of one key, each as NAME(TYPE)DATA; "no key" without it.
-std::string valuesOf(const std::string& text, const char* path = "HKEY_LOCAL_MACHINE\\A") {
-  const auto registry = parse(text);
-  const auto key = registry->findKey(path);
+  const tRegistryText registry(std::move(content));
+  const auto key = registry.findKey(path);
   if (!key) return "no key";
-  EXPECT_TRUE(sameRegistryName(registry->headerOf(path).substr(0, std::string(path).size()), path));
+  EXPECT_TRUE(sameRegistryName(registry.headerOf(path).substr(0, path.size()), path));
   std::string all;
   for (const tRegistryTextValue& value : key->values()) {
     EXPECT_EQ(key->find(value.name), &value) << value.name;
-    if (!all.empty()) all += ' ';
-    all += std::string(value.name) + '(' + std::to_string(value.type) + ')';
-    all += value.type == 1 ? value.data.substr(0, value.data.size() - 1) : value.data;
     EXPECT_TRUE(value.type != 1 || value.data.ends_with('\0'));
+    all += ' ' + std::string(value.name) + '(' + std::to_string(value.type) + ')';
+    all += value.data.substr(0, value.data.size() - (value.type == 1 ? 1 : 0));
   }
-  return all;
-}
-
-std::string subkeysOf(const std::string& text, const char* path = "HKEY_LOCAL_MACHINE\\A") {
-  std::string all;
-  const auto registry = parse(text);
-  for (const std::string_view name : registry->subkeys(path)) {
-    all += std::string(all.empty() ? "" : " ") += name;
-    EXPECT_TRUE(registry->findKey(std::string(path) + '\\' + std::string(name))) << name;
+  for (const std::string_view name : registry.subkeys(path)) {
+    EXPECT_TRUE(registry.findKey(path + '\\' + std::string(name))) << name;
+    all += " [" + std::string(name) + ']';
   }
-  return all;
+  return all.empty() ? all : all.substr(1);
 }
 
 TEST(RegistryText, readsEntries) {
@@ -75,8 +67,8 @@ TEST(RegistryText, readsEntries) {
       {"'n'=hex(7):61,00,00,00,3d,d8,00,de,00,00,00,00", "n(7)a\0\xF0\x9F\x98\x80\0\0"s},
       {"'n'=hex(1):AC,20,ac,20,0,0", "n(1)\xE2\x82\xAC\xE2\x82\xAC"},
       // The ends of the ranges of UTF-16, and halves without their other.
-      {"'n'=hex(2):7f,00,80,00,ff,07,00,08,00,e0",
-       "n(2)\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEE\x80\x80"},
+      {"'n'=hex(2):7f,00,80,00,ff,07,00,08,00,e0,ff,ff",
+       "n(2)\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEE\x80\x80\xEF\xBF\xBF"},
       {"'n'=hex(2):00,d8,00,dc,ff,db,ff,df", "n(2)\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
       {"'n'=hex(2):00,d8,ff,db,00", "n(2)\xEF\xBF\xBD\xEF\xBF\xBD"},
       {"'n'=hex(2):00,d8,41,00,00,dc,00,dc,00,d8",
@@ -102,8 +94,8 @@ TEST(RegistryText, readsEntries) {
       {"'n'=-x\n'b'='2'\n'a'='1'", "b(1)2 a(1)1"},
   };
   for (const auto& [lines, values] : cases) {
-    EXPECT_EQ(valuesOf(kHead + kHeader + written(lines)), values) << lines;
-    EXPECT_EQ(valuesOf(kHead + kHeader + written(lines) + "\r\n"), values) << lines;
+    EXPECT_EQ(keyOf(kHead + kHeader + written(lines)), values) << lines;
+    EXPECT_EQ(keyOf(kHead + kHeader + written(lines) + "\r\n"), values) << lines;
   }
 }
 
@@ -115,66 +107,60 @@ TEST(RegistryText, passesOverWhatItCannotRead) {
       "'n'=hex:01,\\\n;02|'n'=hex:01,\\\n  zz,";
   for (const std::string& line : test::split(lines, "|")) {
     const std::string text = written(line);
-    EXPECT_EQ(valuesOf(kHead + kHeader + text), "") << line;
-    EXPECT_EQ(valuesOf(kHead + kHeader + text + "\r\n\"z\"=\"1\""), "z(1)1") << line;
-    EXPECT_EQ(valuesOf(kHead + written("[~\\B]\n") + text + "\r\n" + kHeader), "") << line;
+    EXPECT_EQ(keyOf(kHead + kHeader + text), "") << line;
+    EXPECT_EQ(keyOf(kHead + kHeader + text + "\r\n\"z\"=\"1\""), "z(1)1") << line;
+    EXPECT_EQ(keyOf(kHead + written("[~\\B]\n") + text + "\r\n" + kHeader), "") << line;
   }
   // What stands in a text is no line.
-  EXPECT_EQ(valuesOf(kHead + written("[~\\B]\n\"t\"=\"\n[~\\A]\n@=dword:5\n\"\n[~\\A]\n")), "");
+  EXPECT_EQ(keyOf(kHead + written("[~\\B]\n\"t\"=\"\n[~\\A]\n@=dword:5\n\"\n[~\\A]\n")), "");
 }
 
 TEST(RegistryText, readsHeaders) {
-  const struct {
-    const char* lines;
-    const char* values;  // of A
-    const char* subkeys;
-  } cases[] = {
-      {"[hkey_local_machine\\a]\n@='1'", "(1)1", ""},
-      {" [~\\A] \n@='1'", "(1)1", ""},
-      {"[~\\A] ; [x]\n@='1'", "(1)1", ""},
-      {"[~\\A\\b]c];\n", "", "b]c"},
-      {"[~\\A\\]\n@='1'", "(1)1", ""},
-      {"[~\\A\\\\\\B\\\\]\n@='1'", "", "B"},
-      {"[~\\\\A]\n@='1'", "no key", ""},
-      {"[~\\A\n@='1'", "no key", ""},
-      {"[\\A]\n[]\n[-]\n[-~]\n@='1'", "no key", ""},
+  const std::pair<const char*, const char*> cases[] = {
+      {"[hkey_local_machine\\a]\n@='1'", "(1)1"},
+      {" [~\\A] \n@='1'", "(1)1"},
+      {"[~\\A] ; [x]\n@='1'", "(1)1"},
+      {"[~\\A\\b]c];\n", "[b]c]"},
+      {"[~\\A\\]\n@='1'", "(1)1"},
+      {"[~\\A\\\\\\B\\\\]\n@='1'", "[B]"},
+      {"[~\\\\A]\n@='1'", "no key"},
+      {"[~\\A\n@='1'", "no key"},
+      {"[\\A]\n[]\n[-]\n[-~]\n@='1'", "no key"},
       // One key begins as the other does.
-      {"[~\\AB]\n@='1'\n[~\\A0\\C]", "no key", ""},
-      {"[~\\AB]\n[~\\A\\C]\n[~\\A B]", "", "C"},
+      {"[~\\AB]\n@='1'\n[~\\A0\\C]", "no key"},
+      {"[~\\AB]\n[~\\A\\C]\n[~\\A B]", "[C]"},
       // Repeated keys, and those below in the order of the text.
-      {"[~\\A]\n@='1'\n[~\\a\\D\\x]\n[~\\A\\c]\n[~\\A]\n'x'='2'\n@='3'\n[~\\A\\d]", "(1)3 x(1)2",
-       "D c"},
+      {"[~\\A]\n@='1'\n[~\\a\\D\\x]\n[~\\A\\c]\n[~\\A]\n'x'='2'\n@='3'\n[~\\A\\d]",
+       "(1)3 x(1)2 [D] [c]"},
       // Deletions.
-      {"[~\\A]\n@='1'\n[-~\\a] ; gone\n'x'='1'", "no key", ""},
-      {"[~\\A]\n@='1'\n[-~\\A]\n[~\\A]\n'x'='2'", "x(1)2", ""},
-      {"[~\\A]\n[-~\\A]\n[~\\A]\n'x'='2'\n[-~\\A]", "no key", ""},
-      {"[~\\A\\b]\n[~\\A\\c]\n[~\\A\\B]", "", "b c"},
-      {"[~\\A\\B]\n[~\\A\\B\\C]\n[~\\A\\BC]\n[-~\\A\\B\\]\n", "", "BC"},
-      {"[~\\A\\B\\C]\n'x'='1'\n[-~\\A\\B]\n[~\\A\\D]\n[-~\\A\\D\\E]", "", "D"},
-      {"[~\\A\\B\\C]\n[-~\\A\\B\\C]\n[-~\\A]\n", "no key", ""},
-      {"[~\\A]\n@='1'\n[-~]\n", "(1)1", ""},
-      {"[-~\\A]\n[~\\A\\B\\C]\n[-~\\A\\B\\C]", "", "B"},
+      {"[~\\A]\n@='1'\n[-~\\a] ; gone\n'x'='1'", "no key"},
+      {"[~\\A]\n@='1'\n[-~\\A]\n[~\\A]\n'x'='2'", "x(1)2"},
+      {"[~\\A]\n[-~\\A]\n[~\\A]\n'x'='2'\n[-~\\A]", "no key"},
+      {"[~\\A\\b]\n[~\\A\\c]\n[~\\A\\B]", "[b] [c]"},
+      {"[~\\A\\B]\n[~\\A\\B\\C]\n[~\\A\\BC]\n[-~\\A\\B\\]\n", "[BC]"},
+      {"[~\\A\\B\\C]\n'x'='1'\n[-~\\A\\B]\n[~\\A\\D]\n[-~\\A\\D\\E]", "[D]"},
+      {"[~\\A\\B\\C]\n[-~\\A\\B\\C]\n[-~\\A]\n", "no key"},
+      {"[~\\A\\B]\n[-~\\A\\B]\n[~\\A\\B\\C]\n[-~\\A]", "no key"},
+      {"[~\\A]\n@='1'\n[-~]\n", "(1)1"},
+      {"[-~\\A]\n[~\\A\\B\\C]\n[-~\\A\\B\\C]", "[B]"},
   };
-  for (const auto& [lines, values, subkeys] : cases) {
-    EXPECT_EQ(valuesOf(kHead + written(lines)), values) << lines;
-    EXPECT_EQ(subkeysOf(kHead + written(lines)), subkeys) << lines;
-  }
+  for (const auto& [lines, key] : cases) EXPECT_EQ(keyOf(kHead + written(lines)), key) << lines;
 }
 
 TEST(RegistryText, isAnExportOfVersion5) {
   const std::string text = kHead + kHeader + "\"\xC3\xA4\"=\"\xE2\x82\xAC\"\r\n";
   const std::string values = "\xC3\xA4(1)\xE2\x82\xAC";
-  EXPECT_EQ(valuesOf(text), values);
-  EXPECT_EQ(valuesOf("\xEF\xBB\xBF" + text), values);
+  EXPECT_EQ(keyOf(text), values);
+  EXPECT_EQ(keyOf("\xEF\xBB\xBF" + text), values);
   std::string wide = "\xFF\xFE";
   for (const char16_t unit :
        u"Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\A]\r\n"
        u"\"\u00E4\"=\"\u20AC\"\r\n") {
     if (unit) wide += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
   }
-  EXPECT_EQ(valuesOf(wide), values);
-  EXPECT_EQ(valuesOf(""), "no key");
-  EXPECT_EQ(valuesOf("REGEDIT4\r\n" + kHeader), "no key");
+  EXPECT_EQ(keyOf(wide), values);
+  EXPECT_EQ(keyOf(""), "no key");
+  EXPECT_EQ(keyOf("REGEDIT4\r\n" + kHeader), "no key");
 }
 
 // Whoever writes a text does not choose how long it takes to read.
@@ -183,15 +169,15 @@ TEST(RegistryText, takesAnyTextInItsStride) {
   std::string path = "HKEY_LOCAL_MACHINE";
   for (int depth = 0; depth < 2000; ++depth)
     nested += "[" + (path += "\\a") + "]\n[-" + path + "]\n";
-  EXPECT_EQ(subkeysOf(nested, "HKEY_LOCAL_MACHINE"), "a");
+  EXPECT_EQ(keyOf(nested, "HKEY_LOCAL_MACHINE"), "[a]");
   std::string names = kHead + kHeader;
   std::string deletions = kHead;
   for (int n = 0; n < 200'000; ++n) {
     names += '"' + std::to_string(n) + "\"=\"\"\n";
     deletions += "[HKEY_USERS\\" + std::to_string(n) + "]\n[-HKEY_USERS\\A]\n";
   }
-  EXPECT_EQ(parse(names)->findKey("HKEY_LOCAL_MACHINE\\A")->values().size(), 200'000U);
-  EXPECT_EQ(parse(deletions)->subkeys("HKEY_USERS").size(), 200'000U);
+  EXPECT_EQ(std::ranges::count(keyOf(names), '('), 200'000);
+  EXPECT_EQ(std::ranges::count(keyOf(deletions, "HKEY_USERS"), '['), 200'000);
 }
 
 }  // namespace
