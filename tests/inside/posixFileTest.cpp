@@ -1,18 +1,15 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
-
-#include <cstring>
-#include <fstream>
 
 #include "corpxiTools/fileSystem/fileBytes.h"
 #include "corpxiTools/fileSystem/registryKey.h"
 #include "corpxiTools/fileSystem/utils.h"
 #include "corpxiTools/iniFile.h"
+#include "halden/tools/FileModificationTime.h"
 #include "tests/support/posix/systemCalls.h"
+#include "tests/support/status.h"
 #include "tests/support/testMachine.h"
 
 namespace varmex {
@@ -22,21 +19,11 @@ namespace {
 using test::tSystemCalls;
 using test::tTestMachine;
 
-void makeSocket(const char* path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  ASSERT_LT(std::strlen(path), sizeof address.sun_path);
-  std::strcpy(address.sun_path, path);
-  const int socketOfTest = socket(AF_UNIX, SOCK_STREAM, 0);
-  ASSERT_EQ(bind(socketOfTest, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-  close(socketOfTest);
-}
-
 constexpr std::pair<const char*, void (*)(const char* path)> kSpecialFiles[] = {
     {"pipe", [](const char* path) { ASSERT_EQ(mkfifo(path, 0600), 0); }},
     {"folder", [](const char* path) { ASSERT_EQ(mkdir(path, 0700), 0); }},
     {"device", [](const char* path) { ASSERT_EQ(symlink("/dev/zero", path), 0); }},
-    {"socket", makeSocket},
+    {"socket", [](const char* path) { ASSERT_EQ(mknod(path, S_IFSOCK | 0600, 0), 0); }},
 };
 
 // Neither is a special file opened, nor what takes the place of a regular one behind the look.
@@ -87,49 +74,52 @@ std::string contentOf(const std::filesystem::path& path) {
   return {content.bytes.get(), content.size};
 }
 
-TEST(FileExists, answersByTheSystemsError) {
+TEST(FileStatus, answersByTheSystemsError) {
+  constexpr int kNobodys = 9999;
   tTestMachine machine;
   machine.writePxiSys("x");
   const std::string file = machine.pxiSys().string();
   const struct {
     std::string path;
     int injected;
-    std::int32_t expected;
-  } cases[] = {
-      {file + "x", 0, 0},    {file + "/x", 0, -50202}, {file + std::string(256, 'x'), 0, -50202},
-      {file, ENOENT, 0},     {file, EACCES, -50207},   {file, EINVAL, -52005},
-      {file, EPERM, -50202}, {file, ELOOP, -50202},    {file, EIO, -50202},
-  };
-  for (const auto& [path, injected, expected] : cases) {
+    std::int32_t existence, time;
+  } cases[] = {{file + "x", 0, 0, 0},
+               {file + "/x", 0, -50202, -52008},
+               {file + std::string(256, 'x'), 0, -50202, -52008},
+               {file, ENOENT, 0, 0},
+               {file, EACCES, -50207, -52026},
+               {file, EINVAL, -52005, -52008},
+               {file, EPERM, -50202, -52008},
+               {file, ELOOP, -50202, -52008},
+               {file, kNobodys, -50202, -52008}};
+  for (const auto& [path, injected, existence, time] : cases) {
     tSystemCalls calls;
-    if (injected != 0) calls.failures = {{"stat", injected}};
-    std::int32_t status = 0;
-    EXPECT_FALSE(fileExists(path, status)) << path;
-    EXPECT_EQ(status, expected) << path << ' ' << injected;
+    calls.failures = {{"stat", injected}};
+    std::int32_t code = 0;
+    EXPECT_FALSE(fileExists(path, code)) << path;
+    EXPECT_EQ(code, existence) << path << ' ' << injected;
+    calls.failures = {{"stat", injected}};
+    test::tStatus status;
+    std::uint64_t written = 0;
+    EXPECT_FALSE(halden::readLastWriteTime(path, written, *status)) << path;
+    EXPECT_EQ(status.code(), time) << path << ' ' << injected;
+    const bool isExplained = status.text().find("\"string\":\"") != std::string::npos;
+    EXPECT_EQ(isExplained, time != 0 && injected != kNobodys) << status.text();
   }
 }
 
 TEST(FileBytes, followAFileThatChangesMeanwhile) {
   const tTestMachine machine;
-  const std::filesystem::path path = machine.pxiSys();
   for (const std::size_t size : {0U, 1U, 4095U, 4096U, 4097U, 100'000U}) {
     const std::string text(size, 'x');
-    machine.write(path, text);
-    EXPECT_EQ(contentOf(path), text);
-    for (const std::size_t more : {1U, 5000U, 300'000U}) {
-      machine.write(path, text);
-      const std::string added(more, 'y');
+    for (const std::string& changed :
+         {text, text.substr(0, size / 2), text + 'y', text + std::string(5000, 'y'),
+          text + std::string(300'000, 'y')}) {
+      machine.write(machine.pxiSys(), text);
       tSystemCalls calls;
-      bool grown = false;
-      calls.before["read"] = [&](const char*) {
-        if (!std::exchange(grown, true)) std::ofstream(path, std::ios::app) << added;
-      };
-      EXPECT_EQ(contentOf(path), text + added) << size << '+' << more;
+      calls.before["read"] = [&](const char*) { machine.write(machine.pxiSys(), changed); };
+      EXPECT_EQ(contentOf(machine.pxiSys()), changed);
     }
-    tSystemCalls calls;
-    calls.before["read"] = [&](const char*) { std::filesystem::resize_file(path, size / 2); };
-    machine.write(path, text);
-    EXPECT_EQ(contentOf(path), text.substr(0, size / 2));
   }
 }
 
