@@ -23,15 +23,16 @@ class tDataTree : public testing::Test {
     EXPECT_EQ(test::takeFailure(status_),
               test::failure(code, constant, R"({"sevrin_debug":)" + debug + "}"));
   }
-  // An attribute of the test's key as its type, its text and its number.
-  std::string read(const std::string& name) {
-    const tDataTreeAttribute attribute = open(kUri)->getAttribute(name, *status_);
+  // A value of the test's key as the type of the attribute, its text and its number.
+  std::string readValue(std::uint32_t type, const std::string& bytes) {
+    machine_.setRegistryValue(kKey, "v", type, bytes);
+    const tDataTreeAttribute attribute = open(kUri)->getAttribute("v", *status_);
     return std::to_string(attribute.valueType) + '|' + attribute.text + '|' +
            std::to_string(attribute.number);
   }
-  std::string readValue(std::uint32_t type, const std::string& bytes) {
-    machine_.setRegistryValue(kKey, "v", type, bytes);
-    return read("v");
+  // The text "v" of the node below one that such a way leads to.
+  std::string textBelow(const tDataTreeManagerPtr& node, const std::string& name) {
+    return node->getChild(name, *status_)->getAttribute("v", *status_).text;
   }
 
   test::tTestMachine machine_;
@@ -124,17 +125,16 @@ TEST_F(tDataTree, goesDown) {
   machine_.setRegistryText(kKey + "\\One\\Two"s, "v", "2nd");
   const auto root = open(kUri);
   const auto one = root->getChild("One", *status_);
-  EXPECT_EQ(one->getAttribute("v", *status_).text, "1st");
-  EXPECT_EQ(one->getChild("two", *status_)->getAttribute("v", *status_).text, "2nd");
-  EXPECT_EQ(root->getChild("One\\Two", *status_)->getAttribute("v", *status_).text, "2nd");
-  EXPECT_EQ(root->getChild("One\\\\Two\\", *status_)->getAttribute("v", *status_).text, "2nd");
+  EXPECT_EQ(textBelow(root, "One"), "1st");
+  EXPECT_EQ(textBelow(one, "two"), "2nd");
+  EXPECT_EQ(textBelow(root, "One\\Two"), "2nd");
+  EXPECT_EQ(textBelow(root, "One\\\\Two\\"), "2nd");
   EXPECT_EQ(root->getChildNames(*status_), tNames{"One"});
+  EXPECT_TRUE(root->getAttributeNames(*status_).empty());
+  EXPECT_EQ(status_.code(), 0);
   status_.record().code = 5;
   EXPECT_TRUE(root->getChild("One", *status_)) << "a warning stops nothing";
   EXPECT_EQ(status_.code(), 5);
-  varmex_releaseStatus(status_);
-  EXPECT_TRUE(root->getAttributeNames(*status_).empty());
-  EXPECT_EQ(status_.code(), 0);
   EXPECT_FALSE(one->getChild("Three", *status_));
   EXPECT_FALSE(root->getChild("One", *status_));
   EXPECT_TRUE(root->getChildNames(*status_).empty());
@@ -142,27 +142,23 @@ TEST_F(tDataTree, goesDown) {
                 R"({"childKey":"HKEY_LOCAL_MACHINE\\SOFTWARE\\VarmexTest\\One\\Three"})");
 }
 
+// The machine's software has another view for programs of 32 bits, other keys have not.
 TEST_F(tDataTree, hasTwoViews) {
+  const std::string software = "HKEY_LOCAL_MACHINE\\SOFTWARE";
   machine_.setRegistryText(kKey, "v", "64");
   machine_.setRegistryText("SOFTWARE\\WOW6432Node\\VarmexTest", "v", "32");
-  const std::string software = "HKEY_LOCAL_MACHINE\\SOFTWARE";
+  machine_.setRegistryText("SYSTEM\\VarmexTest", "v", "one");
+  machine_.setRegistryText("SOFTWARE\\OneView", "v", "64");
   const std::pair<const char*, std::string> cases[] = {
       {"64", "reg://" + software},
       {"64", "reg64://" + software},
       {"32", "reg32://" + software},
-      {"32", "reg32://HKEY_LOCAL_MACHINE\\Software\\Wow6432Node"}};
-  for (const auto& [expected, uri] : cases) {
-    EXPECT_EQ(open(uri)->getChild("VarmexTest", *status_)->getAttribute("v", *status_).text,
-              expected);
-  }
-  // Other keys have one view.
-  machine_.setRegistryText("SYSTEM\\VarmexTest", "v", "one");
-  const auto other = open("reg32://HKEY_LOCAL_MACHINE\\SYSTEM\\VarmexTest");
-  EXPECT_EQ(other->getAttribute("v", *status_).text, "one");
-  EXPECT_FALSE(open("reg32://HKEY_USERS\\VarmexTest"));
-  varmex_releaseStatus(status_);
-  machine_.setRegistryText("SOFTWARE\\OneView", "v", "64");
+      {"32", "reg32://HKEY_LOCAL_MACHINE\\Software\\Wow6432Node"},
+      {"one", "reg32://HKEY_LOCAL_MACHINE\\SYSTEM"}};
+  for (const auto& [expected, uri] : cases) EXPECT_EQ(textBelow(open(uri), "VarmexTest"), expected);
   EXPECT_FALSE(open("reg32://" + software)->getChild("OneView", *status_));
+  varmex_releaseStatus(status_);
+  EXPECT_FALSE(open("reg32://HKEY_USERS\\VarmexTest"));
 }
 
 }  // namespace
