@@ -23,6 +23,7 @@ namespace agreement {
 
 namespace {
 
+using namespace std::string_literals;
 using tFindings = std::vector<tool::tFinding>;
 
 const char* const kFileNames[] = {"pxisys.ini", "pxiesys.ini"};
@@ -30,13 +31,12 @@ const char* const kFileNames[] = {"pxisys.ini", "pxiesys.ini"};
 constexpr const char* kRefusal = "a refusal of the library";
 
 // Each finding that can be wrong; a long run must have met them all, and refusals.
-const std::vector<std::string> kWrong =
-    test::split(std::string(kRefusal) +
-                    "|bad-list|bad-number|bad-slot-path|bridge-not-in-pxisys|duplicate-address|"
-                    "empty-trigger-manager|"
-                    "files-disagree|line-map-out-of-range|missing-item|missing-section|unknown-"
-                    "slot-type|wrong-encoding",
-                "|");
+const std::vector<std::string> kWrong = test::split(
+    kRefusal +
+        "|bad-list|bad-number|bad-slot-path|bridge-not-in-pxisys|duplicate-address|"s
+        "empty-trigger-manager|files-disagree|line-map-out-of-range|missing-item|missing-section|"
+        "unknown-slot-type|wrong-encoding",
+    "|");
 
 // All eight lines of a map that isn't there are one finding.
 std::string withoutLine(std::string words) {
@@ -127,23 +127,21 @@ class tCase {
   }
 
   void checkComplete(const std::vector<tRefusal>& refusals) {
-    varmex::tIniFile files[2];
-    for (const int file : {0, 1}) {
-      try {
-        files[file].read((file == 0 ? machine_.pxiSys() : machine_.pxieSys()).string());
-      } catch (const varmex::tIniException&) {
-        // and then the session does not open
-      }
+    varmex::tIniFile express;
+    try {
+      express.read(machine_.pxieSys().string());
+    } catch (const varmex::tIniException&) {
+      // and then the session does not open
     }
     for (const tRefusal& refusal : refusals) {
-      if (isAbsence(refusal.words, files)) continue;
+      if (isAbsence(refusal.words, express)) continue;
       if (words_.contains(withoutLine(refusal.words))) continue;
       complain("no finding", refusal.question + " fails with " + refusal.words);
     }
   }
 
   // Nothing in the files is at fault. Link numbers count as absent where they are blank, too.
-  static bool isAbsence(const std::string& words, const varmex::tIniFile (&files)[2]) {
+  static bool isAbsence(const std::string& words, const varmex::tIniFile& express) {
     const auto holds = [&words](const std::string& text) {
       return words.find(text) != std::string::npos;
     };
@@ -162,7 +160,7 @@ class tCase {
     for (const std::string item : tool::kOptionalItems) {
       if (!words.ends_with(" item: " + item + " not found")) continue;
       return item.find("Link") == std::string::npos ||
-             !files[1].hasItem(files[1].findSection(section), item);
+             !express.hasItem(express.findSection(section), item);
     }
     return false;
   }
