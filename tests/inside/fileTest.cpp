@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 #include "corpxiTools/fileSystem/utils.h"
 #include "halden/internal/FileLockImpl.h"
@@ -53,10 +52,7 @@ TEST(ModificationTime, tellsMissingFromUnreachable) {
   const auto missing = machine.folder() / "no such folder" / "file";
   EXPECT_FALSE(halden::readLastWriteTime(missing.string(), time, *status));
   EXPECT_EQ(status.code(), -52008);
-  const auto json = nlohmann::ordered_json::parse(status.text());
-  EXPECT_EQ(json["error_constant"], "ostrelerr_osFault");
-  EXPECT_TRUE(json["internal_error"]["code"].is_number_unsigned());
-  EXPECT_FALSE(json["internal_error"]["string"].get<std::string>().empty());
+  EXPECT_NE(status.text().find("\"ostrelerr_osFault\""), std::string::npos) << status.text();
   machine.writePxieSys("x");
   EXPECT_FALSE(halden::readLastWriteTime(machine.pxieSys().string(), time, *status))
       << "the status holds an error";

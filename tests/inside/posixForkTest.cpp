@@ -74,9 +74,16 @@ TEST(RoutingDevice, hasThreeGroupsOfLines) {
   EXPECT_STREQ(device.terminals().front().busName.c_str(), "bus") << "of other terminals";
 }
 
-TEST(RoutingDevice, isTheChilds) {
+TEST(RoutingDevice, isWholeInTheChild) {
   tDevice device;
   device.loadTerminals("");
+  const auto expectWhole = [&device] {
+    device.give(1);
+    ASSERT_TRUE(device.take(2, "b"));
+    EXPECT_FALSE(device.isAvailable(0, "c") || device.take(3, "c"));
+    device.give(2);
+    EXPECT_TRUE(device.take(3, "c"));
+  };
   ASSERT_TRUE(device.take(1, "a"));
   inChildAmid(
       [&](auto within) {
@@ -85,32 +92,17 @@ TEST(RoutingDevice, isTheChilds) {
       },
       [&] {
         EXPECT_FALSE(device.take(2, "b")) << "what nobody was changing is as it was";
-        device.give(1);
-        EXPECT_TRUE(device.take(2, "b"));
+        expectWhole();
       });
-  device.give(1);
-}
-
-// The thread is lost in the middle of a change, sooner or later.
-TEST(RoutingDevice, isWholeInTheChild) {
-  tDevice device;
-  device.loadTerminals("");
+  // The thread is lost in the middle of a change, sooner or later.
   const std::jthread busy([&](const std::stop_token& over) {
     const std::string token(100, 't');
     while (!over.stop_requested()) {
-      device.take(1, token.c_str());
       device.give(1);
+      device.take(1, token.c_str());
     }
   });
-  for (int n = 0; n < 50; ++n) {
-    inChild([&] {
-      device.give(1);
-      ASSERT_TRUE(device.take(2, "b"));
-      EXPECT_FALSE(device.isAvailable(0, "c") || device.take(3, "c"));
-      device.give(2);
-      EXPECT_TRUE(device.take(3, "c"));
-    });
-  }
+  for (int n = 0; n < 50; ++n) inChild(expectWhole);
 }
 
 }  // namespace
