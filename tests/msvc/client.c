@@ -9,23 +9,13 @@ int __cdecl printf(const char* format, ...);
 __declspec(noreturn) void __cdecl exit(int code);
 unsigned long __cdecl _exception_code(void);
 
-_Static_assert(sizeof(tStatusRecord) == 24, "record");
-_Static_assert(offsetof(tStatusRecord, code) == 0, "code");
 _Static_assert(offsetof(tStatusRecord, capacity) == 4, "capacity");
-_Static_assert(offsetof(tStatusRecord, reallocate) == 8, "reallocate");
 _Static_assert(offsetof(tStatusRecord, text) == 16, "text");
-_Static_assert(sizeof(tDeviceAddress) == 16, "address");
 _Static_assert(offsetof(tDeviceAddress, function) == 12, "function");
 _Static_assert(sizeof(varmex_ItemIterator) == 8, "iterator");
 _Static_assert(sizeof(varmex_WaitResult) == 4, "wait result");
 _Static_assert(sizeof(enum {varmex_test = varmex_errorMemoryFull}) == 4, "enums");
 _Static_assert(sizeof(bool) == 1, "bool");
-
-/* Whatever the default here is, the library's convention is that of the headers. */
-typedef void(__cdecl* tClose)(varmex_Item*);
-typedef bool(__cdecl* tReallocate)(tStatusRecord*, uint32_t);
-static const tClose close = varmex_close;
-static const tReallocate reallocate = varmex_reallocateStatus;
 
 /* The lines of the bridge, or -1 for the exception of the library's own compiler. */
 static long lineMapping(varmex_Item* bridge, tStatusRecord* status) {
@@ -43,7 +33,7 @@ static void list(varmex_Item* session, uint32_t what, tStatusRecord* status,
   while (status->code >= 0 && at != varmex_ItemIterator_end(items, status)) {
     varmex_Item* item = varmex_ItemIterator_nextItem(items, &at, status);
     show(item, status);
-    close(item);
+    varmex_close(item);
   }
   varmex_destroyItemContainer(items);
 }
@@ -64,11 +54,11 @@ static void showBridge(varmex_Item* bridge, tStatusRecord* status) {
 int __cdecl mainCRTStartup(void) {
   tStatusRecord status = varmex_makeStatus();
   varmex_Item* session;
-  if (status.reallocate != reallocate) exit(3);
+  if (status.reallocate != varmex_reallocateStatus) exit(3);
   session = varmex_openPXISession(0, &status);
   list(session, varmex_container_Chassis, &status, showChassis);
   list(session, varmex_container_TriggerBridges, &status, showBridge);
-  close(session);
+  varmex_close(session);
   printf("code %d\n", status.code);
   exit(status.code < 0);
 }

@@ -1,16 +1,6 @@
 // The C++ header as the other compiler family sees it. The standard library is GCC's here, so that
 // compiler's macro comes behind it.
-#include <chrono>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <iterator>
-#include <memory>
-#include <optional>
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
+#include <bits/stdc++.h>
 
 #define _MSC_VER 1929
 #include <varmex/triggers.hpp>
