@@ -10,12 +10,8 @@ drawn() { ends "$1" "$2" "${varmex[@]}" draw "${@:3}"; }
 
 # draws STATUS ARGUMENT... : leaves the picture without its namespace, for short paths.
 draws() {
-  local status=$1
-  shift
-  "${varmex[@]}" draw "$@" -o "$work/picture.svg" 2>"$work/faults"
-  is "$status" $? "exit status of draw $*"
-  xmllint --noout "$work/picture.svg"
-  is 0 $? "well-formedness of draw $*"
+  ends "$1" '' "${varmex[@]}" draw "${@:2}" -o "$work/picture.svg"
+  try "well-formedness of draw ${*:2}" xmllint --noout "$work/picture.svg"
   sed 's/ xmlns="[^"]*"//' "$work/picture.svg" >"$picture"
 }
 
@@ -50,8 +46,6 @@ holds true "$star/g/rect[@class='controller']/@x > $(slot 10) and $star/g/rect[@
 is "$(cat "$work/picture.svg")" "$("${varmex[@]}" draw 1 -o -)" 'draw to the standard output'
 
 drawn 2 '--output' 1
-drawn 2 'chassis' x -o -
-drawn 1 'There is no chassis 9:' 9 -o -
 drawn 1 "can't write $work/none/x.svg" -o "$work/none/x.svg"
 ln -s /dev/full "$work/full.svg"
 drawn 1 "can't write $work/full.svg" -o "$work/full.svg"
@@ -65,13 +59,12 @@ if [ $# -gt 1 ]; then
 else
   holds true "starts-with(//g[@class='foot']/text, '$(uname -n)')"
   # By rsvg-convert: a picture, a page for each chassis, and what to do without it.
-  "$1" draw -o "$work/all.png" && "$1" draw -o "$work/all.pdf"
-  is 0 $? 'PNG and PDF'
+  for file in all.png all.pdf; do drawn 0 '' -o "$work/$file"; done
   is 89504e470d0a1a0a "$(head -c 8 "$work/all.png" | od -An -tx1 | tr -d ' \n')" 'a PNG'
   for page in 1 2 3; do
     is "Chassis $page:" "$(pdftotext -f $page -l $page "$work/all.pdf" - | grep -o '^Chassis [0-9]:')" "page $page"
   done
-  is 1 "$(PATH=$work "$1" draw -o "$work/none.png" 2>&1 | grep -c librsvg2-bin)" 'what to install'
+  ends 1 librsvg2-bin env "PATH=$work" "$1" draw -o "$work/none.png"
   drawn 1 "can't write $work/none/x.pdf" -o "$work/none/x.pdf"
   printf '#!/bin/sh\nfor word; do case $word in --output=*) echo half >"${word#*=}" ;; esac; done; exit 1\n' \
     >"$work/rsvg-convert"
@@ -81,32 +74,26 @@ else
 fi
 
 newRoot
-drawn 1 'There is no description, neither' -o -
 long=$(printf '%5000s' | tr ' ' W)
 gone=$(printf '<script>"&\x27]]>\xff\xc0\xaf\xed\xa0\x80\xef\xbf\xbf\x1b\xc2\x85')
 many=$(seq -s , 1000 1099)
 {
   printf '[System]\nChassisList = 1,2,3\n'
-  printf '[Chassis1]\nVendor = %s\nModel = M\nSerialNumber = %s\n' "$gone" "$long"
+  printf '[Chassis%s]\nVendor = %s\nModel = M\nSerialNumber = %s\nSlotList = "%s"\n' \
+    2 V S '' 3 V S "$many" 1 "$gone" "$long" 1,2,3,7,2147483647
   # Modules that claim each other's slots, and a slot whose module is far away; bus 2 is inside bus 1.
-  printf 'SlotList = "1,2,3,7,2147483647"\nTriggerBusList = "1,2"\nTriggerBridgeList = "1,2,3"\n'
-  for number in 1 2 3 7 2147483647; do
-    printf '[Chassis1Slot%s]\nSlotType = %s\n' "$number" "$long"
-    [ "$number" -le 2 ] && printf 'AddressInfo = PXI0::%s-0.0::INSTR\nModel = %s\n' "$number" "$gone$long"
-    [ "$number" -le 2 ] && printf 'PeripheralModuleOccupiedSlotList = "1,2,7"\n'
+  printf 'TriggerBusList = "1,2"\nTriggerBridgeList = "1,2,3"\n'
+  printf '[Chassis1TriggerBus%s]\nSlotList = "%s"\n' 1 1,2,3,2147483647 2 7
+  printf '[Chassis1Slot%s]\nSlotType = %s\n' 3 "$long" 7 "$long" 2147483647 "$long"
+  for number in 1 2; do
+    printf '[Chassis1Slot%s]\nSlotType = %s\nAddressInfo = PXI0::%s-0.0::INSTR\nModel = %s\n' $number "$long" $number "$gone$long"
+    echo 'PeripheralModuleOccupiedSlotList = "1,2,7"'
   done
-  printf '[Chassis1TriggerBus1]\nSlotList = "1,2,3,2147483647"\n[Chassis1TriggerBus2]\nSlotList = 7\n'
-  printf '[Chassis2]\nVendor = V\nModel = M\nSerialNumber = S\nSlotList = ""\n'
-  printf '[Chassis3]\nVendor = V\nModel = M\nSerialNumber = S\nSlotList = "%s"\n' "$many"
-  for number in ${many//,/ }; do printf '[Chassis3Slot%s]\nSlotType = PXIeHybridSlot\nLocalBusLeft = none\n' "$number"; done
+  printf '[Chassis3Slot%s]\nSlotType = PXIeHybridSlot\nLocalBusLeft = none\n' ${many//,/ }
 } >"$VARMEX_FSROOT/etc/pxi/pxiesys.ini"
 {
   printf '[System]\nChassisList = ""\n[Chassis1LineMappingSpec1]\nPXI_TRIG0 = 9\n'
-  for bridge in 1:1:9 2:1:2 3:1:1; do
-    IFS=: read -r number from to <<<"$bridge"
-    printf '[Chassis1TriggerBridge%s]\nLineMappingSpec = 1\nSourceTriggerBus = %s\nDestinationTriggerBus = %s\n' \
-      "$number" "$from" "$to"
-  done
+  printf '[Chassis1TriggerBridge%s]\nLineMappingSpec = 1\nSourceTriggerBus = %s\nDestinationTriggerBus = %s\n' 1 1 9 2 1 2 3 1 1
 } >"$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 draws 1
 is 0 "$(grep -c '<script' "$picture")" 'markup of a description in the picture'

@@ -29,13 +29,11 @@ files() {
     -print | sort
 }
 
-dpkgInside() {
-  local verb=$1
-  shift
+installInside() {
   rm -rf "$root/tmp/packages"
   mkdir "$root/tmp/packages"
   cp "$@" "$root/tmp/packages"
-  inside dpkg "$verb" --recursive /tmp/packages && rm -r "$root/tmp/packages"
+  inside dpkg -i --recursive /tmp/packages && rm -r "$root/tmp/packages"
 }
 
 # used VERSION : the command, the package for Python and the loader find the library of that version.
@@ -62,13 +60,7 @@ developed() {
 
 # The pages of the documents have each other and their pictures beside them.
 linked() {
-  local documents=$root/usr/share/doc/libvarmex-dev page target result=0
-  for page in "$documents"/*.md; do
-    while read -r target; do
-      [ -e "$documents/$target" ] || { echo "$page refers to $target" && result=1; }
-    done < <(grep -oE '\]\([^)#:]+' "$page" | cut -c3-)
-  done
-  return "$result"
+  (cd "$root/usr/share/doc/libvarmex-dev" && grep -ohE '\]\([^)#:]+' -- *.md | cut -c3- | xargs ls -d)
 }
 
 # The packages of a next version, which has another file behind the library's name.
@@ -99,12 +91,12 @@ inFreshSystem() {
   next=${version%.*}.1000
   mapfile -t debs < <(ls "$packages"/*.deb | grep -v dbgsym)
   try 'a fresh system' fresh
-  try 'installing' dpkgInside -i "${debs[@]}"
+  try 'installing' installInside "${debs[@]}"
   try 'using' used "$version"
   try 'developing' developed
   try 'the documents' linked
   try 'the next version' makeNext "${debs[@]}"
-  try 'upgrading' dpkgInside -i "$work"/next/*.deb
+  try 'upgrading' installInside "$work"/next/*.deb
   try 'using what was upgraded' used "$next"
   try 'removing' removed
 }
