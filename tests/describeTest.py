@@ -59,8 +59,6 @@ BROKEN = [
      ["/C1/S2 PeripheralSlotLinkWidth1"], None),
     ("a chassis without a model", [(I, r"^Model", "No"), (E, r"^Model", "No")],
      ["/C1 opening"], r"/C1[/ ]"),
-    ("a chassis whose files disagree", [(I, r"^(Model) =[^\n]*", r"\1 = X")],
-     ["/C1 opening"], r"/C1[/ ]"),
     ("a bridge without a line map", [(I, r"^LineMappingSpec[^\n]*", "")],
      ["/C1/T1 opening"], r"/C1/T1 "),
     ("a line map that no file has", [(I, r"^LineMappingSpec = [^\n]*", "LineMappingSpec = 99")],
@@ -101,9 +99,7 @@ def testBroken(root, what, edits, failures, lost):
 
 
 def testDocuments(root):
-    for kind, *words in (("installation", "show", "1"), ("installation", "show", "3/2", "--why"), ("findings", "check"),
-                         ("terminals", "terminals", "5.0.0"), ("route", "route", "5.0.0", "PXI_Trig3")):
-        assert root.ask(kind, *words)[0].returncode == 0
+    assert root.ask("route", "route", "5.0.0", "PXI_Trig3")[0].returncode == 0
     one = root.show("1/10")["Chassis"]
     assert len(one) == 1 and len(one[0]["Slots"]) == 1
     why = root.show("1/10", "--why")["Chassis"][0]["Slots"][0]["absent"]
@@ -120,11 +116,6 @@ def testDocuments(root):
     root.edit((E, r"^ChassisList =[^\n]*", "ChassisList = x"))
     broken, document = root.ask("installation", "show")
     assert document and broken.returncode == 1 and "ChassisList" in broken.stderr
-
-
-@each("chassis", [["express:18x3", "classic:8"], ["classic:2:0"]])
-def testMake(tmp_path, chassis):
-    assert Root(tmp_path / "made", *chassis).show()["failureCount"] == 0
 
 
 # A width of slot 2/5, what it is changed to, and the link that show and list then have.
@@ -271,7 +262,6 @@ class Watch(subprocess.Popen):
         super().__exit__(*reason)
 
 
-DIGITIZER = "DIGITIZER-A ORX-5105 Digitizer"
 # Edits of a description whose list is broken, one after the other, and all that is told of each.
 WATCHED = [
     ([], ['The description can\'t be read: ChassisList in section [System] is no list of numbers: "1,,2" in pxiesys.ini, '
@@ -279,8 +269,6 @@ WATCHED = [
     ([(E, "1,,2", "1,2")],
      ["The description can be read.", "new: chassis 1, Orlindt Instruments, Inc. ORX-1820",
       "new: chassis 2, Tessmere Labs TLX-80", "new: chassis 3, Havrel Modular HM-1008"]),
-    ([(E, "0A41F27C", "NEW")], ["chassis 1, Orlindt Instruments, Inc. ORX-1820: serial number 0A41F27C -> NEW"]),
-    ([(E, r"(\[Chassis1Slot2\].*?Negotiated) = 4", r"\1 = 1")], [f"{DIGITIZER} in slot 1/2: link width x4 -> x1"]),
     ([(E, "$", "\n; nothing new")], []),
     ([(E, "DIGITIZER-A", "FRONT")], ["FRONT ORX-5105 Digitizer in slot 1/2: name DIGITIZER-A -> FRONT"]),
     ([(E, r"\[Chassis1Slot9\]", "[Chassis1Slot19]"), (E, '18"', '18,19"')],
@@ -288,7 +276,6 @@ WATCHED = [
     ([(E, "TLX-80", "TLX-81")], ["chassis 2, Tessmere Labs TLX-81: model TLX-80 -> TLX-81"]),
     ([(E, r"\[Chassis2Slot3\]", r"[Chassis2Slot3]\nVendor = W\nModel = D\nAddressInfo = PXI0::99-0.0::INSTR")],
      ["new: W D in slot 2/3"]),
-    ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1")], ["gone: chassis 2, Tessmere Labs TLX-81"]),
 ]
 
 
@@ -299,8 +286,8 @@ EXPLAINED = [
     ("1/7", "SlotType", ["pxiesys.ini:177 Chassis1Slot7 SlotType PXIeHybridSlot"]),
     ("DMM", "varmex_u32_SlotType", ["pxiesys.ini:202 Chassis1Slot9 SlotType PXIePeripheralSlot"]),
     ("1/10", "SlotNumber", []), ("machine", "Version", []),
-    ("0d:00.0", "DeviceModel", ["pxiesys.ini:201 Chassis1Slot9", "pxiesys.ini:210 Chassis1Slot9 Model ORX-4081 Multimeter"]),
-    ("DMM", "DeviceModel", ["pxiesys.ini:201 Chassis1Slot9", "pxiesys.ini:210 Chassis1Slot9 Model ORX-4081 Multimeter"]),
+    *((place, "DeviceModel", ["pxiesys.ini:201 Chassis1Slot9", "pxiesys.ini:210 Chassis1Slot9 Model ORX-4081 Multimeter"])
+      for place in ("0d:00.0", "DMM")),
     ("1/bridge/1", "BridgeSourceTriggerBus",
      ["pxisys.ini:25 Chassis1TriggerBridge1", "pxiesys.ini:66 Chassis1TriggerBridge1",
       "pxisys.ini:26 Chassis1TriggerBridge1 SourceTriggerBus 1"]),
@@ -340,7 +327,7 @@ def itemsOf(chassis):
             yield ".".join(str(device[f"Device{part}"]) for part in ("Bus", "Number", "Function")), device
 
 
-@each("made", [[], ["express:18", "classic:8:2"]])
+@each("made", [[], ["express:18", "classic:8:2"], ["classic:2:0"]])
 def testExplainedAnswers(tmp_path, made):
     """Every attribute of an item has the value that show --json has, and where that has none, none."""
     root = Root(tmp_path / "root", *made)
@@ -394,19 +381,20 @@ def testWatch(root):
         assert once.wait(DEADLINE) == 0 and watch.poll() is None
 
 
-RACK = "chassis 1, Orlindt Instruments, Inc. ORX-1820"
+NARROWER = [(E, r"(\[Chassis1Slot2\].*?Negotiated) = 4", r"\1 = 1")]
+ELSEWHERE = [(E, "PXI0::13-0.0", "PXI0::113-0.0")]
 # Edits of an installation, options of diff, and all that it tells.
 DIFFERENT = [
-    ([], [], []), ([(E, "0A41F27C", "NEW")], [], [f"{RACK}: serial number 0A41F27C -> NEW"]),
-    ([(E, "0A41F27C", "NEW")], ["--ignore", "serial-number"], []),
+    ([], [], []), ([(E, "0A41F27C", "NEW")], ["--ignore", "serial-number"], []), (ELSEWHERE, [], []),
+    ([(E, "0A41F27C", "NEW")], [], ["chassis 1, Orlindt Instruments, Inc. ORX-1820: serial number 0A41F27C -> NEW"]),
     ([(E, rf"\[Chassis1Slot{a}\]", f"[Chassis1Slot{b}]") for a, b in ((9, 99), (11, 9), (99, 11))],
      ["--ignore", "slot"],
      ["DMM ORX-4081 Multimeter: slot 1/9 -> 1/11", "SWITCH TL-310 Switch: slot 1/11 -> 1/9"]),
-    ([(E, r"(\[Chassis1Slot2\].*?Negotiated) = 4", r"\1 = 1")], [], [f"{DIGITIZER} in slot 1/2: link width x4 -> x1"]),
-    ([(E, r"(\[Chassis1Slot2\].*?Negotiated) = 4", r"\1 = 1")], ["--ignore", "module"], []), ([(E, "PXI0::13-0.0", "PXI0::113-0.0")], [], []),
-    ([(E, "PXI0::13-0.0", "PXI0::113-0.0")], ["--addresses"],
+    (NARROWER, ["--ignore", "module"], []),
+    (NARROWER, [], ["DIGITIZER-A ORX-5105 Digitizer in slot 1/2: link width x4 -> x1"]),
+    (ELSEWHERE, ["--addresses"],
      ["DMM ORX-4081 Multimeter in slot 1/9: PCI addresses 13.0.0 13.0.1 13.1.0 -> 13.0.1 13.1.0 113.0.0"]),
-    ([(E, "PXI0::13-0.0", "PXI0::113-0.0")], ["--addresses", "--pci", "hex"],
+    (ELSEWHERE, ["--addresses", "--pci", "hex"],
      ["DMM ORX-4081 Multimeter in slot 1/9: PCI addresses 0d:00.0 0d:00.1 0d:01.0 -> 0d:00.1 0d:01.0 71:00.0"]),
     ([(E, r"\+PXI0::13-0.1::INSTR", "")], [], ["DMM ORX-4081 Multimeter in slot 1/9: functions 3 -> 2"]),
     ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1")], [], ["gone: chassis 2, Tessmere Labs TLX-80"]),
@@ -421,7 +409,6 @@ DIFFERENT = [
     ([(E, r"(\[Chassis1Slot7\].*?SlotType) = [^\n]*", r"\1 = Odd")], [], ["slot 1/7: type PXIe hybrid -> (can't be read)"]),
 ]
 MADE_DIFFERENT = [
-    ([(E, r"(\[Chassis1Slot5\].*?Negotiated) = 4", r"\1 = 1")], [], ["MODULE-1-5 TL-310 Switch in slot 1/5: link width x4 -> x1"]),
     ([(E, r"\[Chassis1Slot5\]", "[Chassis1Slot7a]"), (E, r"\[Chassis1Slot7\]", "[Chassis1Slot5]"), (E, "7a", "7")],
      ["--ignore", "slot"], ["MODULE-1-5 TL-310 Switch: slot 1/5 -> 1/7"]),
 ]
@@ -439,7 +426,7 @@ def testDiff(tmp_path, made, edits, options, wanted):
     assert len(after.ask("differences", "diff", saved, *options)[1]["changes"]) == len(wanted)
 
 
-# What can't be compared, with "saved" for a saved sample and "none" for no file: what is said.
+# What can't be compared, with "saved" for the sample as it was and "root" for it as it is, and what is said.
 UNCOMPARED = [
     ([(E, '18"', '18,19"')], ["root", "root"], "No differences in what can be read"),
     ([(E, r"^ChassisList =[^\n]*", "ChassisList = 1,,2")], ["saved", "root"], f"root/{E_PATH}, line"),
