@@ -59,8 +59,7 @@ expect '--help --version' --
 expect '--json' check --j
 for verb in show draw; do expect '1 2 3' "$verb" ''; done
 expect '1 1/1 1/2 1/3 1/4 1/5 1/6 1/7 1/8 1/9 1/10 1/11 1/12 1/13 1/14 1/15 1/16 1/17 1/18' show 1
-expect '2/3' show --json 2/3
-expect '2/3' triggers 1/9 2/3
+for words in 'show --json' 'triggers 1/9'; do expect '2/3' $words 2/3; done
 expect 'SlotNumber SlotType' explain 1/7 Slot
 expect 'BridgeNumber' explain 1/bridge/1 BridgeN
 for words in 'report -o' 'draw 1 -o' make 'check --from' save 'diff a.json'; do expect ':files' $words ''; done
@@ -79,8 +78,7 @@ expect 'link-width' diff --ignore link-w
 
 # Nothing to read, something that can't be read, a chassis of which one slot is broken.
 VARMEX_FSROOT=$work/nowhere
-expect '' show ''
-expect '' terminals ''
+for verb in show terminals; do expect '' "$verb" ''; done
 newRoot
 echo '[System]' >"$VARMEX_FSROOT/etc/pxi/pxisys.ini"
 expect '' show ''

@@ -21,25 +21,18 @@ endsItself() {
   [ "$result" -le 2 ] && { [ "$result" -eq 0 ] || [ -s "$work/output" ]; }
 }
 
-# A part of the sample up to where a byte is torn out or doubled, by number.
-torn() {
-  local source=$here/samples/etc/pxi/pxiesys.ini size
-  size=$(stat -c %s "$source")
-  head -c $(($1 * 997 % size)) "$source"
-  printf '\x00\xff]=[,"'
-  tail -c +$(($1 * 613 % size)) "$source"
-}
-
-for input in "$here"/fuzz/corpus/{ini,model,json,registry}/* $(seq "$count"); do
+# The sample up to where bytes are torn out or doubled.
+source=$here/samples/etc/pxi/pxiesys.ini size=$(stat -c %s "$here/samples/etc/pxi/pxiesys.ini")
+for ((number = 1; number <= count; ++number)); do
+  { head -c $((number * 997 % size)) "$source" && printf '\x00\xff]=[,"' &&
+    tail -c +$((number * 613 % size)) "$source"; } >"$work/torn$number"
+done
+for input in "$here"/fuzz/corpus/{ini,model,json,registry}/* "$work"/torn*; do
   for place in "${places[@]}"; do
     rm -f "$VARMEX_FSROOT"/etc/pxi/*.ini
     for file in pxisys pxiesys; do
       [ "$place" = "$file" ] || [ "$place" = both ] || continue
-      if [ -f "$input" ]; then
-        tr '\001' '\n' <"$input" >"$VARMEX_FSROOT/etc/pxi/$file.ini"
-      else
-        torn "$input" >"$VARMEX_FSROOT/etc/pxi/$file.ini"
-      fi
+      tr '\001' '\n' <"$input" >"$VARMEX_FSROOT/etc/pxi/$file.ini"
     done
     for words in check 'check --json' 'find 1' 'triggers 1/2 1/17 --all' 'watch --timeout 0.01' \
       'explain 1' 'explain 1/2' 'explain 5.0.0 --json' "save $work/saved.json" \

@@ -32,7 +32,7 @@ convention() {
     printf '#include <%s>\n' stddef.h varmex/telmar_ra_varmex.h varmex/varmex.h
     echo 'static void*(__cdecl* const reallocate)(void*, size_t) = (telmar_ra_ReallocFunc)0;'
     echo 'const void* const all[] = {(const void*)&reallocate,'
-    sed 's/.*/(const void*)\&&,/' "$here/tests/exports.txt"
+    exports | sed 's/.*/(const void*)\&&,/'
     echo '0};'
   } >"$work/all.c"
   compile clang-14 -Xclang -fdefault-calling-conv=vectorcall -c "$work/all.c" -o "$work/all.obj" &&

@@ -13,6 +13,9 @@ newRoot() {
   [ $# -eq 0 ] || cp -r "$@" "$VARMEX_FSROOT"
 }
 
+# The exported names, without that of their version.
+exports() { sed -nE '/^ VARMEX_19@/!s/^ (.*)@VARMEX_19 .*/\1/p' "$here/debian/libvarmex19.symbols"; }
+
 # try NAME COMMAND... : a step that must end well.
 try() {
   if "${@:2}" >"$work/log" 2>&1; then
