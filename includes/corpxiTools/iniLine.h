@@ -20,9 +20,10 @@ struct tIniLineContent {
   char* valueEnd = nullptr;
 };
 
-// Above the space there is no white space: most bytes take one comparison.
+// Most bytes take one comparison, most white space two.
 inline bool isIniSpace(char byte) {
-  return static_cast<unsigned char>(byte) <= ' ' && isWhiteSpace(byte);
+  if (static_cast<unsigned char>(byte) > ' ') return false;
+  return byte == ' ' || isWhiteSpace(byte);
 }
 
 inline char* skipIniSpace(char* begin, const char* end) {

@@ -43,7 +43,7 @@ class tIniLineReader {
   static constexpr std::ptrdiff_t kBlock = 32;
 
   static bool isLineEnd(char byte) { return byte == '\n' || byte == '\r' || byte == '\0'; }
-  static std::uint32_t markLineEnds(const char* block);
+  static std::uint32_t markLineEnds(const char* block);  // the first mark alone is certain
   static std::uint32_t markEquals(const char* block);
   static char* firstMarked(char* block, std::uint32_t marks);
 
@@ -66,11 +66,12 @@ class tIniLineReader {
 inline std::uint32_t tIniLineReader::markLineEnds(const char* block) {
   const auto mark = [](const char* position) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
-    const __m128i ends = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n')),
-                                      _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r')));
-    return _mm_movemask_epi8(_mm_or_si128(ends, _mm_cmpeq_epi8(bytes, _mm_setzero_si128())));
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8('\r')), bytes));
   };
-  return static_cast<std::uint32_t>(mark(block) | mark(block + kBlock / 2) << 16);
+  auto marks = static_cast<std::uint32_t>(mark(block) | mark(block + kBlock / 2) << 16);
+  // Whatever is not above CR is marked; tabs and the like are rare.
+  while (marks != 0 && !isLineEnd(block[std::countr_zero(marks)])) marks &= marks - 1;
+  return marks;
 }
 
 inline std::uint32_t tIniLineReader::markEquals(const char* block) {
@@ -101,7 +102,7 @@ inline bool tIniLineReader::next(tIniLine& line) {
     block += kBlock;
   }
   if (!equals) equals = firstMarked(block, markEquals(block) & (ends - 1));
-  char* const end = firstMarked(block, ends);
+  char* const end = block + std::countr_zero(ends);
   if (end - position_ >= kFirstRead) [[unlikely]] {
     // With copies, so that the loop's own may stay in registers.
     tIniLineReader reader(*this);

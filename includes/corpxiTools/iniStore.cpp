@@ -1,7 +1,5 @@
 #include "corpxiTools/iniStore.h"
 
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -18,37 +16,18 @@ namespace {
 // Up to this many items a section is searched from front to back, which is then the quicker way.
 constexpr std::size_t kLargestUnsorted = 32;
 
-// How many bytes of the text are a '=': sixteen at once, as the line reader does, with its padding.
-std::size_t countEquals(const char* begin, const char* end) {
-  constexpr std::ptrdiff_t kAtOnce = 2 * sizeof(__m128i);
-  constexpr std::ptrdiff_t kStep = 127 * kAtOnce;  // two are added to a byte each time
-  const auto isEqual = [](const char* position) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(position));
-    return _mm_cmpeq_epi8(bytes, _mm_set1_epi8('='));  // -1 where it is
-  };
-  __m128i count = _mm_setzero_si128();
-  while (begin < end) {
-    const char* const stop = begin + std::min(kStep, end - begin);
-    __m128i found = _mm_setzero_si128();
-    for (; begin < stop; begin += kAtOnce) {
-      found = _mm_sub_epi8(found, isEqual(begin));
-      found = _mm_sub_epi8(found, isEqual(begin + kAtOnce / 2));
-    }
-    count = _mm_add_epi64(count, _mm_sad_epu8(found, _mm_setzero_si128()));
-  }
-  std::uint64_t halves[2];
-  std::memcpy(halves, &count, sizeof halves);
-  return halves[0] + halves[1];
-}
-
 std::uint32_t hashName(std::string_view name, const tHashSeed& seed) {
-  std::uint64_t hash = seed.scramble(name.size());
+  std::uint64_t hash = name.size();
   const char* position = name.data();
   std::size_t left = name.size();
-  for (; left > 8; left -= 8, position += 8) {
-    hash = seed.scramble(hash ^ loadBytes<std::uint64_t>(position));
+  for (; left > 16; left -= 16, position += 16) {
+    hash = seed.scramble(loadBytes<std::uint64_t>(position) ^ hash,
+                         loadBytes<std::uint64_t>(position + 8));
   }
-  return static_cast<std::uint32_t>(seed.scramble(hash ^ loadShort(position, left)));
+  if (left > 8) hash ^= loadBytes<std::uint64_t>(position);
+  const std::uint64_t last =
+      name.size() > 8 ? loadBytes<std::uint64_t>(position + left - 8) : loadShort(position, left);
+  return static_cast<std::uint32_t>(seed.scramble(hash, last));
 }
 
 // A set of names that may answer yes for one that it does not hold, never no for one that it does.
@@ -111,9 +90,9 @@ std::int32_t pieceNumber(std::string_view name) {
 
 bool mayBePiece(std::string_view name) {
   if (!isDigit(name.back())) return false;
-  std::size_t digits = 1;
-  while (digits < name.size() && isDigit(name[name.size() - 1 - digits])) ++digits;
-  return name.substr(0, name.size() - digits).ends_with(kPieceMark);
+  do name.remove_suffix(1);
+  while (!name.empty() && isDigit(name.back()));
+  return name.ends_with(kPieceMark);
 }
 
 }  // namespace
@@ -131,10 +110,6 @@ class tIniStore::tLoad {
     char* begin = store_.text_.get();
     char* const end = begin + size_;
     if (std::string_view(begin, size_).starts_with("\xEF\xBB\xBF"sv)) begin += 3;
-    // An item takes a line of four bytes at least, and a '='.
-    const std::size_t mostItems = std::min(countEquals(begin, end), size_ / 4 + 1);
-    store_.items_ = std::make_unique_for_overwrite<tIniItem[]>(mostItems);
-    next_ = store_.items_.get();
     store_.index_.assign(kSmallestIndex, {});
     store_.sections_.reserve(kSmallestIndex / 2);
     tIniLineReader reader(begin, end);
@@ -149,6 +124,7 @@ class tIniStore::tLoad {
  private:
   static constexpr std::size_t kNone = ~std::size_t{0};
   static constexpr std::size_t kSmallestIndex = 64;
+  static constexpr std::size_t kSmallestBlock = 16;
 
   // False for a line that says nothing.
   bool takeLine(const tIniLine& line, std::uint32_t number) {
@@ -180,6 +156,7 @@ class tIniStore::tLoad {
     end -= isQuoted;
     *item.nameEnd = '\0';
     *end = '\0';
+    if (next_ == behindBlock_) enterNextBlock();
     *next_ = {item.name, value, static_cast<std::uint32_t>(item.nameEnd - item.name), number};
     storeItem(*next_);
   }
@@ -245,6 +222,18 @@ class tIniStore::tLoad {
     section.moved =
         std::make_unique<std::vector<tIniItem>>(section.items, section.items + section.count);
     section.items = section.moved->data();
+  }
+
+  // As many items as take the memory of the text, which is more than most texts have.
+  [[gnu::noinline]] void enterNextBlock() {
+    const std::size_t begun = current_->moved ? 0 : current_->count;
+    const std::size_t size = std::max(size_ / sizeof(tIniItem), 2 * begun) + kSmallestBlock;
+    auto block = std::make_unique_for_overwrite<tIniItem[]>(size);
+    next_ = std::copy_n(current_->items, begun, block.get());
+    behindBlock_ = block.get() + size;
+    if (!current_->moved) current_->items = block.get();
+    block.swap(store_.items_);
+    if (block) store_.earlierItems_.push_front(std::move(block));
   }
 
   // The item stands where the next one goes, and stays there unless it belongs elsewhere.
@@ -328,6 +317,7 @@ class tIniStore::tLoad {
   tIniStore& store_;
   std::size_t size_;
   tIniItem* next_ = nullptr;  // where the next item of the section at the end goes
+  tIniItem* behindBlock_ = nullptr;
   tIniSection* current_ = nullptr;
   std::size_t lastFound_ = kNone;  // the section that the last successful search found
   std::size_t indexed_ = 0;        // sections in the index
@@ -339,6 +329,7 @@ void tIniStore::clear() {
   sections_.clear();
   joinedValues_.clear();
   items_.reset();
+  earlierItems_.clear();
   text_.reset();
   firstBadLine_ = -1;
   hasTwins_ = false;
@@ -391,7 +382,8 @@ const tIniSection* tIniStore::searchBehind(const tIniSection& earlier, IsWanted 
   return found == stop ? nullptr : found;
 }
 
-const tIniSection* tIniStore::lookBehind(const tIniSection& earlier, std::string_view name) const {
+const tIniSection* tIniStore::lookFurtherBehind(const tIniSection& earlier,
+                                                std::string_view name) const {
   return searchBehind(
       earlier, [name](const tIniSection& section) { return isSameName(section.nameView(), name); });
 }
@@ -423,17 +415,6 @@ const tIniItem* tIniStore::findItem(const tIniSection& section, std::string_view
     if (isSameName(entry->nameView(), item)) return entry;
   }
   return nullptr;
-}
-
-const tIniItem* tIniStore::findItem(const tIniSection& section, std::string_view item,
-                                    std::size_t& place) {
-  if (place < section.count && !section.hasTwins) {
-    const tIniItem* const likely = section.items + place;
-    if (isSameName(likely->nameView(), item)) return likely;
-  }
-  const tIniItem* const found = findItem(section, item);
-  if (found) place = static_cast<std::size_t>(found - section.items);
-  return found;
 }
 
 }  // namespace varmex::inline nCORPXITOOLS000

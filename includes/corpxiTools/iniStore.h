@@ -11,6 +11,7 @@
 
 #include "corpxiTools/iniText.h"
 #include "ostrel/quarks/hashSeed.h"
+#include "ostrel/quarks/nameBytes.h"
 
 namespace varmex::inline nCORPXITOOLS000 {
 
@@ -64,7 +65,14 @@ class tIniStore {
 
   // The section of that name, or of the name that is made of the two parts, if it stands just
   // behind an earlier one and no other has its name.
-  const tIniSection* lookBehind(const tIniSection& earlier, std::string_view name) const;
+  const tIniSection* lookBehind(const tIniSection& earlier, std::string_view name) const {
+    const tIniSection& behind = (&earlier)[1];
+    if (&behind != sections_.data() + sections_.size() && isSameName(behind.nameView(), name) &&
+        !hasTwins_) {
+      return &behind;
+    }
+    return lookFurtherBehind(earlier, name);
+  }
   const tIniSection* lookBehind(const tIniSection& earlier, std::string_view head,
                                 std::string_view tail) const;
 
@@ -75,7 +83,15 @@ class tIniStore {
   // The same, at less cost for an item that stands at that place of the section. The place becomes
   // that of what is found: sections that tell of one thing after another are laid out alike.
   static const tIniItem* findItem(const tIniSection& section, std::string_view item,
-                                  std::size_t& place);
+                                  std::size_t& place) {
+    if (place < section.count && !section.hasTwins) {
+      const tIniItem* const likely = section.items + place;
+      if (isSameName(likely->nameView(), item)) return likely;
+    }
+    const tIniItem* const found = findItem(section, item);
+    if (found) place = static_cast<std::size_t>(found - section.items);
+    return found;
+  }
 
   // In file order.
   const std::vector<tIniSection>& sections() const { return sections_; }
@@ -94,12 +110,14 @@ class tIniStore {
   };
 
   void clear();
+  const tIniSection* lookFurtherBehind(const tIniSection& earlier, std::string_view name) const;
   template <class IsWanted>
   const tIniSection* searchBehind(const tIniSection& earlier, IsWanted isWanted) const;
   std::size_t findPlace(std::string_view name, std::uint32_t hash) const;
 
   std::unique_ptr<char[]> text_;
   std::unique_ptr<tIniItem[]> items_;
+  std::forward_list<std::unique_ptr<tIniItem[]>> earlierItems_;  // for which that one came too late
   std::forward_list<std::string> joinedValues_;
   std::vector<tIniSection> sections_;
   std::vector<tIndexEntry> index_;  // by hash

@@ -1,6 +1,5 @@
 #include "source/varmex/DeviceMap.h"
 
-#include <optional>
 #include <utility>
 
 #include "source/varmex/deviceReadings.h"
@@ -15,13 +14,15 @@ namespace {
 template <class Take>
 tResult<> forEachSlot(const tIniFile& file, tNumbers chassisNumbers, Take take) {
   const tIniSection* section = nullptr;  // the last that was found
+  tNumbers slots;
   dropRepeats(chassisNumbers);
   for (const std::uint32_t chassis : chassisNumbers) {
-    const auto slots = listedOnce(file, file.placeOf(chassisKey(chassis)), "SlotList");
-    if (!slots) return slots.refusal();
-    const tShortName anySlot = chassisKey(chassis).add("Slot");
-    for (const std::uint32_t slot : *slots) {
-      const auto* const found = file.findSectionBehind(section, tShortName(anySlot).add(slot));
+    tShortName name = chassisKey(chassis);
+    const auto listed = listOnce(file, file.placeOf(name), "SlotList", slots);
+    if (!listed) return listed.refusal();
+    const std::size_t head = name.add("Slot").view().size();
+    for (const std::uint32_t slot : slots) {
+      const auto* const found = file.findSectionBehind(section, name.cutTo(head).add(slot));
       if (!found) continue;
       section = found;
       const auto done = take(*section, chassis, slot);
@@ -35,12 +36,29 @@ constexpr std::uint64_t keyOf(const tDeviceAddress& address) {
   return std::uint64_t{address.bus} << 32 | address.device;
 }
 
+constexpr std::size_t kUsualFunctions = 8;  // of a slot, at most
+
+// Out of the way of what finds no conflict.
+[[gnu::noinline]] tRefusal conflictOf(const tDevicePlace& existing, const tDevicePlace& place,
+                                      const tDeviceAddress& address) {
+  return tRefusal(kErrorInformationConflict, OSTREL_HERE)
+      .u32("existingChassis", existing.chassis)
+      .u32("existingSlot", existing.slot)
+      .u32("chassis", place.chassis)
+      .u32("slot", place.slot)
+      .i32("bus", static_cast<std::int32_t>(address.bus))
+      .i32("dev", static_cast<std::int32_t>(address.device))
+      .debug()
+      .text("description", "Conflicting chassis/slot information was found  for a device");
+}
+
 }  // namespace
 
 // The controller's own devices are no modules: slot 1 is left out here, and only here.
 tResult<> DeviceMap::enterClassic(const tIniFile& pxiSys, tNumbers chassisNumbers) {
   tFunctionWalk walk(pxiSys);
   std::vector<tDeviceAddress> addresses;
+  addresses.reserve(kUsualFunctions);
   const auto take = [&](const tIniSection& section, auto chassis, auto slot) -> tResult<> {
     if (slot == 1) return kDone;
     addresses.clear();
@@ -53,6 +71,7 @@ tResult<> DeviceMap::enterClassic(const tIniFile& pxiSys, tNumbers chassisNumber
 
 tResult<> DeviceMap::enterExpress(const tIniFile& pxieSys, tNumbers chassisNumbers) {
   std::vector<tDeviceAddress> addresses;
+  addresses.reserve(kUsualFunctions);
   std::size_t place = 0;
   const auto take = [&](const tIniSection& section, auto chassis, auto slot) -> tResult<> {
     const tIniItem* const names = pxieSys.findItem(section, "AddressInfo", place);
@@ -66,21 +85,14 @@ tResult<> DeviceMap::enterExpress(const tIniFile& pxieSys, tNumbers chassisNumbe
 
 tResult<> DeviceMap::enter(const std::vector<tDeviceAddress>& addresses,
                            const tDevicePlace& place) {
-  std::optional<std::uint64_t> last;  // functions of one device mostly stand together
+  if (addresses.empty()) return kDone;
+  std::uint64_t last = ~keyOf(addresses.front());
   for (const tDeviceAddress& address : addresses) {
     const std::uint64_t key = keyOf(address);
-    if (std::exchange(last, key) == key) continue;
-    const tDevicePlace& existing = places_.insert(key, place).first;
-    if (existing == place) continue;
-    return tRefusal(kErrorInformationConflict, OSTREL_HERE)
-        .u32("existingChassis", existing.chassis)
-        .u32("existingSlot", existing.slot)
-        .u32("chassis", place.chassis)
-        .u32("slot", place.slot)
-        .i32("bus", static_cast<std::int32_t>(address.bus))
-        .i32("dev", static_cast<std::int32_t>(address.device))
-        .debug()
-        .text("description", "Conflicting chassis/slot information was found  for a device");
+    if (key == std::exchange(last, key)) continue;  // functions of one device mostly stand together
+    const auto [existing, isNew] = places_.insert(key, place);
+    if (isNew || existing == place) continue;
+    return conflictOf(existing, place, address);
   }
   return kDone;
 }

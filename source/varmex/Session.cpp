@@ -1,7 +1,7 @@
 #include "source/varmex/Session.h"
 
 #include <boost/make_shared.hpp>
-#include <cstdio>
+#include <optional>
 #include <utility>
 
 #include "corpxiTools/fileSystem/inputFile.h"
@@ -16,11 +16,6 @@ namespace varmex {
 namespace {
 
 constexpr const char* kVersion = VARMEX_VERSION;
-
-struct tFileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using tFile = std::unique_ptr<std::FILE, tFileCloser>;
 
 // Gives a lock back on every way out.
 class tHeldLock {
@@ -82,13 +77,13 @@ std::optional<tDescriptionTexts> Session::readTexts(const tDescriptionKey* expec
 
 std::optional<tDescriptionTexts> Session::readUnderLock(tLooked looked,
                                                         const tDescriptionKey* expected) const {
-  tFile file;
+  std::optional<tInputFile> file;
   const bool isOpen = retryFor10s([&] {
-    file.reset(openInputStream(configurationPath_.c_str(), std::exchange(looked, tLooked::no)));
-    return file != nullptr;
+    file.emplace(configurationPath_.c_str(), std::exchange(looked, tLooked::no));
+    return file->isOpen();
   });
   if (!isOpen) raiseInaccessible(configurationPath_, OSTREL_HERE);
-  halden::FileLockImpl lock(file.get());
+  halden::FileLockImpl lock(file->descriptor());
   if (!retryFor10s([&] { return lock.tryLockShared(); })) {
     tFailure(kLockTimeout, OSTREL_HERE).raise();
   }

@@ -48,9 +48,20 @@ void dropRepeats(tNumbers& numbers, std::size_t first) {
 }
 
 tResult<tNumbers> listedOnce(const tIniFile& file, const tIniPlace& place, tLiteral list) {
-  auto numbers = file.getNumberList(place, list);
-  if (numbers) dropRepeats(*numbers);
+  tNumbers numbers;
+  const auto done = listOnce(file, place, list, numbers);
+  if (!done) return done.refusal();
   return numbers;
+}
+
+tResult<> listOnce(const tIniFile& file, const tIniPlace& place, tLiteral list, tNumbers& numbers) {
+  const auto item = file.getItem(place, list);
+  if (!item) return item.refusal();
+  numbers.clear();
+  const auto done = tIniFile::appendNumbersOf(*place.found, **item, numbers);
+  if (!done) return done.refusal();
+  dropRepeats(numbers);
+  return kDone;
 }
 
 void sortWithoutRepeats(tNumbers& numbers) {

@@ -62,8 +62,10 @@ inline tShortName slotKey(std::uint32_t chassis, std::uint32_t slot) {
 // repeats itself costs no more than its length.
 void dropRepeats(tNumbers& numbers, std::size_t first = 0);
 
-// The numbers of a list that must be there, each once.
+// The numbers of a list that must be there, each once; into the place of others for the sake of
+// their memory.
 tResult<tNumbers> listedOnce(const tIniFile& file, const tIniPlace& place, tLiteral list);
+tResult<> listOnce(const tIniFile& file, const tIniPlace& place, tLiteral list, tNumbers& numbers);
 
 // A number of a file as the slots and lines are numbered, negative ones modulo 2^32.
 inline tResult<std::uint32_t> asUnsigned(const tResult<std::int32_t>& number) {

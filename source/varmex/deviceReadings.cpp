@@ -65,12 +65,6 @@ class tNameReader {
   }
 
   bool number(std::uint32_t& value) {
-    value = static_cast<std::uint32_t>(*text_ - '0');
-    const bool isOneDigit = value < 10 && !isDigit(text_[1]);
-    if (isOneDigit) {
-      ++text_;
-      return true;
-    }
     const tSignedText number = readSigned(text_);
     if (!number.end) return false;
     if (!isDigit(*text_) && std::find(text_, number.end, '+') != number.end) return false;
@@ -87,7 +81,7 @@ class tNameReader {
 
 tResult<> tFunctionWalk::walkSlotFunctions(const tIniSection& section,
                                            std::vector<tDeviceAddress>& addresses) {
-  const tIniItem* const functions = file_.findItem(&section, kFunctionList);
+  const tIniItem* const functions = file_.findItem(section, kFunctionList, places_.functions);
   if (!functions) return recordAddress(section, 0, addresses);
   return descend(section, *functions, true).then([&](tNothing) { return walkLevels(addresses); });
 }

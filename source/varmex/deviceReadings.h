@@ -19,11 +19,16 @@ namespace varmex {
 // file, one after the other, and keeps its space in between. A walk that is refused is its last.
 class tFunctionWalk {
  public:
-  explicit tFunctionWalk(const tIniFile& file) : file_(file) {}
+  explicit tFunctionWalk(const tIniFile& file) : file_(file) {
+    levels_.reserve(kUsualDepth);
+    numbers_.reserve(kUsualDepth);
+  }
 
   tResult<> walkSlotFunctions(const tIniSection& section, std::vector<tDeviceAddress>& addresses);
 
  private:
+  static constexpr std::size_t kUsualDepth = 8;
+
   // Sections that hang below one section and are still to be walked.
   struct tLevel {
     const tIniSection* parent;
@@ -41,8 +46,9 @@ class tFunctionWalk {
   tResult<> recordAddress(const tIniSection& section, std::uint32_t function,
                           std::vector<tDeviceAddress>& addresses);
 
-  // Where the items of a function section stand, mostly.
+  // Where the items of a section stand, mostly.
   struct tPlaces {
+    std::size_t functions = 0;
     std::size_t bus = 0;
     std::size_t device = 0;
   };

@@ -34,7 +34,7 @@ TEST(InputFile, isARegularOne) {
     tSystemCalls calls;
     EXPECT_FALSE(tIniFile().read(machine.pxiSys().string())) << what;
     errno = 0;
-    EXPECT_EQ(openInputStream(machine.pxiSys().c_str()), nullptr) << what;
+    EXPECT_FALSE(tInputFile(machine.pxiSys().c_str()).isOpen()) << what;
     EXPECT_EQ(errno, ENXIO) << what;
     make((machine.folder() / "registry.reg").c_str());
     const auto root = tRegistryRoot::localMachine;
@@ -54,10 +54,8 @@ TEST(InputFile, isARegularOne) {
 TEST(InputFile, isNotInherited) {
   const tTestMachine machine;
   machine.write(machine.pxiSys(), "[A]\n");
-  std::FILE* const stream = openInputStream(machine.pxiSys().c_str());
-  ASSERT_NE(stream, nullptr);
-  EXPECT_EQ(fcntl(fileno(stream), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
-  std::fclose(stream);
+  const tInputFile file(machine.pxiSys().c_str());
+  EXPECT_EQ(fcntl(file.descriptor(), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
 }
 
 std::string contentOf(const std::filesystem::path& path) {

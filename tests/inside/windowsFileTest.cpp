@@ -82,10 +82,6 @@ TEST(InputFile, isNotInherited) {
     ASSERT_TRUE(file.isOpen());
     EXPECT_FALSE(isInherited(expected));
   }
-  std::FILE* const stream = openInputStream(path.c_str());
-  ASSERT_NE(stream, nullptr);
-  EXPECT_FALSE(isInherited(_fileno(stream)));
-  std::fclose(stream);
 }
 
 TEST(DynamicLibrary, isLoadedWithoutMessageBoxes) {

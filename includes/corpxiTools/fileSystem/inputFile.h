@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 
 namespace varmex::inline nCORPXITOOLS000 {
 
@@ -12,8 +11,8 @@ namespace varmex::inline nCORPXITOOLS000 {
 enum class tLooked : bool { no, yes };
 
 // A regular file that is read from front to back, byte for byte and without a buffer in between.
-// What is no regular file can't be opened: nobody waits for it, and nothing is read from it. After
-// a failure `errno` tells why.
+// What is no regular file can't be opened: nobody waits for it, and nothing is read from it. No
+// child process inherits it. After a failure `errno` tells why.
 class tInputFile {
  public:
   explicit tInputFile(const char* path, tLooked looked = tLooked::no);
@@ -22,6 +21,7 @@ class tInputFile {
   ~tInputFile();
 
   bool isOpen() const { return descriptor_ >= 0; }
+  int descriptor() const { return descriptor_; }
 
   // In bytes, 0 when the system does not tell. The file may grow or shrink meanwhile.
   std::uint64_t size() const;
@@ -38,10 +38,6 @@ class tInputFile {
   std::uint64_t sizeAtOpen_ = 0;
   std::uint64_t position_ = 0;
 };
-
-// A stream on a regular file, for reading, which no child process inherits; null when it can't be
-// opened.
-std::FILE* openInputStream(const char* path, tLooked looked = tLooked::no);
 
 }  // namespace varmex::inline nCORPXITOOLS000
 

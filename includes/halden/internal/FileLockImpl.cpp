@@ -15,8 +15,10 @@ using namespace varmex;
 
 }  // namespace
 
-FileLockImpl::FileLockImpl(std::FILE* file) {
-  if (!lock_.attach(file)) raiseSystemFault(OSTREL_HERE);
+FileLockImpl::FileLockImpl(std::FILE* file) : FileLockImpl(fileno(file)) {}
+
+FileLockImpl::FileLockImpl(int descriptor) {
+  if (!lock_.attach(descriptor)) raiseSystemFault(OSTREL_HERE);
 }
 
 bool FileLockImpl::tryLockShared() {

@@ -1,6 +1,8 @@
 #ifndef HALDEN_INTERNAL_FILELOCKIMPL_H
 #define HALDEN_INTERNAL_FILELOCKIMPL_H
 
+#include <cstdio>
+
 #include "halden/internal/nativeFileLock.h"
 
 namespace halden {
@@ -10,6 +12,7 @@ namespace halden {
 class FileLockImpl {
  public:
   explicit FileLockImpl(std::FILE* file);
+  explicit FileLockImpl(int descriptor);
   FileLockImpl(const FileLockImpl&) = delete;
   FileLockImpl& operator=(const FileLockImpl&) = delete;
 

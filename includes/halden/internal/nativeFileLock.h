@@ -1,7 +1,6 @@
 #ifndef HALDEN_INTERNAL_NATIVEFILELOCK_H
 #define HALDEN_INTERNAL_NATIVEFILELOCK_H
 
-#include <cstdio>
 #include <memory>
 
 namespace halden {
@@ -15,7 +14,7 @@ class tNativeFileLock {
   tNativeFileLock();
   ~tNativeFileLock();
 
-  bool attach(std::FILE* file);
+  bool attach(int descriptor);
   tLockAnswer tryLockShared();
   bool unlock();
 

@@ -24,6 +24,13 @@ class tHashSeed {
     return hash ^ hash >> 32;
   }
 
+  // Of two words at once.
+  std::uint64_t scramble(std::uint64_t first, std::uint64_t second) const {
+    __extension__ using tWide = unsigned __int128;
+    const tWide product = tWide{first ^ low_} * (second ^ high_);
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+  }
+
  private:
   static std::uint64_t mix(std::uint64_t value) {
     value += 0x9E3779B97F4A7C15;

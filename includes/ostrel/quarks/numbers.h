@@ -35,12 +35,13 @@ tSignedText readSignedAtLength(const char* text);
 // The same, quicker for what numbers mostly are: a few digits and nothing ahead of them.
 inline tSignedText readSigned(const char* text) {
   constexpr std::ptrdiff_t kMostDigits = 9;  // that always fit
-  const char* end = text;
-  std::uint32_t value = 0;
+  auto value = static_cast<std::uint32_t>(*text - '0');
+  if (value > 9) return readSignedAtLength(text);
+  const char* end = text + 1;
   for (std::uint32_t digit = 0; (digit = static_cast<std::uint32_t>(*end - '0')) < 10; ++end) {
     value = value * 10 + digit;
   }
-  if (end == text || end - text > kMostDigits) return readSignedAtLength(text);
+  if (end - text > kMostDigits) return readSignedAtLength(text);
   return {static_cast<std::int32_t>(value), end, false};
 }
 

@@ -43,7 +43,6 @@ const std::vector<tSystemCall>& systemCalls() {
   // ENOENT is not among them, where it is an answer and no failure. The build reads the names here.
   static const std::vector<tSystemCall> calls = {
       {"open", {EACCES, EMFILE, ENOMEM, EINTR, ELOOP}},
-      {"fdopen", {ENOMEM}},
       {"read", {EIO, EINTR}},
       {"close", {EINTR, EIO}},
       {"fclose", {EIO}},
@@ -114,7 +113,6 @@ extern "C" int __wrap_open(const char* path, int flags, mode_t mode) {
 // clang-format off
 WRAP_IF(operation != LOCK_UN, int, flock, (int file, int operation), (file, operation), -1)
 WRAP_IF(operation == F_SETSIG, int, fcntl, (int file, int operation, long argument), (file, operation, argument), -1)
-WRAP(FILE*, fdopen, (int file, const char* mode), (file, mode), nullptr)
 WRAP(ssize_t, read, (int file, void* bytes, std::size_t size), (file, bytes, size), -1)
 WRAP(int, stat, (const char* path, struct stat* status), (path, status), -1)
 WRAP(int, lstat, (const char* path, struct stat* status), (path, status), -1)

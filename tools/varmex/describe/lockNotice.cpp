@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <memory>
 
 #include "corpxiTools/fileSystem/fileStatus.h"
 #include "corpxiTools/fileSystem/inputFile.h"
@@ -15,17 +14,11 @@ namespace tool {
 
 namespace {
 
-using tOpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
-tOpenFile openFile(const std::string& path) {
-  return {varmex::openInputStream(path.c_str()), std::fclose};
-}
-
 // Whether another program holds the lock on the description, without waiting for it.
 bool isLockedElsewhere() {
-  const tOpenFile file = openFile(configurationPath());
+  const varmex::tInputFile file(configurationPath().c_str());
   halden::tNativeFileLock lock;
-  if (!file || !lock.attach(file.get())) return false;
+  if (!file.isOpen() || !lock.attach(file.descriptor())) return false;
   const halden::tLockAnswer answer = lock.tryLockShared();
   if (answer == halden::tLockAnswer::obtained) lock.unlock();
   return answer == halden::tLockAnswer::heldElsewhere;
@@ -37,7 +30,8 @@ std::string obstacle() {
   for (const std::string& path :
        {configurationPath(), varmex::getPxiSysPath(), varmex::getPxieSysPath()}) {
     const bool isThere = varmex::queryFileStatus(path.c_str()).code != varmex::kFileNotFound;
-    if (isThere && !openFile(path)) return withShownPaths(path) + " can't be opened";
+    if (isThere && !varmex::tInputFile(path.c_str()).isOpen())
+      return withShownPaths(path) + " can't be opened";
   }
   return {};
 }

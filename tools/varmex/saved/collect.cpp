@@ -28,11 +28,10 @@ constexpr std::size_t kMostChassisFileBytes = std::size_t{1} << 20;
 // there is no lock.
 class tSharedLock {
  public:
-  explicit tSharedLock(const std::string& path)
-      : file_(varmex::openInputStream(path.c_str()), std::fclose) {
-    if (!file_) return;
+  explicit tSharedLock(const std::string& path) : file_(path.c_str()) {
+    if (!file_.isOpen()) return;
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    if (!lock_.attach(file_.get())) refuse(path, "can't be locked");
+    if (!lock_.attach(file_.descriptor())) refuse(path, "can't be locked");
     halden::tLockAnswer answer = lock_.tryLockShared();
     while (answer == halden::tLockAnswer::heldElsewhere) {
       if (std::chrono::steady_clock::now() > end) {
@@ -47,7 +46,7 @@ class tSharedLock {
   tSharedLock(const tSharedLock&) = delete;
   tSharedLock& operator=(const tSharedLock&) = delete;
   ~tSharedLock() {
-    if (file_) lock_.unlock();
+    if (file_.isOpen()) lock_.unlock();
   }
 
  private:
@@ -55,7 +54,7 @@ class tSharedLock {
     throw std::runtime_error(path + ' ' + reason);
   }
 
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
+  varmex::tInputFile file_;
   halden::tNativeFileLock lock_;
 };
 

@@ -81,13 +81,4 @@ std::int64_t tInputFile::read(char* buffer, std::size_t size) {
   return static_cast<std::int64_t>(total);
 }
 
-std::FILE* openInputStream(const char* path, tLooked looked) {
-  struct stat status {};
-  const int descriptor = openRegularFile(path, looked, status);
-  if (descriptor < 0) return nullptr;
-  std::FILE* const stream = fdopen(descriptor, "r");
-  if (!stream) closeKeepingError(descriptor);
-  return stream;
-}
-
 }  // namespace varmex::inline nCORPXITOOLS000

@@ -37,6 +37,4 @@ std::int64_t tInputFile::read(char* buffer, std::size_t size) {
   return static_cast<std::int64_t>(total);
 }
 
-std::FILE* openInputStream(const char* path, tLooked) { return std::fopen(path, "rN"); }
-
 }  // namespace varmex::inline nCORPXITOOLS000

@@ -13,9 +13,9 @@ struct tNativeFileLock::tState {
 tNativeFileLock::tNativeFileLock() : state_(std::make_unique<tState>()) {}
 tNativeFileLock::~tNativeFileLock() = default;
 
-bool tNativeFileLock::attach(std::FILE* file) {
-  state_->file = fileno(file);
-  return state_->file >= 0;
+bool tNativeFileLock::attach(int descriptor) {
+  state_->file = descriptor;
+  return descriptor >= 0;
 }
 
 tLockAnswer tNativeFileLock::tryLockShared() {

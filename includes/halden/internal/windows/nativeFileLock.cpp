@@ -22,8 +22,8 @@ tNativeFileLock::~tNativeFileLock() {
   if (state_->range.hEvent) CloseHandle(state_->range.hEvent);
 }
 
-bool tNativeFileLock::attach(std::FILE* file) {
-  state_->file = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
+bool tNativeFileLock::attach(int descriptor) {
+  state_->file = reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
   state_->range.hEvent = CreateEventA(nullptr, FALSE, FALSE, nullptr);
   return state_->range.hEvent != nullptr;
 }
