@@ -236,6 +236,18 @@ TEST_F(tIni, findsAllOfManySectionsAndOfLargeOnesThatAreTakenUpAgain) {
   EXPECT_EQ(content(text), "[A]@496" + first + " [S]@498" + second + others);
 }
 
+// More items than texts of that size mostly have.
+TEST_F(tIni, keepsTheItemsOfShortLines) {
+  std::string text, expected;
+  for (int line = 1; line <= 300; ++line) {
+    const std::string number = std::to_string(line);
+    const std::string entry = line % 70 == 1 ? "[S" + number + "]" : "k" + number + "=v";
+    text += entry + '\n';
+    expected += ' ' + entry + '@' + number;
+  }
+  EXPECT_EQ(' ' + content(text), expected);
+}
+
 TEST_F(tIni, numbers) {
   EXPECT_EQ(read(&tIniFile::getNumber,
                  "12| +7 |-0|\" 5\t\"|2147483647|-2147483648|000000000000012|12abc|0x10|+ 5|+|1 2|"
