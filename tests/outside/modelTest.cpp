@@ -43,7 +43,6 @@ TEST_F(tSession, refusesWhatItCannotDo) {
   expectRefused(bad + R"({"message":"ItemIterator pointer cannot be null!"})",
                 varmex_ItemIterator_nextItem, nullptr, nullptr);
   varmex_ItemIterator position = 0;
-  expectRefused(none, varmex_openChassisByNumber, nullptr, 1U);
   expectRefused(none, varmex_openSlotByNumber, nullptr, 1U);
   expectRefused(none, varmex_openDeviceByAddr, nullptr, &address);
   expectRefused(none, varmex_openContainingItem, nullptr, 1U);

@@ -20,8 +20,7 @@ class tWrapper : public tModel {
         "[Chassis1Slot4]\nSlotType=PXIePeripheralSlot\n"
         "[Chassis2]\nVendor=V\nModel=M\nSerialNumber=T\nSlotList=\"\"\n");
     machine_.writePxiSys(
-        "[System]\nChassisList=1\n[Chassis1]\nVendor=V\nModel=M\nSlotList=\"\"\nTriggerBridgeList="
-        "1\n"
+        "[System]\nChassisList=1\n[Chassis1]\nSlotList=\"\"\nTriggerBridgeList=1\n"
         "[Chassis1TriggerBridge1]\nSourceTriggerBus=1\nDestinationTriggerBus=2\nLineMappingSpec=1\n"
         "[Chassis1LineMappingSpec1]\nPXI_TRIG0=1,2\n");
   }
@@ -258,8 +257,7 @@ TEST(tTriggerWays, areShortestFirstAndCarryALine) {
                                                   bridge(6, 4, 4, {{0, 7}}),
                                                   bridge(7, 4, 5, {{7, 7}}),
                                                   bridge(8, 3, 1, {{2, 2}})};
-  const auto shortest = varmex::WaysWanted::shortest;
-  const auto all = varmex::WaysWanted::all;
+  using enum varmex::WaysWanted;
   for (const auto& [from, to, wanted, most, ways] :
        {std::tuple{1U, 1U, all, 9U, " 0>1 1>2 2>4 3>8 4>16 5>32 6>64 7>128;"},
         {1U, 3U, shortest, 9U, "3 5>32;"},                   // one bridge rather than two
