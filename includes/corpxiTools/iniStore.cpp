@@ -125,6 +125,7 @@ class tIniStore::tLoad {
   static constexpr std::size_t kNone = ~std::size_t{0};
   static constexpr std::size_t kSmallestIndex = 64;
   static constexpr std::size_t kSmallestBlock = 16;
+  static constexpr std::size_t kUsualItem = 28;  // bytes of text, at least
 
   // False for a line that says nothing.
   bool takeLine(const tIniLine& line, std::uint32_t number) {
@@ -156,7 +157,7 @@ class tIniStore::tLoad {
     end -= isQuoted;
     *item.nameEnd = '\0';
     *end = '\0';
-    if (next_ == behindBlock_) enterNextBlock();
+    if (next_ == behindBlock_) enterNextBlock(item.name);
     *next_ = {item.name, value, static_cast<std::uint32_t>(item.nameEnd - item.name), number};
     storeItem(*next_);
   }
@@ -224,10 +225,11 @@ class tIniStore::tLoad {
     section.items = section.moved->data();
   }
 
-  // As many items as take the memory of the text, which is more than most texts have.
-  [[gnu::noinline]] void enterNextBlock() {
+  // For as many items as the text from there on mostly has.
+  [[gnu::noinline]] void enterNextBlock(const char* position) {
     const std::size_t begun = current_->moved ? 0 : current_->count;
-    const std::size_t size = std::max(size_ / sizeof(tIniItem), 2 * begun) + kSmallestBlock;
+    const auto left = static_cast<std::size_t>(store_.text_.get() + size_ - position);
+    const std::size_t size = std::max(left / kUsualItem, 2 * begun) + kSmallestBlock;
     auto block = std::make_unique_for_overwrite<tIniItem[]>(size);
     next_ = std::copy_n(current_->items, begun, block.get());
     behindBlock_ = block.get() + size;

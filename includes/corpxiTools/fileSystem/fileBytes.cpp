@@ -44,6 +44,7 @@ bool readWholeFile(tInputFile& file, std::size_t padding, tFileBytes& content,
   // One byte more than there is, so that the end is seen without another allocation.
   const std::uint64_t told = file.sizeAtOpen();
   std::uint64_t capacity = (told > 0 ? told : kFirstGuess) + 1;
+  std::size_t digested = 0;
   while (true) {
     enlarge(content, capacity + padding);
     char* const behind = content.bytes.get() + content.size;
@@ -53,8 +54,7 @@ bool readWholeFile(tInputFile& file, std::size_t padding, tFileBytes& content,
         digester && isFirst ? readShares(file, behind, room, *digester) : file.read(behind, room);
     if (count < 0) return false;
     content.size += static_cast<std::size_t>(count);
-    // What grew behind its last share is no longer that of the digest.
-    if (digester && !isFirst) (*digester = {}).add(textOf(content));
+    if (isFirst) digested = content.size;
     if (content.size < capacity) break;
     const std::uint64_t most = std::max(file.size(), kMostUntold) + 1;
     if (capacity >= most) {
@@ -63,6 +63,8 @@ bool readWholeFile(tInputFile& file, std::size_t padding, tFileBytes& content,
     }
     capacity = std::min(2 * capacity, most);
   }
+  // What came behind the last share can't be added to the digest.
+  if (digester && digested != content.size) (*digester = {}).add(textOf(content));
   std::memset(content.bytes.get() + content.size, 0, padding);
   return true;
 }
