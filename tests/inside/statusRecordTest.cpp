@@ -11,6 +11,7 @@
 #include "ostrel/quarks/synchronization.h"
 #include "ostrel/quarks/throwingStatus.h"
 #include "ostrel/quarks/trace.h"
+#include "tests/support/status.h"
 
 namespace varmex {
 
@@ -32,23 +33,17 @@ bool exactReallocate(tStatusRecord* record, std::uint32_t capacity) {
   return true;
 }
 
-class tOwned {
+class tOwned : public test::tStatus {
  public:
   explicit tOwned(std::int32_t code = 0, const char* text = nullptr,
-                  bool (*reallocate)(tStatusRecord*, std::uint32_t) = statusReallocate)
-      : record{code, 0, reallocate, nullptr} {
-    if (text) statusSetText(record, text);
-  }
-  ~tOwned() { statusReleaseText(record); }
-  tOwned(const tOwned&) = delete;
-  tOwned& operator=(const tOwned&) = delete;
-
-  std::string text() const { return record.text ? record.text : "-"; }
-  std::string state() const {
-    return std::to_string(record.code) + ' ' + text() + ' ' + std::to_string(record.capacity);
+                  bool (*reallocate)(tStatusRecord*, std::uint32_t) = statusReallocate) {
+    record() = {code, 0, reallocate, nullptr};
+    if (text) statusSetText(record(), text);
   }
 
-  tStatusRecord record;
+  std::string state() {
+    return std::to_string(code()) + ' ' + text() + ' ' + std::to_string(record().capacity);
+  }
 };
 
 TEST(Status, mergesByRule) {
@@ -62,25 +57,25 @@ TEST(Status, mergesByRule) {
     for (const auto reallocate : {statusReallocate, varmex_reallocateStatus}) {
       tOwned target(current, before.c_str(), reallocate);
       tOwned source(incoming, after.c_str());
-      EXPECT_EQ(statusMerge(target.record, source.record), replaced);
-      EXPECT_EQ(target.record.code, replaced ? incoming : current);
+      EXPECT_EQ(statusMerge(*target, *source), replaced);
+      EXPECT_EQ(target.code(), replaced ? incoming : current);
       EXPECT_EQ(target.text(), replaced ? after : before);
-      EXPECT_EQ(source.text(), replaced && reallocate == statusReallocate ? "-" : after)
+      EXPECT_EQ(source.text(), replaced && reallocate == statusReallocate ? "{}" : after)
           << "a text that merges moves, between records of one policy";
-      EXPECT_EQ(source.record.code, incoming);
+      EXPECT_EQ(source.code(), incoming);
     }
   }
 }
 
 TEST(Status, bufferSizes) {
   tOwned owned;
-  EXPECT_FALSE(statusReallocate(&owned.record, 0x80000000));
-  EXPECT_TRUE(statusReallocate(&owned.record, 513));
+  EXPECT_FALSE(statusReallocate(owned, 0x80000000));
+  EXPECT_TRUE(statusReallocate(owned, 513));
   EXPECT_EQ(owned.state(), "0 {} 1024");
-  EXPECT_TRUE(statusSetText(owned.record, std::string(1023, 'x').c_str()));
-  EXPECT_EQ(owned.record.capacity, 2048U);
-  EXPECT_TRUE(statusReallocate(&owned.record, 4));
-  EXPECT_EQ(owned.record.capacity, 2048U);
+  EXPECT_TRUE(statusSetText(*owned, std::string(1023, 'x').c_str()));
+  EXPECT_EQ(owned.record().capacity, 2048U);
+  EXPECT_TRUE(statusReallocate(owned, 4));
+  EXPECT_EQ(owned.record().capacity, 2048U);
   std::string endless(512, 'x');
   tStatusRecord shorter{0, 4, nullptr, endless.data()};
   EXPECT_FALSE(statusReallocate(&shorter, 8)) << "the text is longer than the record says";
@@ -104,10 +99,10 @@ TEST(FixedStatus, tellsWhatItHas) {
     std::uint32_t size = kFixedStatusSize;
     bool isEndless = false;
   } cases[] = {
-      {0, "c", "f", 0, "-"},
+      {0, "c", "f", 0, "{}"},
       {-7, "", "f", 0, R"({"file":"f","line":1})"},
       {-7, "c", "", 0, R"({"component":"c"})"},
-      {-7, "", "", 0, "-"},
+      {-7, "", "", 0, "{}"},
       {-7, "c", "f", -1, R"({"b":1})"},
       {-7, "\"", hundred.c_str(), 1, R"({"file":")" + hundred + R"(","line":1,"component":"\""})"},
       {-7, "component-name", longName.c_str(), 0,
@@ -128,9 +123,9 @@ TEST(FixedStatus, tellsWhatItHas) {
       std::memset(fixed.component, 'c', sizeof fixed.component);
     }
     tOwned owned(before, before == 0 ? nullptr : R"({"b":1})");
-    EXPECT_TRUE(statusFromFixed(fixed, owned.record));
+    EXPECT_TRUE(statusFromFixed(fixed, *owned));
     EXPECT_EQ(owned.text(), text);
-    EXPECT_EQ(owned.record.code, before < 0 ? before : code);
+    EXPECT_EQ(owned.code(), before < 0 ? before : code);
   }
 }
 
@@ -237,15 +232,15 @@ TEST(Refusal, leavesRecordsAsExceptionsDo) {
     };
     const auto throws = [&writes](tStatusRecord& record) {
       tOwned own;
-      writes(own.record);
-      statusMerge(record, own.record);
+      writes(*own);
+      statusMerge(record, *own);
     };
     for (const std::uint32_t bound : {0U, 4U, 60U, 200U, 1000000U, kStandard}) {
       largestBuffer = bound;
       for (const auto& [code, text] : records) {
         const auto stateAfter = [&, code = code, text = text](const auto& report) {
           tOwned caller(code, text, bound == kStandard ? varmex_reallocateStatus : exactReallocate);
-          report(caller.record);
+          report(*caller);
           return caller.state();
         };
         EXPECT_EQ(stateAfter([&](auto& record) { refusal.reportTo(record); }), stateAfter(throws));
