@@ -21,7 +21,7 @@ using varmex::Session;
 constexpr std::uint32_t kLastChassis = 9;
 constexpr std::uint32_t kLastSlot = 21;
 
-bool isNeverAnAnswer(std::int32_t) { return false; }
+bool isNoAnswer(std::int32_t) { return false; }
 bool isUnknown(std::int32_t code) { return code == varmex_errorUnknownItem; }
 bool isAbsence(std::int32_t code) {
   return varmex::meansNothing(code) && code != varmex_errorInformationNotAvailable;
@@ -53,22 +53,20 @@ class tAsker {
   }
 
   std::vector<tRefusal> run() {
-    ask("session", [&] {
+    ask("session", isNoAnswer, [&] {
       const Session session;
       for (std::uint32_t number = 0; number <= kLastChassis; ++number) {
-        ask(
-            "chassis " + std::to_string(number), [&] { askChassis(session.chassis(number)); },
-            isUnknown);
+        ask("chassis " + std::to_string(number), isUnknown,
+            [&] { askChassis(session.chassis(number)); });
       }
-      ask("all chassis", [&] { session.chassis(); });
-      ask("all devices", [&] { session.devices(); });
+      ask("all chassis", isNoAnswer, [&] { session.chassis(); });
+      ask("all devices", isNoAnswer, [&] { session.devices(); });
     });
     return std::move(refusals_);
   }
 
  private:
-  void ask(const std::string& question, const std::function<void()>& answer,
-           tIsAnswer isAnswer = isNeverAnAnswer) {
+  void ask(const std::string& question, tIsAnswer isAnswer, const std::function<void()>& answer) {
     if (!way_.empty() && !way_.contains(question)) return;
     try {
       answer();
@@ -84,8 +82,7 @@ class tAsker {
   void askAttributes(const std::string& about, const ItemBase& item,
                      const tool::tAttributes& attributes) {
     for (const tool::tAttribute& attribute : attributes) {
-      ask(
-          about + ", " + attribute.name, [&] { askAttribute(item, attribute); }, isAbsence);
+      ask(about + ", " + attribute.name, isAbsence, [&] { askAttribute(item, attribute); });
     }
   }
 
@@ -94,11 +91,10 @@ class tAsker {
     askAttributes("chassis " + number, chassis, tool::kChassisAttributes);
     for (const std::uint32_t slot : slots_) {
       const std::string name = "slot " + number + '/' + std::to_string(slot);
-      ask(
-          name, [&] { askSlot(name, chassis.slot(slot)); }, isUnknown);
+      ask(name, isUnknown, [&] { askSlot(name, chassis.slot(slot)); });
     }
-    ask("chassis " + number + ", slots", [&] { chassis.slots(); });
-    ask("chassis " + number + ", trigger bridges", [&] {
+    ask("chassis " + number + ", slots", isNoAnswer, [&] { chassis.slots(); });
+    ask("chassis " + number + ", trigger bridges", isNoAnswer, [&] {
       for (const varmex::TriggerBridge& bridge : chassis.triggerBridges()) {
         askAttributes("bridge " + number + '/' + std::to_string(bridge.number()), bridge,
                       tool::kBridgeAttributes);
@@ -108,7 +104,7 @@ class tAsker {
 
   void askSlot(const std::string& name, const varmex::Slot& slot) {
     askAttributes(name, slot, tool::kSlotAttributes);
-    ask(name + ", devices", [&] {
+    ask(name + ", devices", isNoAnswer, [&] {
       for (const varmex::Device& device : slot.devices())
         askAttributes(name + ", device", device, tool::kDeviceAttributes);
     });

@@ -22,7 +22,6 @@ class tRegistryKey {
  public:
   tRegistryKey();
   tRegistryKey(tRegistryKey&&) noexcept;
-  tRegistryKey& operator=(tRegistryKey&&) noexcept;
   ~tRegistryKey();
 
   // An empty `subkey` opens the root itself. A key that was open before is closed.

@@ -80,7 +80,6 @@ struct tRegistryKey::tNative {
 
 tRegistryKey::tRegistryKey() = default;
 tRegistryKey::tRegistryKey(tRegistryKey&&) noexcept = default;
-tRegistryKey& tRegistryKey::operator=(tRegistryKey&&) noexcept = default;
 tRegistryKey::~tRegistryKey() = default;
 
 std::uint32_t tRegistryKey::open(tRegistryRoot root, const std::string& subkey,
