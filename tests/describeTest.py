@@ -375,7 +375,8 @@ def testWatch(root):
                 assert json.loads(line)["time"].endswith("+05:30")
         if not ON_WINDOWS:  # where it is the system's own
             folder = root.file("")
-            for source, target, said in ((folder, root.folder / "away", "can't be read"), (root.folder / "away", folder, "can be read.")):
+            away = root.folder / "away"
+            for source, target, said in ((folder, away, "can't be read"), (away, folder, "can be read.")):
                 source.rename(target)
                 assert said in "".join(watch.take(1))
         assert once.wait(DEADLINE) == 0 and watch.poll() is None
@@ -476,7 +477,8 @@ def testLive(tmp_path, plans, faults):
     assert root.run("check").stdout == "No findings.\n"
 
 
-# Changes of a PCI tree (None takes a function away, others are added), one of pxiesys.ini, and what is found.
+# Changes of a PCI tree, of domain 0 unless they say another (None takes a function away, others are added), one of
+# pxiesys.ini, and what is found.
 # The modules 1/2, 1/3 and 2/3 are on the buses 3, 4 and 7 behind ports of their own (fe:02.0, fe:03.0, fc:03.0).
 NARROW, LANES, PORT = {"current_link_width": "4"}, {"current_link_width": "8", "max_link_width": "8"}, {"class": "0x060400"}
 SWITCH = {"fe:03.0": {"secondary_bus_number": "200"}, "c8:00.0": {**PORT, **LANES, "secondary_bus_number": "201"},
@@ -490,7 +492,8 @@ def module3(**texts):
 
 
 TREES = [
-    ({"03:00.1": None, "0001:03:00.1": {}, "0001:fe:00.0": {}}, None, [r"pxiesys.ini module-not-present .* 3.0.0 \(03:00.0\) of MODULE-1-2 ORX-\d+ Multimeter in slot 1/2, but no 3.0.1"]),
+    ({"03:00.1": None, "0001:03:00.1": {}, "0001:fe:00.0": {}}, None,
+     [r"pxiesys.ini module-not-present .* 3.0.0 \(03:00.0\) of MODULE-1-2 ORX-\d+ Multimeter in slot 1/2, but no 3.0.1"]),
     ({"07:1c.0": None, "07:1c.1": None}, None, ["pxisys.ini module-not-present PXI2Slot3 in slot 2/3 is not there"]),
     (CHASSIS_OFF, None, ["chassis-not-present none of the 2 modules of chassis 1"]),
     ({**CHASSIS_OFF, "02:00.0": None, "02:00.1": None}, None, ["module-not-present MODULE-1-1", "chassis-not-present"]),
