@@ -109,9 +109,7 @@ TEST_F(tChassis, findsItsDescriptionFile) {
   }
 }
 
-using tSlot = tModel;
-
-TEST_F(tSlot, busNamesFollowTheRegistry) {
+TEST_F(tChassis, namesItsBusesByTheRegistry) {
   using namespace std::string_literals;
   const std::string plain = "PXIChassis1TriggerBus1";
   const std::string stable = "PXIeChassis(S, V, M)/TriggerBus1";

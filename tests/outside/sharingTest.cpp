@@ -62,10 +62,8 @@ TEST_F(tSharing, opensAndClosesInThreads) {
   write("one");
   runInThreads(4, [](int) {
     for (int round = 0; round < 200; ++round) {
-      const tItem first = open();
-      const tItem second = open();
-      EXPECT_STREQ(busName(first), "one");
-      EXPECT_STREQ(busName(second), "one");
+      const tItem sessions[] = {open(), open()};
+      for (const tItem& session : sessions) EXPECT_STREQ(busName(session), "one");
     }
   });
   const tItem first = open();
