@@ -24,9 +24,8 @@ namespace agreement {
 namespace {
 
 using namespace std::string_literals;
+using test::cut;
 using tFindings = std::vector<tool::tFinding>;
-
-const char* const kFileNames[] = {"pxisys.ini", "pxiesys.ini"};
 
 constexpr const char* kRefusal = "a refusal of the library";
 
@@ -97,7 +96,7 @@ class tCase {
     if (finding.id == "unexplained-failure" || finding.id == "session-fails") {
       complain("no rule", text);
     }
-    const bool isFile = position.file == kFileNames[0] || position.file == kFileNames[1];
+    const bool isFile = position.file == "pxisys.ini" || position.file == "pxiesys.ini";
     if (!isFile || position.line == 0) complain("no place", text);
     const bool isValue = finding.id == "bad-list" || finding.id == "bad-number" ||
                          finding.id == "files-disagree" || finding.id == "unknown-slot-type";
@@ -150,13 +149,9 @@ class tCase {
       if (holds("(-380757): itemName: " + item + ", sectionName_: Chassis")) return true;
     }
     if (holds("attribute: 4102")) return true;  // of a relative path, without a registry
-    const std::size_t place = words.find("Section Chassis");
-    const std::size_t end = words.find(" item: ");
-    if (place == std::string::npos || end == std::string::npos || !holds(" not found")) {
-      return false;
-    }
-    const std::string section = words.substr(place + 8, end - place - 8);
-    if (section.find("Slot") == std::string::npos) return false;
+    const std::string section =
+        "Chassis" + cut(cut(words, "Section Chassis").second, " item: ").first;
+    if (!holds(" not found") || section.find("Slot") == std::string::npos) return false;
     for (const std::string item : tool::kOptionalItems) {
       if (!words.ends_with(" item: " + item + " not found")) continue;
       return item.find("Link") == std::string::npos ||

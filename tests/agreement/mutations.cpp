@@ -75,13 +75,14 @@ std::string changedValue(tLines& lines, const std::string& line, tRandom& random
 // Names that stand for each other, and numbers in names.
 std::string renamed(std::string name, tRandom& random) {
   if (name.empty()) return "Q";
-  const std::size_t set = name.find("SystemTiming");
-  if (set != std::string::npos && below(3, random) != 0) {
-    const bool hasStar = set >= 4 && name.compare(set - 4, 4, "Star") == 0;
-    return hasStar ? name.erase(set - 4, 4) : name.insert(set, "Star");
+  static const std::pair<std::string, const char*> kAlike[] = {
+      {"StarSystemTiming", "SystemTiming"}, {"SystemTiming", "StarSystemTiming"}, {"Sets", "Set"}};
+  for (const auto& [from, to] : kAlike) {
+    const std::size_t place = name.find(from);
+    if (place != std::string::npos && below(2, random) != 0) {
+      return name.replace(place, from.size(), to);
+    }
   }
-  const std::size_t sets = name.find("Sets");
-  if (sets != std::string::npos && below(2, random) != 0) return name.erase(sets + 3, 1);
   const std::size_t digit = name.find_last_of("0123456789");
   if (digit != std::string::npos && below(2, random) != 0) {
     name[digit] = "0123456789"[below(10, random)];
@@ -92,8 +93,8 @@ std::string renamed(std::string name, tRandom& random) {
 }
 
 const tLines kGarbage = split(
-    "garbage|[Chassis1Slot2|[]|=5|; comment|Key "
-    "=|[Chassis1]|[Chassis7]|[Chassis1Slot19]|[Chassis07]",
+    "garbage|[Chassis1Slot2|[]|=5|; comment|Key =|[Chassis1]|[Chassis7]|[Chassis1Slot19]|"
+    "[Chassis07]",
     "|");
 
 const std::string kStrangeSections[] = {

@@ -11,14 +11,13 @@
 #include "tests/support/texts.h"
 
 // What the compiler's own library knows of the processor.
-struct tProcessor {
-  unsigned vendor, type, subtype, features;
-};
-extern "C" tProcessor __cpu_model;
+extern "C" struct tProcessor { unsigned vendor, type, subtype, features; } __cpu_model;
 
 namespace varmex {
 
 namespace {
+
+using namespace std::string_literals;
 
 tContentDigest digestWithoutAvx2(std::string_view text) {
   const unsigned features = std::exchange(__cpu_model.features, 0U);
@@ -138,7 +137,6 @@ TEST_F(tIni, readsATextThatIsOrIsNotAsExpected) {
 }
 
 TEST_F(tIni, classifiesLines) {
-  using namespace std::string_literals;
   const std::pair<std::string, const char*> cases[] = {
       {"K=0\n[S]\nK=1", "[S]@2 K=1@3"},
       {"[ S ] trailing\n \t K \t=\v 1 ; two \f\n", "[S]@1 K=1 ; two@2"},
@@ -269,8 +267,7 @@ TEST_F(tIni, numbers) {
 
 TEST_F(tIni, reportsFilesThatItCannotRead) {
   EXPECT_FALSE(file_.read((path_ / "missing").string()));
-  for (const std::string& mark : {std::string("\xFF\xFE"), std::string("\xFE\xFF"),
-                                  std::string("\0\0\xFE\xFF", 4), std::string("\xFF\xFE\0\0", 4)}) {
+  for (const std::string& mark : {"\xFF\xFE"s, "\xFE\xFF"s, "\0\0\xFE\xFF"s, "\xFF\xFE\0\0"s}) {
     EXPECT_THROW(load(mark + "[S]\nK=1\n"), tIniException);
     EXPECT_FALSE(file_.hasSection("S"));
   }
