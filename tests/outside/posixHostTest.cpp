@@ -58,12 +58,17 @@ TEST_F(tHost, sessionsSeeWhatIsTheirs) {
   const fs::path root = machine_.folder().parent_path().parent_path() / "other";
   tTestMachine::write(root / "etc/pxi/pxisys.ini", kOneChassis);
   setenv("VARMEX_FSROOT", root.c_str(), 1);
-  // It sleeps for the thread of the first session, which has nothing to see.
-  const tItem other(varmex_openPXISession(0, status_));
-  tWaiter follower(other.get(), kLongWait);
+  // They sleep for the thread of the first session, which has nothing to see.
+  const tItem others[] = {tItem(varmex_openPXISession(0, status_)),
+                          tItem(varmex_openPXISession(0, status_))};
+  tWaiter followers[] = {tWaiter(others[0].get(), kLongWait), tWaiter(others[1].get(), kLongWait)};
   settle();
+  const auto begin = std::chrono::steady_clock::now();
+  varmex_cancelWaitForInvalidation(others[0].get());
+  EXPECT_EQ(followers[0].end(), varmex_waitCancelled);
   tTestMachine::write(root / "etc/pxi/pxiesys.ini", "x");
-  EXPECT_EQ(follower.end(), varmex_waitChanged);
+  EXPECT_EQ(followers[1].end(), varmex_waitChanged);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(kLongWait / 2));
   EXPECT_TRUE(leader.sleeps());
   varmex_cancelWaitForInvalidation(session_.get());
   EXPECT_EQ(leader.end(), varmex_waitCancelled);

@@ -178,6 +178,13 @@ const tWay kWays[] = {
        fs::create_hard_link(p / "root" / kFile, p / "name");
      },
      [](const fs::path& p) { std::ofstream(p / "name", std::ios::app) << "; more\n"; }},
+    {"the file's times are set", rootIsFolder,
+     [](const fs::path& p) {
+       const timespec both[] = {{1, 0}, {1, 0}};
+       utimensat(AT_FDCWD, (p / "root" / kFile).c_str(), both, 0);
+     }},
+    {"the other file comes from elsewhere", rootIsFolder,
+     [](const fs::path& p) { fs::rename(p / "two" / kFile, p / "root/etc/pxi/pxiesys.ini"); }},
     {"a parent folder is replaced", rootIsFolder,
      [](const fs::path& p) { exchange(p / "root/etc", p / "two/etc"); }},
     {"the folder is removed and made again while something stands in it",
