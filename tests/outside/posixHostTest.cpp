@@ -332,9 +332,11 @@ TEST_F(tCancellation, endsAnAsynchronousThreadWithTheFunction) {
   }
 }
 
+using tLoading = tWaiting;
+
 // A copy of the library, which this program does not hold on to, loaded, used and unloaded: one of
 // its own beside that of the program.
-TEST_F(tHost, loadsAndUnloadsWhatKeepsNothing) {
+TEST_F(tLoading, loadingAndUnloadingKeepsNothing) {
   describe("; classic\n", kRoutingDescription);
   machine_.setRegistryNumber("SOFTWARE\\X", "n", 1);
   Dl_info library{};

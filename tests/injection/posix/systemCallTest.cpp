@@ -210,10 +210,19 @@ TEST_F(tAmidCalls, aForkLeavesTheChildNoDescriptors) {
       ++forks;
       inChild([&] { EXPECT_EQ(openDescriptors(), before) << name << ' ' << forks; });
     };
-    EXPECT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
+    EXPECT_EQ(wait(50), varmex_waitTimedOut) << status_.text();
     session_.reset();
     EXPECT_GT(forks, 0) << name;
   }
+}
+
+TEST_F(tAmidCalls, whatIsWatchedIsNotWatchedAgain) {
+  session_.reset(varmex_openPXISession(0, status_));
+  EXPECT_EQ(wait(0), varmex_waitTimedOut) << status_.text();
+  machine_.write(machine_.folder() / "other", "x");
+  tSystemCalls calls;
+  EXPECT_EQ(wait(50), varmex_waitTimedOut) << status_.text();
+  EXPECT_EQ(calls.counts["inotify_add_watch"], 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(With, tSystemCallInjection, testing::ValuesIn(systemCalls()),
