@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <utility>
@@ -45,7 +44,6 @@ const std::vector<tSystemCall>& systemCalls() {
       {"open", {EACCES, EMFILE, ENOMEM, EINTR, ELOOP}},
       {"read", {EIO, EINTR}},
       {"close", {EINTR, EIO}},
-      {"fclose", {EIO}},
       {"fcntl", {ENOMEM}, {ENOMEM}},
       {"fstat", {EIO, ENOMEM}},
       {"stat", {EACCES, EIO, ENOMEM, ELOOP}},
@@ -132,6 +130,5 @@ WRAP(int, dladdr1, (const void* address, void* place, void** more, int flags), (
 WRAP(ssize_t, getrandom, (void* bytes, std::size_t size, unsigned flags), (bytes, size, flags), -1)
 WRAP(long, syscall, (long number, long a, long b, long c, long d, long e, long f), (number, a, b, c, d, e, f), -1)
 RELEASE(close, int)
-RELEASE(fclose, FILE*)
 RELEASE(dlclose, void*)
 // clang-format on
