@@ -266,6 +266,7 @@ TEST_F(tPosixWait, aFolderThatGoesEndsTheWait) {
   EXPECT_EQ(wait(50), varmex_waitTimedOut);
   const auto writes = [&] { tTestMachine::write(away / "pxiesys.ini", "x"); };
   EXPECT_EQ(waitDuring(writes), varmex_waitChanged) << status_.text();
+  EXPECT_EQ(varmex_waitForSessionInvalidation(other.get(), 0, status_), varmex_waitChanged);
   varmex_cancelWaitForInvalidation(other.get());
   EXPECT_EQ(varmex_waitForSessionInvalidation(other.get(), kLongWait, status_),
             varmex_waitCancelled);
