@@ -53,6 +53,11 @@ TEST_F(tResources, aLargeCalculationIsGivenBack) {
   telmar_ra_varmex_destroyRoute(session.get(), kTicket);
   EXPECT_EQ(status_.code(), 0) << status_.text();
   EXPECT_LT(memoryInUse() - before, 8192) << "a long token that was held";
+  calculate(session, '[' + one + ']', repeated("\"PXI_Trig5\"", kCount), status_);
+  for (std::uint32_t n = 0; n < 2 * kCount; ++n) {
+    telmar_ra_varmex_destroyRoute(session.get(), n % 1024 + 1);
+  }
+  EXPECT_LT(memoryInUse() - before, 200'000) << "many routes that were destroyed";
 }
 
 using tConcurrencyOfExit = tResources;
