@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <atomic>
 
 #include "tests/support/threads.h"
@@ -16,12 +17,17 @@ TEST_F(tWait, runsOutOfTime) {
   describe(kOneChassis, "");
   EXPECT_EQ(number(session_, varmex_u32_SessionIsCurrent), 1U);
   EXPECT_EQ(wait(0), varmex_waitTimedOut);
-  const auto start = tClock::now();
-  EXPECT_EQ(waitDuring([this] { machine_.write(machine_.folder() / "other", "x"); }, 200),
-            varmex_waitTimedOut)
-      << "a change that leaves the two files alone";
-  EXPECT_GE(tClock::now() - start, 190ms);
-  EXPECT_LE(tClock::now() - start, 15s);
+  // A busy machine may be late, but not always.
+  auto best = tClock::duration::max();
+  for (int attempt = 0; attempt < 5 && best > 700ms; ++attempt) {
+    const auto start = tClock::now();
+    EXPECT_EQ(waitDuring([this] { machine_.write(machine_.folder() / "other", "x"); }, 200),
+              varmex_waitTimedOut)
+        << "a change that leaves the two files alone";
+    best = std::min(best, tClock::now() - start);
+  }
+  EXPECT_GE(best, 190ms);
+  EXPECT_LE(best, 700ms);
   EXPECT_EQ(status_.code(), 0) << status_.text();
   std::filesystem::remove(machine_.folder() / "other");
 }
