@@ -14,9 +14,10 @@
 // A failure is "! " and what `refusal` takes; "throws TEXT" is a std::out_of_range. Lines that
 // begin with six blanks continue the one ahead.
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <map>
-#include <regex>
 #include <sstream>
 #include <stdexcept>
 
@@ -37,6 +38,8 @@ struct tCase {
   std::vector<std::string> lines;
 };
 
+bool isNoLetter(unsigned char byte) { return std::isalnum(byte) == 0; }
+
 std::vector<tCase> allCases() {
   std::vector<tCase> cases;
   for (const tool::tEmbedded* file : {&tool::kBridges, &tool::kChassis, &tool::kDevices,
@@ -44,7 +47,9 @@ std::vector<tCase> allCases() {
     std::istringstream stream{std::string(file->text)};
     for (std::string line; std::getline(stream, line);) {
       if (line.starts_with("== ")) {
-        cases.push_back({std::regex_replace(line.substr(3), std::regex("\\W"), "_"), {}});
+        std::string name = line.substr(3);
+        std::replace_if(name.begin(), name.end(), isNoLetter, '_');
+        cases.push_back({name, {}});
       } else if (line.starts_with("      ")) {
         cases.back().lines.back() += line.substr(5);
       } else if (!line.empty() && line[0] != '#') {
