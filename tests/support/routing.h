@@ -44,7 +44,7 @@ inline constexpr const char* kRoutingDescription =
     "[Chassis1Slot4]\nSlotType=PXIePeripheralSlot\nAddressInfo=PXI0::7-0.0::INSTR\n";
 
 // What a reservation fails with whose terminal is held under another token.
-inline const std::string kInUse = failure(-89137, "telmar::errors::kErrorResourcesInUseForRoute");
+inline constexpr const char* kInUse = "-89137 telmar::errors::kErrorResourcesInUseForRoute {}";
 
 // A session whose replies come from realloc.
 inline tRoutingSession openRouting(const std::string& device, tStatusRecord* status) {
