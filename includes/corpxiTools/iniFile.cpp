@@ -95,6 +95,7 @@ tNumberKind readNumber(const char* text, std::int32_t& number) {
 // False for a list that is none.
 bool readNumberList(const char* text, tNumbers& numbers) {
   if (*text == '\0') return true;
+  // A list that is read into the memory of others mostly has its room.
   if (numbers.capacity() == 0) {
     const auto commas = std::count(text, text + std::strlen(text), ',');
     numbers.reserve(static_cast<std::size_t>(commas) + 1);

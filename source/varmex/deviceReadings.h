@@ -20,14 +20,14 @@ namespace varmex {
 class tFunctionWalk {
  public:
   explicit tFunctionWalk(const tIniFile& file) : file_(file) {
-    levels_.reserve(kUsualDepth);
-    numbers_.reserve(kUsualDepth);
+    levels_.reserve(kUsual);
+    numbers_.reserve(kUsual);
   }
 
   tResult<> walkSlotFunctions(const tIniSection& section, std::vector<tDeviceAddress>& addresses);
 
  private:
-  static constexpr std::size_t kUsualDepth = 8;
+  static constexpr std::size_t kUsual = 8;  // levels, and numbers of all of them, at most
 
   // Sections that hang below one section and are still to be walked.
   struct tLevel {

@@ -12,7 +12,7 @@ namespace halden {
 class FileLockImpl {
  public:
   explicit FileLockImpl(std::FILE* file);
-  explicit FileLockImpl(int descriptor);
+  explicit FileLockImpl(int descriptor);  // of a file that is open without a stream
   FileLockImpl(const FileLockImpl&) = delete;
   FileLockImpl& operator=(const FileLockImpl&) = delete;
 

@@ -14,6 +14,7 @@ class tNativeFileLock {
   tNativeFileLock();
   ~tNativeFileLock();
 
+  // To the file behind the descriptor, before anything else.
   bool attach(int descriptor);
   tLockAnswer tryLockShared();
   bool unlock();

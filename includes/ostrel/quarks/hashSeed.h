@@ -24,7 +24,8 @@ class tHashSeed {
     return hash ^ hash >> 32;
   }
 
-  // Of two words at once.
+  // Of two words at once. Each is mixed with the key before they are multiplied: which words give
+  // the same product can't be told without it.
   std::uint64_t scramble(std::uint64_t first, std::uint64_t second) const {
     __extension__ using tWide = unsigned __int128;
     const tWide product = tWide{first ^ low_} * (second ^ high_);

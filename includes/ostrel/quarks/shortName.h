@@ -30,7 +30,7 @@ class tShortName {
     return error == std::errc() ? endAt(static_cast<std::size_t>(end - text_)) : *this;
   }
 
-  // Leaves the first bytes alone, up to as many as there are.
+  // Drops all but the first bytes. A name that has no more stays as it is.
   tShortName& cutTo(std::size_t length) { return endAt(std::min<std::size_t>(length, length_)); }
 
   std::string_view view() const { return {text_, length_}; }

@@ -30,8 +30,8 @@ std::string obstacle() {
   for (const std::string& path :
        {configurationPath(), varmex::getPxiSysPath(), varmex::getPxieSysPath()}) {
     const bool isThere = varmex::queryFileStatus(path.c_str()).code != varmex::kFileNotFound;
-    if (isThere && !varmex::tInputFile(path.c_str()).isOpen())
-      return withShownPaths(path) + " can't be opened";
+    if (!isThere || varmex::tInputFile(path.c_str()).isOpen()) continue;
+    return withShownPaths(path) + " can't be opened";
   }
   return {};
 }

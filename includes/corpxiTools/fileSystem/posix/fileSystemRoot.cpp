@@ -7,8 +7,7 @@ namespace varmex::inline nCORPXITOOLS000 {
 
 namespace {
 
-// What callers mostly put behind it.
-constexpr std::size_t kLongestPath = 40;
+constexpr std::size_t kRoomBehind = 40;  // for the path that a caller appends, mostly
 
 }  // namespace
 
@@ -16,7 +15,7 @@ std::string fileSystemRoot() {
   const char* const variable = secure_getenv("VARMEX_FSROOT");
   const std::string_view root = variable ? variable : "";
   std::string path;
-  path.reserve(root.size() + kLongestPath);
+  path.reserve(root.size() + kRoomBehind);
   path += root;
   return path;
 }

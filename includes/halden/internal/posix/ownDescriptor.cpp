@@ -65,6 +65,7 @@ bool tOwnDescriptor::isOurs(int number) const {
          fcntl(number, F_GETSIG) == mark_;
 }
 
+// A number without a mark is what the system has just answered, and closed unseen.
 void tOwnDescriptor::release() {
   for (int* const number : {&former_, &number_}) {
     if (*number >= 0 && (mark_ == 0 || isOurs(*number))) close(*number);

@@ -15,9 +15,11 @@ class tOwnDescriptor {
   tOwnDescriptor& operator=(const tOwnDescriptor&) = delete;
   ~tOwnDescriptor() { release(); }
 
-  // Takes over what a system call answered; false with its reason left when that was none. `expect`
-  // is for a number that must wait for that: from then on the child of a fork closes it, too.
+  // Notes what a system call has just answered, so that the child of a fork closes it from then on.
+  // `adopt` follows, after other calls of that kind at most.
   void expect(int number) { number_ = number; }
+
+  // Takes over what a system call answered; false with its reason left when that was none.
   bool adopt(int number);
 
   bool isOurs() const;
