@@ -104,9 +104,9 @@ bool readNumberList(const char* text, tNumbers& numbers) {
     const tSignedText parsed = readSigned(text);
     if (!parsed.end) return false;
     numbers.push_back(static_cast<std::uint32_t>(parsed.value));
-    text = *parsed.end == ',' ? parsed.end : std::strchr(parsed.end, ',');
-    if (!text) return true;
-    ++text;
+    text = parsed.end;
+    while (*text && *text != ',') ++text;
+    if (*text++ == '\0') return true;
   }
 }
 

@@ -55,24 +55,12 @@ class tIniFile {
     return found;
   }
 
-  // The same, at less cost for a section that stands just behind an earlier one, if there is one.
-  const tIniSection* findSectionBehind(const tIniSection* earlier, std::string_view section) const {
-    const tIniSection* found = earlier ? store_.lookBehind(*earlier, section) : nullptr;
-    if (!found) found = store_.findSection(section);
+  // The same, at less cost for a section that stands not far behind an earlier one, if there is
+  // one.
+  const tIniSection* findSectionBehind(const tIniSection* earlier,
+                                       const tNumberedName& section) const {
+    const tIniSection* const found = store_.findSectionBehind(earlier, section);
     observeSection(*this, section, found);
-    return found;
-  }
-
-  // The section whose name begins with that of another one. It mostly stands just behind it, and
-  // `name` is for when it does not.
-  const tIniSection* findSectionBelow(const tIniSection& parent, std::string_view tail,
-                                      std::string& name) const {
-    const tIniSection* found = store_.lookBehind(parent, parent.nameView(), tail);
-    if (!found) {
-      name.assign(parent.nameView()).append(tail);
-      found = store_.findSection(name);
-    }
-    observeSection(*this, found ? found->nameView() : name, found);
     return found;
   }
 

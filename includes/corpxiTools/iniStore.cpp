@@ -373,30 +373,11 @@ const tIniSection* tIniStore::findSection(std::string_view name) const {
   return found ? &sections_[found - 1] : nullptr;
 }
 
-template <class IsWanted>
-const tIniSection* tIniStore::searchBehind(const tIniSection& earlier, IsWanted isWanted) const {
-  constexpr std::ptrdiff_t kMostLooks = 6;
-  if (hasTwins_) return nullptr;
-  const tIniSection* const behind = &earlier + 1;
-  const tIniSection* const end = sections_.data() + sections_.size();
-  const tIniSection* const stop = behind + std::min(kMostLooks, end - behind);
-  const tIniSection* const found = std::find_if(behind, stop, isWanted);
-  return found == stop ? nullptr : found;
-}
-
-const tIniSection* tIniStore::lookFurtherBehind(const tIniSection& earlier,
-                                                std::string_view name) const {
-  return searchBehind(
-      earlier, [name](const tIniSection& section) { return isSameName(section.nameView(), name); });
-}
-
-const tIniSection* tIniStore::lookBehind(const tIniSection& earlier, std::string_view head,
-                                         std::string_view tail) const {
-  return searchBehind(earlier, [head, tail](const tIniSection& section) {
-    return section.nameLength == head.size() + tail.size() &&
-           isSameName({section.name + head.size(), tail.size()}, tail) &&
-           isSameName({section.name, head.size()}, head);
-  });
+const tIniSection* tIniStore::findSection(const tNumberedName& name) const {
+  char usual[64];
+  if (name.size() > sizeof usual) return findSection(name.text());
+  name.writeTo(usual);
+  return findSection(std::string_view(usual, name.size()));
 }
 
 const tIniItem* tIniStore::findItem(std::string_view section, std::string_view item) const {

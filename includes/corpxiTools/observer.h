@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "ostrel/quarks/numberedName.h"
+
 namespace varmex::inline nCORPXITOOLS000 {
 
 class tIniFile;
@@ -20,6 +22,10 @@ enum class tRegistryView;
 #ifdef VARMEX_OBSERVED
 
 void observeSection(const tIniFile& file, std::string_view name, const tIniSection* found);
+inline void observeSection(const tIniFile& file, const tNumberedName& name,
+                           const tIniSection* found) {
+  observeSection(file, name.text(), found);
+}
 void observeItem(const tIniFile& file, const tIniSection* section, std::string_view item,
                  const tIniItem* found);
 
@@ -44,7 +50,8 @@ void observePlaceBy(const Find& find) {
 
 #else
 
-inline void observeSection(const tIniFile&, std::string_view, const tIniSection*) {}
+template <class Name>
+void observeSection(const tIniFile&, const Name&, const tIniSection*) {}
 inline void observeItem(const tIniFile&, const tIniSection*, std::string_view, const tIniItem*) {}
 inline void observeMissing(const tIniFile&, const tIniPlace&, std::string_view) {}
 inline std::uint32_t observeKey(const void*, tRegistryRoot, const std::string&, tRegistryView,

@@ -1,5 +1,6 @@
 #include "source/varmex/DeviceMap.h"
 
+#include <cstring>
 #include <utility>
 
 #include "source/varmex/deviceReadings.h"
@@ -10,22 +11,32 @@ namespace varmex {
 namespace {
 
 // Calls `take(section, chassis, slot)` for each slot that the chassis list and that has a section,
-// until it refuses. Slots mostly stand in the order of their list.
+// until it refuses. Slots mostly stand in the order of their list, and chassis of one model list
+// the same.
 template <class Take>
 tResult<> forEachSlot(const tIniFile& file, tNumbers chassisNumbers, Take take) {
-  const tIniSection* section = nullptr;  // the last that was found
+  const tIniSection* last = nullptr;  // that was found
+  const char* read = nullptr;         // the list that the slots are from
   tNumbers slots;
   dropRepeats(chassisNumbers);
   for (const std::uint32_t chassis : chassisNumbers) {
-    tShortName name = chassisKey(chassis);
-    const auto listed = listOnce(file, file.placeOf(name), "SlotList", slots);
-    if (!listed) return listed.refusal();
-    const std::size_t head = name.add("Slot").view().size();
+    const auto* const owner = file.findSectionBehind(last, {{}, "Chassis", chassis});
+    const tShortName name = chassisKey(chassis);
+    const tIniPlace place = owner ? tIniPlace(*owner) : tIniPlace(name);
+    const auto list = file.getItem(place, "SlotList");
+    if (!list) return list.refusal();
+    last = owner;
+    if (!read || std::strcmp(read, (*list)->value) != 0) {
+      slots.clear();
+      const auto done = appendEachOnce(*owner, **list, slots);
+      if (!done) return done.refusal();
+      read = (*list)->value;
+    }
     for (const std::uint32_t slot : slots) {
-      const auto* const found = file.findSectionBehind(section, name.cutTo(head).add(slot));
+      const auto* const found = file.findSectionBehind(last, {name, "Slot", slot});
       if (!found) continue;
-      section = found;
-      const auto done = take(*section, chassis, slot);
+      last = found;
+      const auto done = take(*found, chassis, slot);
       if (!done) return done.refusal();
     }
   }
@@ -39,8 +50,8 @@ constexpr std::uint64_t keyOf(const tDeviceAddress& address) {
 constexpr std::size_t kUsualFunctions = 8;  // of a slot, at most
 
 // Out of the way of what finds no conflict.
-[[gnu::noinline]] tRefusal conflictOf(const tDevicePlace& existing, const tDevicePlace& place,
-                                      const tDeviceAddress& address) {
+[[gnu::noinline]] tResult<> conflictOf(const tDevicePlace& existing, const tDevicePlace& place,
+                                       const tDeviceAddress& address) {
   return tRefusal(kErrorInformationConflict, OSTREL_HERE)
       .u32("existingChassis", existing.chassis)
       .u32("existingSlot", existing.slot)
@@ -50,6 +61,20 @@ constexpr std::size_t kUsualFunctions = 8;  // of a slot, at most
       .i32("dev", static_cast<std::int32_t>(address.device))
       .debug()
       .text("description", "Conflicting chassis/slot information was found  for a device");
+}
+
+// The devices of a slot. Refused when one of them is in another slot.
+tResult<> enter(const std::vector<tDeviceAddress>& addresses, const tDevicePlace& place,
+                tNumberMap<tDevicePlace>& places) {
+  if (addresses.empty()) return kDone;
+  std::uint64_t last = ~keyOf(addresses.front());
+  for (const tDeviceAddress& address : addresses) {
+    const std::uint64_t key = keyOf(address);
+    if (key == std::exchange(last, key)) continue;  // functions of one device mostly stand together
+    const auto [existing, isNew] = places.insert(key, place);
+    if (!isNew && !(existing == place)) return conflictOf(existing, place, address);
+  }
+  return kDone;
 }
 
 }  // namespace
@@ -64,7 +89,7 @@ tResult<> DeviceMap::enterClassic(const tIniFile& pxiSys, tNumbers chassisNumber
     addresses.clear();
     const auto done = walk.walkSlotFunctions(section, addresses);
     if (!done) return done.refusal();
-    return enter(addresses, {chassis, slot, 0});
+    return enter(addresses, {chassis, slot, 0}, places_);
   };
   return forEachSlot(pxiSys, std::move(chassisNumbers), take);
 }
@@ -78,23 +103,9 @@ tResult<> DeviceMap::enterExpress(const tIniFile& pxieSys, tNumbers chassisNumbe
     if (!names) return kDone;
     addresses.clear();
     parseResourceNames(names->value, addresses);
-    return enter(addresses, {chassis, slot, 1});
+    return enter(addresses, {chassis, slot, 1}, places_);
   };
   return forEachSlot(pxieSys, std::move(chassisNumbers), take);
-}
-
-tResult<> DeviceMap::enter(const std::vector<tDeviceAddress>& addresses,
-                           const tDevicePlace& place) {
-  if (addresses.empty()) return kDone;
-  std::uint64_t last = ~keyOf(addresses.front());
-  for (const tDeviceAddress& address : addresses) {
-    const std::uint64_t key = keyOf(address);
-    if (key == std::exchange(last, key)) continue;  // functions of one device mostly stand together
-    const auto [existing, isNew] = places_.insert(key, place);
-    if (isNew || existing == place) continue;
-    return conflictOf(existing, place, address);
-  }
-  return kDone;
 }
 
 tResult<tDevicePlace> DeviceMap::find(const tDeviceAddress& address) const {

@@ -22,8 +22,6 @@ class DeviceMap {
   tResult<tDevicePlace> find(const tDeviceAddress& address) const;
 
  private:
-  tResult<> enter(const std::vector<tDeviceAddress>& addresses, const tDevicePlace& place);
-
   tNumberMap<tDevicePlace> places_;
 };
 

@@ -69,7 +69,8 @@ Slot::Slot(const tSlotPlace& place) : place_(place) {}
 
 tResult<tSlotPlace> Slot::find(std::uint32_t chassisNumber, std::uint32_t slotNumber,
                                const tDescription& description, const tSectionPair& earlier) {
-  const tSectionPair sections = description.sections(slotKey(chassisNumber, slotNumber), earlier);
+  const tShortName chassis = chassisKey(chassisNumber);
+  const tSectionPair sections = description.sections({chassis, "Slot", slotNumber}, earlier);
   if (sections) return tSlotPlace{chassisNumber, slotNumber, sections, &description};
   return tRefusal(kErrorUnknownItem, OSTREL_HERE)
       .text("type", "slot")

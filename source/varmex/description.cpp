@@ -48,19 +48,20 @@ void dropRepeats(tNumbers& numbers, std::size_t first) {
 }
 
 tResult<tNumbers> listedOnce(const tIniFile& file, const tIniPlace& place, tLiteral list) {
+  const auto item = file.getItem(place, list);
+  if (!item) return item.refusal();
   tNumbers numbers;
-  const auto done = listOnce(file, place, list, numbers);
+  const auto done = appendEachOnce(*place.found, **item, numbers);
   if (!done) return done.refusal();
   return numbers;
 }
 
-tResult<> listOnce(const tIniFile& file, const tIniPlace& place, tLiteral list, tNumbers& numbers) {
-  const auto item = file.getItem(place, list);
-  if (!item) return item.refusal();
-  numbers.clear();
-  const auto done = tIniFile::appendNumbersOf(*place.found, **item, numbers);
+tResult<> appendEachOnce(const tIniSection& section, const tIniItem& list, tNumbers& numbers) {
+  const std::size_t first = numbers.size();
+  const auto done = tIniFile::appendNumbersOf(section, list, numbers);
   if (!done) return done.refusal();
-  dropRepeats(numbers);
+  // A number named twice would have all below it walked twice, and so on at every level.
+  dropRepeats(numbers, first);
   return kDone;
 }
 

@@ -26,7 +26,7 @@ struct tDescriptionFiles {
   }
 
   // The same, at less cost for what stands just behind earlier sections, if there are some.
-  tSectionPair sections(std::string_view name, const tSectionPair& earlier) const {
+  tSectionPair sections(const tNumberedName& name, const tSectionPair& earlier) const {
     return {pxiSys.findSectionBehind(earlier.classic, name),
             pxieSys.findSectionBehind(earlier.express, name)};
   }
@@ -62,10 +62,12 @@ inline tShortName slotKey(std::uint32_t chassis, std::uint32_t slot) {
 // repeats itself costs no more than its length.
 void dropRepeats(tNumbers& numbers, std::size_t first = 0);
 
-// The numbers of a list that must be there, each once; into the place of others for the sake of
-// their memory.
+// The numbers of a list that must be there, each once.
 tResult<tNumbers> listedOnce(const tIniFile& file, const tIniPlace& place, tLiteral list);
-tResult<> listOnce(const tIniFile& file, const tIniPlace& place, tLiteral list, tNumbers& numbers);
+
+// The numbers of a list behind those that are in `numbers`, each once. A refusal leaves a part of
+// them there.
+tResult<> appendEachOnce(const tIniSection& section, const tIniItem& list, tNumbers& numbers);
 
 // A number of a file as the slots and lines are numbered, negative ones modulo 2^32.
 inline tResult<std::uint32_t> asUnsigned(const tResult<std::int32_t>& number) {

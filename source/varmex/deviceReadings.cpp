@@ -107,7 +107,7 @@ tResult<> tFunctionWalk::walkLevels(std::vector<tDeviceAddress>& addresses) {
 tResult<> tFunctionWalk::walkFunction(const tIniSection& parent, std::uint32_t function,
                                       std::vector<tDeviceAddress>& addresses) {
   const tIniSection* const section =
-      file_.findSectionBelow(parent, tShortName("Function", function), name_);
+      file_.findSectionBehind(&parent, {parent.nameView(), "Function", function});
   if (!section) return kDone;
   const auto done = recordAddress(*section, function, addresses);
   if (!done) return done.refusal();
@@ -116,10 +116,11 @@ tResult<> tFunctionWalk::walkFunction(const tIniSection& parent, std::uint32_t f
 }
 
 tResult<> tFunctionWalk::walkBridgeDevice(const tIniSection& parent, std::uint32_t device) {
-  const tShortName name("Device", device);
-  const tIniSection* const section = file_.findSectionBelow(parent, name, name_);
-  const auto functions =
-      file_.getItem(section ? tIniPlace(*section) : tIniPlace(name, &parent), kFunctionList);
+  const tIniSection* const section =
+      file_.findSectionBehind(&parent, {parent.nameView(), "Device", device});
+  const auto functions = file_.getItem(
+      section ? tIniPlace(*section) : tIniPlace(tShortName("Device", device), &parent),
+      kFunctionList);
   if (!functions) return functions.refusal();
   return descend(*section, **functions, true);
 }
@@ -143,11 +144,7 @@ tResult<> tFunctionWalk::descend(const tIniSection& section, const tIniItem& lis
                                  bool toFunctions) {
   const std::size_t first = numbers_.size();
   levels_.push_back({&section, first, first, toFunctions});
-  const auto done = tIniFile::appendNumbersOf(section, list, numbers_);
-  if (!done) return done.refusal();
-  // A number named twice would walk all below it twice, and so on at every level.
-  dropRepeats(numbers_, first);
-  return kDone;
+  return appendEachOnce(section, list, numbers_);
 }
 
 void parseResourceNames(const char* text, std::vector<tDeviceAddress>& addresses) {

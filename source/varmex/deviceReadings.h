@@ -55,7 +55,6 @@ class tFunctionWalk {
 
   const tIniFile& file_;
   tPlaces places_;
-  std::string name_;                    // of the section that is looked for
   std::vector<tLevel> levels_;          // the last one is being walked
   std::vector<std::uint32_t> numbers_;  // of all levels
 };

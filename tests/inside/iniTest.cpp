@@ -59,15 +59,16 @@ class tIni : public testing::Test {
       names.insert(section.nameView());
       for (const tIniItem& item : itemsOf(section)) names.insert(item.nameView());
     }
-    std::string below;
     for (const std::string_view name : names) {
-      const tIniSection* const section = first(sections(), name);
-      EXPECT_EQ(file_.findSection(name), section) << name;
+      EXPECT_EQ(file_.findSection(name), first(sections(), name)) << name;
+      const std::string_view word = name.substr(0, name.find_last_not_of("0123456789") + 1);
+      const std::uint32_t number = readUnsignedBase0(name.substr(word.size()).data()).value;
       for (const tIniSection& other : sections()) {
-        EXPECT_EQ(file_.findSectionBehind(&other, name), section) << name;
-        EXPECT_EQ(file_.findSectionBelow(other, name, below),
-                  first(sections(), std::string(other.name) + std::string(name)))
-            << other.name << name;
+        for (const std::string_view head : {std::string_view(), other.nameView()}) {
+          const tNumberedName numbered(head, word, number);
+          EXPECT_EQ(file_.findSectionBehind(&other, numbered), first(sections(), numbered.text()))
+              << numbered.text() << " behind " << other.name;
+        }
         const tIniItem* const item = first(itemsOf(other), name);
         EXPECT_EQ(file_.findItem(&other, name), item) << name;
         for (std::size_t from = 0; from <= other.count; ++from) {
