@@ -125,7 +125,7 @@ class tIniStore::tLoad {
   static constexpr std::size_t kNone = ~std::size_t{0};
   static constexpr std::size_t kSmallestIndex = 64;
   static constexpr std::size_t kSmallestBlock = 16;
-  static constexpr std::size_t kUsualItem = 28;  // bytes of text, at least
+  static constexpr std::size_t kUsualItem = 28;  // bytes of text an item mostly takes, at least
 
   // False for a line that says nothing.
   bool takeLine(const tIniLine& line, std::uint32_t number) {
@@ -225,7 +225,8 @@ class tIniStore::tLoad {
     section.items = section.moved->data();
   }
 
-  // For as many items as the text from there on mostly has.
+  // Items stand in blocks: in one, mostly, that has room for what comes behind its beginning in the
+  // text. The items of a section that reaches into the next block move there, to stay together.
   [[gnu::noinline]] void enterNextBlock(const char* position) {
     const std::size_t begun = current_->moved ? 0 : current_->count;
     const auto left = static_cast<std::size_t>(store_.text_.get() + size_ - position);

@@ -30,9 +30,6 @@ class tShortName {
     return error == std::errc() ? endAt(static_cast<std::size_t>(end - text_)) : *this;
   }
 
-  // Drops all but the first bytes. A name that has no more stays as it is.
-  tShortName& cutTo(std::size_t length) { return endAt(std::min<std::size_t>(length, length_)); }
-
   std::string_view view() const { return {text_, length_}; }
   operator std::string_view() const { return view(); }
   const char* c_str() const { return text_; }
