@@ -55,8 +55,8 @@ class tIniFile {
     return found;
   }
 
-  // The same, at less cost for a section that stands not far behind an earlier one, if there is
-  // one.
+  // The same, at less cost for a section that stands not far behind an earlier one of this file, if
+  // there is one.
   const tIniSection* findSectionBehind(const tIniSection* earlier,
                                        const tNumberedName& section) const {
     const tIniSection* const found = store_.findSectionBehind(earlier, section);

@@ -64,16 +64,16 @@ class tIniStore {
   int load(tIniText text);
 
   const tIniSection* findSection(std::string_view name) const;
-  const tIniSection* findSection(const tNumberedName& name) const;
 
-  // The same, at less cost for a section that stands not far behind an earlier one, if there is
-  // one.
+  // The same, at less cost for a section that stands not far behind an earlier one of this store,
+  // if there is one.
   const tIniSection* findSectionBehind(const tIniSection* earlier,
                                        const tNumberedName& name) const {
     if (earlier && !hasTwins_) {
-      const std::ptrdiff_t left = sections_.data() + sections_.size() - earlier;
-      const tIniSection* const stop = earlier + std::min(kMostLooks, left);
-      for (const tIniSection* section = earlier + 1; section != stop; ++section) {
+      const tIniSection* const begin = earlier + 1;
+      const std::ptrdiff_t left = sections_.data() + sections_.size() - begin;
+      const tIniSection* const stop = begin + std::min(kMostLooks, left);
+      for (const tIniSection* section = begin; section != stop; ++section) {
         if (name.is(section->nameView())) return section;
       }
     }
@@ -105,7 +105,7 @@ class tIniStore {
   int firstBadLine() const { return firstBadLine_; }
 
  private:
-  static constexpr std::ptrdiff_t kMostLooks = 16;  // what mostly stands ahead of a chassis's slots
+  static constexpr std::ptrdiff_t kMostLooks = 12;  // from a chassis to its first slot, mostly
 
   class tLoad;
 
@@ -116,6 +116,7 @@ class tIniStore {
   };
 
   void clear();
+  const tIniSection* findSection(const tNumberedName& name) const;
   std::size_t findPlace(std::string_view name, std::uint32_t hash) const;
 
   std::unique_ptr<char[]> text_;

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <utility>
+#include <vector>
 
 #include "source/varmex/deviceReadings.h"
 #include "source/varmex/errorCodes.h"
@@ -20,8 +21,8 @@ tResult<> forEachSlot(const tIniFile& file, tNumbers chassisNumbers, Take take) 
   tNumbers slots;
   dropRepeats(chassisNumbers);
   for (const std::uint32_t chassis : chassisNumbers) {
-    const auto* const owner = file.findSectionBehind(last, {{}, "Chassis", chassis});
     const tShortName name = chassisKey(chassis);
+    const auto* const owner = file.findSectionBehind(last, {{}, "Chassis", chassis});
     const tIniPlace place = owner ? tIniPlace(*owner) : tIniPlace(name);
     const auto list = file.getItem(place, "SlotList");
     if (!list) return list.refusal();

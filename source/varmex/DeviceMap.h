@@ -1,8 +1,6 @@
 #ifndef SOURCE_VARMEX_DEVICEMAP_H
 #define SOURCE_VARMEX_DEVICEMAP_H
 
-#include <vector>
-
 #include "ostrel/quarks/numberMap.h"
 #include "source/varmex/Device.h"
 #include "source/varmex/description.h"

@@ -60,7 +60,6 @@ tResult<> appendEachOnce(const tIniSection& section, const tIniItem& list, tNumb
   const std::size_t first = numbers.size();
   const auto done = tIniFile::appendNumbersOf(section, list, numbers);
   if (!done) return done.refusal();
-  // A number named twice would have all below it walked twice, and so on at every level.
   dropRepeats(numbers, first);
   return kDone;
 }

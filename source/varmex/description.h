@@ -25,7 +25,7 @@ struct tDescriptionFiles {
     return {pxiSys.findSection(name), pxieSys.findSection(name)};
   }
 
-  // The same, at less cost for what stands just behind earlier sections, if there are some.
+  // The same, at less cost for what stands not far behind earlier sections, if there are some.
   tSectionPair sections(const tNumberedName& name, const tSectionPair& earlier) const {
     return {pxiSys.findSectionBehind(earlier.classic, name),
             pxieSys.findSectionBehind(earlier.express, name)};
@@ -65,8 +65,8 @@ void dropRepeats(tNumbers& numbers, std::size_t first = 0);
 // The numbers of a list that must be there, each once.
 tResult<tNumbers> listedOnce(const tIniFile& file, const tIniPlace& place, tLiteral list);
 
-// The numbers of a list behind those that are in `numbers`, each once. A refusal leaves a part of
-// them there.
+// The numbers of a list, each of them once, behind those that are in `numbers`. A refusal leaves a
+// part of them there.
 tResult<> appendEachOnce(const tIniSection& section, const tIniItem& list, tNumbers& numbers);
 
 // A number of a file as the slots and lines are numbered, negative ones modulo 2^32.

@@ -144,6 +144,7 @@ tResult<> tFunctionWalk::descend(const tIniSection& section, const tIniItem& lis
                                  bool toFunctions) {
   const std::size_t first = numbers_.size();
   levels_.push_back({&section, first, first, toFunctions});
+  // Each once: a number named twice would walk all below it twice, and so on at every level.
   return appendEachOnce(section, list, numbers_);
 }
 

@@ -1,8 +1,6 @@
 #ifndef SOURCE_VARMEX_DEVICEREADINGS_H
 #define SOURCE_VARMEX_DEVICEREADINGS_H
 
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "corpxiTools/iniFile.h"

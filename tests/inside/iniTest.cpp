@@ -61,11 +61,11 @@ class tIni : public testing::Test {
     }
     for (const std::string_view name : names) {
       EXPECT_EQ(file_.findSection(name), first(sections(), name)) << name;
-      const std::string_view word = name.substr(0, name.find_last_not_of("0123456789") + 1);
-      const std::uint32_t number = readUnsignedBase0(name.substr(word.size()).data()).value;
+      const std::string_view words = name.substr(0, name.find_last_not_of("0123456789") + 1);
+      const std::uint32_t number = readUnsignedBase0(name.substr(words.size()).data()).value;
       for (const tIniSection& other : sections()) {
-        for (const std::string_view head : {std::string_view(), other.nameView()}) {
-          const tNumberedName numbered(head, word, number);
+        for (std::size_t head = 0; head <= words.size(); ++head) {
+          const tNumberedName numbered(words.substr(0, head), words.substr(head), number);
           EXPECT_EQ(file_.findSectionBehind(&other, numbered), first(sections(), numbered.text()))
               << numbered.text() << " behind " << other.name;
         }
@@ -170,14 +170,16 @@ TEST_F(tIni, classifiesLines) {
       {"[S]\nZ=1\nA=1\nK=1\nZ=2\n", "[S]@1 Z=1@2 A=1@3 K=1@4 Z=2@5"},
       {"[S]\nK=1\n[A]\nX=1\n[B]\nX=1\n[S]\nK=2\n",
        "[S]@1 K=1@2 [A]@3 X=1@4 [B]@5 X=1@6 [S]@7 K=2@8"},
-      {"[C]\nK=3\n[B]\nK=2\n[A]\n[D]\nK=4\n[C]\nK=9\n[B]\n",
-       "[C]@1 K=3@2 [B]@3 K=2@4 [A]@5 [D]@6 K=4@7 [C]@8 K=9@9 [B]@10"},
+      {"[C1]\nK=3\n[B1]\nK=2\n[A1]\n[D1]\nK=4\n[C1]\nK=9\n[B1]\n",
+       "[C1]@1 K=3@2 [B1]@3 K=2@4 [A1]@5 [D1]@6 K=4@7 [C1]@8 K=9@9 [B1]@10"},
       // The last search found the very section.
       {"[A]\nX=1\n[S]\nK=0\n[S]\nK=1\n[0]\nX=1\n[1]\n[2]\nX=1\n[S]\nK=2\n",
        "[A]@1 X=1@2 [S]@12 K=2@13 [0]@7 X=1@8 [1]@9 [2]@10 X=1@11"},
       // Names that begin alike.
       {"[A]\nB=1\nC=2\n[ABC]\n[AB]\nC=3\nB=4\n[B]\n[C]\n[AC]\nD=5",
        "[A]@1 B=1@2 C=2@3 [ABC]@4 [AB]@5 C=3@6 B=4@7 [B]@8 [C]@9 [AC]@10 D=5@11"},
+      {"[A1]\n[A2]\n[A1B1]\n[A2B1]\n[A2B12]\n[A1B12]\n[C1B1]\n[C01]\n[C1]",
+       "[A1]@1 [A2]@2 [A1B1]@3 [A2B1]@4 [A2B12]@5 [A1B12]@6 [C1B1]@7 [C01]@8 [C1]@9"},
       // Pieces.
       {"[S]\nK Line1=ab\nK Line2=\"c d\"\nX=1\n[T]\nX Line1=x",
        "[S]@1 K=abc d@2 X=1@4 [T]@5 X=x@6"},
@@ -188,6 +190,8 @@ TEST_F(tIni, classifiesLines) {
       {"[S]\nK Line1=1\nK Line2=2\nK=3\n", "[S]@1 K=12@2 K=3@4"},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(content(text), expected) << text;
+  const std::string longName = std::string(70, 'x') + '1';
+  EXPECT_EQ(content('[' + longName + "]\n[S]"), '[' + longName + "]@1 [S]@2");
 }
 
 TEST_F(tIni, readsLongLines) {

@@ -65,7 +65,8 @@ bool tOwnDescriptor::isOurs(int number) const {
          fcntl(number, F_GETSIG) == mark_;
 }
 
-// A number without a mark is what the system has just answered, and closed unseen.
+// A number without a mark can't be known again: it is what the system has just answered, so that it
+// is closed without a look at it.
 void tOwnDescriptor::release() {
   for (int* const number : {&former_, &number_}) {
     if (*number >= 0 && (mark_ == 0 || isOurs(*number))) close(*number);

@@ -16,7 +16,7 @@ class tOwnDescriptor {
   ~tOwnDescriptor() { release(); }
 
   // Notes what a system call has just answered, so that the child of a fork closes it from then on.
-  // `adopt` follows, after other calls of that kind at most.
+  // For a number that can't be adopted at once, as another one comes first.
   void expect(int number) { number_ = number; }
 
   // Takes over what a system call answered; false with its reason left when that was none.
