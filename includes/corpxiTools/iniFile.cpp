@@ -106,7 +106,8 @@ bool readNumberList(const char* text, tNumbers& numbers) {
     numbers.push_back(static_cast<std::uint32_t>(parsed.value));
     text = parsed.end;
     while (*text && *text != ',') ++text;
-    if (*text++ == '\0') return true;
+    if (*text == '\0') return true;
+    ++text;
   }
 }
 

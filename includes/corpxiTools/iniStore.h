@@ -69,6 +69,7 @@ class tIniStore {
   // if there is one.
   const tIniSection* findSectionBehind(const tIniSection* earlier,
                                        const tNumberedName& name) const {
+    // Of sections of one name the index alone knows the first.
     if (earlier && !hasTwins_) {
       const tIniSection* const begin = earlier + 1;
       const std::ptrdiff_t left = sections_.data() + sections_.size() - begin;

@@ -21,6 +21,7 @@ class tInputFile {
   ~tInputFile();
 
   bool isOpen() const { return descriptor_ >= 0; }
+
   // For a lock on the file. It stays this object's; -1 when the file is not open.
   int descriptor() const { return descriptor_; }
 

@@ -14,7 +14,7 @@ class tNativeFileLock {
   tNativeFileLock();
   ~tNativeFileLock();
 
-  // To the file behind the descriptor, before anything else.
+  // To the file behind the descriptor, before anything else. False when that fails.
   bool attach(int descriptor);
   tLockAnswer tryLockShared();
   bool unlock();

@@ -17,7 +17,7 @@ namespace varmex::inline nOSTRELS100 {
 // written just now can't be read as words of eight without waiting for them.
 class tNumberedName {
  public:
-  // Refers to the words.
+  // Refers to the words, which must outlive it.
   tNumberedName(std::string_view head, std::string_view word, std::uint32_t number)
       : head_(head), word_(word), number_(number) {
     size_ = head.size() + word.size() + 1;
@@ -39,6 +39,7 @@ class tNumberedName {
     return text;
   }
 
+  // Whether a name is this one.
   bool is(std::string_view name) const {
     if (name.size() != size_) return false;
     const char* position = name.data() + size_;
