@@ -60,7 +60,7 @@ def look_up_goals():
                    lambda t, at=at: t(at + "SimpleIni"), 0.5)
 
 
-def loads(size):
+def loads_apart(size):
     return lambda t: t(f"load/pxiesys/{size}/varmex") + t(f"load/pxisys/{size}/varmex")
 
 
@@ -73,9 +73,13 @@ def session_goals():
                        lambda t, name=at + who: t(name), lambda t, at=at: t(at + "floor"),
                        *bounds.get((who, size), ()))
     for size in SIZES:
-        yield Goal(f"the only session, {size}: opened to both files loaded",
-                   lambda t, size=size: t(f"session/both/{size}/open"), loads(size),
+        def opened(t, size=size):
+            return t(f"session/both/{size}/open")
+        yield Goal(f"the only session, {size}: opened to both files loaded", opened,
+                   lambda t, size=size: t(f"session/both/{size}/loads"),
                    *((1.25, 1.1) if size == 255 else ()))
+        yield Goal(f"the only session, {size}: opened to each file loaded again and again", opened,
+                   loads_apart(size))
 
 
 def refusal_goals():

@@ -1,4 +1,4 @@
-// Opening and closing a session, against the bare system calls that it takes.
+// Opening and closing a session, against the bare system calls and the loads that it takes.
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -6,11 +6,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <memory>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 #include "bench/benchmarks.h"
 #include "bench/machine.h"
+#include "bench/peers.h"
 #include "bench/timing.h"
 #include "varmex/varmex.h"
 
@@ -37,7 +40,7 @@ void timeLaterSession(benchmark::State& state, const tMachine& machine) {
   varmex_close(first);
 }
 
-// Without the close, to be held against loads, which are timed without taking the store down.
+// Without the close, to be held against loads, which are timed without taking the stores down.
 void timeOpen(benchmark::State& state, const tMachine& machine) {
   machine.use();
   tTimedPart part(state);
@@ -45,6 +48,23 @@ void timeOpen(benchmark::State& state, const tMachine& machine) {
     varmex_Item* session = nullptr;
     part.run([&] { session = openSession(); });
     varmex_close(session);
+  }
+}
+
+// The loads that an open can't do without: one behind the other, and what they make stays, so that
+// they find no more in the processor's cache than an open does.
+void timeLoads(benchmark::State& state, const tMachine& machine) {
+  const tReader& reader = readers().front();
+  const std::string pxiSys = machine.pxiSysPath();
+  const std::string pxieSys = machine.pxieSysPath();
+  tTimedPart part(state);
+  for (auto _ : state) {
+    std::unique_ptr<iStore> stores[2];
+    part.run([&] {
+      stores[0] = reader.load(pxiSys.c_str());
+      stores[1] = reader.load(pxieSys.c_str());
+    });
+    benchmark::DoNotOptimize(stores);
   }
 }
 
@@ -103,6 +123,7 @@ void registerSessions() {
     add("first", timeSession);
     add("later", timeLaterSession);
     add("open", timeOpen)->UseManualTime();
+    add("loads", timeLoads)->UseManualTime();
     add("floor", timeFloor);
   }
 }

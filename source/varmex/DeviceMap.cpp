@@ -44,10 +44,6 @@ tResult<> forEachSlot(const tIniFile& file, tNumbers chassisNumbers, Take take) 
   return kDone;
 }
 
-constexpr std::uint64_t keyOf(const tDeviceAddress& address) {
-  return std::uint64_t{address.bus} << 32 | address.device;
-}
-
 constexpr std::size_t kUsualFunctions = 8;  // of a slot, at most
 
 // Out of the way of what finds no conflict.
@@ -66,13 +62,9 @@ constexpr std::size_t kUsualFunctions = 8;  // of a slot, at most
 
 // The devices of a slot. Refused when one of them is in another slot.
 tResult<> enter(const std::vector<tDeviceAddress>& addresses, const tDevicePlace& place,
-                tNumberMap<tDevicePlace>& places) {
-  if (addresses.empty()) return kDone;
-  std::uint64_t last = ~keyOf(addresses.front());
+                tDevicePlaces& places) {
   for (const tDeviceAddress& address : addresses) {
-    const std::uint64_t key = keyOf(address);
-    if (key == std::exchange(last, key)) continue;  // functions of one device mostly stand together
-    const auto [existing, isNew] = places.insert(key, place);
+    const auto [existing, isNew] = places.insert(address, place);
     if (!isNew && !(existing == place)) return conflictOf(existing, place, address);
   }
   return kDone;
@@ -110,7 +102,7 @@ tResult<> DeviceMap::enterExpress(const tIniFile& pxieSys, tNumbers chassisNumbe
 }
 
 tResult<tDevicePlace> DeviceMap::find(const tDeviceAddress& address) const {
-  if (const tDevicePlace* const place = places_.find(keyOf(address))) return *place;
+  if (const tDevicePlace* const place = places_.find(address)) return *place;
   return tRefusal(kErrorUnknownItem, OSTREL_HERE)
       .debug()
       .text("msg", "Failed to find the device")

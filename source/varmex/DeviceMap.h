@@ -1,9 +1,8 @@
 #ifndef SOURCE_VARMEX_DEVICEMAP_H
 #define SOURCE_VARMEX_DEVICEMAP_H
 
-#include "ostrel/quarks/numberMap.h"
-#include "source/varmex/Device.h"
 #include "source/varmex/description.h"
+#include "source/varmex/devicePlaces.h"
 
 namespace varmex {
 
@@ -20,7 +19,7 @@ class DeviceMap {
   tResult<tDevicePlace> find(const tDeviceAddress& address) const;
 
  private:
-  tNumberMap<tDevicePlace> places_;
+  tDevicePlaces places_;
 };
 
 }  // namespace varmex

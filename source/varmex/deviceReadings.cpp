@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <string_view>
-#include <utility>
 
 #include "ostrel/quarks/numbers.h"
 #include "source/varmex/description.h"
@@ -23,24 +22,29 @@ bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
 bool isSeparator(char byte) { return byte == ';' || byte == '+'; }
 
-// Reads the resource name at the start of a text piece by piece and never past its end: what does
-// not fit is left where it is. A number is read as "%d" does, so it may have white space and a sign
-// ahead of it; a plus is none, it ends the name.
+// Reads resource names piece by piece and never past their text's end: what does not fit is left
+// where it is. A number is read as "%d" does, so it may have white space and a sign ahead of it; a
+// plus is none, it ends the name.
 class tNameReader {
  public:
-  explicit tNameReader(const char* text) : begin_(text), text_(text) {}
-
-  // False when it is none.
-  bool read(tDeviceAddress& address) {
-    std::uint32_t first = 0;
-    address = {};
-    if (!literal("PXI") || !number(first) || !literal("::") || !number(address.bus)) return false;
-    if (literal("-")) {
-      return number(address.device) && literal(".") && number(address.function) && isWhole();
+  // False when there is none at the start of the text.
+  bool read(const char* text, tDeviceAddress& address) {
+    begin_ = text;
+    text_ = text;
+    if (!skipKnownHead()) {
+      head_ = {};
+      std::uint32_t first = 0;
+      if (!literal("PXI") || !number(first) || !literal("::") || !number(device_.bus)) return false;
+      if (!literal("-")) {
+        // In the older form the number behind "PXI" is the bus.
+        address = {0, first, device_.bus, 0};
+        return literal("::") && number(address.function) && isWhole();
+      }
+      if (!number(device_.device) || !literal(".")) return false;
+      head_ = {begin_, text_};
     }
-    // In the older form the number behind "PXI" is the bus.
-    address.device = std::exchange(address.bus, first);
-    return literal("::") && number(address.function) && isWhole();
+    address = device_;
+    return number(address.function) && isWhole();
   }
 
   // Behind the name.
@@ -50,6 +54,13 @@ class tNameReader {
   }
 
  private:
+  // Functions of a device mostly stand together, with the same ahead of their numbers.
+  bool skipKnownHead() {
+    if (head_.empty() || std::strncmp(text_, head_.data(), head_.size()) != 0) return false;
+    text_ += head_.size();
+    return true;
+  }
+
   bool isWhole() {
     const bool isEnd = literal("::INSTR") && (*text_ == '\0' || isSeparator(*text_));
     return isEnd || std::string_view(begin_, end()).ends_with("::INSTR");
@@ -73,8 +84,10 @@ class tNameReader {
     return true;
   }
 
-  const char* begin_;
-  const char* text_;
+  const char* begin_ = nullptr;
+  const char* text_ = nullptr;
+  std::string_view head_;    // up to the function of a name that was read
+  tDeviceAddress device_{};  // that it tells of
 };
 
 }  // namespace
@@ -149,11 +162,11 @@ tResult<> tFunctionWalk::descend(const tIniSection& section, const tIniItem& lis
 }
 
 void parseResourceNames(const char* text, std::vector<tDeviceAddress>& addresses) {
+  tNameReader reader;
   while (*text) {
-    tNameReader name(text);
-    tDeviceAddress address;
-    if (name.read(address)) addresses.push_back(address);
-    text = name.end();
+    tDeviceAddress address{};
+    if (reader.read(text, address)) addresses.push_back(address);
+    text = reader.end();
     while (isSeparator(*text)) ++text;
   }
 }

@@ -147,6 +147,11 @@ TEST_F(tDevices, resourceNames) {
       {"PXIx::5-3.1::INSTR;PXI0:5-3.1::INSTR;PXI0::x-3.1::INSTR;PXI0::5-x.1::INSTR", ""},
       {"PXI5:3::1::INSTR;PXI5::3:1::INSTR;PXI5::3::x::INSTR;PXI5::3::1::INST", ""},
       {"PXI0::5-3.1::INSTRx;PXI0::5-3.:::INSTR;PXI0::5-3.1", ""},
+      // Functions of one device, and names that begin almost like theirs.
+      {"PXI0::5-3.x::INSTR;PXI0::5-3.1::INSTR;PXI0::5-31.2::INSTR;PXI0::5-3.10::INSTR;PXI0::5-3.",
+       "5 3 1; 5 3 10; 5 31 2"},
+      {"PXI0::5-3.1::INSTR;PXI6::3::2::INSTR;PXI0::5-3.4::INSTR;PXI0::4-3.4::INSTR;PXI0::5-3::3",
+       "4 3 4; 5 3 1; 5 3 4; 6 3 2"},
       // A plus ends a name, also where it would be a sign.
       {"PXI0:: +5-3.1::INSTR;PXI0:: \t5- 3.-1::INSTR", "5 3 4294967295"}};
   for (const auto& [names, devices] : cases) {
