@@ -73,6 +73,16 @@ Entry* searchByHalving(Entry* entries, std::size_t count, std::string_view name)
   return nullptr;
 }
 
+// Out of the way of what is searched from front to back.
+[[gnu::noinline]] const tIniItem* findSorted(const tIniSection& section, std::string_view item) {
+  const tIniItem* const begin = section.items;
+  const tIniItem* const end = begin + section.count;
+  const tIniItem* const place = std::lower_bound(
+      begin, end, item,
+      [](const tIniItem& entry, std::string_view name) { return entry.nameView() < name; });
+  return place != end && isSameName(place->nameView(), item) ? place : nullptr;
+}
+
 bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
 constexpr std::string_view kPieceMark = " Line";
@@ -387,15 +397,9 @@ const tIniItem* tIniStore::findItem(std::string_view section, std::string_view i
 }
 
 const tIniItem* tIniStore::findItem(const tIniSection& section, std::string_view item) {
-  const tIniItem* const begin = section.items;
-  const tIniItem* const end = begin + section.count;
-  if (section.isSorted) {
-    const tIniItem* const place = std::lower_bound(
-        begin, end, item,
-        [](const tIniItem& entry, std::string_view name) { return entry.nameView() < name; });
-    return place != end && isSameName(place->nameView(), item) ? place : nullptr;
-  }
-  for (const tIniItem* entry = begin; entry != end; ++entry) {
+  if (section.isSorted) return findSorted(section, item);
+  const tIniItem* const end = section.items + section.count;
+  for (const tIniItem* entry = section.items; entry != end; ++entry) {
     if (isSameName(entry->nameView(), item)) return entry;
   }
   return nullptr;
