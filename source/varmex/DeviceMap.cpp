@@ -92,6 +92,7 @@ tResult<> DeviceMap::enterExpress(const tIniFile& pxieSys, tNumbers chassisNumbe
   addresses.reserve(kUsualFunctions);
   std::size_t place = 0;
   const auto take = [&](const tIniSection& section, auto chassis, auto slot) -> tResult<> {
+    pxieSys.store().fetchBehind(section, place);
     const tIniItem* const names = pxieSys.findItem(section, "AddressInfo", place);
     if (!names) return kDone;
     addresses.clear();
