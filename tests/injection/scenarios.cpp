@@ -15,7 +15,9 @@ constexpr const char* kPxiSys =
     "[Chassis1Slot5Function0]\nPCIBusNumber=9\nPCIDeviceNumber=1\nDeviceList=1\n"
     "[Chassis1Slot5Function0Device1]\nFunctionList=0\n"
     "[Chassis2]\nVendor=Vendor of some length\nModel=Model\nSlotList=2\nDescriptionFile=x.ini\n"
-    "[Chassis2Slot2]\nPCISlotPath=a,b\n";
+    "[Chassis2Slot2]\nPCISlotPath=a,b\nFunctionList=1,2\n"
+    "[Chassis2Slot2Function1]\nPCIBusNumber=255\nPCIDeviceNumber=31\n"
+    "[Chassis2Slot2Function2]\nPCIBusNumber=300\nPCIDeviceNumber=1\n";
 
 std::string line(const std::string& what, const std::string& answer, bool isNull, tStatus& status) {
   const std::int32_t code = status.code();

@@ -152,6 +152,8 @@ TEST_F(tDevices, resourceNames) {
        "5 3 1; 5 3 10; 5 31 2"},
       {"PXI0::5-3.1::INSTR;PXI6::3::2::INSTR;PXI0::5-3.4::INSTR;PXI0::4-3.4::INSTR;PXI0::5-3::3",
        "4 3 4; 5 3 1; 5 3 4; 6 3 2"},
+      {"PXI0::5-3.1::INSTR;PXI0::7-x.2::INSTR;PXI0::5-3.4::INSTR;PXI0::7-4;PXI0::5-3.6::INSTR",
+       "5 3 1; 5 3 4; 5 3 6"},
       // A plus ends a name, also where it would be a sign.
       {"PXI0:: +5-3.1::INSTR;PXI0:: \t5- 3.-1::INSTR", "5 3 4294967295"}};
   for (const auto& [names, devices] : cases) {
