@@ -78,7 +78,7 @@ def session_goals():
         yield Goal(f"the only session, {size}: opened to both files loaded", opened,
                    lambda t, size=size: t(f"session/both/{size}/loads"),
                    *((1.25, 1.1) if size == 255 else ()))
-        yield Goal(f"the only session, {size}: opened to each file loaded again and again", opened,
+        yield Goal(f"the only session, {size}: opened to each file loaded by itself", opened,
                    loads_apart(size))
 
 

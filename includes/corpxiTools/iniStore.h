@@ -99,8 +99,8 @@ class tIniStore {
   }
 
   // A hint to the processor, which changes no answer: a walk that has come to that section of this
-  // store goes on in file order, and looks in each for the item at that place. Always inline: calls
-  // of a function that does no more are left out.
+  // store goes on in file order, and looks in each for the item at that place. Always inline:
+  // compilers leave out calls of a function that only fetches.
   [[gnu::always_inline]] void fetchBehind(const tIniSection& section, std::size_t place) const {
     constexpr std::ptrdiff_t kAhead = 3;  // what is fetched from further ahead may be gone again
     if (sections_.data() + sections_.size() - &section <= kAhead) return;
