@@ -127,6 +127,7 @@ TEST_F(tIni, readsATextThatIsOrIsNotAsExpected) {
       expectRead(text, nullptr, false);
       const tContentDigest digest = read.digest();
       EXPECT_EQ(digest, digestWithoutAvx2(text)) << size;
+      EXPECT_NE(digest, tIniText(text + '\0').digest()) << size;
       for (std::size_t place = size; place-- > 0; place /= 2) {
         std::string other = text;
         other[place] = '-';

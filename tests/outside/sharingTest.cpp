@@ -19,10 +19,16 @@ TEST_F(tSharing, timesStayTheSessionsOwn) {
 }
 
 TEST_F(tSharing, otherBytesAreReadAfresh) {
-  write("one");
+  const auto time = std::filesystem::file_time_type::clock::now();
+  const auto writeAtThatTime = [&](const char* name) {
+    write(name);
+    std::filesystem::last_write_time(machine_.pxiSys(), time);
+    std::filesystem::last_write_time(machine_.pxieSys(), time);
+  };
+  writeAtThatTime("one");
   const tItem first = open();
   for (const char* other : {"two", "onf", "on", "ones"}) {
-    write(other);
+    writeAtThatTime(other);
     EXPECT_STREQ(busName(open()), other);
   }
   write("one");
@@ -35,6 +41,22 @@ TEST_F(tSharing, otherBytesAreReadAfresh) {
   const tItem withoutTheFile = open();
   EXPECT_TRUE(items(withoutTheFile, varmex_container_Chassis).empty());
   EXPECT_EQ(status_.code(), 0) << status_.text();
+}
+
+// Each beside what is in use of the other file.
+TEST_F(tSharing, eitherFileAloneIsReadAfresh) {
+  const auto listing = [](const std::string& chassis) {
+    return "[System]\nChassisList=" + chassis + "\n[Chassis" + chassis +
+           "]\nVendor=V\nModel=M\nSerialNumber=S\nSlotList=2\n[Chassis" + chassis +
+           "Slot2]\nPCISlotPath=a,b\n";
+  };
+  std::vector<tItem> sessions;
+  for (const auto& [classic, express] : {std::pair("1", "2"), {"1", "3"}, {"4", "3"}}) {
+    machine_.writePxiSys(listing(classic));
+    machine_.writePxieSys(listing(express));
+    sessions.push_back(open());
+    EXPECT_EQ(items(sessions.back(), varmex_container_Chassis).size(), 2U) << classic << express;
+  }
 }
 
 // More descriptions at once than the library shares.
