@@ -253,9 +253,14 @@ def verdict(ratio, bound, reached, missed):
     return "" if bound is None else f"{bound:.3g} {reached if ratio <= bound else missed}"
 
 
+def printed(ratio):
+    return f"{ratio:.3f}" if ratio >= 0.1 else f"{ratio:.3g}"
+
+
 def report(ratio_of):
     goals_of = {"kept": 0, "missed": 0, "not measured": 0}
-    print("\nRatios: smaller is better. `apart`: the bounds of the median of all rounds.")
+    print("\nRatios: smaller is better. `apart`: the bounds of the median of all rounds; with a star\n"
+          "where they are so far apart that another run may tell another ratio.")
     for title, goals in GROUPS:
         print(f"\n{title:66} {'ratio':>8} {'apart':>6}  {'must':14} aim")
         for goal in goals():
@@ -267,7 +272,8 @@ def report(ratio_of):
                 print(f"  {goal.title:64} {'-':>8}         not measured")
                 continue
             apart = "-" if of_rounds.apart is None else f"{of_rounds.apart:.0%}"
-            print(f"  {goal.title:64} {ratio:8.3f} {apart:>6}  "
+            star = " " if of_rounds.is_settled() else "*"
+            print(f"  {goal.title:64} {printed(ratio):>8} {apart:>6}{star} "
                   f"{verdict(ratio, goal.must, 'kept', 'MISSED'):14} "
                   f"{verdict(ratio, goal.aim, 'reached', 'not reached')}".rstrip())
     all_goals, unmeasured = sum(goals_of.values()), goals_of["not measured"]

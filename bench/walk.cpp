@@ -6,6 +6,7 @@
 #include <benchmark/benchmark.h>
 
 #include <stdexcept>
+#include <vector>
 
 #include "bench/benchmarks.h"
 #include "bench/machine.h"
@@ -14,18 +15,35 @@ namespace bench {
 
 namespace {
 
-// The attributes of a kind of item, from the first to the last of either type.
+// Attributes from the first to the last.
 struct tRange {
-  std::uint32_t firstNumber, lastNumber, firstText, lastText;
+  std::uint32_t first, last;
 };
 
-constexpr tRange kChassis{varmex_u32_ChassisNumber, varmex_u32_IsTriggerManagerNative,
-                          varmex_str_ChassisVendor, varmex_str_ChassisTriggerBusList};
-constexpr tRange kSlot{varmex_u32_SlotType, varmex_u32_OccupyingModuleSlot, varmex_str_PCISlotPath,
-                       varmex_str_LocalBusRight};
-constexpr tRange kDevice{varmex_u32_DeviceBus, varmex_u32_DeviceIsExpress,
-                         varmex_str_DeviceInstanceName, varmex_str_DeviceName};
-constexpr tRange kBridge{varmex_u32_BridgeNumber, varmex_u32_BridgeLineMapping7, 1, 0};
+// The attributes of a kind of item.
+struct tAttributes {
+  std::vector<tRange> numbers, texts;
+};
+
+constexpr tRange kItemType{varmex_u32_ItemType, varmex_u32_ItemType};
+constexpr tRange kChassisNumber{varmex_u32_ChassisNumber, varmex_u32_ChassisNumber};
+
+const tAttributes kSession{{kItemType, {varmex_u32_SessionIsCurrent, varmex_u32_SessionIsCurrent}},
+                           {{varmex_str_PxiSysPath, varmex_str_Version}}};
+const tAttributes kChassis{
+    {kItemType, {varmex_u32_ChassisNumber, varmex_u32_IsTriggerManagerNative}},
+    {{varmex_str_ChassisVendor, varmex_str_ChassisTriggerBusList}}};
+const tAttributes kSlot{
+    {kItemType, kChassisNumber, {varmex_u32_SlotType, varmex_u32_OccupyingModuleSlot}},
+    {{varmex_str_PCISlotPath, varmex_str_LocalBusRight}}};
+const tAttributes kDevice{{kItemType,
+                           kChassisNumber,
+                           {varmex_u32_SlotNumber, varmex_u32_SlotNumber},
+                           {varmex_u32_DeviceBus, varmex_u32_DeviceIsExpress}},
+                          {{varmex_str_DeviceVendor, varmex_str_DeviceModel},
+                           {varmex_str_DeviceInstanceName, varmex_str_DeviceName}}};
+const tAttributes kBridge{
+    {kItemType, kChassisNumber, {varmex_u32_BridgeNumber, varmex_u32_BridgeLineMapping7}}, {}};
 
 template <class Ask>
 void askOnce(Ask ask) {
@@ -34,12 +52,16 @@ void askOnce(Ask ask) {
   varmex_releaseStatus(&status);
 }
 
-void askAll(const tLibrary& library, varmex_Item* item, const tRange& range) {
-  for (auto number = range.firstNumber; number <= range.lastNumber; ++number) {
-    askOnce([&](tStatusRecord* status) { return library.number(item, number, status); });
+void askAll(const tLibrary& library, varmex_Item* item, const tAttributes& attributes) {
+  for (const tRange& range : attributes.numbers) {
+    for (auto number = range.first; number <= range.last; ++number) {
+      askOnce([&](tStatusRecord* status) { return library.number(item, number, status); });
+    }
   }
-  for (auto text = range.firstText; text <= range.lastText; ++text) {
-    askOnce([&](tStatusRecord* status) { return library.text(item, text, status); });
+  for (const tRange& range : attributes.texts) {
+    for (auto text = range.first; text <= range.last; ++text) {
+      askOnce([&](tStatusRecord* status) { return library.text(item, text, status); });
+    }
   }
 }
 
@@ -68,6 +90,7 @@ void timeWalk(benchmark::State& state, const tLibrary& library, std::uint32_t ch
 }  // namespace
 
 void walk(const tLibrary& library, varmex_Item* session) {
+  askAll(library, session, kSession);
   forEach(library, session, varmex_container_Chassis, [&](varmex_Item* chassis) {
     askAll(library, chassis, kChassis);
     forEach(library, chassis, varmex_container_Slots, [&](varmex_Item* slot) {

@@ -34,12 +34,16 @@ tRefusal invalidSlotPath(const tSourcePosition& position) {
 }
 
 // The cast alone would take the digit groups of the host's locale.
-std::uint32_t parseRootBus(const std::string& text) {
+tResult<std::uint32_t> parseRootBus(const std::string& text) {
   const std::size_t digits = text.starts_with('+') || text.starts_with('-') ? 1 : 0;
-  if (text.find_first_not_of("0123456789", digits) != std::string::npos) {
-    throw boost::bad_lexical_cast(typeid(std::string), typeid(std::uint32_t));
-  }
-  return boost::lexical_cast<std::uint32_t>(text);
+  const bool isPlain = text.find_first_not_of("0123456789", digits) == std::string::npos;
+  std::uint32_t rootBus = 0;
+  if (isPlain && boost::conversion::try_lexical_convert(text, rootBus)) return rootBus;
+  return tRefusal(kSoftwareFault, OSTREL_HERE)
+      .direct()
+      .debug()
+      .text("wrappedMessage",
+            "bad lexical cast: source type value could not be interpreted as target");
 }
 
 // "MR1F:" for root bus 31. More than two digits fit neither the prefix nor any PCI system.
@@ -57,13 +61,14 @@ tResult<std::string> slotPathIdentity(const tIniFile& pxiSys, std::uint32_t chas
   const auto path = pxiSys.getValueText(slot, "PCISlotPath");
   if (!path) return path.refusal();
   const char* const root = pxiSys.findValueText(slot.found, "PCISlotPathRootBus");
-  const std::uint32_t rootBus = parseRootBus(root ? root : "0");
-  if (rootBus > kLargestRootBus) return invalidSlotPath(OSTREL_HERE);
+  const auto rootBus = parseRootBus(root ? root : "0");
+  if (!rootBus) return rootBus.refusal();
+  if (*rootBus > kLargestRootBus) return invalidSlotPath(OSTREL_HERE);
   std::vector<std::string> tokens;
   boost::algorithm::split(tokens, *path, boost::algorithm::is_any_of(","));
   if (tokens.size() < 2) return invalidSlotPath(OSTREL_HERE);
   tokens.erase(tokens.begin());
-  return rootBusPrefix(rootBus) + boost::algorithm::join(tokens, ",");
+  return rootBusPrefix(*rootBus) + boost::algorithm::join(tokens, ",");
 }
 
 // The text of an item that both files must agree on.

@@ -68,9 +68,10 @@ tDescriptionUse tDescriptionUse::of(tDescriptionTexts texts) {
   }
   tDescriptionUse made(new tLoadedDescription(std::move(texts), key), nullptr);
   if (!isShared) return made;
-  // Threads that open at once have all found nothing.
+  // Threads that open at once have all found nothing; those that are late give theirs up.
   if (tDescriptionUse found = find(key)) return found;
   made.publish();
+  if (tDescriptionUse first = find(key)) return first;
   return made;
 }
 
@@ -87,7 +88,7 @@ tDescriptionUse tDescriptionUse::find(const tDescriptionKey& key) {
 
 // None when the place holds nothing. What it holds does not change while it has a user.
 tDescriptionUse tDescriptionUse::join(tDescriptionPlace& place) {
-  std::int32_t users = place.users.load(std::memory_order_relaxed);
+  std::int32_t users = place.users.load(std::memory_order_seq_cst);
   while (users > kFree) {
     if (place.users.compare_exchange_weak(users, users + 1, std::memory_order_acquire)) {
       return {place.loaded, &place};
@@ -103,7 +104,8 @@ void tDescriptionUse::publish() {
     noteUsed(place);
     place_ = &place;
     place.loaded = loaded_;
-    place.users.store(1, std::memory_order_release);
+    // In one order with the look for others that follows: of two threads one sees the other's.
+    place.users.store(1, std::memory_order_seq_cst);
     latest.store(&place, std::memory_order_relaxed);
     return;
   }

@@ -38,7 +38,7 @@ struct tLoadedDescription {
 struct tDescriptionPlace;
 
 // A use of a loaded description, which lives until its last use ends. Sessions of a process that
-// read the same bytes use the same one.
+// read the same bytes use the same one, but for some that are opened in the very same moment.
 //
 // There is no lock: what the process shares stands in a table of fixed size whose places are taken
 // and given up by single atomic steps. So a child made by fork in the middle of another thread's

@@ -28,12 +28,21 @@ enum tKeyState { kNoKey, kDrawing, kReady };
 constinit std::atomic<tKeyState> keyState{kNoKey};
 constinit tHalfKey keys[2]{};
 
-// Without a lock, which a fork could leave behind in its child: a thread that comes while another
-// one draws goes without.
+// Another thread draws them. It takes some microseconds, or for ever where a fork has lost it.
+bool awaitKeys() {
+  constexpr int kMostTurns = 1000;
+  for (int turn = 0; turn < kMostTurns; ++turn) {
+    if (keyState.load(std::memory_order_acquire) != kDrawing) break;
+    _mm_pause();
+  }
+  return keyState.load(std::memory_order_acquire) == kReady;
+}
+
+// Without a lock, which a fork could leave behind in its child.
 bool drawKeys() {
   tKeyState state = kNoKey;
   if (!keyState.compare_exchange_strong(state, kDrawing, std::memory_order_acquire)) {
-    return state == kReady;
+    return awaitKeys();
   }
   const bool drawn = fillWithRandomBytes(keys, sizeof keys);
   for (tHalfKey& key : keys) {
