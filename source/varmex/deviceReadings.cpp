@@ -24,7 +24,7 @@ bool isSeparator(char byte) { return byte == ';' || byte == '+'; }
 
 // Reads resource names piece by piece and never past their text's end: what does not fit is left
 // where it is. A number is read as "%d" does, so it may have white space and a sign ahead of it; a
-// plus is none, it ends the name.
+// plus is none, it ends the name. One object serves for all names of a text, which it refers to.
 class tNameReader {
  public:
   // False when there is none at the start of the text.

@@ -68,7 +68,8 @@ tDescriptionUse tDescriptionUse::of(tDescriptionTexts texts) {
   }
   tDescriptionUse made(new tLoadedDescription(std::move(texts), key), nullptr);
   if (!isShared) return made;
-  // Threads that open at once have all found nothing; those that are late give theirs up.
+  // Threads that open at once have all found nothing. What another one has published meanwhile is
+  // taken in the place of what was made; two that publish at once may still keep one each.
   if (tDescriptionUse found = find(key)) return found;
   made.publish();
   if (tDescriptionUse first = find(key)) return first;
@@ -104,7 +105,7 @@ void tDescriptionUse::publish() {
     noteUsed(place);
     place_ = &place;
     place.loaded = loaded_;
-    // In one order with the look for others that follows: of two threads one sees the other's.
+    // Ahead of the look for others that follows, as another thread sees the two.
     place.users.store(1, std::memory_order_seq_cst);
     latest.store(&place, std::memory_order_relaxed);
     return;
